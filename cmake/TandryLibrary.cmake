@@ -1,0 +1,34 @@
+include(GenerateExportHeader)
+
+# tandry_library(<name> FOLDER <folder> SOURCES <file>... [HEADERS <file>...])
+#
+# A shared library Tandry<name> with the alias Tandry::<name> and an export header <folder>/Tandry<name>Export.h.
+# HEADERS are the public ones, installed below include/tandry/<folder>; all other headers stay in the source tree.
+function(tandry_library name)
+  cmake_parse_arguments(PARSE_ARGV 1 arg "" "FOLDER" "SOURCES;HEADERS")
+  set(target Tandry${name})
+  set(generated "${CMAKE_BINARY_DIR}/generated")
+
+  add_library(${target} SHARED ${arg_SOURCES} ${arg_HEADERS})
+  add_library(Tandry::${name} ALIAS ${target})
+
+  string(TOUPPER ${name} upper)
+  generate_export_header(${target}
+    EXPORT_MACRO_NAME TANDRY_${upper}_EXPORT
+    EXPORT_FILE_NAME "${generated}/${arg_FOLDER}/${target}Export.h")
+
+  target_include_directories(${target} PUBLIC
+    "$<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}>"
+    "$<BUILD_INTERFACE:${generated}>"
+    "$<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/tandry>")
+  target_compile_features(${target} PUBLIC cxx_std_17)
+  set_target_properties(${target} PROPERTIES
+    EXPORT_NAME ${name}
+    VERSION ${PROJECT_VERSION}
+    SOVERSION ${PROJECT_VERSION_MAJOR})
+
+  install(TARGETS ${target} EXPORT TandryTargets
+    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} NAMELINK_COMPONENT Development)
+  install(FILES ${arg_HEADERS} "${generated}/${arg_FOLDER}/${target}Export.h"
+    DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/tandry/${arg_FOLDER} COMPONENT Development)
+endfunction()

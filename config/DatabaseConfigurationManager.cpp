@@ -1,0 +1,54 @@
+#include "config/DatabaseConfigurationManager.h"
+
+#include "interf/IDatabaseFactory.h"
+
+#include <QDomDocument>
+
+#include <utility>
+
+namespace sync::config {
+
+namespace {
+
+const QString NameValueXml = QStringLiteral("NameValueXml");
+
+} // namespace
+
+DatabaseConfigurationManager::DatabaseConfigurationManager(
+    std::shared_ptr<sync::interf::factory::IDatabaseFactory> databaseFactory)
+    : _databaseFactory(std::move(databaseFactory))
+{}
+
+DatabaseConfigurationManager::DatabaseConfigurationManager(DatabaseConfigurationManager const& other) = default;
+
+DatabaseConfigurationManager&
+DatabaseConfigurationManager::operator=(DatabaseConfigurationManager const& other) = default;
+
+DatabaseConfigurationManager::~DatabaseConfigurationManager() = default;
+
+QMap<QString, QString> DatabaseConfigurationManager::ToNameValuePropertyMap(QString text) const
+{
+    QMap<QString, QString> properties;
+    QDomDocument document(NameValueXml);
+    document.setContent(text); // a text that breaks off leaves its beginning in the document
+
+    for (QDomNode node = document.documentElement().firstChild(); !node.isNull(); node = node.nextSibling())
+        properties[node.nodeName()] = node.childNodes().at(0).nodeValue();
+    return properties;
+}
+
+QString DatabaseConfigurationManager::ToNameValuePropertyString(QMap<QString, QString> properties)
+{
+    QDomDocument document(NameValueXml);
+    QDomElement root = document.createElement(NameValueXml);
+    document.appendChild(root);
+
+    for (auto entry = properties.cbegin(); entry != properties.cend(); ++entry) {
+        QDomElement element = document.createElement(entry.key());
+        root.appendChild(element);
+        element.appendChild(document.createCDATASection(entry.value()));
+    }
+    return document.toString(1);
+}
+
+} // namespace sync::config

@@ -1,0 +1,40 @@
+#pragma once
+
+#include "config/TandryConfigurationExport.h"
+
+#include <QMap>
+#include <QString>
+
+#include <memory>
+
+namespace sync::interf::factory {
+class IDatabaseFactory;
+}
+
+namespace sync::config {
+
+/// What all managers share: the store factory, and the document in which a record's open-ended properties are stored.
+///
+/// Copies share the factory. A manager keeps no state of a call, so several threads may call one as far as the store
+/// allows.
+class TANDRY_CONFIGURATION_EXPORT DatabaseConfigurationManager
+{
+public:
+    /// Keeps a share of the factory and makes no call on it. The factory must not be null.
+    explicit DatabaseConfigurationManager(std::shared_ptr<sync::interf::factory::IDatabaseFactory> databaseFactory);
+    DatabaseConfigurationManager(DatabaseConfigurationManager const& other);
+    DatabaseConfigurationManager& operator=(DatabaseConfigurationManager const& other);
+    virtual ~DatabaseConfigurationManager();
+
+    /// The entries of a "NameValueXml" document; a later entry of the same name wins. A text that is no document gives
+    /// an empty map, one that breaks off what stands before the break.
+    virtual QMap<QString, QString> ToNameValuePropertyMap(QString text) const;
+
+    /// The "NameValueXml" document of a map. Keys must be XML names, and values must not hold "]]>": nothing checks.
+    virtual QString ToNameValuePropertyString(QMap<QString, QString> properties);
+
+protected:
+    std::shared_ptr<sync::interf::factory::IDatabaseFactory> _databaseFactory;
+};
+
+} // namespace sync::config

@@ -1,0 +1,66 @@
+#pragma once
+
+#include "config/TandryConfigurationExport.h"
+
+#include <QDateTime>
+#include <QMetaType>
+#include <QObject>
+
+namespace sync::config {
+
+/// Kind of schedule; the client gives the values a meaning.
+enum SyncSchedule : int
+{
+};
+
+/// When and how often a folder is synchronised: one row of the table `Schedules`.
+///
+/// A value: copies carry all members and nothing of the QObject.
+class TANDRY_CONFIGURATION_EXPORT ScheduleEntry : public QObject
+{
+    Q_OBJECT
+    Q_PROPERTY(int Id READ getId)
+    Q_PROPERTY(QDateTime StartTime READ getStartTime WRITE setStartTime)
+    Q_PROPERTY(QDateTime ExpireTime READ getExpireTime WRITE setExpireTime)
+    Q_PROPERTY(int FolderConfigId READ getFolderConfigId WRITE setFolderConfigId)
+    Q_PROPERTY(SyncSchedule SyncScheduleType READ getSyncScheduleType WRITE setSyncScheduleType)
+    Q_PROPERTY(int SyncInterval READ getSyncInterval WRITE setSyncInterval)
+
+public:
+    ScheduleEntry();
+    ScheduleEntry(ScheduleEntry const& other);
+    ScheduleEntry& operator=(ScheduleEntry const& other);
+    ~ScheduleEntry() override;
+
+    /// Row id, -1 for a record without a row. Only the manager gives it.
+    int getId() const;
+    /// The folder that the schedule belongs to; 0 marks the default schedule.
+    int getFolderConfigId() const;
+    /// Wall-clock time; invalid when the schedule has no start.
+    QDateTime getStartTime() const;
+    /// Wall-clock time; invalid when the schedule has no end.
+    QDateTime getExpireTime() const;
+    SyncSchedule getSyncScheduleType() const;
+    /// In the client's own unit.
+    int getSyncInterval() const;
+
+    void setFolderConfigId(int value);
+    void setStartTime(QDateTime value);
+    void setExpireTime(QDateTime value);
+    void setSyncScheduleType(SyncSchedule value);
+    void setSyncInterval(int value);
+
+private:
+    friend class ScheduleEntryManager;
+
+    void _CopyMembers(ScheduleEntry const& other);
+
+    int id = -1;
+    int folderConfigId = 0;
+    QDateTime startTime;
+    QDateTime expireTime;
+    SyncSchedule syncScheduleType = SyncSchedule(0);
+    int syncInterval = 30;
+};
+
+} // namespace sync::config

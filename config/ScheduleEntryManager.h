@@ -1,0 +1,41 @@
+#pragma once
+
+#include "config/DatabaseConfigurationManager.h"
+#include "config/ScheduleEntry.h"
+#include "config/TandryConfigurationExport.h"
+#include "interf/IScheduleEntryManager.h"
+
+#include <QVector>
+
+#include <memory>
+
+namespace sync::interf {
+class IQSqlQueryWrapper;
+}
+
+namespace sync::config {
+
+/// The schedules of a store. What an operation answers on failure stands with its declaration in the interface.
+class TANDRY_CONFIGURATION_EXPORT ScheduleEntryManager : public sync::interf::IScheduleEntryManager,
+                                                         public DatabaseConfigurationManager
+{
+    Q_OBJECT
+
+public:
+    explicit ScheduleEntryManager(std::shared_ptr<sync::interf::factory::IDatabaseFactory> databaseFactory);
+    ~ScheduleEntryManager() override;
+
+    Q_INVOKABLE sync::config::ScheduleEntry GetScheduleEntryById(int scheduleEntryId) override;
+    Q_INVOKABLE sync::config::ScheduleEntry GetDefaultScheduleEntry() override;
+    Q_INVOKABLE bool Update(sync::config::ScheduleEntry const& scheduleEntry) override;
+    Q_INVOKABLE bool Remove(int scheduleEntryId) override;
+
+private:
+    template <class Bind>
+    ScheduleEntry _FindOne(QString const& statement, Bind const& bind);
+
+    void _PopulateScheduleEntry(sync::interf::IQSqlQueryWrapper* query, ScheduleEntry& scheduleEntry);
+    void _PopulateScheduleEntries(sync::interf::IQSqlQueryWrapper* query, QVector<ScheduleEntry>& scheduleEntries);
+};
+
+} // namespace sync::config

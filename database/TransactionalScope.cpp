@@ -1,0 +1,71 @@
+#include "database/TransactionalScope.h"
+
+#include "database/ScopeParticipant.h"
+
+#include <algorithm>
+#include <vector>
+
+namespace sync::database {
+
+namespace {
+
+struct ThreadScopes
+{
+    int depth = 0;
+    std::vector<ScopeParticipant*> participants;
+};
+
+ThreadScopes& Scopes() noexcept
+{
+    thread_local ThreadScopes scopes;
+    return scopes;
+}
+
+bool CommitParticipants() noexcept
+{
+    // The list is taken first, so that a participant may join again for what follows a commit.
+    std::vector<ScopeParticipant*> participants;
+    participants.swap(Scopes().participants);
+
+    bool succeeded = true;
+    for (ScopeParticipant* participant : participants)
+        succeeded = participant->CommitScope() && succeeded;
+    return succeeded;
+}
+
+} // namespace
+
+TransactionalScope::TransactionalScope()
+{
+    ++Scopes().depth;
+}
+
+TransactionalScope::~TransactionalScope()
+{
+    if (Depth() == 1)
+        static_cast<void>(CommitParticipants()); // a destructor can't answer: the store tells of a failure by itself
+    --Scopes().depth;
+}
+
+bool TransactionalScope::commit()
+{
+    return Depth() > 1 || CommitParticipants();
+}
+
+int TransactionalScope::Depth() noexcept
+{
+    return Scopes().depth;
+}
+
+void TransactionalScope::Join(ScopeParticipant& participant)
+{
+    Scopes().participants.push_back(&participant);
+}
+
+void TransactionalScope::Leave(ScopeParticipant& participant) noexcept
+{
+    auto& participants = Scopes().participants;
+    participants.erase(std::remove(participants.begin(), participants.end(), &participant), participants.end());
+}
+
+} // namespace sync::database

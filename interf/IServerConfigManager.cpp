@@ -1,0 +1,8 @@
+#include "interf/IServerConfigManager.h"
+
+namespace sync::interf {
+
+IServerConfigManager::IServerConfigManager() = default;
+IServerConfigManager::~IServerConfigManager() = default;
+
+} // namespace sync::interf
