@@ -64,3 +64,8 @@ private:
 };
 
 } // namespace sync::config
+
+Q_DECLARE_METATYPE(sync::config::SyncSchedule)
+#ifdef Q_MOC_RUN
+Q_DECLARE_METATYPE(SyncSchedule) // the property's type as it stands there, so that reading by name registers it
+#endif
