@@ -1,0 +1,53 @@
+#pragma once
+
+#include "config/DatabaseConfigurationManager.h"
+#include "config/ServerConfiguration.h"
+#include "config/TandryConfigurationExport.h"
+#include "interf/IServerConfigManager.h"
+
+#include <QString>
+
+#include <memory>
+#include <vector>
+
+namespace sync::interf {
+class IQSqlQueryWrapper;
+}
+
+namespace sync::config {
+
+/// The servers of a store. What an operation answers on failure stands with its declaration in the interface.
+class TANDRY_CONFIGURATION_EXPORT ServerConfigManager : public sync::interf::IServerConfigManager,
+                                                        public DatabaseConfigurationManager
+{
+    Q_OBJECT
+
+public:
+    explicit ServerConfigManager(std::shared_ptr<sync::interf::factory::IDatabaseFactory> databaseFactory);
+    ~ServerConfigManager() override;
+
+    ServerConfiguration GetServerConfigById(long long id) override;
+    ServerConfiguration GetServerConfigByServers(QString davUrl, QString webServiceUrl) override;
+    std::vector<ServerConfiguration> GetAll() override;
+    bool Update(ServerConfiguration serverConfiguration) override;
+    bool Add(ServerConfiguration& serverConfiguration) override;
+    bool Remove(int serverConfigurationId) override;
+    ServerConfiguration GetServerConfigByAuthenticationId(long long authenticationId) override;
+    ServerConfiguration GetServerConfigByFolderId(long long folderId) override;
+    ServerConfiguration GetServerConfigByFileId(long long fileId) override;
+
+    /// Reads the user's setting `Tandry/DefaultServerConfigurationId` of "Norvalis Sync" on each call, never writes it,
+    /// and looks for no other server when there is none with that id.
+    ServerConfiguration GetDefaultServerConfig() override;
+
+private:
+    template <class Bind>
+    ServerConfiguration _FindOne(QString const& statement, Bind const& bind);
+
+    void _PopulateServerConfig(sync::interf::IQSqlQueryWrapper* query, ServerConfiguration& serverConfiguration);
+    void _PopulateServerConfigurations(sync::interf::IQSqlQueryWrapper* query,
+                                       std::vector<ServerConfiguration>& serverConfigurations);
+    QString _ChopUrl(QString url);
+};
+
+} // namespace sync::config
