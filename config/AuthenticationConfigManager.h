@@ -1,0 +1,53 @@
+#pragma once
+
+#include "config/AuthenticationConfiguration.h"
+#include "config/DatabaseConfigurationManager.h"
+#include "config/TandryConfigurationExport.h"
+#include "interf/IAuthenticationConfigManager.h"
+
+#include <QString>
+#include <QVector>
+
+#include <memory>
+
+namespace sync::interf {
+class IQSqlQueryWrapper;
+}
+
+namespace sync::config {
+
+/// The accounts of a store. What an operation answers on failure stands with its declaration in the interface.
+class TANDRY_CONFIGURATION_EXPORT AuthenticationConfigManager : public sync::interf::IAuthenticationConfigManager,
+                                                                public DatabaseConfigurationManager
+{
+    Q_OBJECT
+
+public:
+    explicit AuthenticationConfigManager(std::shared_ptr<sync::interf::factory::IDatabaseFactory> databaseFactory);
+    ~AuthenticationConfigManager() override;
+
+    // Clients call these by name and by index, so their order here stays.
+    Q_INVOKABLE sync::config::AuthenticationConfiguration
+    GetAuthenticationConfigurationById(int authenticationConfigurationId) const override;
+    Q_INVOKABLE sync::config::AuthenticationConfiguration
+    GetAuthenticationConfigurationByDomainAndUser(QString domain, QString userName) const override;
+    Q_INVOKABLE QVector<sync::config::AuthenticationConfiguration> GetAll() const override;
+
+    bool Update(AuthenticationConfiguration authenticationConfiguration) override;
+    bool Add(AuthenticationConfiguration& authenticationConfiguration) override;
+    bool Remove(int authenticationConfigurationId) override;
+    QVector<AuthenticationConfiguration> GetDistinctAuthenticationConfigurations() override;
+    int UpdatePassword(QString domain, QString userName, QString newPassword) override;
+
+private:
+    template <class Bind>
+    AuthenticationConfiguration _FindOne(QString const& statement, Bind const& bind) const;
+
+    void _PopulateAuthenticationConfiguration(sync::interf::IQSqlQueryWrapper* query,
+                                              AuthenticationConfiguration& authenticationConfiguration) const;
+    void
+    _PopulateAuthenticationConfigurations(sync::interf::IQSqlQueryWrapper* query,
+                                          QVector<AuthenticationConfiguration>& authenticationConfigurations) const;
+};
+
+} // namespace sync::config

@@ -1,0 +1,64 @@
+#pragma once
+
+#include "config/TandryConfigurationExport.h"
+
+#include <QMap>
+#include <QObject>
+#include <QString>
+
+namespace sync::config {
+
+/// An account on a server: one row of the table `AuthenticationConfiguration`, and a password that no row keeps.
+///
+/// A value: copies carry all members, the password too, and nothing of the QObject. Its name-value properties travel
+/// with the record between client and store and are nobody else's to read; a record that is assigned to itself loses
+/// them.
+class TANDRY_CONFIGURATION_EXPORT AuthenticationConfiguration : public QObject
+{
+    Q_OBJECT
+    Q_PROPERTY(int Id READ getId WRITE setId)
+    Q_PROPERTY(QString Domain READ getDomain WRITE setDomain)
+    Q_PROPERTY(QString DomainId READ getDomainId WRITE setDomainId)
+    Q_PROPERTY(QString UserName READ getUserName WRITE setUserName)
+    Q_PROPERTY(QString Password READ getPassword WRITE setPassword)
+    Q_PROPERTY(int ServerId READ getServerId WRITE setServerId)
+
+public:
+    AuthenticationConfiguration();
+    AuthenticationConfiguration(AuthenticationConfiguration const& other);
+    AuthenticationConfiguration& operator=(AuthenticationConfiguration const& other);
+    ~AuthenticationConfiguration() override;
+
+    /// Row id, -1 for a record without a row.
+    int getId() const;
+    QString getDomain() const;
+    QString getDomainId() const;
+    QString getUserName() const;
+    /// In memory only: null on every record that comes from the store.
+    QString getPassword() const;
+    /// The server that the account belongs to; 0 until a row or `setServerId` gives one.
+    int getServerId() const;
+
+    void setId(int value);
+    void setDomain(QString value);
+    void setDomainId(QString value);
+    void setUserName(QString value);
+    void setPassword(QString value);
+    void setServerId(int value);
+
+protected:
+    void _CopyMembers(AuthenticationConfiguration const& other);
+
+private:
+    friend class AuthenticationConfigManager;
+
+    int id = -1;
+    QString domain;
+    QString domainId;
+    QString userName;
+    QString password;
+    int serverId = 0;
+    QMap<QString, QString> nameValueProperties;
+};
+
+} // namespace sync::config
