@@ -1,0 +1,48 @@
+#pragma once
+
+#include "config/DatabaseConfigurationManager.h"
+#include "config/ProductConfiguration.h"
+#include "config/TandryConfigurationExport.h"
+#include "interf/IProductConfigManager.h"
+
+#include <QString>
+#include <QVector>
+
+#include <memory>
+
+namespace sync::interf {
+class IQSqlQueryWrapper;
+}
+
+namespace sync::config {
+
+/// The consumer products of a store. What an operation answers on failure stands with its declaration in the interface.
+class TANDRY_CONFIGURATION_EXPORT ProductConfigManager : public sync::interf::IProductConfigManager,
+                                                         public DatabaseConfigurationManager
+{
+    Q_OBJECT
+
+public:
+    explicit ProductConfigManager(std::shared_ptr<sync::interf::factory::IDatabaseFactory> databaseFactory);
+    ~ProductConfigManager() override;
+
+    // Clients look the parameters up by name, so their spelling stays.
+    Q_INVOKABLE sync::config::ProductConfiguration GetProductConfigurationById(int id) override;
+    Q_INVOKABLE sync::config::ProductConfiguration
+    GetProductConfigurationByServerIdAndConsumerKey(int serverId, QString consumerKey) override;
+    Q_INVOKABLE QVector<sync::config::ProductConfiguration> GetAll() override;
+    Q_INVOKABLE bool Update(sync::config::ProductConfiguration ProductConfiguration) override;
+    Q_INVOKABLE bool Add(sync::config::ProductConfiguration& ProductConfiguration) override;
+    Q_INVOKABLE bool Remove(int ProductConfigurationId) override;
+
+private:
+    template <class Bind>
+    ProductConfiguration _FindOne(QString const& statement, Bind const& bind);
+
+    void _PopulateProductConfiguration(sync::interf::IQSqlQueryWrapper* query,
+                                       ProductConfiguration& productConfiguration);
+    void _PopulateProductConfigurations(sync::interf::IQSqlQueryWrapper* query,
+                                        QVector<ProductConfiguration>& productConfigurations);
+};
+
+} // namespace sync::config
