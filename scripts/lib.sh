@@ -1,0 +1,120 @@
+# What the scripts share. They source it, and find themselves in the project's folder afterwards.
+# shellcheck shell=bash
+
+set -euo pipefail
+script=$(realpath "$0")
+cd "$(dirname "${BASH_SOURCE[0]}")/.."
+
+# As many jobs as there are cores, but a gigabyte of memory for each: a compiler that is killed says nothing useful.
+_jobs() {
+    local cores memory
+    cores=$(nproc)
+    memory=$(awk '/^MemAvailable:/ { print int($2 / 1048576) }' /proc/meminfo 2>/dev/null || true)
+    if ((${memory:-cores} < cores)); then
+        cores=$((memory > 1 ? memory : 1))
+    fi
+    echo "$cores"
+}
+
+export CMAKE_BUILD_PARALLEL_LEVEL=${CMAKE_BUILD_PARALLEL_LEVEL:-$(_jobs)}
+export CTEST_PARALLEL_LEVEL=${CTEST_PARALLEL_LEVEL:-$CMAKE_BUILD_PARALLEL_LEVEL}
+
+say() {
+    printf '%s\n' "==> $*" >&2
+}
+
+die() {
+    printf '%s: %s\n' "${script##*/}" "$*" >&2
+    exit 1
+}
+
+# Prints the comment at the head of the calling script.
+usage() {
+    sed -n '2,/^$/ s/^# \{0,1\}//p' "$script"
+}
+
+# The packages of these purposes, each once.
+packages_for() {
+    local purpose
+    for purpose; do
+        awk -v purpose="$purpose" '$1 == purpose { print $2; found = 1 } END { exit !found }' scripts/packages.txt ||
+            die "scripts/packages.txt lists nothing for '$purpose'"
+    done | sort -u
+}
+
+# Of these packages, the ones that are not installed.
+_missing() {
+    local package
+    for package; do
+        if [[ $(dpkg-query -W -f '${db:Status-Status}' "$package" 2>/dev/null) != installed ]]; then
+            echo "$package"
+        fi
+    done
+}
+
+_unknown() {
+    local package
+    for package; do
+        if ! apt-cache policy "$package" 2>/dev/null | grep -q '^  Candidate: [^(]'; then
+            return 0
+        fi
+    done
+    return 1
+}
+
+# Installs what is missing of the packages of these purposes.
+require_packages() {
+    local packages wanted missing
+    packages=$(packages_for "$@")
+    mapfile -t wanted <<<"$packages"
+
+    if ! command -v dpkg-query apt-get >/dev/null; then
+        say "this is no Debian system, so nothing is installed; needed, by Debian's names: ${wanted[*]}"
+        return
+    fi
+    mapfile -t missing < <(_missing "${wanted[@]}")
+    if ((${#missing[@]} == 0)); then
+        return
+    fi
+
+    local as_root=()
+    if ((EUID != 0)); then
+        command -v sudo >/dev/null ||
+            die "missing packages, and neither root nor sudo to install them. As root: apt-get install ${missing[*]}"
+        as_root=(sudo)
+    fi
+    local get=("${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get -q -o Dpkg::Use-Pty=0 -o Acquire::Retries=2)
+
+    say "installing ${missing[*]}"
+    local updated=false
+    if _unknown "${missing[@]}"; then
+        "${get[@]}" update >&2 || die "apt-get update failed: is there a network?"
+        updated=true
+    fi
+    # Package lists that are out of date name files which are gone; they get one renewal.
+    "${get[@]}" install -y --no-install-recommends "${missing[@]}" </dev/null >&2 && return
+    if [[ $updated == false ]]; then
+        "${get[@]}" update >&2 || die "apt-get update failed: is there a network?"
+        "${get[@]}" install -y --no-install-recommends "${missing[@]}" </dev/null >&2 && return
+    fi
+    die "could not install ${missing[*]}: see apt-get's words above"
+}
+
+# Configures and builds a preset; further arguments go to `cmake --build`.
+build_preset() {
+    local preset=$1
+    shift
+    say "building preset $preset"
+    cmake --preset "$preset" >&2
+    cmake --build --preset "$preset" "$@" >&2
+}
+
+# Builds these targets in build/release. A build folder that is there keeps its options, so that a developer's tests stay
+# switched on; a new one gets nothing that a user of the library has no need of.
+build_release() {
+    say "building preset release"
+    if [[ ! -f build/release/build.ninja ]]; then
+        cmake --preset release -DTANDRY_BUILD_TESTS=OFF -DTANDRY_BUILD_EXAMPLES=OFF >&2
+    fi
+    cmake --build --preset release --target "$@" >&2
+}
