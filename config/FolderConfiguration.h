@@ -1,0 +1,206 @@
+#pragma once
+
+#include "config/TandryConfigurationExport.h"
+
+#include <QDateTime>
+#include <QMap>
+#include <QMetaType>
+#include <QObject>
+#include <QString>
+
+namespace sync::config {
+
+// The enumerations are stored by number: never renumber. The client may store any other value.
+
+/// State of a folder's synchronisation.
+enum FolderSynchronizationStatus : int
+{
+    FolderStatusInitial = 1,
+    FolderStatusOutOfSync = 2,
+    /// Given to each folder that `AddFolderAndParent` makes.
+    FolderStatusPlaced = 3,
+};
+
+/// What of a root is synchronised.
+enum SynchronizationFolderOption : int
+{
+    /// Where the option is honoured, only files directly in the root.
+    FolderOptionTopFilesOnly = 1,
+};
+
+/// Kind of a folder's last operation; the client gives the values a meaning.
+enum FolderOperationType : int
+{
+};
+
+/// Kind of the drive that a folder lies on; the client gives the values a meaning.
+enum DriveType : int
+{
+};
+
+/// How a folder is synchronised; the client gives the values a meaning.
+enum FolderSyncOption : int
+{
+};
+
+/// The user's rights on a folder, a bit set.
+enum FolderPrivileges : int
+{
+    FolderPrivilegeView = 1,
+    FolderPrivilegeDownload = 2,
+    FolderPrivilegeUpdate = 4,
+    FolderPrivilegeDelete = 8,
+    FolderPrivilegeShare = 16,
+};
+
+/// A synchronised folder, root or sub-folder: one row of the table `FolderConfiguration`.
+///
+/// A value: copies carry all members and nothing of the QObject. A record must not be assigned to itself, since that
+/// empties its open-ended properties.
+class TANDRY_CONFIGURATION_EXPORT FolderConfiguration : public QObject
+{
+    Q_OBJECT
+    Q_PROPERTY(int Id READ getId)
+    Q_PROPERTY(int AuthenticationId READ getAuthenticationId WRITE setAuthenticationId)
+    Q_PROPERTY(int ProductConfigurationId READ getProductConfigurationId WRITE setProductConfigurationId)
+    Q_PROPERTY(QString Name READ getName WRITE setName)
+    Q_PROPERTY(QString RemoteShortKey READ getRemoteShortKey WRITE setRemoteShortKey)
+    Q_PROPERTY(QString RemoteLongKey READ getRemoteLongKey WRITE setRemoteLongKey)
+    Q_PROPERTY(QString ClientPath READ getClientPath WRITE setClientPath)
+    Q_PROPERTY(FolderSynchronizationStatus SyncStatus READ getSyncStatus WRITE setSyncStatus)
+    Q_PROPERTY(QString ServerPath READ getServerPath WRITE setServerPath)
+    Q_PROPERTY(QDateTime LastOperationTime READ getLastOperationTime WRITE setLastOperationTime)
+    Q_PROPERTY(int ParentId READ getParentId WRITE setParentId)
+    Q_PROPERTY(QDateTime LastSyncTime READ getLastSyncTime WRITE setLastSyncTime)
+    Q_PROPERTY(SynchronizationFolderOption FolderOption READ getFolderOption WRITE setFolderOption)
+    Q_PROPERTY(FolderOperationType LastOperationType READ getLastOperationType WRITE setLastOperationType)
+    Q_PROPERTY(DriveType SyncDriveType READ getSyncDriveType WRITE setSyncDriveType)
+    Q_PROPERTY(int RootId READ getRootId WRITE setRootId)
+    Q_PROPERTY(FolderSyncOption SyncOption READ getSyncOption WRITE setSyncOption)
+    Q_PROPERTY(QString OwnerId READ getOwnerId WRITE setOwnerId)
+    Q_PROPERTY(FolderPrivileges Privileges READ getPrivileges WRITE setPrivileges)
+    Q_PROPERTY(QString ServerRoot READ getServerRoot WRITE setServerRoot)
+    Q_PROPERTY(QString ServerFolderId READ getServerFolderId WRITE setServerFolderId)
+
+public:
+    FolderConfiguration();
+    FolderConfiguration(FolderConfiguration const& other);
+    FolderConfiguration& operator=(FolderConfiguration const& other);
+    ~FolderConfiguration() override;
+
+    /// Row id, -1 for a record without a row. Only the manager gives it.
+    int getId() const;
+    int getAuthenticationId() const;
+    int getProductConfigurationId() const;
+    QString getName() const;
+    QString getRemoteShortKey() const;
+    QString getRemoteLongKey() const;
+    /// Absolute, with `/` as separator.
+    QString getClientPath() const;
+    QString getServerPath() const;
+    FolderSynchronizationStatus getSyncStatus() const;
+    /// Whether the status was set since the last reset, be it to the same value. Writing a record with the flag set
+    /// tells the shell. Kept in memory only.
+    bool getSyncStatusChanged() const;
+    /// Id of the folder above; 0 marks a root, -1 a folder without a place yet.
+    int getParentId() const;
+    QDateTime getLastOperationTime() const;
+    /// In UTC.
+    QDateTime getLastSyncTime() const;
+    /// In UTC. Kept in memory only.
+    QDateTime getLastServerSyncRequestTime() const;
+    SynchronizationFolderOption getFolderOption() const;
+    FolderOperationType getLastOperationType() const;
+    DriveType getSyncDriveType() const;
+    /// Id of the tree's root; a root's own id.
+    int getRootId() const;
+    FolderSyncOption getSyncOption() const;
+    QString getOwnerId() const;
+    FolderPrivileges getPrivileges() const;
+    QString getServerRoot() const;
+    QString getServerFolderId() const;
+    /// The entry "FeatureName" of the open-ended properties, a null text when there is none.
+    QString getFeatureName() const;
+
+    /// Whether the folder has the parent 0. Neither its own id nor the root's counts.
+    bool isRoot() const;
+
+    void setAuthenticationId(int value);
+    void setProductConfigurationId(int value);
+    void setName(QString value);
+    void setRemoteShortKey(QString value);
+    void setRemoteLongKey(QString value);
+    void setClientPath(QString value);
+    void setServerPath(QString value);
+    void setSyncStatus(FolderSynchronizationStatus value);
+    void resetSyncStatusChanged();
+    void setParentId(int value);
+    /// Keeps the time as it is given; a time that isn't in UTC reads back from the store as the same clock reading in
+    /// UTC.
+    void setLastOperationTime(QDateTime value);
+    /// Takes the clock reading as UTC, whatever the time's own zone.
+    void setLastSyncTime(QDateTime value);
+    /// Takes the clock reading as UTC, whatever the time's own zone.
+    void setLastServerSyncRequestTime(QDateTime value);
+    void setFolderOption(SynchronizationFolderOption value);
+    void setLastOperationType(FolderOperationType value);
+    void setSyncDriveType(DriveType value);
+    void setRootId(int value);
+    void setSyncOption(FolderSyncOption value);
+    void setOwnerId(QString value);
+    void setPrivileges(FolderPrivileges value);
+    /// Takes the rights by their names, "view", "download", "update", "delete" and "share", in any case and parted by
+    /// blanks; unknown words are skipped. A blank text gives all but "share".
+    void setPrivileges(QString const& text);
+    void setServerRoot(QString value);
+    void setServerFolderId(QString const& value);
+    void setFeatureName(QString const& value);
+
+private:
+    friend class FolderConfigManager;
+
+    void _CopyMembers(FolderConfiguration const& other);
+
+    int id = -1;
+    int authenticationId = -1;
+    int productConfigurationId = -1;
+    int rootId = -1;
+    QString name;
+    QString remoteShortKey;
+    QString remoteLongKey;
+    QString clientPath;
+    QString serverPath;
+    int parentId = -1;
+    QDateTime lastOperationTime;
+    SynchronizationFolderOption folderOption = FolderOptionTopFilesOnly;
+    FolderOperationType lastOperationType = FolderOperationType(0);
+    DriveType syncDriveType = DriveType(0);
+    FolderSyncOption syncOption = FolderSyncOption(0);
+    QString ownerId;
+    FolderPrivileges privileges = FolderPrivileges(31);
+    QString serverRoot;
+    QString serverFolderId;
+    QMap<QString, QString> nameValueProperties;
+    QDateTime lastServerSyncRequestTime;
+    QDateTime lastSyncTime;
+    FolderSynchronizationStatus syncStatus = FolderStatusInitial;
+    bool syncStatusChanged = false;
+};
+
+} // namespace sync::config
+
+Q_DECLARE_METATYPE(sync::config::FolderSynchronizationStatus)
+Q_DECLARE_METATYPE(sync::config::SynchronizationFolderOption)
+Q_DECLARE_METATYPE(sync::config::FolderOperationType)
+Q_DECLARE_METATYPE(sync::config::DriveType)
+Q_DECLARE_METATYPE(sync::config::FolderSyncOption)
+Q_DECLARE_METATYPE(sync::config::FolderPrivileges)
+#ifdef Q_MOC_RUN
+// The properties' types as they stand there, so that reading by name registers them.
+Q_DECLARE_METATYPE(FolderSynchronizationStatus)
+Q_DECLARE_METATYPE(SynchronizationFolderOption)
+Q_DECLARE_METATYPE(FolderOperationType)
+Q_DECLARE_METATYPE(DriveType)
+Q_DECLARE_METATYPE(FolderSyncOption)
+Q_DECLARE_METATYPE(FolderPrivileges)
+#endif
