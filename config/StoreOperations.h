@@ -43,16 +43,33 @@ bool Run(IDatabaseFactory& factory, QString const& statement, Bind const& bind, 
     return true;
 }
 
+/// What `read` makes of a query's first row, or a default-constructed record when the statement fails.
+template <class Record, class Bind, class Read>
+Record FindOneBy(IDatabaseFactory& factory, QString const& statement, Bind const& bind, Read const& read)
+{
+    Record record;
+    Run(factory, statement, bind, [&](IQSqlQueryWrapper& query) { read(query, record); });
+    return Record(std::as_const(record)); // a copy, so that a member which isn't copied never reaches the caller
+}
+
 /// One row: the first one that matches, or a default-constructed record when none does or the statement fails.
 template <class Record, class Bind, class Populate>
 Record FindOne(IDatabaseFactory& factory, QString const& statement, Bind const& bind, Populate const& populate)
 {
-    Record record;
-    Run(factory, statement, bind, [&](IQSqlQueryWrapper& query) {
+    return FindOneBy<Record>(factory, statement, bind, [&](IQSqlQueryWrapper& query, Record& record) {
         static_cast<void>(query.next()); // populating asks the query by itself
         populate(&query, record);
     });
-    return Record(std::as_const(record)); // a copy, so that a member which isn't copied never reaches the caller
+}
+
+/// One row, for a `populate` that must not be asked unless `next` found one.
+template <class Record, class Bind, class Populate>
+Record FindOneIfAny(IDatabaseFactory& factory, QString const& statement, Bind const& bind, Populate const& populate)
+{
+    return FindOneBy<Record>(factory, statement, bind, [&](IQSqlQueryWrapper& query, Record& record) {
+        if (query.next())
+            populate(&query, record);
+    });
 }
 
 /// List: `populate` takes all rows into the container. Empty when the statement fails.

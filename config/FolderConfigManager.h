@@ -1,0 +1,96 @@
+#pragma once
+
+#include "config/DatabaseConfigurationManager.h"
+#include "config/FolderConfiguration.h"
+#include "config/TandryConfigurationExport.h"
+#include "interf/IFolderConfigManager.h"
+
+#include <QDateTime>
+#include <QVector>
+
+#include <memory>
+
+namespace sync::interf {
+class IQSqlQueryWrapper;
+class IRefreshNativeFileViewer;
+} // namespace sync::interf
+
+namespace sync::config {
+
+class FolderCaches;
+
+/// The folders of a store. What an operation answers on failure stands with its declaration in the interface.
+///
+/// `GetAll` and `GetAllRootFolders` may be called from several threads; the rest as far as the store allows. Operations
+/// call one another through the virtual interface, so an override takes effect in the composite ones too.
+class TANDRY_CONFIGURATION_EXPORT FolderConfigManager : public sync::interf::IFolderConfigManager,
+                                                        public DatabaseConfigurationManager
+{
+    Q_OBJECT
+
+public:
+    /// Makes no call on the store. A null refresh object turns all refreshes off.
+    FolderConfigManager(std::shared_ptr<sync::interf::factory::IDatabaseFactory> databaseFactory,
+                        std::shared_ptr<sync::interf::IRefreshNativeFileViewer> refreshNativeFileViewer);
+    ~FolderConfigManager() override;
+
+    // Clients call these by name: their order, and the types and parameter names as they are spelt, are the interface.
+    Q_INVOKABLE sync::config::FolderConfiguration GetFolderConfigurationById(int folderConfigurationId) override;
+    Q_INVOKABLE sync::config::FolderConfiguration GetFolderConfigurationByClientPath(QString clientPath) override;
+    Q_INVOKABLE sync::config::FolderConfiguration
+    GetFolderConfigurationByClientPathAndAuthenticationId(QString clientPath, int authenticationId) override;
+    Q_INVOKABLE QVector<sync::config::FolderConfiguration> GetAll() override;
+    Q_INVOKABLE bool Update(sync::config::FolderConfiguration folderConfiguration) override;
+    Q_INVOKABLE bool Add(sync::config::FolderConfiguration& folderConfiguration) override;
+    Q_INVOKABLE FolderConfiguration AddFolderAndParent(QString const& absolutePath,
+                                                       FolderConfiguration const& rootConfig) override;
+    Q_INVOKABLE bool Remove(int folderConfigurationId) override;
+    Q_INVOKABLE bool RemoveFolderAndChildren(int folderConfigurationId) override;
+    Q_INVOKABLE bool AncestorOrDescendantOfServerFolderExists(QString const& serverPath,
+                                                              int authenticationId,
+                                                              QString& matchingServerFolder) override;
+    Q_INVOKABLE QVector<sync::config::FolderConfiguration> GetAllRootFolders() override;
+    Q_INVOKABLE QVector<sync::config::FolderConfiguration>
+    GetFolderConfigurationByParentId(int folderConfigurationId) override;
+    Q_INVOKABLE QVector<sync::config::FolderConfiguration> GetFolderConfigurationsByRootId(int rootFolderId) override;
+    Q_INVOKABLE bool IsInExistingAuthentication(int authenticationId) override;
+    Q_INVOKABLE bool IsAnyFolderConfigOutOfSync() override;
+    Q_INVOKABLE int GetRootFolderConfigurationCount() override;
+    Q_INVOKABLE void ClearCaches() override;
+    Q_INVOKABLE bool CleanRootFolder(int folderConfigurationId) override;
+    Q_INVOKABLE void RefreshNativeFileViewer() override;
+    Q_INVOKABLE void RefreshNativeFileViewer(QString& clientPath) override;
+
+    // Not to be called by name.
+    sync::config::FolderConfiguration GetFolderConfigurationByServerId(QString serverFolderId) override;
+    QVector<sync::config::FolderConfiguration> GetFolderConfigurationsByAuthenticationId(int authenticationId) override;
+    QVector<sync::config::FolderConfiguration> GetFolderConfigurationsOfNonExistingRootFolders() override;
+    bool IsInExistingClientFolder(QString const& path, int authenticationId, bool honourFolderOption) override;
+
+private:
+    template <class Bind>
+    FolderConfiguration _FindOne(QString const& statement, Bind const& bind);
+    template <class Bind>
+    QVector<FolderConfiguration> _FindAll(QString const& statement, Bind const& bind);
+
+    QVector<FolderConfiguration> _GetAll();
+    QVector<FolderConfiguration> _GetAllRootFolders();
+    bool _RemoveFileConfigurationsByRootId(int rootFolderId);
+    bool _RemoveFolderConfigurationsByRootId(int rootFolderId);
+
+    void _BindFolderConfiguration(sync::interf::IQSqlQueryWrapper& query, FolderConfiguration const& folder);
+    void _PopulateFolderConfiguration(sync::interf::IQSqlQueryWrapper* query, FolderConfiguration& folder);
+    void _PopulateFolderConfigurations(sync::interf::IQSqlQueryWrapper* query, QVector<FolderConfiguration>& folders);
+    void _RefreshNativeFileViewerIfSyncStatusChanged(FolderConfiguration& folderConfiguration);
+
+    /// How long the two listings live, in milliseconds, of which only whole seconds count: just under two seconds.
+    static const int _allFoldersCacheRefreshRateMsec;
+
+    std::unique_ptr<FolderCaches> _caches;
+    std::shared_ptr<sync::interf::IRefreshNativeFileViewer> _refreshNativeFileViewer;
+    // Nothing reads or writes these two.
+    QVector<FolderConfiguration> _allFolders;
+    QDateTime _allFoldersRefreshTime;
+};
+
+} // namespace sync::config
