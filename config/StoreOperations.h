@@ -62,14 +62,24 @@ Record FindOne(IDatabaseFactory& factory, QString const& statement, Bind const& 
     });
 }
 
-/// One row, for a `populate` that must not be asked unless `next` found one.
-template <class Record, class Bind, class Populate>
-Record FindOneIfAny(IDatabaseFactory& factory, QString const& statement, Bind const& bind, Populate const& populate)
+/// One row, for a `populate` that must not be asked unless `next` found one. When none matches, `miss` gets the default
+/// record instead.
+template <class Record, class Bind, class Populate, class Miss>
+Record FindOneIfAny(
+    IDatabaseFactory& factory, QString const& statement, Bind const& bind, Populate const& populate, Miss const& miss)
 {
     return FindOneBy<Record>(factory, statement, bind, [&](IQSqlQueryWrapper& query, Record& record) {
         if (query.next())
             populate(&query, record);
+        else
+            miss(record);
     });
+}
+
+template <class Record, class Bind, class Populate>
+Record FindOneIfAny(IDatabaseFactory& factory, QString const& statement, Bind const& bind, Populate const& populate)
+{
+    return FindOneIfAny<Record>(factory, statement, bind, populate, [](Record&) {});
 }
 
 /// List: `populate` takes all rows into the container. Empty when the statement fails.

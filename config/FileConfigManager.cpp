@@ -1,0 +1,533 @@
+#include "config/FileConfigManager.h"
+
+#include "config/FileLinksDocument.h"
+#include "config/FileStatements.h"
+#include "config/FolderConfiguration.h"
+#include "config/PathRules.h"
+#include "config/StoreOperations.h"
+#include "interf/IFolderConfigManager.h"
+#include "interf/IQSqlDatabaseWrapper.h"
+#include "interf/IRefreshNativeFileViewer.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QStringList>
+
+#include <utility>
+
+namespace sync::config {
+
+namespace sql = file_sql;
+
+using sync::interf::FileConfigOrderByEnum;
+
+namespace {
+
+const QString DuplicateFile =
+    QStringLiteral("Trying to add duplicate file configuration. File config %1 already exists in database.");
+
+/// A relative path counts from the folder of the base file, whether or not that file exists.
+QString ToAbsolutePath(QString const& path, QString const& baseFilePath)
+{
+    if (!QFileInfo(path).isRelative())
+        return QDir::cleanPath(path);
+    QString const folder = QDir::cleanPath(QFileInfo(baseFilePath).absolutePath());
+    return QDir::cleanPath(QStringLiteral("%1/%2").arg(folder, path));
+}
+
+/// Whether the path lies below the folder, which may be a drive's root. Case counts here, unlike on the folder side.
+bool IsBelow(QString const& path, QString folder)
+{
+    folder = QDir::cleanPath(folder);
+    if (QFileInfo(folder).isRoot())
+        folder.chop(1);
+    QString const cleanedPath = QDir::cleanPath(path);
+    return folder.size() < cleanedPath.size() && cleanedPath.startsWith(folder) &&
+           cleanedPath.at(folder.size()) == QLatin1Char('/');
+}
+
+/// Files keep UTC: the clock reading is relabelled, not converted.
+QDateTime UtcTime(QVariant const& value)
+{
+    QDateTime time = value.toDateTime();
+    time.setTimeSpec(Qt::UTC);
+    return time;
+}
+
+} // namespace
+
+FileConfigManager::FileConfigManager(std::shared_ptr<sync::interf::factory::IDatabaseFactory> databaseFactory,
+                                     std::shared_ptr<sync::interf::IRefreshNativeFileViewer> refreshNativeFileViewer,
+                                     std::shared_ptr<sync::interf::IFolderConfigManager> folderConfigManager)
+    : DatabaseConfigurationManager(std::move(databaseFactory))
+    , _refreshNativeFileViewer(std::move(refreshNativeFileViewer))
+    , _folderConfigManager(std::move(folderConfigManager))
+{}
+
+FileConfigManager::~FileConfigManager() = default;
+
+// The table's columns: bound, then read.
+
+void FileConfigManager::_BindColumns(sync::interf::IQSqlQueryWrapper& query, FileConfiguration& file)
+{
+    BindAll(query,
+            bind::folderConfigurationId(file.folderConfigurationId),
+            bind::name(file.name),
+            bind::clientPath(file.clientPath),
+            bind::serverPath(file.serverPath),
+            bind::checkSum(file.checkSum),
+            bind::createdDateTime(file.createdDateTime),
+            bind::lastModifiedDateTime(file.lastModifiedDateTime),
+            bind::syncStatus(file.getSyncStatus()),
+            bind::lastOperationType(file.lastOperationType),
+            bind::size(file.size),
+            bind::nameValueProperties(ToNameValuePropertyString(file.nameValueProperties)),
+            bind::lastOperationTime(file.lastOperationTime),
+            bind::rootFolderId(file.rootFolderId),
+            bind::syncOption(file.syncOption),
+            bind::parentFileId(file.parentFileId),
+            bind::fileType(file.fileType),
+            bind::ownerId(file.ownerId),
+            bind::privileges(file.privileges),
+            bind::productConfigurationId(file.productConfigurationId),
+            bind::serverFileId(file.serverFileId),
+            bind::serverFileVersionId(file.serverFileVersionId),
+            bind::checkSumMD5(file.checkSumMD5),
+            bind::fileLinks(GetXmlStringFromFileLinkArray(file.fileLinks, file.fileDate)));
+}
+
+void FileConfigManager::_PopulateFileConfiguration(sync::interf::IQSqlQueryWrapper* query, FileConfiguration& file)
+{
+    if (!query->isValid())
+        return;
+    file.id = query->value(0).toInt();
+    file.folderConfigurationId = query->value(1).toInt();
+    file.name = query->value(2).toString();
+    file.clientPath = query->value(3).toString();
+    file.serverPath = query->value(4).toString();
+    file.checkSum = query->value(5).toString();
+    file.createdDateTime = UtcTime(query->value(6));
+    file.lastModifiedDateTime = UtcTime(query->value(7));
+    file.setSyncStatus(static_cast<FileSynchronizationStatus>(query->value(8).toInt()));
+    file.resetSyncStatusChanged();
+    file.lastOperationType = query->value(9).toInt();
+    file.size = query->value(10).toLongLong();
+    file.nameValueProperties = ToNameValuePropertyMap(query->value(11).toString());
+    file.lastOperationTime = UtcTime(query->value(12));
+    file.rootFolderId = query->value(13).toInt();
+    file.syncOption = query->value(14).toInt();
+    file.parentFileId = query->value(15).toInt();
+    file.fileType = static_cast<FileConfigurationType>(query->value(16).toInt());
+    file.ownerId = query->value(17).toString();
+    file.privileges = query->value(18).toInt();
+    file.productConfigurationId = query->value(19).toInt();
+    file.serverFileId = query->value(20).toString();
+    file.serverFileVersionId = query->value(21).toString();
+    file.checkSumMD5 = query->value(22).toString();
+    QString fileLinks = query->value(23).toString();
+    file.fileLinks = GetFileLinkArrayFromXmlString(fileLinks, file.fileDate);
+}
+
+void FileConfigManager::_PopulateFileConfigurations(sync::interf::IQSqlQueryWrapper* query,
+                                                    QVector<FileConfiguration>& fileConfigurations)
+{
+    store::AppendRows(
+        query, fileConfigurations, [this](auto* row, auto& file) { _PopulateFileConfiguration(row, file); });
+}
+
+// Lookups and listings.
+
+template <class Bind>
+FileConfiguration FileConfigManager::_FindOne(QString const& statement, Bind const& bind)
+{
+    return _FindOne(statement, bind, [](FileConfiguration&) {});
+}
+
+template <class Bind, class Miss>
+FileConfiguration FileConfigManager::_FindOne(QString const& statement, Bind const& bind, Miss const& miss)
+{
+    return store::FindOneIfAny<FileConfiguration>(
+        *_databaseFactory,
+        statement,
+        bind,
+        [this](auto* query, auto& file) { _PopulateFileConfiguration(query, file); },
+        miss);
+}
+
+template <class Bind>
+QVector<FileConfiguration> FileConfigManager::_FindAll(QString const& statement, Bind const& bind)
+{
+    return store::FindAll<QVector<FileConfiguration>>(
+        *_databaseFactory, statement, bind, [this](auto* query, auto& files) {
+            _PopulateFileConfigurations(query, files);
+        });
+}
+
+FileConfiguration FileConfigManager::GetFileConfigurationById(int id)
+{
+    return _FindOne(sql::GetById, store::Values(bind::id(id)));
+}
+
+FileConfiguration FileConfigManager::GetFileConfigurationByServerId(QString serverFileId)
+{
+    return _FindOne(sql::GetByServerId, store::Values(bind::serverFileId(serverFileId)));
+}
+
+FileConfiguration FileConfigManager::GetBaseFileConfigurationById(int)
+{
+    return {};
+}
+
+FileConfiguration FileConfigManager::GetGeneratedFileConfigurationById(int id)
+{
+    return _FindOne(sql::GetGeneratedById, store::Values(bind::id(id)));
+}
+
+FileConfiguration FileConfigManager::GetFileConfigurationByClientPath(QString clientPath)
+{
+    return _FindOne(sql::GetByClientPath, store::Values(bind::clientPath(clientPath)), [&](FileConfiguration& file) {
+        file.name = clientPath; // callers know a miss by this name and the id -1
+        file.setSyncStatus(FileSyncStatusSyncing);
+        file.resetSyncStatusChanged();
+    });
+}
+
+QVector<FileConfiguration> FileConfigManager::GetAllFileConfigurationsByClientPath(QString clientPath)
+{
+    return _FindAll(sql::GetByClientPath, store::Values(bind::clientPath(clientPath)));
+}
+
+QVector<FileConfiguration> FileConfigManager::GetFileConfigurationsOfNonExistingRootFolders()
+{
+    QStringList rootIds;
+    for (FolderConfiguration const& root : _folderConfigManager->GetAllRootFolders())
+        rootIds.append(QString::number(root.getId()));
+    return _FindAll(sql::GetOfNonExistingRootFolders.arg(rootIds.join(QLatin1Char(','))), store::Values());
+}
+
+FileConfiguration FileConfigManager::GetGeneratedFileConfigurationByClientPath(QString clientPath)
+{
+    return _FindOne(sql::GetGeneratedByClientPath, store::Values(bind::clientPath(clientPath)));
+}
+
+FileConfiguration FileConfigManager::GetFileConfigurationByClientPathAndAuthenticationId(QString clientPath,
+                                                                                         int authenticationId)
+{
+    return _FirstOfAccount(GetAllFileConfigurationsByClientPath(clientPath), authenticationId);
+}
+
+FileConfiguration FileConfigManager::GetFileConfigurationByServerPathAndAuthenticationId(QString serverPath,
+                                                                                         int authenticationId)
+{
+    return _FirstOfAccount(_GetFileConfigurationsByServerPath(serverPath), authenticationId);
+}
+
+QVector<FileConfiguration> FileConfigManager::GetFileConfigurationsByFolderId(int folderConfigurationId,
+                                                                              FileConfigOrderByEnum order)
+{
+    return _FindAll(sql::GetByFolderId + _GenerateOrderBy(order),
+                    store::Values(bind::folderConfigurationId(folderConfigurationId)));
+}
+
+QVector<FileConfiguration> FileConfigManager::GetFileConfigurationsByRootFolderId(int rootFolderId,
+                                                                                  FileConfigurationType fileType)
+{
+    return _FindAll(sql::TableOf(fileType).getByRootFolderId, store::Values(bind::rootFolderId(rootFolderId)));
+}
+
+QVector<FileConfiguration> FileConfigManager::GetFileConfigurationsByRootFolderId(int rootFolderId,
+                                                                                  FileConfigOrderByEnum order)
+{
+    return _FindAll(sql::Files.getByRootFolderId + _GenerateOrderBy(order),
+                    store::Values(bind::rootFolderId(rootFolderId)));
+}
+
+QVector<FileConfiguration> FileConfigManager::GetFileConfigurationsWithSyncOption(int rootFolderId,
+                                                                                  FileSyncOption option)
+{
+    return _FindAll(sql::GetWithSyncOption.arg(option).arg(option), store::Values(bind::rootFolderId(rootFolderId)));
+}
+
+QVector<FileConfiguration> FileConfigManager::GetGeneratedFileConfigurationsByRootFolderId(int rootFolderId,
+                                                                                           FileConfigOrderByEnum order)
+{
+    return _FindAll(sql::GeneratedFiles.getByRootFolderId + _GenerateOrderBy(order),
+                    store::Values(bind::rootFolderId(rootFolderId)));
+}
+
+QVector<FileConfiguration>
+FileConfigManager::GetFileConfigurationsByFolderIdAndSyncStatus(int folderConfigurationId,
+                                                                FileSynchronizationStatus syncStatus)
+{
+    return _FindAll(sql::GetByFolderIdAndSyncStatus,
+                    store::Values(bind::folderConfigurationId(folderConfigurationId), bind::syncStatus(syncStatus)));
+}
+
+QVector<FileConfiguration> FileConfigManager::GetGeneratedFileConfigurationsByParentFileId(int parentFileId)
+{
+    return _FindAll(sql::GetGeneratedByParentFileId, store::Values(bind::parentFileId(parentFileId)));
+}
+
+QVector<FileConfiguration> FileConfigManager::GetAll(FileConfigurationType fileType)
+{
+    return _FindAll(sql::TableOf(fileType).getAll, store::Values());
+}
+
+QVector<FileConfiguration> FileConfigManager::GetAll()
+{
+    return _FindAll(sql::Files.getAll, store::Values());
+}
+
+// Writes.
+
+bool FileConfigManager::Update(FileConfiguration file)
+{
+    if (GetTableNameByFileType(file.fileType).isEmpty())
+        return false;
+    if (!file.fileLinks.isEmpty())
+        AddFileLinks(file);
+
+    return store::Write(
+        *_databaseFactory,
+        sql::TableOf(file.fileType).update,
+        [&](auto& query) {
+            BindAll(query, bind::id(file.id));
+            _BindColumns(query, file);
+        },
+        [&](auto&) { _RefreshNativeFileViewerIfSyncStatusChanged(file); });
+}
+
+bool FileConfigManager::Add(FileConfiguration& file)
+{
+    if (file.clientPath.isEmpty())
+        return false;
+
+    // Files of every type are held against the table of the client's own files. So a generated or base file may end up
+    // updating the id of another table's row: clients rely on the answer, and the row mostly isn't there.
+    for (FileConfiguration const& known : GetAllFileConfigurationsByClientPath(file.clientPath)) {
+        if (known.folderConfigurationId != file.folderConfigurationId)
+            continue;
+        static_cast<void>(DuplicateFile.arg(known.clientPath)); // for a log that the library doesn't have
+        file.id = known.id;
+        return Update(file);
+    }
+
+    if (GetTableNameByFileType(file.fileType).isEmpty())
+        return false;
+    if (!file.fileLinks.isEmpty())
+        AddFileLinks(file);
+
+    return store::Insert(
+        *_databaseFactory,
+        sql::TableOf(file.fileType).add,
+        [&](auto& query) { _BindColumns(query, file); },
+        file.id,
+        [&] { _RefreshNativeFileViewerIfSyncStatusChanged(file); });
+}
+
+bool FileConfigManager::RemoveFileConfigurationAndLinkedConfigurations(int id)
+{
+    bool removed = true;
+    QVector<FileConfiguration> const generatedFiles = GetGeneratedFileConfigurationsByParentFileId(id);
+    if (!generatedFiles.isEmpty()) {
+        for (FileConfiguration const& file : generatedFiles)
+            QFile::remove(file.clientPath); // missing or locked: its row goes all the same
+        removed = _RemoveGeneratedFileConfigurationsByParentFileId(id);
+    }
+    return _Remove(id) && removed;
+}
+
+bool FileConfigManager::RemoveBaseFileConfiguration(int)
+{
+    return true;
+}
+
+bool FileConfigManager::RemoveGeneratedFileConfiguration(int id)
+{
+    static_cast<void>(GetGeneratedFileConfigurationById(id)); // asked for, and of no effect
+    return store::Write(*_databaseFactory, sql::RemoveGenerated, store::Values(bind::id(id)));
+}
+
+bool FileConfigManager::RemoveByFolderConfigurationId(int folderConfigurationId)
+{
+    return store::Write(
+        *_databaseFactory, sql::RemoveByFolderId, store::Values(bind::folderConfigurationId(folderConfigurationId)));
+}
+
+bool FileConfigManager::RemoveGeneratedFileConfigurationsByRootFolderId(int rootFolderId)
+{
+    return store::Write(
+        *_databaseFactory, sql::RemoveGeneratedByRootFolderId, store::Values(bind::rootFolderId(rootFolderId)));
+}
+
+bool FileConfigManager::RemoveGeneratedFileConfigurationsByRootFolderIdAndSyncStatus(
+    int rootFolderId, FileSynchronizationStatus syncStatus)
+{
+    // Removes what was generated from the matching files, not the files themselves, and has no good answer to give.
+    for (FileConfiguration const& file :
+         GetGeneratedFileConfigurationsByRootFolderId(rootFolderId, sync::interf::FileConfigOrderById)) {
+        if (file.getSyncStatus() == syncStatus)
+            _RemoveGeneratedFileConfigurationsByParentFileId(file.id);
+    }
+    return false;
+}
+
+bool FileConfigManager::UpdateSyncStatusFromSyncingToNotSynced(int folderConfigurationId)
+{
+    return store::Write(*_databaseFactory,
+                        sql::UpdateSyncStatus,
+                        store::Values(bind::syncStatusNotSynced(FileSyncStatusNotSynced),
+                                      bind::folderConfigurationId(folderConfigurationId),
+                                      bind::syncStatusSyncing(FileSyncStatusSyncing)));
+}
+
+FileConfiguration FileConfigManager::GetBaseFileConfigurationByParentFileId(int)
+{
+    return {};
+}
+
+FileConfiguration FileConfigManager::GetFileConfiguration(FileLink fileLink, QString const& linkingFilePath)
+{
+    FileConfiguration file;
+    if (fileLink.fileId != -1)
+        file = GetFileConfigurationById(fileLink.fileId);
+    if (file.id == -1)
+        file = GetFileConfigurationByClientPath(ToAbsolutePath(fileLink.path, linkingFilePath));
+    return file;
+}
+
+bool FileConfigManager::transaction()
+{
+    return _databaseFactory->CreateDatabase()->transaction();
+}
+
+bool FileConfigManager::commit()
+{
+    return _databaseFactory->CreateDatabase()->commit();
+}
+
+bool FileConfigManager::rollback()
+{
+    return _databaseFactory->CreateDatabase()->rollback();
+}
+
+bool FileConfigManager::RemoveByRootFolderId(int rootFolderId)
+{
+    return store::Write(*_databaseFactory, sql::RemoveByRootFolderId, store::Values(bind::rootFolderId(rootFolderId)));
+}
+
+FileConfiguration FileConfigManager::_FirstOfAccount(QVector<FileConfiguration> const& files, int authenticationId)
+{
+    for (FileConfiguration const& file : files) {
+        auto const folder = _folderConfigManager->GetFolderConfigurationById(file.folderConfigurationId);
+        if (folder.getAuthenticationId() == authenticationId)
+            return file;
+    }
+    return {};
+}
+
+QVector<FileConfiguration> FileConfigManager::_GetFileConfigurationsByServerPath(QString serverPath)
+{
+    return _FindAll(sql::GetByServerPath, store::Values(bind::serverPath(serverPath)));
+}
+
+bool FileConfigManager::_Remove(int id)
+{
+    FileConfiguration file = GetFileConfigurationById(id);
+    return store::Write(
+        *_databaseFactory, sql::Remove, store::Values(bind::id(id)), [&](auto&) { _RefreshNativeFileViewer(file); });
+}
+
+bool FileConfigManager::_RemoveGeneratedFileConfigurationsByParentFileId(int parentFileId)
+{
+    return store::Write(
+        *_databaseFactory, sql::RemoveGeneratedByParentFileId, store::Values(bind::parentFileId(parentFileId)));
+}
+
+bool FileConfigManager::AddFileLinks(FileConfiguration& file)
+{
+    auto const root = _folderConfigManager->GetFolderConfigurationById(file.rootFolderId);
+    bool added = false;
+    for (FileLink& link : file.fileLinks) {
+        QString const absolutePath = ToAbsolutePath(link.path, file.clientPath);
+        if (!IsBelow(absolutePath, root.getClientPath()) || !QFile::exists(absolutePath)) {
+            link.fileId = -1;
+            continue;
+        }
+
+        FileConfiguration target = GetFileConfiguration(link, file.clientPath);
+        if (target.id != -1) {
+            link.fileId = target.id;
+            link.serverFileId = target.serverFileId;
+            continue;
+        }
+
+        target.serverFileId = link.serverFileId;
+        _AddLinkedFile(target, absolutePath, file, root);
+        link.fileId = target.id;
+        added = true;
+    }
+    return added;
+}
+
+void FileConfigManager::_AddLinkedFile(FileConfiguration& target,
+                                       QString const& absolutePath,
+                                       FileConfiguration const& linkingFile,
+                                       FolderConfiguration const& root)
+{
+    QFileInfo const file(absolutePath);
+    target.name = file.fileName();
+    target.clientPath = absolutePath;
+    target.serverPath = ReplacePathPrefix(absolutePath, root.getClientPath(), root.getServerPath());
+    target.setSyncStatus(FileSyncStatusLinkDiscovered);
+    target.lastOperationType = 0;
+    target.rootFolderId = linkingFile.rootFolderId;
+    target.folderConfigurationId =
+        _folderConfigManager
+            ->AddFolderAndParent(file.absolutePath(),
+                                 _folderConfigManager->GetFolderConfigurationById(linkingFile.rootFolderId))
+            .getId();
+    target.fileType = FileConfigurationTypeFile;
+    target.productConfigurationId = linkingFile.productConfigurationId;
+    Add(target); // on failure its id stays -1, and so does the link's
+}
+
+void FileConfigManager::_RefreshNativeFileViewer(FileConfiguration& file)
+{
+    // The shell redraws folders, so it is told of the one that holds the file.
+    if (_refreshNativeFileViewer)
+        _refreshNativeFileViewer->Refresh(QFileInfo(file.clientPath).absolutePath());
+}
+
+void FileConfigManager::_RefreshNativeFileViewerIfSyncStatusChanged(FileConfiguration& file)
+{
+    if (file.getSyncStatusChanged())
+        _RefreshNativeFileViewer(file);
+}
+
+QString FileConfigManager::GetTableNameByFileType(FileConfigurationType fileType)
+{
+    return sql::TableOf(fileType).name;
+}
+
+QString FileConfigManager::_GenerateOrderBy(FileConfigOrderByEnum order)
+{
+    auto position = static_cast<std::size_t>(order); // a negative order is out of range as well
+    if (position >= 2 * sql::OrderColumns.size())
+        position = sync::interf::FileConfigOrderById;
+    QString const clause = QStringLiteral("ORDER BY ") + sql::OrderColumns[position / 2];
+    return position % 2 == 0 ? clause : clause + QStringLiteral(" DESC");
+}
+
+QString FileConfigManager::GetXmlStringFromFileLinkArray(QList<FileLink>& links, QDateTime const& date)
+{
+    return WriteFileLinks(links, date);
+}
+
+QList<FileLink> FileConfigManager::GetFileLinkArrayFromXmlString(QString& text, QDateTime& date)
+{
+    return ReadFileLinks(text, date);
+}
+
+} // namespace sync::config

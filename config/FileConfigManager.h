@@ -1,0 +1,123 @@
+#pragma once
+
+#include "config/DatabaseConfigurationManager.h"
+#include "config/FileConfiguration.h"
+#include "config/FileLink.h"
+#include "config/TandryConfigurationExport.h"
+#include "interf/IFileConfigManager.h"
+
+#include <QDateTime>
+#include <QList>
+#include <QString>
+#include <QVector>
+
+#include <memory>
+
+namespace sync::interf {
+class IFolderConfigManager;
+class IQSqlQueryWrapper;
+class IRefreshNativeFileViewer;
+} // namespace sync::interf
+
+namespace sync::config {
+
+class FolderConfiguration;
+
+/// The files of a store. What an operation answers on failure stands with its declaration in the interface.
+class TANDRY_CONFIGURATION_EXPORT FileConfigManager : public DatabaseConfigurationManager,
+                                                      public sync::interf::IFileConfigManager
+{
+public:
+    /// Keeps a share of each and makes no call on them. Without a refresh object the shell isn't told of anything; the
+    /// other two must not be null.
+    FileConfigManager(std::shared_ptr<sync::interf::factory::IDatabaseFactory> databaseFactory,
+                      std::shared_ptr<sync::interf::IRefreshNativeFileViewer> refreshNativeFileViewer,
+                      std::shared_ptr<sync::interf::IFolderConfigManager> folderConfigManager);
+    ~FileConfigManager() override;
+
+    FileConfiguration GetFileConfigurationById(int id) override;
+    FileConfiguration GetFileConfigurationByServerId(QString serverFileId) override;
+    FileConfiguration GetBaseFileConfigurationById(int id) override;
+    FileConfiguration GetGeneratedFileConfigurationById(int id) override;
+    FileConfiguration GetFileConfigurationByClientPath(QString clientPath) override;
+    QVector<FileConfiguration> GetAllFileConfigurationsByClientPath(QString clientPath) override;
+    QVector<FileConfiguration> GetFileConfigurationsOfNonExistingRootFolders() override;
+    FileConfiguration GetGeneratedFileConfigurationByClientPath(QString clientPath) override;
+    FileConfiguration GetFileConfigurationByClientPathAndAuthenticationId(QString clientPath,
+                                                                          int authenticationId) override;
+    FileConfiguration GetFileConfigurationByServerPathAndAuthenticationId(QString serverPath,
+                                                                          int authenticationId) override;
+    QVector<FileConfiguration> GetFileConfigurationsByFolderId(int folderConfigurationId,
+                                                               sync::interf::FileConfigOrderByEnum order) override;
+    QVector<FileConfiguration> GetFileConfigurationsByRootFolderId(int rootFolderId,
+                                                                   FileConfigurationType fileType) override;
+    QVector<FileConfiguration> GetFileConfigurationsByRootFolderId(int rootFolderId,
+                                                                   sync::interf::FileConfigOrderByEnum order) override;
+    QVector<FileConfiguration> GetFileConfigurationsWithSyncOption(int rootFolderId, FileSyncOption option) override;
+    QVector<FileConfiguration>
+    GetGeneratedFileConfigurationsByRootFolderId(int rootFolderId, sync::interf::FileConfigOrderByEnum order) override;
+    QVector<FileConfiguration>
+    GetFileConfigurationsByFolderIdAndSyncStatus(int folderConfigurationId,
+                                                 FileSynchronizationStatus syncStatus) override;
+    QVector<FileConfiguration> GetGeneratedFileConfigurationsByParentFileId(int parentFileId) override;
+    QVector<FileConfiguration> GetAll(FileConfigurationType fileType) override;
+    QVector<FileConfiguration> GetAll() override;
+    bool Update(FileConfiguration fileConfiguration) override;
+    bool Add(FileConfiguration& fileConfiguration) override;
+    bool RemoveFileConfigurationAndLinkedConfigurations(int id) override;
+    bool RemoveBaseFileConfiguration(int id) override;
+    bool RemoveGeneratedFileConfiguration(int id) override;
+    bool RemoveByFolderConfigurationId(int folderConfigurationId) override;
+    bool RemoveGeneratedFileConfigurationsByRootFolderId(int rootFolderId) override;
+    bool RemoveGeneratedFileConfigurationsByRootFolderIdAndSyncStatus(int rootFolderId,
+                                                                      FileSynchronizationStatus syncStatus) override;
+    bool UpdateSyncStatusFromSyncingToNotSynced(int folderConfigurationId) override;
+    FileConfiguration GetBaseFileConfigurationByParentFileId(int parentFileId) override;
+    FileConfiguration GetFileConfiguration(FileLink fileLink, QString const& linkingFilePath) override;
+    bool transaction() override;
+    bool commit() override;
+    bool rollback() override;
+
+    /// Removes the rows of a root's files; generated rows stay. False when the store fails.
+    virtual bool RemoveByRootFolderId(int rootFolderId);
+
+private:
+    template <class Bind>
+    FileConfiguration _FindOne(QString const& statement, Bind const& bind);
+    template <class Bind, class Miss>
+    FileConfiguration _FindOne(QString const& statement, Bind const& bind, Miss const& miss);
+    template <class Bind>
+    QVector<FileConfiguration> _FindAll(QString const& statement, Bind const& bind);
+    FileConfiguration _FirstOfAccount(QVector<FileConfiguration> const& files, int authenticationId);
+
+    QVector<FileConfiguration> _GetFileConfigurationsByServerPath(QString serverPath);
+    bool _Remove(int id);
+    bool _RemoveGeneratedFileConfigurationsByParentFileId(int parentFileId);
+
+    /// Gives each link the id of its file's row, and files inside the root that have none a row of their own; -1 where
+    /// a link leads out of the root or to no file. True when it tried to make a row.
+    bool AddFileLinks(FileConfiguration& file);
+    void _AddLinkedFile(FileConfiguration& target,
+                        QString const& absolutePath,
+                        FileConfiguration const& linkingFile,
+                        FolderConfiguration const& root);
+
+    void _RefreshNativeFileViewer(FileConfiguration& file);
+    void _RefreshNativeFileViewerIfSyncStatusChanged(FileConfiguration& file);
+
+    void _BindColumns(sync::interf::IQSqlQueryWrapper& query, FileConfiguration& file);
+    void _PopulateFileConfiguration(sync::interf::IQSqlQueryWrapper* query, FileConfiguration& file);
+    void _PopulateFileConfigurations(sync::interf::IQSqlQueryWrapper* query, QVector<FileConfiguration>& files);
+
+    /// Empty for an unknown type.
+    static QString GetTableNameByFileType(FileConfigurationType fileType);
+    static QString _GenerateOrderBy(sync::interf::FileConfigOrderByEnum order);
+    static QString GetXmlStringFromFileLinkArray(QList<FileLink>& links, QDateTime const& date);
+    static QList<FileLink> GetFileLinkArrayFromXmlString(QString& text, QDateTime& date);
+
+    std::shared_ptr<void> _spareShare; // null for good; keeps the place of a share in the object's layout
+    std::shared_ptr<sync::interf::IRefreshNativeFileViewer> _refreshNativeFileViewer;
+    std::shared_ptr<sync::interf::IFolderConfigManager> _folderConfigManager;
+};
+
+} // namespace sync::config
