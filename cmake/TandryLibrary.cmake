@@ -28,7 +28,10 @@ function(tandry_library name)
     SOVERSION ${PROJECT_VERSION_MAJOR})
 
   install(TARGETS ${target} EXPORT TandryTargets
-    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} NAMELINK_COMPONENT Development)
+    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT Runtime NAMELINK_COMPONENT Development)
   install(FILES ${arg_HEADERS} "${generated}/${arg_FOLDER}/${target}Export.h"
     DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/tandry/${arg_FOLDER} COMPONENT Development)
+
+  list(TRANSFORM arg_HEADERS PREPEND "${arg_FOLDER}/")
+  set_property(GLOBAL APPEND PROPERTY TANDRY_PUBLIC_HEADERS ${arg_HEADERS} "${arg_FOLDER}/${target}Export.h")
 endfunction()
