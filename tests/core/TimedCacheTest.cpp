@@ -1,0 +1,239 @@
+#include "core/TimedCache.h"
+
+#include "support/FakeClock.h"
+
+#include <gtest/gtest.h>
+
+#include <QVector>
+
+#include <atomic>
+#include <memory>
+#include <ostream>
+#include <stdexcept>
+#include <string>
+#include <thread>
+#include <type_traits>
+#include <vector>
+
+namespace {
+
+using sync::core::TimedCache;
+using tandry::test::FakeClock;
+
+static_assert(std::has_virtual_destructor_v<TimedCache<int>>);
+static_assert(!std::is_copy_constructible_v<TimedCache<int>>);
+
+class TimedCacheTest : public testing::Test
+{
+protected:
+    FakeClock clock;
+    int refills = 0;
+    /// Its value is how often it was refilled.
+    TimedCache<int> cache{[this] { return ++refills; }, 1000, &FakeClock::Now};
+};
+
+TEST_F(TimedCacheTest, ConstructionRunsNoRefill)
+{
+    EXPECT_EQ(refills, 0);
+}
+
+TEST_F(TimedCacheTest, FirstValueIsRefilled)
+{
+    EXPECT_EQ(cache.GetValue(), 1);
+    EXPECT_EQ(refills, 1);
+}
+
+TEST_F(TimedCacheTest, StampAtTheEpochIsAStampLikeAnyOther)
+{
+    FakeClock::Move(-FakeClock::Start);
+    cache.GetValue();
+    EXPECT_EQ(cache.GetValue(), 1);
+}
+
+TEST_F(TimedCacheTest, ClearMakesTheNextValueFreshAtOnce)
+{
+    cache.GetValue();
+    cache.Clear();
+    EXPECT_EQ(refills, 1);
+    EXPECT_EQ(cache.GetValue(), 2);
+    EXPECT_EQ(cache.GetValue(), 2);
+}
+
+TEST_F(TimedCacheTest, ClearOfAnEmptyCacheChangesNothing)
+{
+    cache.Clear();
+    EXPECT_EQ(cache.GetValue(), 1);
+}
+
+TEST_F(TimedCacheTest, StampFollowsAClockSetBack)
+{
+    cache.GetValue();
+    FakeClock::Move(-3'600'000);
+    EXPECT_EQ(cache.GetValue(), 2);
+    FakeClock::Move(1'999);
+    EXPECT_EQ(cache.GetValue(), 2);
+    FakeClock::Move(1);
+    EXPECT_EQ(cache.GetValue(), 3);
+}
+
+TEST_F(TimedCacheTest, HitDoesNotRenewTheStamp)
+{
+    cache.GetValue();
+    FakeClock::Move(1'500);
+    EXPECT_EQ(cache.GetValue(), 1);
+    FakeClock::Move(500);
+    EXPECT_EQ(cache.GetValue(), 2);
+}
+
+TEST_F(TimedCacheTest, SlowRefillEatsIntoTheValuesLifetime)
+{
+    TimedCache<int> slow(
+        [this] {
+            FakeClock::Move(1'500);
+            return ++refills;
+        },
+        1000,
+        &FakeClock::Now);
+    EXPECT_EQ(slow.GetValue(), 1);
+    FakeClock::Move(499);
+    EXPECT_EQ(slow.GetValue(), 1);
+    FakeClock::Move(1);
+    EXPECT_EQ(slow.GetValue(), 2);
+}
+
+TEST_F(TimedCacheTest, EmptyResultOfARefillIsKept)
+{
+    TimedCache<QVector<int>> empty(
+        [this] {
+            ++refills;
+            return QVector<int>();
+        },
+        1000,
+        &FakeClock::Now);
+    EXPECT_TRUE(empty.GetValue().isEmpty());
+    FakeClock::Move(1'999);
+    EXPECT_TRUE(empty.GetValue().isEmpty());
+    EXPECT_EQ(refills, 1);
+}
+
+TEST_F(TimedCacheTest, RefillThatThrowsLeavesTheCacheUsable)
+{
+    TimedCache<int> throwing(
+        [this] {
+            if (++refills == 1)
+                throw std::runtime_error("refill");
+            return refills;
+        },
+        1000,
+        &FakeClock::Now);
+    EXPECT_THROW(throwing.GetValue(), std::runtime_error);
+    EXPECT_EQ(throwing.GetValue(), 2);
+}
+
+TEST_F(TimedCacheTest, ClearReleasesTheValue)
+{
+    auto const value = std::make_shared<int>(1);
+    TimedCache<std::shared_ptr<int>> holder([&] { return value; }, 1000, &FakeClock::Now);
+    holder.GetValue();
+    EXPECT_EQ(value.use_count(), 2);
+    holder.Clear();
+    EXPECT_EQ(value.use_count(), 1);
+}
+
+TEST_F(TimedCacheTest, CopyOfAValueOutlivesClearAndRefill)
+{
+    TimedCache<QVector<int>> listing([this] { return QVector<int>(3, ++refills); }, 1000, &FakeClock::Now);
+    QVector<int> const copy = listing.GetValue();
+    listing.Clear();
+    EXPECT_EQ(listing.GetValue(), QVector<int>(3, 2));
+    EXPECT_EQ(copy, QVector<int>(3, 1));
+}
+
+TEST_F(TimedCacheTest, HitSharesTheValueAndAWriteToTheCopyLeavesItAlone)
+{
+    TimedCache<QVector<int>> listing([this] { return QVector<int>(3, ++refills); }, 1000, &FakeClock::Now);
+    QVector<int> copy = listing.GetValue();
+    EXPECT_EQ(copy.constData(), listing.GetValue().constData());
+    copy[0] = 99;
+    EXPECT_EQ(listing.GetValue(), QVector<int>(3, 1));
+}
+
+TEST_F(TimedCacheTest, RefillAloneIsEnoughToMakeACache)
+{
+    TimedCache<int> real([this] { return ++refills; });
+    EXPECT_EQ(real.GetValue(), 1);
+    real.Clear();
+    EXPECT_EQ(real.GetValue(), 2);
+}
+
+struct AgeCase
+{
+    char const* name;
+    int rateMsec;
+    qint64 age;
+    bool fresh;
+};
+
+void PrintTo(AgeCase const& age, std::ostream* out)
+{
+    *out << age.name;
+}
+
+class TimedCacheAgeTest : public TimedCacheTest, public testing::WithParamInterface<AgeCase>
+{};
+
+TEST_P(TimedCacheAgeTest, ValueIsKeptUpToItsLimitInWholeSeconds)
+{
+    TimedCache<int> aging([this] { return ++refills; }, GetParam().rateMsec, &FakeClock::Now);
+    aging.GetValue();
+    FakeClock::Move(GetParam().age);
+    EXPECT_EQ(aging.GetValue(), GetParam().fresh ? 1 : 2);
+}
+
+INSTANTIATE_TEST_SUITE_P(Ages,
+                         TimedCacheAgeTest,
+                         testing::Values(AgeCase{"AtOnce", 1000, 0, true},
+                                         AgeCase{"AtTheRate", 1000, 1000, true},
+                                         AgeCase{"JustUnderTwoSeconds", 1000, 1999, true},
+                                         AgeCase{"TwoSeconds", 1000, 2000, false},
+                                         AgeCase{"TwoAndAHalfSeconds", 1000, 2500, false},
+                                         AgeCase{"ADay", 1000, 86'400'000, false},
+                                         AgeCase{"ClockBackByTheRate", 1000, -1000, true},
+                                         AgeCase{"ClockBackByJustUnderTwoSeconds", 1000, -1999, true},
+                                         AgeCase{"ClockBackByTwoSeconds", 1000, -2000, false},
+                                         AgeCase{"ClockBackByAnHour", 1000, -3'600'000, false},
+                                         AgeCase{"RateUnderASecondIsCutToNone", 999, 999, true},
+                                         AgeCase{"RateUnderASecondEndsAtASecond", 999, 1000, false},
+                                         AgeCase{"RateIsCutToWholeSeconds", 2500, 2999, true},
+                                         AgeCase{"RateCutToTwoSecondsEndsAtThree", 2500, 3000, false}),
+                         [](auto const& param) { return std::string(param.param.name); });
+
+TEST_F(TimedCacheTest, ThreadsNeverSeeAHalfWrittenValue)
+{
+    constexpr int Length = 1'000;
+    std::atomic<int> filled = 0;
+    TimedCache<std::vector<int>> listing([&] { return std::vector<int>(Length, ++filled); }, 1000, &FakeClock::Now);
+
+    std::atomic<int> broken = 0;
+    std::vector<std::thread> threads;
+    for (int thread = 0; thread < 4; ++thread) {
+        threads.emplace_back([&, thread] {
+            for (int i = 0; i < 500; ++i) {
+                if (thread == 0 && i % 5 == 0)
+                    listing.Clear();
+                if (thread == 1)
+                    FakeClock::Move(700);
+                std::vector<int> const value = listing.GetValue();
+                // Empty when another thread clears between a refill and the reading of the value.
+                if (!value.empty() && value != std::vector<int>(Length, value.front()))
+                    ++broken;
+            }
+        });
+    }
+    for (std::thread& thread : threads)
+        thread.join();
+    EXPECT_EQ(broken, 0);
+    EXPECT_GT(filled, 1);
+}
+
+} // namespace

@@ -1,0 +1,31 @@
+#pragma once
+
+#include "config/FolderConfiguration.h"
+#include "support/RecordingStore.h"
+
+#include <QString>
+
+#include <string>
+#include <vector>
+
+namespace tandry::test {
+
+/// A folder record whose stored members all differ from their defaults and from one another; the status counts as
+/// changed. Both stored times are in UTC.
+sync::config::FolderConfiguration DistinctFolder();
+
+/// A record with these members and defaults for the rest.
+sync::config::FolderConfiguration Folder(QString const& clientPath, int parentId = 0, int rootId = -1);
+
+/// The row in which a store gives a record back, its columns in the order of the SELECT list.
+Row ToRow(int id, sync::config::FolderConfiguration const& folder);
+
+/// The document in which the one property of a record is stored.
+QString FeatureNameDocument(QString const& value);
+
+/// The names of the members in which two records differ; null and empty texts differ, and so do times of the same
+/// instant in different time specs.
+std::vector<std::string> DifferingMembers(sync::config::FolderConfiguration const& left,
+                                          sync::config::FolderConfiguration const& right);
+
+} // namespace tandry::test
