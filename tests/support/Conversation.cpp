@@ -1,0 +1,58 @@
+#include "support/Conversation.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+namespace tandry::test {
+
+namespace {
+
+Execution MakeExecution(char const* statement, std::vector<Bound> const& bindings, int scopeDepth)
+{
+    return {QString::fromUtf8(statement), {bindings.begin(), bindings.end()}, scopeDepth, true};
+}
+
+} // namespace
+
+Execution Read(char const* statement, std::vector<Bound> const& bindings)
+{
+    return MakeExecution(statement, bindings, 0);
+}
+
+Execution Written(char const* statement, std::vector<Bound> const& bindings)
+{
+    return MakeExecution(statement, bindings, 1);
+}
+
+void ExpectConversation(RecordingStore const& store, std::vector<Execution> const& expected)
+{
+    std::vector<Execution> const& said = store.Executions();
+    for (std::size_t i = 0; i < std::max(said.size(), expected.size()); ++i) {
+        SCOPED_TRACE("statement " + std::to_string(i + 1));
+        if (i >= expected.size()) {
+            ADD_FAILURE() << "not expected: " << testing::PrintToString(said[i].statement);
+            continue;
+        }
+        if (i >= said.size()) {
+            ADD_FAILURE() << "never said: " << testing::PrintToString(expected[i].statement);
+            continue;
+        }
+        EXPECT_EQ(said[i].statement, expected[i].statement);
+        EXPECT_EQ(said[i].bindings, expected[i].bindings);
+        EXPECT_EQ(said[i].scopeDepth, expected[i].scopeDepth);
+    }
+}
+
+QString OneProperty(char const* key, char const* value)
+{
+    return QStringLiteral("<!DOCTYPE NameValueXml>\n<NameValueXml>\n <%1><![CDATA[%2]]></%1>\n</NameValueXml>\n")
+        .arg(QString::fromUtf8(key), QString::fromUtf8(value));
+}
+
+QString NoProperties()
+{
+    return QStringLiteral("<!DOCTYPE NameValueXml>\n<NameValueXml/>\n");
+}
+
+} // namespace tandry::test
