@@ -1,5 +1,6 @@
 #include "config/FileConfiguration.h"
 #include "support/FileRecords.h"
+#include "support/QtPrinters.h"
 
 #include <gmock/gmock.h>
 

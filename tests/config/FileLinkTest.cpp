@@ -1,4 +1,5 @@
 #include "config/FileLink.h"
+#include "support/QtPrinters.h"
 
 #include <gtest/gtest.h>
 

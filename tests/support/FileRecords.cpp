@@ -78,6 +78,52 @@ FileConfiguration DistinctFile(FileConfigurationType fileType)
     return file;
 }
 
+Row ToRow(FileConfiguration const& file)
+{
+    QString properties = QStringLiteral("<!DOCTYPE NameValueXml>\n<NameValueXml>\n");
+    for (auto entry = file.nameValueProperties.cbegin(); entry != file.nameValueProperties.cend(); ++entry)
+        properties += QStringLiteral(" <%1><![CDATA[%2]]></%1>\n").arg(entry.key(), entry.value());
+    properties += QStringLiteral("</NameValueXml>\n");
+
+    return {
+        file.id,
+        file.folderConfigurationId,
+        file.name,
+        file.clientPath,
+        file.serverPath,
+        file.checkSum,
+        file.createdDateTime,
+        file.lastModifiedDateTime,
+        int(file.getSyncStatus()),
+        file.lastOperationType,
+        file.size,
+        properties,
+        file.lastOperationTime,
+        file.rootFolderId,
+        file.syncOption,
+        file.parentFileId,
+        int(file.fileType),
+        file.ownerId,
+        file.privileges,
+        file.productConfigurationId,
+        file.serverFileId,
+        file.serverFileVersionId,
+        file.checkSumMD5,
+        FileLinksDocument(file),
+    };
+}
+
+QString FileLinksDocument(FileConfiguration const& file)
+{
+    if (file.fileLinks.isEmpty() && !file.fileDate.isValid())
+        return QStringLiteral("");
+    QString document = QStringLiteral("<FileLinks FileDate=\"%1\">\n").arg(file.fileDate.toString(Qt::ISODate));
+    for (FileLink const& link : file.fileLinks)
+        document += QStringLiteral(" <FileLink FileId=\"%1\" RefId=\"%2\" ServerFileId=\"%3\" Path=\"%4\"/>\n")
+                        .arg(QString::number(link.fileId), link.refId, link.serverFileId, link.path);
+    return document + QStringLiteral("</FileLinks>\n");
+}
+
 std::vector<std::string> DifferingMembers(FileConfiguration const& left, FileConfiguration const& right)
 {
     std::vector<std::string> different;

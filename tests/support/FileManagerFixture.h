@@ -1,0 +1,44 @@
+#pragma once
+
+#include "config/FileConfigManager.h"
+#include "support/Conversation.h"
+#include "support/FileRecords.h"
+#include "support/MockFolderConfigManager.h"
+#include "support/RecordingRefresh.h"
+#include "support/RecordingStore.h"
+
+#include <gmock/gmock.h>
+
+#include <memory>
+#include <vector>
+
+namespace tandry::test {
+
+/// A file manager that talks to a recording store, with a folder side that fails on any call that a test doesn't
+/// expect.
+class FileManagerFixture : public testing::Test
+{
+protected:
+    FileManagerFixture()
+        : manager(store, refresh, folders)
+    {}
+
+    /// What the last statement was given for a placeholder.
+    QVariant LastBound(char const* placeholder) const
+    {
+        for (Binding const& binding : store->Executions().back().bindings) {
+            if (binding.placeholder == QString::fromUtf8(placeholder))
+                return binding.value;
+        }
+        ADD_FAILURE() << placeholder << " was not bound";
+        return {};
+    }
+
+    std::shared_ptr<RecordingStore> const store = std::make_shared<RecordingStore>();
+    std::shared_ptr<RecordingRefresh> const refresh = std::make_shared<RecordingRefresh>();
+    std::shared_ptr<testing::StrictMock<MockFolderConfigManager>> const folders =
+        std::make_shared<testing::StrictMock<MockFolderConfigManager>>();
+    sync::config::FileConfigManager manager;
+};
+
+} // namespace tandry::test
