@@ -14,7 +14,6 @@ namespace {
 using namespace tandry::test;
 using sync::config::AuthenticationConfigManager;
 using sync::config::AuthenticationConfiguration;
-using sync::config::DatabaseConfigurationManager;
 
 // Three of the reads are const, the fourth and the writes aren't.
 template <class Result, class... Arguments>
@@ -110,14 +109,6 @@ TEST_F(AuthenticationConfigManagerConversation, ConstructionAndDestructionTouchN
     }
     EXPECT_EQ(store.use_count(), 2);
     EXPECT_EQ(store->QueriesCreated(), 0);
-}
-
-TEST_F(AuthenticationConfigManagerConversation, ClassNameGivesTheObjectAndTheBasesNameTheBase)
-{
-    EXPECT_EQ(manager.qt_metacast("sync::config::AuthenticationConfigManager"), static_cast<void*>(&manager));
-    EXPECT_EQ(manager.qt_metacast("DatabaseConfigurationManager"),
-              static_cast<void*>(static_cast<DatabaseConfigurationManager*>(&manager)));
-    EXPECT_NE(manager.qt_metacast("DatabaseConfigurationManager"), static_cast<void*>(&manager));
 }
 
 TEST_F(AuthenticationConfigManagerConversation, GetAuthenticationConfigurationByIdReadsOneRow)

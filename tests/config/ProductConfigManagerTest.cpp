@@ -13,7 +13,6 @@
 namespace {
 
 using namespace tandry::test;
-using sync::config::DatabaseConfigurationManager;
 using sync::config::ProductConfigManager;
 using sync::config::ProductConfiguration;
 
@@ -77,14 +76,6 @@ TEST_F(ProductConfigManagerConversation, ConstructionAndDestructionTouchNoStore)
     }
     EXPECT_EQ(store.use_count(), 2);
     EXPECT_EQ(store->QueriesCreated(), 0);
-}
-
-TEST_F(ProductConfigManagerConversation, ClassNameGivesTheObjectAndTheBasesNameTheBase)
-{
-    EXPECT_EQ(manager.qt_metacast("sync::config::ProductConfigManager"), static_cast<void*>(&manager));
-    EXPECT_EQ(manager.qt_metacast("DatabaseConfigurationManager"),
-              static_cast<void*>(static_cast<DatabaseConfigurationManager*>(&manager)));
-    EXPECT_NE(manager.qt_metacast("DatabaseConfigurationManager"), static_cast<void*>(&manager));
 }
 
 TEST_F(ProductConfigManagerConversation, GetProductConfigurationByIdReadsOneRow)

@@ -11,7 +11,6 @@
 namespace {
 
 using namespace tandry::test;
-using sync::config::DatabaseConfigurationManager;
 using sync::config::ScheduleEntry;
 using sync::config::ScheduleEntryManager;
 using sync::config::SyncSchedule;
@@ -77,14 +76,6 @@ TEST_F(ScheduleEntryManagerConversation, ConstructionAndDestructionTouchNoStore)
     }
     EXPECT_EQ(store.use_count(), 2);
     EXPECT_EQ(store->QueriesCreated(), 0);
-}
-
-TEST_F(ScheduleEntryManagerConversation, ClassNameGivesTheObjectAndTheBasesNameTheBase)
-{
-    EXPECT_EQ(manager.qt_metacast("sync::config::ScheduleEntryManager"), static_cast<void*>(&manager));
-    EXPECT_EQ(manager.qt_metacast("DatabaseConfigurationManager"),
-              static_cast<void*>(static_cast<DatabaseConfigurationManager*>(&manager)));
-    EXPECT_NE(manager.qt_metacast("DatabaseConfigurationManager"), static_cast<void*>(&manager));
 }
 
 TEST_F(ScheduleEntryManagerConversation, GetScheduleEntryByIdReadsOneRowInLocalTime)

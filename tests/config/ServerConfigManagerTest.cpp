@@ -16,7 +16,6 @@
 namespace {
 
 using namespace tandry::test;
-using sync::config::DatabaseConfigurationManager;
 using sync::config::ServerConfigManager;
 using sync::config::ServerConfiguration;
 
@@ -119,17 +118,6 @@ TEST_F(ServerConfigManagerConversation, ConstructionAndDestructionTouchNoStore)
     }
     EXPECT_EQ(store.use_count(), 2);
     EXPECT_EQ(store->QueriesCreated(), 0);
-}
-
-TEST_F(ServerConfigManagerConversation, ClassNameGivesTheObjectAndTheBasesNameTheBase)
-{
-    EXPECT_EQ(manager.qt_metacast("sync::config::ServerConfigManager"), static_cast<void*>(&manager));
-    EXPECT_EQ(manager.qt_metacast("DatabaseConfigurationManager"),
-              static_cast<void*>(static_cast<DatabaseConfigurationManager*>(&manager)));
-    EXPECT_NE(manager.qt_metacast("DatabaseConfigurationManager"), static_cast<void*>(&manager));
-    EXPECT_EQ(manager.qt_metacast("sync::interf::IServerConfigManager"),
-              static_cast<void*>(static_cast<sync::interf::IServerConfigManager*>(&manager)));
-    EXPECT_EQ(manager.qt_metacast("sync::config::DatabaseConfigurationManager"), nullptr);
 }
 
 TEST_F(ServerConfigManagerConversation, GetServerConfigByIdReadsOneRow)
