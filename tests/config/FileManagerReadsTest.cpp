@@ -14,13 +14,6 @@ using testing::IsEmpty;
 using testing::Return;
 using testing::SizeIs;
 
-#define FILE_COLUMNS                                                                                                   \
-    "SELECT id, folderConfigurationId, name, clientPath, serverPath, checkSum, createdDateTime, "                      \
-    "lastModifiedDateTime, "                                                                                           \
-    "syncStatus, lastOperationType, size, nameValueProperties, lastOperationTime, rootFolderId, syncOption, "          \
-    "parentFileId, fileType, ownerId, privileges, productConfigurationId, serverFileId,  serverFileVersionId, "        \
-    "checkSumMD5, fileLinks FROM "
-
 // The class.
 
 static_assert(std::is_base_of_v<DatabaseConfigurationManager, FileConfigManager>);

@@ -13,11 +13,7 @@ using testing::IsEmpty;
 using testing::Return;
 using testing::SizeIs;
 
-constexpr char const* SelectByClientPath =
-    "SELECT id, folderConfigurationId, name, clientPath, serverPath, checkSum, createdDateTime, lastModifiedDateTime, "
-    "syncStatus, lastOperationType, size, nameValueProperties, lastOperationTime, rootFolderId, syncOption, "
-    "parentFileId, fileType, ownerId, privileges, productConfigurationId, serverFileId,  serverFileVersionId, "
-    "checkSumMD5, fileLinks FROM FileConfiguration WHERE clientPath = :clientPath";
+constexpr char const* SelectByClientPath = FILE_COLUMNS "FileConfiguration WHERE clientPath = :clientPath";
 
 constexpr char const* UpdateSet =
     " SET folderConfigurationId = :folderConfigurationId, name = :name, clientPath = :clientPath, serverPath = "

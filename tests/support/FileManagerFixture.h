@@ -12,6 +12,14 @@
 #include <memory>
 #include <vector>
 
+/// The beginning of every SELECT on the tables of files.
+#define FILE_COLUMNS                                                                                                   \
+    "SELECT id, folderConfigurationId, name, clientPath, serverPath, checkSum, createdDateTime, "                      \
+    "lastModifiedDateTime, "                                                                                           \
+    "syncStatus, lastOperationType, size, nameValueProperties, lastOperationTime, rootFolderId, syncOption, "          \
+    "parentFileId, fileType, ownerId, privileges, productConfigurationId, serverFileId,  serverFileVersionId, "        \
+    "checkSumMD5, fileLinks FROM "
+
 namespace tandry::test {
 
 /// A file manager that talks to a recording store, with a folder side that fails on any call that a test doesn't
