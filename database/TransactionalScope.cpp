@@ -42,9 +42,9 @@ TransactionalScope::TransactionalScope()
 
 TransactionalScope::~TransactionalScope()
 {
-    if (Depth() == 1)
+    // The scope is over before its store commits: what hears of a failure and writes has a scope of its own.
+    if (--Scopes().depth == 0)
         static_cast<void>(CommitParticipants()); // a destructor can't answer: the store tells of a failure by itself
-    --Scopes().depth;
 }
 
 bool TransactionalScope::commit()

@@ -1,0 +1,254 @@
+#include "database/PreparedStatement.h"
+
+#include <QDateTime>
+#include <QMetaType>
+
+#include <cmath>
+#include <limits>
+#include <utility>
+
+namespace sync::database {
+
+namespace {
+
+constexpr qint64 MsecsPerDay = 86'400'000;
+constexpr qint64 JulianDayOfEpoch = 2'440'588;
+
+/// False for lone surrogates, which UTF-8 has no form for. Text without any surrogate is told in one pass that the
+/// compiler turns into vector instructions.
+bool IsUnicode(QString const& text)
+{
+    unsigned surrogates = 0;
+    for (QChar const unit : text)
+        surrogates += (unit.unicode() & 0xf800u) == 0xd800u ? 1 : 0;
+    return surrogates == 0 || text.isValidUtf16();
+}
+
+/// The clock reading as if it were UTC, whatever the time's spec.
+std::optional<qint64> ClockReading(QDateTime const& time)
+{
+    qint64 const days = time.date().toJulianDay() - JulianDayOfEpoch;
+    if (std::abs(days) > std::numeric_limits<qint64>::max() / MsecsPerDay - 1)
+        return std::nullopt;
+    return days * MsecsPerDay + time.time().msecsSinceStartOfDay();
+}
+
+QString TextOf(char const* utf8, int size)
+{
+    QString text = QString::fromUtf8(utf8, size);
+    // The conversion takes a leading U+FEFF for a byte order mark and drops it.
+    if (size >= 3 && utf8[0] == '\xef' && utf8[1] == '\xbb' && utf8[2] == '\xbf')
+        text.prepend(QChar(QChar::ByteOrderMark));
+    return text;
+}
+
+bool IsBlank(char const* begin, char const* end)
+{
+    return QByteArray::fromRawData(begin, static_cast<int>(end - begin)).trimmed().isEmpty();
+}
+
+} // namespace
+
+std::unique_ptr<PreparedStatement>
+PreparedStatement::Prepare(sqlite3* handle, QString const& text, bool stays, Refusal& refusal)
+{
+    if (!IsUnicode(text)) {
+        refusal = {SQLITE_MISUSE, QStringLiteral("the statement is no Unicode text")};
+        return nullptr;
+    }
+    QByteArray const utf8 = text.toUtf8();
+    char const* tail = nullptr;
+    sqlite3_stmt* made = nullptr;
+    int const code = sqlite3_prepare_v3(
+        handle, utf8.constData(), utf8.size() + 1, stays ? SQLITE_PREPARE_PERSISTENT : 0, &made, &tail);
+    StatementHandle statement(made);
+    if (code != SQLITE_OK) {
+        refusal = {code, {}};
+        return nullptr;
+    }
+    if (statement == nullptr) {
+        refusal = {SQLITE_MISUSE, QStringLiteral("the statement is empty")};
+        return nullptr;
+    }
+    if (!IsBlank(tail, utf8.constData() + utf8.size())) {
+        refusal = {SQLITE_MISUSE, QStringLiteral("there is more than one statement in the text")};
+        return nullptr;
+    }
+    if (sqlite3_stmt_readonly(made) == 0 && sqlite3_column_count(made) > 0) {
+        refusal = {SQLITE_MISUSE, QStringLiteral("statements that write and give rows back are not supported")};
+        return nullptr;
+    }
+    return std::unique_ptr<PreparedStatement>(new PreparedStatement(std::move(statement), text));
+}
+
+PreparedStatement::PreparedStatement(StatementHandle handle, QString const& text)
+    : _handle(std::move(handle))
+    , _text(text)
+    , _reading(sqlite3_stmt_readonly(_handle.get()) != 0)
+{
+    int const parameters = sqlite3_bind_parameter_count(_handle.get());
+    _placeholders.resize(static_cast<std::size_t>(parameters) + 1);
+    _values.resize(_placeholders.size());
+    for (int index = 1; index <= parameters; ++index)
+        _placeholders[static_cast<std::size_t>(index)] =
+            QString::fromUtf8(sqlite3_bind_parameter_name(_handle.get(), index));
+
+    int const columns = sqlite3_column_count(_handle.get());
+    _holdsDateTime.reserve(static_cast<std::size_t>(columns));
+    for (int column = 0; column < columns; ++column) {
+        char const* type = sqlite3_column_decltype(_handle.get(), column);
+        _holdsDateTime.push_back(type != nullptr && sqlite3_stricmp(type, "DATETIME") == 0);
+    }
+}
+
+int PreparedStatement::IndexOf(QString const& placeholder)
+{
+    if (_bound < _bindOrder.size()) {
+        int const index = _bindOrder[_bound];
+        if (_placeholders[static_cast<std::size_t>(index)] == placeholder) {
+            ++_bound;
+            return index;
+        }
+    }
+    for (std::size_t index = 1; index < _placeholders.size(); ++index) {
+        if (_placeholders[index] == placeholder && !placeholder.isEmpty()) {
+            _bindOrder.resize(_bound);
+            _bindOrder.push_back(static_cast<int>(index));
+            ++_bound;
+            return static_cast<int>(index);
+        }
+    }
+    return 0;
+}
+
+std::optional<Refusal> PreparedStatement::Bind(QString const& placeholder, QVariant const& value)
+{
+    int const index = IndexOf(placeholder);
+    if (index == 0)
+        return Refusal{SQLITE_RANGE, QStringLiteral("the statement has no placeholder %1").arg(placeholder)};
+    QString words;
+    int const code = BindAt(index, value, words);
+    if (code == SQLITE_OK)
+        return std::nullopt;
+    return Refusal{code, words.isEmpty() ? words : words.arg(placeholder)};
+}
+
+int PreparedStatement::BindAt(int index, QVariant const& value, QString& words)
+{
+    sqlite3_stmt* const statement = _handle.get();
+    if (value.isNull())
+        return sqlite3_bind_null(statement, index);
+
+    switch (value.userType()) {
+    case QMetaType::QString:
+        return BindText(index, value.toString(), words);
+    case QMetaType::Int:
+    case QMetaType::LongLong:
+    case QMetaType::Bool:
+    case QMetaType::UInt:
+    case QMetaType::Short:
+    case QMetaType::UShort:
+    case QMetaType::Long:
+    case QMetaType::Char:
+    case QMetaType::SChar:
+    case QMetaType::UChar:
+        return sqlite3_bind_int64(statement, index, value.toLongLong());
+    case QMetaType::ULong:
+    case QMetaType::ULongLong:
+        if (value.toULongLong() > static_cast<qulonglong>(std::numeric_limits<qint64>::max()))
+            break;
+        return sqlite3_bind_int64(statement, index, value.toLongLong());
+    case QMetaType::Double:
+    case QMetaType::Float:
+        if (std::isnan(value.toDouble())) // the engine would make NULL of it
+            break;
+        return sqlite3_bind_double(statement, index, value.toDouble());
+    case QMetaType::QDateTime: {
+        QDateTime const time = value.toDateTime();
+        if (!time.isValid())
+            return sqlite3_bind_null(statement, index);
+        std::optional<qint64> const reading = ClockReading(time);
+        if (!reading)
+            break;
+        return sqlite3_bind_int64(statement, index, *reading);
+    }
+    case QMetaType::QByteArray: {
+        QByteArray& bytes = _values[static_cast<std::size_t>(index)];
+        bytes = value.toByteArray();
+        return sqlite3_bind_blob64(
+            statement, index, bytes.constData(), static_cast<sqlite3_uint64>(bytes.size()), SQLITE_STATIC);
+    }
+    default:
+        words = QStringLiteral("%1 can't keep a value of type ") + QString::fromLatin1(value.typeName());
+        return SQLITE_MISMATCH;
+    }
+    words = QStringLiteral("the value for %1 is out of range");
+    return SQLITE_MISMATCH;
+}
+
+int PreparedStatement::BindText(int index, QString const& text, QString& words)
+{
+    if (!IsUnicode(text)) {
+        words = QStringLiteral("the text for %1 is no Unicode text (it has a lone surrogate)");
+        return SQLITE_MISMATCH;
+    }
+    QByteArray& utf8 = _values[static_cast<std::size_t>(index)];
+    utf8 = text.toUtf8();
+    int const code = sqlite3_bind_text64(
+        _handle.get(), index, utf8.constData(), static_cast<sqlite3_uint64>(utf8.size()), SQLITE_STATIC, SQLITE_UTF8);
+    if (code != SQLITE_OK)
+        words = QStringLiteral("the text for %1 is too long");
+    return code;
+}
+
+int PreparedStatement::Step() noexcept
+{
+    _bound = 0;
+    int const code = sqlite3_step(_handle.get());
+    if (code != SQLITE_ROW)
+        Reset();
+    return code;
+}
+
+void PreparedStatement::Reset() noexcept
+{
+    _bound = 0;
+    sqlite3_reset(_handle.get());
+}
+
+void PreparedStatement::Clear() noexcept
+{
+    Reset();
+    sqlite3_clear_bindings(_handle.get());
+    for (QByteArray& value : _values)
+        value = QByteArray();
+}
+
+QVariant PreparedStatement::Value(int column) const
+{
+    if (column < 0 || static_cast<std::size_t>(column) >= _holdsDateTime.size())
+        return {};
+    sqlite3_stmt* const statement = _handle.get();
+    switch (sqlite3_column_type(statement, column)) {
+    case SQLITE_INTEGER: {
+        qint64 const number = sqlite3_column_int64(statement, column);
+        if (_holdsDateTime[static_cast<std::size_t>(column)])
+            return QDateTime::fromMSecsSinceEpoch(number, Qt::UTC);
+        return static_cast<qlonglong>(number);
+    }
+    case SQLITE_TEXT: {
+        char const* const utf8 = reinterpret_cast<char const*>(sqlite3_column_text(statement, column));
+        return TextOf(utf8, sqlite3_column_bytes(statement, column));
+    }
+    case SQLITE_FLOAT:
+        return sqlite3_column_double(statement, column);
+    case SQLITE_BLOB: {
+        auto const* const bytes = static_cast<char const*>(sqlite3_column_blob(statement, column));
+        return QByteArray(bytes == nullptr ? "" : bytes, sqlite3_column_bytes(statement, column));
+    }
+    default:
+        return {};
+    }
+}
+
+} // namespace sync::database

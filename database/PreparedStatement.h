@@ -1,0 +1,66 @@
+#pragma once
+
+#include "database/SqliteHandle.h"
+
+#include <QByteArray>
+#include <QString>
+#include <QVariant>
+
+#include <memory>
+#include <optional>
+#include <vector>
+
+namespace sync::database {
+
+/// Why the store itself refused a statement or a value; words that quote no value. Empty words: the engine knows.
+struct Refusal
+{
+    int code = 0;
+    QString words;
+};
+
+/// A statement of a connection with its placeholders and the kinds of its columns. Used by one query at a time.
+class PreparedStatement
+{
+public:
+    /// Null on failure. One that `stays` prepared is given memory of its own by the engine.
+    static std::unique_ptr<PreparedStatement>
+    Prepare(sqlite3* handle, QString const& text, bool stays, Refusal& refusal);
+
+    QString const& text() const { return _text; }
+    /// Whether the statement only reads.
+    bool isReading() const { return _reading; }
+
+    /// The statement must not be running.
+    std::optional<Refusal> Bind(QString const& placeholder, QVariant const& value);
+
+    /// The engine's result code; on everything but a row the statement has been reset.
+    int Step() noexcept;
+    /// Ends the run and lets go of the rows, and of the locks that go with them.
+    void Reset() noexcept;
+    /// Lets go of the bound values as well.
+    void Clear() noexcept;
+
+    /// A value of the current row.
+    QVariant Value(int column) const;
+
+private:
+    PreparedStatement(StatementHandle handle, QString const& text);
+
+    int IndexOf(QString const& placeholder);
+    int BindAt(int index, QVariant const& value, QString& words);
+    int BindText(int index, QString const& text, QString& words);
+
+    StatementHandle _handle;
+    QString _text;
+    bool _reading = false;
+    /// By the engine's index, which counts from 1. The text is static for the engine, so it is kept here.
+    std::vector<QString> _placeholders;
+    std::vector<QByteArray> _values;
+    /// The indices in the order in which they were bound last time: mostly it is the same again.
+    std::vector<int> _bindOrder;
+    std::size_t _bound = 0;
+    std::vector<bool> _holdsDateTime;
+};
+
+} // namespace sync::database

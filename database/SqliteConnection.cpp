@@ -1,0 +1,424 @@
+#include "database/SqliteConnection.h"
+
+#include "database/SqliteStore.h"
+#include "database/StoreLog.h"
+#include "database/StoreSchema.h"
+#include "database/TransactionalScope.h"
+
+#include <utility>
+
+namespace sync::database {
+
+namespace {
+
+/// The settings of a connection.
+///
+/// - No memory map: an I/O error or a file cut short would be a signal that ends the program instead of an error.
+/// - Temporary tables in memory: nothing of the store's content comes to other files, and no other place can be full.
+/// - A log that has grown, because a long listing held it, shrinks to its limit at the next chance.
+constexpr char const* Settings = "PRAGMA cache_size = -8192;"
+                                 "PRAGMA mmap_size = 0;"
+                                 "PRAGMA temp_store = MEMORY;"
+                                 "PRAGMA cell_size_check = ON;"
+                                 "PRAGMA secure_delete = ON;"
+                                 "PRAGMA wal_autocheckpoint = 1000;"
+                                 "PRAGMA journal_size_limit = 8388608;";
+
+/// A commit is on the disk when it returns. Without a log that takes the folder's flush too, since it is the journal's
+/// deletion that commits.
+constexpr char const* DurableWithLog = "PRAGMA synchronous = FULL";
+constexpr char const* DurableWithJournal = "PRAGMA synchronous = EXTRA";
+
+} // namespace
+
+SqliteConnection::SqliteConnection(std::shared_ptr<SqliteStore> store)
+    : _store(std::move(store))
+    , _thread(std::this_thread::get_id())
+{}
+
+SqliteConnection::~SqliteConnection() = default; // a bracket left open is rolled back by the engine
+
+Failure SqliteConnection::CheckUsable() const
+{
+    if (_store->isClosed())
+        return Refuse(SQLITE_MISUSE, QStringLiteral("the store has been closed"));
+    if (_thread != std::this_thread::get_id())
+        return Refuse(SQLITE_MISUSE, QStringLiteral("a query or a bracket was used on another thread than its own"));
+    return {};
+}
+
+Failure SqliteConnection::Open()
+{
+    return OpenFor(false);
+}
+
+Failure SqliteConnection::OpenAndCheck()
+{
+    return OpenFor(true);
+}
+
+Failure SqliteConnection::OpenFor(bool firstOfStore)
+{
+    if (Failure failure = CheckUsable())
+        return failure;
+    if (_handle != nullptr)
+        return _store->isReadOnly() ? RefreshReading() : Failure();
+
+    Failure failure;
+    if (_store->isReadOnly()) {
+        ReadingHandle reading;
+        failure = _store->file().OpenForReading(reading);
+        _handle = std::move(reading.handle);
+        _stamp = reading.stamp;
+        if (!failure)
+            failure = Configure();
+    }
+    else {
+        failure = OpenForWriting(firstOfStore);
+    }
+    if (!failure)
+        failure = _store->CheckUnmoved();
+    if (failure)
+        Disconnect();
+    return failure;
+}
+
+void SqliteConnection::Disconnect() noexcept
+{
+    _cache.Clear();
+    _begin.reset();
+    _commit.reset();
+    _rollback.reset();
+    _handle.reset();
+}
+
+Failure SqliteConnection::OpenForWriting(bool firstOfStore)
+{
+    int code = OpenHandle(_store->file().name(), SQLITE_OPEN_READWRITE, _handle);
+    if (code != SQLITE_OK)
+        return Describe(code);
+    if (sqlite3_db_readonly(_handle.get(), "main") != 0)
+        return Describe(SQLITE_READONLY);
+
+    // Until the file has proved to be a store, closing it works nothing off that a program left behind.
+    sqlite3_db_config(_handle.get(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
+    if (Failure failure = Configure())
+        return failure;
+    if (firstOfStore) {
+        if (Failure failure = schema::Check(_handle.get(), _store->file().path()))
+            return failure;
+    }
+    sqlite3_db_config(_handle.get(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 0, nullptr);
+    return PrepareOwnStatements();
+}
+
+Failure SqliteConnection::Configure()
+{
+    sqlite3* const handle = _handle.get();
+    sqlite3_busy_timeout(handle, _store->options().busyTimeoutMsec);
+    sqlite3_db_config(handle, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
+    sqlite3_db_config(handle, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
+    sqlite3_db_config(handle, SQLITE_DBCONFIG_ENABLE_LOAD_EXTENSION, 0, nullptr);
+
+    int code = Execute(handle, Settings);
+    if (code == SQLITE_OK) {
+        bool const usesLog = QueryText(handle, "PRAGMA journal_mode") == "wal";
+        _journalMode = usesLog ? JournalMode::WriteAheadLog : JournalMode::Rollback;
+        code = Execute(handle, usesLog ? DurableWithLog : DurableWithJournal);
+    }
+    if (code != SQLITE_OK)
+        return Describe(code);
+
+    // Another program may have brought the store to a newer version since the first connection looked.
+    std::optional<qint64> const version = QueryNumber(handle, "PRAGMA user_version");
+    if (!version)
+        return Describe(sqlite3_extended_errcode(handle));
+    if (*version > schema::Version)
+        return Refuse(SQLITE_CANTOPEN, QStringLiteral("a newer program has changed the store's version"));
+
+    sqlite3_set_authorizer(handle, &SqliteConnection::Authorize, this);
+    return {};
+}
+
+Failure SqliteConnection::PrepareOwnStatements()
+{
+    _runsOwnStatement = true;
+    int code = PrepareOwn(_handle.get(), "BEGIN IMMEDIATE", _begin);
+    if (code == SQLITE_OK)
+        code = PrepareOwn(_handle.get(), "COMMIT", _commit);
+    if (code == SQLITE_OK)
+        code = PrepareOwn(_handle.get(), "ROLLBACK", _rollback);
+    _runsOwnStatement = false;
+    return code == SQLITE_OK ? Failure() : Describe(code);
+}
+
+int SqliteConnection::RunOwn(StatementHandle const& statement) noexcept
+{
+    _runsOwnStatement = true; // the engine may prepare it anew
+    sqlite3_step(statement.get());
+    int const code = sqlite3_reset(statement.get());
+    _runsOwnStatement = false;
+    return code;
+}
+
+/// Transactions are the connection's own matter: a statement that ended one would make true answers false. Nor may a
+/// statement bring in other files or change the settings.
+int SqliteConnection::Authorize(
+    void* connection, int action, char const*, char const* argument, char const*, char const*)
+{
+    if (static_cast<SqliteConnection*>(connection)->_runsOwnStatement)
+        return SQLITE_OK;
+    switch (action) {
+    case SQLITE_TRANSACTION:
+    case SQLITE_SAVEPOINT:
+    case SQLITE_ATTACH:
+    case SQLITE_DETACH:
+        return SQLITE_DENY;
+    case SQLITE_PRAGMA:
+        return argument == nullptr ? SQLITE_OK : SQLITE_DENY;
+    default:
+        return SQLITE_OK;
+    }
+}
+
+/// A file that is read as if nobody wrote it is opened anew when somebody did.
+Failure SqliteConnection::RefreshReading()
+{
+    if (!_stamp || _cache.hasLeases() || _store->file().Stamp() == _stamp)
+        return {};
+    Disconnect();
+    return Open();
+}
+
+Failure SqliteConnection::CheckUnchanged()
+{
+    if (!_stamp || _store->file().Stamp() == _stamp)
+        return {};
+    return Refuse(SQLITE_BUSY_SNAPSHOT, QStringLiteral("the store was changed while it was being read"));
+}
+
+Failure SqliteConnection::Prepare(QString const& text, StatementLease& statement)
+{
+    statement.reset();
+    if (Failure failure = Open()) {
+        failure->statement = text;
+        return failure;
+    }
+    Refusal refusal;
+    statement = _cache.Take(_handle.get(), text, refusal);
+    if (statement != nullptr)
+        return {};
+    if (!refusal.words.isEmpty())
+        return MakeError(_store->file().path(), refusal.code, refusal.words, text);
+    // Nothing is bound yet that the engine could quote.
+    return DescribeError(_handle.get(), refusal.code, _store->file().path(), text, true);
+}
+
+Failure SqliteConnection::Run(PreparedStatement& statement, RunResult& result)
+{
+    result = {};
+    if (Failure failure = CheckUsable()) {
+        failure->statement = statement.text();
+        return failure;
+    }
+    return statement.isReading() ? Advance(statement, result.hasRow) : Write(statement, result);
+}
+
+Failure SqliteConnection::Advance(PreparedStatement& statement, bool& hasRow)
+{
+    hasRow = false;
+    if (Failure failure = CheckUsable())
+        return failure;
+    int const code = statement.Step();
+    if (code == SQLITE_ROW || code == SQLITE_DONE) {
+        hasRow = code == SQLITE_ROW;
+        Failure failure = CheckUnchanged();
+        if (failure)
+            statement.Reset();
+        return failure;
+    }
+    Failure failure = Describe(code, &statement);
+    if (_transaction != Transaction::None && sqlite3_get_autocommit(_handle.get()) != 0)
+        LoseTransaction(*failure, sqlite3_total_changes64(_handle.get()));
+    return failure;
+}
+
+Failure SqliteConnection::Write(PreparedStatement& statement, RunResult& result)
+{
+    if (_store->isReadOnly())
+        return Refuse(SQLITE_READONLY, QStringLiteral("the store has been opened for reading only"), &statement);
+    if (_transaction == Transaction::LostBracket)
+        return Refuse(SQLITE_ABORT_ROLLBACK, QStringLiteral("an earlier failure took the bracket back"), &statement);
+    Failure failure = _store->CheckUnmoved();
+    if (!failure && _transaction == Transaction::None && TransactionalScope::Depth() > 0)
+        failure = BeginScope();
+    if (failure) {
+        failure->statement = statement.text();
+        return failure;
+    }
+
+    sqlite3* const handle = _handle.get();
+    qint64 const changesBefore = sqlite3_total_changes64(handle);
+    sqlite3_set_last_insert_rowid(handle, 0);
+    int code = statement.Step();
+    bool const done = code == SQLITE_DONE;
+    if (done) {
+        bool const changed = sqlite3_total_changes64(handle) != changesBefore;
+        result.rowsAffected = changed ? sqlite3_changes(handle) : 0;
+        result.insertId = sqlite3_last_insert_rowid(handle);
+        // What the statement wrote goes out now, so that a full disk shows here and not when the scope ends. A bracket
+        // needs none of it: its commit has an answer.
+        if (_transaction == Transaction::Scope)
+            code = sqlite3_db_cacheflush(handle);
+    }
+    if (code == SQLITE_DONE || code == SQLITE_OK)
+        return {};
+
+    result = {};
+    failure = Describe(code, &statement);
+    bool const ended = sqlite3_get_autocommit(handle) != 0;
+    if (_transaction != Transaction::None && (done || ended))
+        LoseTransaction(*failure, changesBefore);
+    return failure;
+}
+
+Failure SqliteConnection::BeginScope()
+{
+    int const code = RunOwn(_begin);
+    if (code != SQLITE_OK)
+        return Describe(code);
+    _transaction = Transaction::Scope;
+    _changesAtBegin = sqlite3_total_changes64(_handle.get());
+    _untilScopeEnds = shared_from_this();
+    TransactionalScope::Join(*this);
+    return {};
+}
+
+void SqliteConnection::LoseTransaction(StoreError const& error, qint64 changesBefore)
+{
+    Rollback();
+    if (_transaction == Transaction::Bracket) {
+        _transaction = Transaction::LostBracket;
+        return;
+    }
+    _transaction = Transaction::None;
+    TransactionalScope::Leave(*this);
+    std::shared_ptr<SqliteConnection> const self = std::move(_untilScopeEnds);
+    if (changesBefore == _changesAtBegin)
+        return; // nobody was told of a success
+    StoreError lost = error;
+    lost.text += QStringLiteral("; what was written before it in the same scope is lost");
+    Record(lost);
+    _store->TellLost(lost);
+}
+
+void SqliteConnection::Rollback() noexcept
+{
+    if (sqlite3_get_autocommit(_handle.get()) == 0)
+        RunOwn(_rollback);
+}
+
+bool SqliteConnection::CommitScope() noexcept
+{
+    std::shared_ptr<SqliteConnection> const self = std::move(_untilScopeEnds);
+    _transaction = Transaction::None;
+
+    Failure failure = _store->CheckUnmoved();
+    if (!failure) {
+        int const code = RunOwn(_commit);
+        if (code == SQLITE_OK)
+            return true;
+        failure = Describe(code);
+    }
+    Rollback();
+    bool const lost = sqlite3_total_changes64(_handle.get()) != _changesAtBegin;
+    if (lost)
+        failure->text += QStringLiteral("; what was written in the scope is lost");
+    Record(*failure);
+    if (lost)
+        _store->TellLost(*failure);
+    return false;
+}
+
+Failure SqliteConnection::BeginBracket()
+{
+    if (Failure failure = Open())
+        return failure;
+    if (_store->isReadOnly())
+        return Refuse(SQLITE_READONLY, QStringLiteral("the store has been opened for reading only"));
+    if (_transaction == Transaction::Bracket || _transaction == Transaction::LostBracket)
+        return Refuse(SQLITE_MISUSE, QStringLiteral("a bracket is open already"));
+    if (TransactionalScope::Depth() > 0)
+        return Refuse(SQLITE_MISUSE, QStringLiteral("a bracket can't be opened inside a scope"));
+    if (Failure failure = _store->CheckUnmoved())
+        return failure;
+    int const code = RunOwn(_begin);
+    if (code != SQLITE_OK)
+        return Describe(code);
+    _transaction = Transaction::Bracket;
+    return {};
+}
+
+Failure SqliteConnection::CommitBracket()
+{
+    if (Failure failure = CheckUsable())
+        return failure;
+    Transaction const bracket = std::exchange(_transaction, Transaction::None);
+    if (bracket == Transaction::LostBracket)
+        return Refuse(SQLITE_ABORT_ROLLBACK, QStringLiteral("an earlier failure took the bracket back"));
+    if (bracket != Transaction::Bracket) {
+        _transaction = bracket;
+        return Refuse(SQLITE_MISUSE, QStringLiteral("no bracket is open"));
+    }
+    Failure failure = _store->CheckUnmoved();
+    if (!failure) {
+        int const code = RunOwn(_commit);
+        if (code == SQLITE_OK)
+            return {};
+        failure = Describe(code);
+    }
+    Rollback();
+    return failure;
+}
+
+Failure SqliteConnection::RollbackBracket()
+{
+    if (Failure failure = CheckUsable())
+        return failure;
+    if (_transaction != Transaction::Bracket && _transaction != Transaction::LostBracket)
+        return Refuse(SQLITE_MISUSE, QStringLiteral("no bracket is open"));
+    _transaction = Transaction::None;
+    Rollback();
+    return {};
+}
+
+void SqliteConnection::Record(StoreError const& error)
+{
+    if (error.statement.isEmpty())
+        qCWarning(StoreLog).noquote() << error.text;
+    else
+        qCWarning(StoreLog).noquote() << error.text << "in" << error.statement;
+    if (!_lastError)
+        _lastError = error;
+}
+
+Failure SqliteConnection::Describe(int code, PreparedStatement const* statement) const
+{
+    // Only of a constraint it is certain that the engine's words name columns and no values.
+    bool const engineWords = (code & 0xff) == SQLITE_CONSTRAINT;
+    return DescribeError(
+        _handle.get(), code, _store->file().path(), statement != nullptr ? statement->text() : QString(), engineWords);
+}
+
+StoreError SqliteConnection::DescribeRefusal(Refusal const& refusal, PreparedStatement const& statement) const
+{
+    return refusal.words.isEmpty() ? *Describe(refusal.code, &statement)
+                                   : *Refuse(refusal.code, refusal.words, &statement);
+}
+
+Failure SqliteConnection::Refuse(int code, QString const& words, PreparedStatement const* statement) const
+{
+    return MakeError(_store->file().path(), code, words, statement != nullptr ? statement->text() : QString());
+}
+
+} // namespace sync::database

@@ -1,0 +1,72 @@
+#include "database/SqliteDatabaseFactory.h"
+
+#include "database/SqliteConnection.h"
+#include "database/SqliteDatabase.h"
+#include "database/SqliteQuery.h"
+#include "database/SqliteStore.h"
+#include "database/StoreLog.h"
+
+#include <utility>
+
+namespace sync::database {
+
+SqliteDatabaseFactory::SqliteDatabaseFactory(std::shared_ptr<SqliteStore> store)
+    : _store(std::move(store))
+{}
+
+SqliteDatabaseFactory::~SqliteDatabaseFactory()
+{
+    _store->Close();
+}
+
+std::shared_ptr<SqliteDatabaseFactory>
+SqliteDatabaseFactory::Open(QString const& path, QString* error, OpenOptions const& options)
+{
+    qRegisterMetaType<StoreError>(); // for slots on other threads
+
+    auto const store = std::make_shared<SqliteStore>(StoreFile(path), options);
+    if (Failure const failure = store->Open()) {
+        store->Close();
+        qCWarning(StoreLog).noquote() << failure->text;
+        if (error != nullptr)
+            *error = failure->text;
+        return nullptr;
+    }
+    std::shared_ptr<SqliteDatabaseFactory> factory(new SqliteDatabaseFactory(store));
+    store->SetFactory(factory);
+    return factory;
+}
+
+std::shared_ptr<sync::interf::IQSqlDatabaseWrapper> SqliteDatabaseFactory::CreateDatabase()
+{
+    return std::make_shared<SqliteDatabase>(_store->Connection());
+}
+
+std::shared_ptr<sync::interf::IQSqlQueryWrapper> SqliteDatabaseFactory::CreateQuery()
+{
+    return std::make_shared<SqliteQuery>(_store->Connection());
+}
+
+QString SqliteDatabaseFactory::path() const
+{
+    return _store->file().path();
+}
+
+JournalMode SqliteDatabaseFactory::journalMode() const
+{
+    return _store->journalMode();
+}
+
+std::optional<StoreError> SqliteDatabaseFactory::LastError() const
+{
+    std::shared_ptr<SqliteConnection> const connection = _store->Connection();
+    return connection != nullptr ? connection->lastError() : std::nullopt;
+}
+
+void SqliteDatabaseFactory::ClearError()
+{
+    if (std::shared_ptr<SqliteConnection> const connection = _store->Connection())
+        connection->ClearError();
+}
+
+} // namespace sync::database

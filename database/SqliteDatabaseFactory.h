@@ -1,0 +1,88 @@
+#pragma once
+
+#include "database/StoreError.h"
+#include "database/TandryDatabaseExport.h"
+#include "interf/IDatabaseFactory.h"
+
+#include <QString>
+
+#include <memory>
+#include <optional>
+
+namespace sync::database {
+
+class SqliteStore;
+
+/// What `SqliteDatabaseFactory::Open` does about a file that is there, or isn't.
+enum class OpenMode
+{
+    /// Opens the store, or makes a new one where there is no file.
+    OpenOrCreate,
+    /// Opens the store; a missing file is an error.
+    OpenExisting,
+    /// Opens the store for reading: changes no byte and makes no file. Writing statements fail.
+    ReadOnly,
+};
+
+/// How a store keeps what a transaction needs until it is durable. Both promise the same.
+enum class JournalMode
+{
+    /// A log beside the file: readers and a writer don't block each other, and a durable write costs one flush.
+    WriteAheadLog,
+    /// A journal that is deleted at each commit, for places where a log in shared memory doesn't work.
+    Rollback,
+};
+
+struct OpenOptions
+{
+    OpenMode mode = OpenMode::OpenOrCreate;
+    /// How long a statement waits for another thread's or program's lock before it fails, in milliseconds.
+    int busyTimeoutMsec = 5000;
+    /// For a store that is made; one that exists keeps what it has. A place that refuses a log gets a journal.
+    JournalMode journalMode = JournalMode::WriteAheadLog;
+};
+
+/// A store in one SQLite file.
+///
+/// Any thread may call any operation: each gets a connection of its own at its first use, closed when the thread ends
+/// or the factory goes. Queries, scopes and brackets belong to the thread that made them. What still uses the store
+/// when the factory goes fails from then on; a bracket left open is rolled back, an open scope keeps what it wrote.
+class TANDRY_DATABASE_EXPORT SqliteDatabaseFactory : public sync::interf::factory::IDatabaseFactory,
+                                                     public std::enable_shared_from_this<SqliteDatabaseFactory>
+{
+    Q_OBJECT
+
+public:
+    /// Null when there is no store to be had, and then `error` (if given) names the file and the reason, and the file
+    /// is as it was. Refused are folders, files that are no store or another application's, damaged, emptied and newer
+    /// ones, and places without rights. A new store is readable and writable by its owner only and appears whole.
+    [[nodiscard]] static std::shared_ptr<SqliteDatabaseFactory>
+    Open(QString const& path, QString* error = nullptr, OpenOptions const& options = {});
+
+    ~SqliteDatabaseFactory() override;
+
+    std::shared_ptr<sync::interf::IQSqlDatabaseWrapper> CreateDatabase() override;
+    std::shared_ptr<sync::interf::IQSqlQueryWrapper> CreateQuery() override;
+
+    /// The store's file, as an absolute path.
+    [[nodiscard]] QString path() const;
+    /// How the store keeps its transactions, whatever was asked for.
+    [[nodiscard]] JournalMode journalMode() const;
+
+    /// The calling thread's first error since it called `ClearError`, or nothing. Tells a row that isn't there from one
+    /// that could not be read, and a whole listing from one that broke off.
+    [[nodiscard]] std::optional<StoreError> LastError() const;
+    void ClearError();
+
+Q_SIGNALS:
+    /// Writes that had been answered with true are not durable and gone: the end of their scope could not commit, or a
+    /// fault took the transaction back before it. Emitted on the thread of the scope; a slot may use the store.
+    void CommitFailed(sync::database::StoreError const& error);
+
+private:
+    explicit SqliteDatabaseFactory(std::shared_ptr<SqliteStore> store);
+
+    std::shared_ptr<SqliteStore> _store;
+};
+
+} // namespace sync::database

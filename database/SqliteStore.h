@@ -1,0 +1,61 @@
+#pragma once
+
+#include "database/Failure.h"
+#include "database/SqliteDatabaseFactory.h"
+#include "database/StoreFile.h"
+
+#include <atomic>
+#include <memory>
+#include <mutex>
+#include <utility>
+#include <vector>
+
+namespace sync::database {
+
+class SqliteConnection;
+
+/// What the connections of a factory have in common, and the list of them.
+class SqliteStore : public std::enable_shared_from_this<SqliteStore>
+{
+public:
+    SqliteStore(StoreFile file, OpenOptions const& options);
+
+    /// Makes or opens the file and remembers which one it is.
+    Failure Open();
+    /// Whom `TellLost` has send the signal. Called once, before other threads know the store.
+    void SetFactory(std::weak_ptr<SqliteDatabaseFactory> factory) { _factory = std::move(factory); }
+
+    StoreFile const& file() const { return _file; }
+    OpenOptions const& options() const { return _options; }
+    bool isReadOnly() const { return _options.mode == OpenMode::ReadOnly; }
+    JournalMode journalMode() const { return _journalMode; }
+    bool isClosed() const noexcept { return _closed.load(std::memory_order_acquire); }
+
+    /// Why the file at the path is not the one that was opened, or nothing when it is.
+    Failure CheckUnmoved() const;
+
+    /// The calling thread's connection, which may not have been opened yet. Null while the thread's own data go.
+    std::shared_ptr<SqliteConnection> Connection();
+
+    /// From here on every operation fails. Connections that nothing uses any more are closed.
+    void Close();
+
+    /// Lets go of a connection whose thread ends.
+    void Forget(SqliteConnection const* connection);
+
+    /// Sends the factory's signal from the calling thread.
+    void TellLost(StoreError const& error) const;
+
+private:
+    StoreFile const _file;
+    OpenOptions const _options;
+    FileIdentity _identity;
+    JournalMode _journalMode = JournalMode::WriteAheadLog;
+    std::weak_ptr<SqliteDatabaseFactory> _factory;
+    std::atomic<bool> _closed{false};
+
+    std::mutex _mutex; // guards the list, not the connections
+    std::vector<std::shared_ptr<SqliteConnection>> _connections;
+};
+
+} // namespace sync::database

@@ -1,0 +1,327 @@
+#include "database/StoreFile.h"
+
+#include "database/SqliteDatabaseFactory.h"
+#include "database/StoreSchema.h"
+
+#include <QFile>
+#include <QFileInfo>
+#include <QtEndian>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <iterator>
+#include <utility>
+
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace sync::database {
+
+namespace {
+
+/// A file descriptor that closes itself.
+class Descriptor
+{
+public:
+    explicit Descriptor(int descriptor)
+        : _descriptor(descriptor)
+    {}
+    ~Descriptor()
+    {
+        if (_descriptor >= 0)
+            ::close(_descriptor);
+    }
+    Q_DISABLE_COPY_MOVE(Descriptor)
+
+    bool isValid() const { return _descriptor >= 0; }
+    int get() const { return _descriptor; }
+
+private:
+    int _descriptor;
+};
+
+/// Removes a file, and what the engine may have put beside it, on every way out.
+class RemoveLater
+{
+public:
+    explicit RemoveLater(QByteArray name)
+        : _name(std::move(name))
+    {}
+    ~RemoveLater()
+    {
+        for (char const* suffix : {"", "-wal", "-shm", "-journal"})
+            ::unlink((_name + suffix).constData());
+    }
+    Q_DISABLE_COPY_MOVE(RemoveLater)
+
+private:
+    QByteArray _name;
+};
+
+int SyncToDisk(QByteArray const& name, int flags)
+{
+    Descriptor const descriptor(::open(name.constData(), flags | O_RDONLY | O_CLOEXEC));
+    return descriptor.isValid() && ::fsync(descriptor.get()) == 0 ? 0 : errno;
+}
+
+/// Gives the file its name unless something bears it already. 0 or the operating system's error number.
+int RenameWithoutReplacing(QByteArray const& from, char const* to)
+{
+    if (::renameat2(AT_FDCWD, from.constData(), AT_FDCWD, to, RENAME_NOREPLACE) == 0)
+        return 0;
+    if (errno != EINVAL && errno != ENOSYS)
+        return errno;
+    // File systems that know no such rename mostly know links; the first name goes with the others.
+    return ::link(from.constData(), to) == 0 ? 0 : errno;
+}
+
+FileIdentity IdentityOf(struct stat const& status)
+{
+    return {status.st_dev, status.st_ino};
+}
+
+QByteArray Uri(QByteArray const& name, char const* parameter)
+{
+    return "file:" + name.toPercentEncoding("/") + '?' + parameter;
+}
+
+/// Something is written by way of the log: only that shows whether one works in this place.
+int SwitchToLog(sqlite3* handle)
+{
+    if (QueryText(handle, "PRAGMA journal_mode = WAL") != "wal")
+        return SQLITE_CANTOPEN;
+    QByteArray const write =
+        "BEGIN IMMEDIATE; PRAGMA user_version = 0; PRAGMA user_version = " + QByteArray::number(schema::Version) +
+        "; COMMIT;";
+    int const code = Execute(handle, write.constData());
+    return code != SQLITE_OK ? code
+                             : sqlite3_wal_checkpoint_v2(handle, nullptr, SQLITE_CHECKPOINT_TRUNCATE, nullptr, nullptr);
+}
+
+} // namespace
+
+/// The fields of the engine's file header that tell whether a file is a store.
+struct StoreFile::Header
+{
+    static constexpr int Size = 100;
+
+    char bytes[Size] = {};
+
+    bool isBlank() const
+    {
+        return std::all_of(std::begin(bytes), std::end(bytes), [](char byte) { return byte == 0; });
+    }
+    bool isSqlite() const { return std::memcmp(bytes, "SQLite format 3", 16) == 0; }
+    bool usesLog() const { return bytes[19] == 2; }
+    qint32 version() const { return qFromBigEndian<qint32>(bytes + 60); }
+    qint32 applicationId() const { return qFromBigEndian<qint32>(bytes + 68); }
+};
+
+bool operator==(FileIdentity const& left, FileIdentity const& right)
+{
+    return left.device == right.device && left.inode == right.inode;
+}
+
+bool operator==(FileStamp const& left, FileStamp const& right)
+{
+    return left.identity == right.identity && left.size == right.size && left.hasLog == right.hasLog &&
+           left.modified.tv_sec == right.modified.tv_sec && left.modified.tv_nsec == right.modified.tv_nsec;
+}
+
+StoreFile::StoreFile(QString const& path)
+    : _path(QFileInfo(path).absoluteFilePath())
+    , _name(QFile::encodeName(_path))
+{}
+
+std::optional<FileIdentity> StoreFile::Identity() const noexcept
+{
+    struct stat status = {};
+    if (::stat(name(), &status) != 0)
+        return std::nullopt;
+    return IdentityOf(status);
+}
+
+std::optional<FileStamp> StoreFile::Stamp() const noexcept
+{
+    struct stat status = {};
+    if (::stat(name(), &status) != 0)
+        return std::nullopt;
+    return FileStamp{IdentityOf(status), status.st_size, status.st_mtim, HasSidecar("-wal")};
+}
+
+bool StoreFile::IsMissing() const noexcept
+{
+    struct stat status = {};
+    return ::lstat(name(), &status) != 0 && errno == ENOENT;
+}
+
+bool StoreFile::HasSidecar(char const* suffix) const noexcept
+{
+    return ::access((_name + suffix).constData(), F_OK) == 0;
+}
+
+QByteArray StoreFile::Folder() const
+{
+    return QFile::encodeName(QFileInfo(_path).absolutePath());
+}
+
+StoreError StoreFile::SystemError(QString const& words, int errorNumber) const
+{
+    int const code = errorNumber == ENOSPC || errorNumber == EDQUOT ? SQLITE_FULL : SQLITE_CANTOPEN;
+    return MakeError(_path, code, words + QStringLiteral(" (") + SystemReason(errorNumber) + QLatin1Char(')'));
+}
+
+/// Reads through the engine's own file: a descriptor of ours would drop, when closed, the locks that another connection
+/// of this process holds on the file.
+Failure StoreFile::ReadHeader(Header& header) const
+{
+    SqliteHandle handle;
+    int code = OpenHandle(name(), SQLITE_OPEN_READONLY, handle);
+    if (code == SQLITE_OK) {
+        sqlite3_file* file = nullptr;
+        sqlite3_file_control(handle.get(), "main", SQLITE_FCNTL_FILE_POINTER, &file);
+        code = file->pMethods->xRead(file, header.bytes, Header::Size, 0);
+    }
+    if (code == SQLITE_OK || code == SQLITE_IOERR_SHORT_READ) // what is missing is zero then
+        return {};
+    return DescribeError(handle.get(), code, _path);
+}
+
+Failure StoreFile::Check() const
+{
+    // Another program that opens, closes or writes at this moment can make a good store look odd.
+    constexpr int Attempts = 5;
+    Failure failure;
+    for (int attempt = 0; attempt < Attempts; ++attempt) {
+        std::optional<FileStamp> const before = Stamp();
+        failure = CheckOnce();
+        if (!failure || Stamp() == before)
+            break;
+    }
+    return failure;
+}
+
+Failure StoreFile::CheckOnce() const
+{
+    struct stat status = {};
+    if (::stat(name(), &status) != 0)
+        return SystemError(QStringLiteral("the store can't be opened"), errno);
+    if (S_ISDIR(status.st_mode))
+        return MakeError(_path, SQLITE_CANTOPEN, QStringLiteral("this is a folder"));
+    if (!S_ISREG(status.st_mode))
+        return MakeError(_path, SQLITE_CANTOPEN, QStringLiteral("this is no ordinary file"));
+    if (status.st_size == 0)
+        return MakeError(
+            _path, SQLITE_NOTADB, QStringLiteral("the file is empty: a store never is, so what was in it got lost"));
+
+    Header header;
+    if (Failure failure = ReadHeader(header))
+        return failure;
+    if (header.isBlank())
+        return MakeError(_path,
+                         SQLITE_NOTADB,
+                         QStringLiteral("the file begins with zeros: a store never does, so what was in it got lost"));
+    if (!header.isSqlite())
+        return MakeError(_path, SQLITE_NOTADB, QStringLiteral("the file is no SQLite database"));
+    if (header.applicationId() != schema::ApplicationId)
+        return MakeError(_path, SQLITE_NOTADB, QStringLiteral("the database belongs to another application"));
+    if (header.version() > schema::Version)
+        return MakeError(_path,
+                         SQLITE_CANTOPEN,
+                         QStringLiteral("the store has version %1, written by a newer program; this one knows %2")
+                             .arg(header.version())
+                             .arg(schema::Version));
+
+    bool const hasJournal = HasSidecar("-journal");
+    bool const hasLog = HasSidecar("-wal");
+    if (hasJournal || (hasLog && !HasSidecar("-shm")))
+        return {};
+
+    ReadingHandle reading;
+    if (Failure failure = OpenForReading(reading))
+        return failure;
+    return schema::Check(reading.handle.get(), _path);
+}
+
+Failure StoreFile::OpenForReading(ReadingHandle& reading) const
+{
+    Header header;
+    if (Failure failure = ReadHeader(header))
+        return failure;
+
+    // Without these, the engine would make a log and its index where there are none.
+    QByteArray opened = Uri(_name, "readonly_shm=1");
+    reading.stamp.reset();
+    if (std::optional<FileStamp> const stamp = Stamp(); header.usesLog() && stamp && !stamp->hasLog) {
+        opened = Uri(_name, "immutable=1");
+        reading.stamp = stamp;
+    }
+    else if (header.usesLog() && !HasSidecar("-shm")) {
+        return MakeError(_path,
+                         SQLITE_CANTOPEN,
+                         QStringLiteral("the store was not closed well and must be opened for writing once"));
+    }
+
+    int code = OpenHandle(opened.constData(), SQLITE_OPEN_READONLY | SQLITE_OPEN_URI, reading.handle);
+    if (code == SQLITE_OK)
+        code = Execute(reading.handle.get(), "PRAGMA schema_version");
+    if (code != SQLITE_OK)
+        return DescribeError(reading.handle.get(), code, _path);
+    return {};
+}
+
+Failure StoreFile::Make(JournalMode mode) const
+{
+    QByteArray temporary = _name + ".new-XXXXXX";
+    {
+        Descriptor const descriptor(::mkostemp(temporary.data(), O_CLOEXEC)); // 0600 whatever the umask lets through
+        if (!descriptor.isValid())
+            return SystemError(QStringLiteral("the store can't be made in %1").arg(QFileInfo(_path).absolutePath()),
+                               errno);
+        ::fchmod(descriptor.get(), S_IRUSR | S_IWUSR);
+    }
+    {
+        RemoveLater const removeLater(temporary);
+        Failure failure = MakeAs(temporary, mode);
+        if (!failure)
+            return PutInPlace(temporary);
+        if (mode == JournalMode::Rollback)
+            return failure;
+    }
+    return Make(JournalMode::Rollback); // the place may refuse no more than a log
+}
+
+Failure StoreFile::MakeAs(QByteArray const& temporary, JournalMode mode) const
+{
+    SqliteHandle handle;
+    int code = OpenHandle(temporary.constData(), SQLITE_OPEN_READWRITE, handle);
+    if (code == SQLITE_OK)
+        code = Execute(handle.get(), "PRAGMA encoding = 'UTF-8'; PRAGMA journal_mode = MEMORY;");
+    if (code == SQLITE_OK)
+        code = schema::Create(handle.get());
+    if (code == SQLITE_OK && mode == JournalMode::WriteAheadLog)
+        code = SwitchToLog(handle.get());
+    if (code != SQLITE_OK)
+        return DescribeError(handle.get(), code, _path);
+    return {};
+}
+
+Failure StoreFile::PutInPlace(QByteArray const& temporary) const
+{
+    int errorNumber = SyncToDisk(temporary, 0);
+    if (errorNumber == 0)
+        errorNumber = RenameWithoutReplacing(temporary, name());
+    if (errorNumber == EEXIST)
+        return {};
+    if (errorNumber != 0)
+        return SystemError(QStringLiteral("the store can't be put in place"), errorNumber);
+    errorNumber = SyncToDisk(Folder(), O_DIRECTORY);
+    if (errorNumber != 0 && errorNumber != EINVAL) // some file systems flush no folders
+        return SystemError(QStringLiteral("the store's folder can't be flushed"), errorNumber);
+    return {};
+}
+
+} // namespace sync::database

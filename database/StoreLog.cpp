@@ -1,0 +1,7 @@
+#include "database/StoreLog.h"
+
+namespace sync::database {
+
+Q_LOGGING_CATEGORY(StoreLog, "tandry.database")
+
+} // namespace sync::database
