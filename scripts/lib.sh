@@ -62,6 +62,15 @@ _unknown() {
     return 1
 }
 
+# One command of apt-get, which asks nothing; its words are kept in `apt_words`. For require_packages.
+_apt_get() {
+    local command=$1
+    shift
+    apt_words=$("${as_root[@]}" env DEBIAN_FRONTEND=noninteractive \
+        apt-get -qq -y -o APT::Update::Error-Mode=any -o Acquire::Retries=2 --no-install-recommends \
+        "$command" "$@" 2>&1 </dev/null)
+}
+
 # Installs what is missing of the packages of these purposes.
 require_packages() {
     local packages wanted missing
@@ -83,21 +92,14 @@ require_packages() {
             die "missing packages, and neither root nor sudo to install them. As root: apt-get install ${missing[*]}"
         as_root=(sudo)
     fi
-    local get=("${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get -q -o Dpkg::Use-Pty=0 -o Acquire::Retries=2)
-
     say "installing ${missing[*]}"
-    local updated=false
-    if _unknown "${missing[@]}"; then
-        "${get[@]}" update >&2 || die "apt-get update failed: is there a network?"
-        updated=true
+    # Package lists that are missing or out of date get one renewal.
+    if { ! _unknown "${missing[@]}" && _apt_get install "${missing[@]}"; } ||
+        { _apt_get update && _apt_get install "${missing[@]}"; }; then
+        return
     fi
-    # Package lists that are out of date name files which are gone; they get one renewal.
-    "${get[@]}" install -y --no-install-recommends "${missing[@]}" </dev/null >&2 && return
-    if [[ $updated == false ]]; then
-        "${get[@]}" update >&2 || die "apt-get update failed: is there a network?"
-        "${get[@]}" install -y --no-install-recommends "${missing[@]}" </dev/null >&2 && return
-    fi
-    die "could not install ${missing[*]}: see apt-get's words above"
+    grep '^[EW]:' <<<"$apt_words" | head -n 5 >&2 || true
+    die "could not install ${missing[*]}: is there a network? As root: apt-get install ${missing[*]}"
 }
 
 # Configures and builds a preset; further arguments go to `cmake --build`.
