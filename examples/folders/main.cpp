@@ -1,0 +1,85 @@
+// A root with folders below it, written as one unit and listed back, with what a client does when something fails.
+// Usage: example_folders [STORE]
+
+#include "config/FolderConfigManager.h"
+#include "database/SqliteDatabaseFactory.h"
+#include "database/StoreError.h"
+#include "interf/IQSqlDatabaseWrapper.h"
+#include "interf/IRefreshNativeFileViewer.h"
+
+#include <QTextStream>
+
+#include <memory>
+
+using sync::config::FolderConfigManager;
+using sync::config::FolderConfiguration;
+using sync::database::SqliteDatabaseFactory;
+
+namespace {
+
+/// Stands for the file manager that would redraw a folder's icon.
+class Shell : public sync::interf::IRefreshNativeFileViewer
+{
+public:
+    void Refresh(QString path) override { QTextStream(stdout) << "redraw " << path << '\n'; }
+};
+
+/// The managers answer only whether it worked; the store knows why it didn't.
+int Fail(SqliteDatabaseFactory& store, char const* what)
+{
+    QTextStream err(stderr);
+    err << what;
+    if (auto const error = store.LastError())
+        err << ": " << error->text;
+    err << '\n';
+    return 1;
+}
+
+void PrintTree(FolderConfigManager& folders, FolderConfiguration const& folder, int depth)
+{
+    QTextStream(stdout) << QString(2 * depth, QLatin1Char(' ')) << folder.getName() << '\n';
+    for (FolderConfiguration const& child : folders.GetFolderConfigurationByParentId(folder.getId()))
+        PrintTree(folders, child, depth + 1);
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    QString const path = argc > 1 ? QString::fromLocal8Bit(argv[1]) : QStringLiteral("folders.db");
+    QString error;
+    std::shared_ptr<SqliteDatabaseFactory> const store = SqliteDatabaseFactory::Open(path, &error);
+    if (!store) {
+        QTextStream(stderr) << error << '\n';
+        return 1;
+    }
+    FolderConfigManager folders(store, std::make_shared<Shell>());
+
+    // All of it or nothing: without the bracket each Add would be durable by itself. A return before the commit takes
+    // everything back, when the store is closed.
+    auto const bracket = store->CreateDatabase();
+    if (!bracket->transaction())
+        return Fail(*store, "cannot begin");
+
+    FolderConfiguration root;
+    root.setParentId(0);
+    root.setName(QStringLiteral("Documents"));
+    root.setClientPath(QStringLiteral("/home/ada/Documents"));
+    root.setServerPath(QStringLiteral("/Documents"));
+    if (!folders.Add(root))
+        return Fail(*store, "cannot add the root");
+
+    // Makes "Letters" too, since it lies between the two.
+    FolderConfiguration const year =
+        folders.AddFolderAndParent(QStringLiteral("/home/ada/Documents/Letters/2024"), root);
+    if (year.getId() == -1)
+        return Fail(*store, "cannot add the folder");
+
+    if (!bracket->commit())
+        return Fail(*store, "cannot commit");
+
+    // An empty listing means "nothing there" or "could not be read": the store's error tells which.
+    store->ClearError();
+    PrintTree(folders, root, 0);
+    return store->LastError() ? Fail(*store, "cannot read all of it") : 0;
+}
