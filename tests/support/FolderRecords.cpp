@@ -1,6 +1,11 @@
 #include "support/FolderRecords.h"
 
+#include "config/FolderConfigManager.h"
+#include "support/Conversation.h"
+
 #include <QMetaProperty>
+
+#include <memory>
 
 namespace tandry::test {
 
@@ -26,11 +31,11 @@ FolderConfiguration DistinctFolder()
     folder.setAuthenticationId(102);
     folder.setProductConfigurationId(103);
     folder.setRootId(104);
-    folder.setName(QStringLiteral("name"));
-    folder.setRemoteShortKey(QStringLiteral("short key"));
-    folder.setRemoteLongKey(QStringLiteral("long key"));
-    folder.setClientPath(QStringLiteral("/root/client path"));
-    folder.setServerPath(QStringLiteral("/server path"));
+    folder.setName("name"_q);
+    folder.setRemoteShortKey("short key"_q);
+    folder.setRemoteLongKey("long key"_q);
+    folder.setClientPath("/root/client path"_q);
+    folder.setServerPath("/server path"_q);
     folder.setParentId(105);
     folder.setLastOperationTime(QDateTime(QDate(2024, 1, 2), QTime(3, 4, 5, 678), Qt::UTC));
     folder.setLastSyncTime(QDateTime(QDate(2024, 7, 8), QTime(9, 10, 11, 121), Qt::UTC));
@@ -38,11 +43,11 @@ FolderConfiguration DistinctFolder()
     folder.setLastOperationType(FolderOperationType(107));
     folder.setSyncDriveType(DriveType(108));
     folder.setSyncOption(FolderSyncOption(109));
-    folder.setOwnerId(QStringLiteral("owner id"));
+    folder.setOwnerId("owner id"_q);
     folder.setPrivileges(FolderPrivileges(9));
-    folder.setServerRoot(QStringLiteral("/server root"));
-    folder.setServerFolderId(QStringLiteral("server folder id"));
-    folder.setFeatureName(QStringLiteral("feature"));
+    folder.setServerRoot("/server root"_q);
+    folder.setServerFolderId("server folder id"_q);
+    folder.setFeatureName("feature"_q);
     folder.setSyncStatus(FolderSynchronizationStatus(110));
     return folder;
 }
@@ -67,7 +72,8 @@ Row ToRow(int id, FolderConfiguration const& folder)
         folder.getClientPath(),
         folder.getServerPath(),
         int(folder.getSyncStatus()),
-        folder.getFeatureName().isNull() ? QString() : FeatureNameDocument(folder.getFeatureName()),
+        folder.getFeatureName().isNull() ? NoProperties()
+                                         : OneProperty("FeatureName", folder.getFeatureName().toUtf8().constData()),
         folder.getParentId(),
         folder.getLastOperationTime(),
         folder.getLastSyncTime(),
@@ -84,11 +90,11 @@ Row ToRow(int id, FolderConfiguration const& folder)
     };
 }
 
-QString FeatureNameDocument(QString const& value)
+FolderConfiguration StoredFolder(int id, FolderConfiguration const& folder)
 {
-    return QStringLiteral("<!DOCTYPE NameValueXml>\n<NameValueXml>\n <FeatureName><![CDATA[%1]]></FeatureName>\n"
-                          "</NameValueXml>\n")
-        .arg(value);
+    auto const store = std::make_shared<RecordingStore>();
+    store->PlayRows({ToRow(id, folder)});
+    return FolderConfigManager(store, nullptr).GetFolderConfigurationById(id);
 }
 
 std::vector<std::string> DifferingMembers(FolderConfiguration const& left, FolderConfiguration const& right)

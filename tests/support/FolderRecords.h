@@ -20,8 +20,8 @@ sync::config::FolderConfiguration Folder(QString const& clientPath, int parentId
 /// The row in which a store gives a record back, its columns in the order of the SELECT list.
 Row ToRow(int id, sync::config::FolderConfiguration const& folder);
 
-/// The document in which the one property of a record is stored.
-QString FeatureNameDocument(QString const& value);
+/// The record as it comes back from a store that gave it this id.
+sync::config::FolderConfiguration StoredFolder(int id, sync::config::FolderConfiguration const& folder);
 
 /// The names of the members in which two records differ; null and empty texts differ, and so do times of the same
 /// instant in different time specs.

@@ -1,12 +1,9 @@
 #pragma once
 
-#include "config/FolderConfigManager.h"
+#include "interf/IFolderConfigManager.h"
 #include "support/FolderRecords.h"
-#include "support/RecordingStore.h"
 
 #include <gmock/gmock.h>
-
-#include <memory>
 
 namespace tandry::test {
 
@@ -41,13 +38,5 @@ public:
     MOCK_METHOD(void, RefreshNativeFileViewer, (QString&), (override));
     MOCK_METHOD(void, RefreshNativeFileViewer, (), (override));
 };
-
-/// The record as it comes back from a store that gave it this id.
-inline sync::config::FolderConfiguration StoredFolder(int id, sync::config::FolderConfiguration const& folder)
-{
-    auto const store = std::make_shared<RecordingStore>();
-    store->PlayRows({ToRow(id, folder)});
-    return sync::config::FolderConfigManager(store, nullptr).GetFolderConfigurationById(id);
-}
 
 } // namespace tandry::test

@@ -3,6 +3,7 @@
 #include "interf/IDatabaseFactory.h"
 #include "interf/IQSqlDatabaseWrapper.h"
 #include "interf/IQSqlQueryWrapper.h"
+#include "support/QtPrinters.h"
 
 #include <QString>
 #include <QVariant>
