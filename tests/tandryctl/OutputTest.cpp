@@ -1,0 +1,201 @@
+#include "tools/tandryctl/Output.h"
+#include "support/QtPrinters.h"
+
+#include <QBuffer>
+#include <QDateTime>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+
+#include <gtest/gtest.h>
+
+using namespace tandryctl;
+using tandry::test::operator""_q;
+
+namespace {
+
+struct Thing
+{
+    int id;
+    QString name;
+    QDateTime time;
+    qint64 size = 0;
+};
+
+Columns<Thing> ThingColumns()
+{
+    return {{"id", Shown::Always, [](Thing const& thing) { return thing.id; }},
+            {"name", Shown::Always, [](Thing const& thing) { return thing.name; }},
+            {"time", Shown::InFull, [](Thing const& thing) { return thing.time; }},
+            {"size", Shown::InFull, [](Thing const& thing) { return thing.size; }}};
+}
+
+class OutputTest : public testing::Test
+{
+protected:
+    OutputTest() { buffer.open(QIODevice::WriteOnly); }
+
+    QByteArray List(Form form, QVector<Thing> const& things)
+    {
+        Output output(buffer, form);
+        output.List(ThingColumns(), things);
+        EXPECT_TRUE(output.Finish());
+        return buffer.data();
+    }
+
+    QJsonArray Json(QVector<Thing> const& things)
+    {
+        QJsonDocument const document = QJsonDocument::fromJson(List(Form::Json, things));
+        EXPECT_TRUE(document.isArray());
+        return document.array();
+    }
+
+    QBuffer buffer;
+};
+
+/// A device whose disk is full.
+class FullDevice : public QIODevice
+{
+public:
+    FullDevice() { open(QIODevice::WriteOnly | QIODevice::Unbuffered); }
+
+protected:
+    qint64 readData(char*, qint64) override { return -1; }
+    qint64 writeData(char const*, qint64) override { return -1; }
+};
+
+} // namespace
+
+TEST_F(OutputTest, PlainListingShowsTheMainColumnsBelowEachOther)
+{
+    QVector<Thing> const things{{1, "a"_q, {}}, {12, "letters"_q, {}}};
+    EXPECT_EQ(List(Form::Plain, things),
+              "id  name\n"
+              " 1  a\n"
+              "12  letters\n");
+}
+
+TEST_F(OutputTest, PlainListingKeepsARowOnOneLine)
+{
+    EXPECT_EQ(List(Form::Plain, {{1, "a\nb\x1b"_q, {}}}),
+              "id  name\n"
+              " 1  a\\nb\\x1b\n");
+}
+
+TEST_F(OutputTest, PlainListingMeasuresWideCharacters)
+{
+    Columns<Thing> const columns{{"name", Shown::Always, [](Thing const& thing) { return thing.name; }},
+                                 {"id", Shown::Always, [](Thing const& thing) { return thing.id; }}};
+    Output output(buffer, Form::Plain);
+    output.List(columns, QVector<Thing>{{1, "日本語"_q, {}}, {2, "abcdef"_q, {}}});
+    EXPECT_TRUE(output.Finish());
+    EXPECT_EQ(buffer.data(),
+              "name    id\n"
+              "日本語   1\n"
+              "abcdef   2\n");
+}
+
+TEST_F(OutputTest, PlainListingOfNothingIsEmpty)
+{
+    EXPECT_EQ(List(Form::Plain, {}), "");
+}
+
+TEST_F(OutputTest, JsonListingOfNothingIsAnEmptyArray)
+{
+    EXPECT_EQ(Json({}), QJsonArray());
+}
+
+TEST_F(OutputTest, JsonListingHasAllColumns)
+{
+    QDateTime const time(QDate(2024, 2, 29), QTime(12, 30, 5, 7), Qt::UTC);
+    QJsonArray const array = Json({{3, "a\nb \"c\""_q, time, 1}});
+    ASSERT_EQ(array.size(), 1);
+    QJsonObject const object = array.first().toObject();
+    EXPECT_EQ(object.keys(), QStringList({"id"_q, "name"_q, "size"_q, "time"_q}));
+    EXPECT_EQ(object.value("id"_q).toInt(), 3);
+    EXPECT_EQ(object.value("name"_q).toString(), "a\nb \"c\""_q);
+    EXPECT_EQ(object.value("time"_q).toString(), "2024-02-29T12:30:05.007Z"_q);
+}
+
+TEST_F(OutputTest, JsonListingTellsNullFromEmpty)
+{
+    QJsonArray const array = Json({{1, QString(), {}}, {2, ""_q, {}}});
+    EXPECT_TRUE(array.at(0).toObject().value("name"_q).isNull());
+    EXPECT_TRUE(array.at(0).toObject().value("time"_q).isNull());
+    EXPECT_TRUE(array.at(1).toObject().value("name"_q).isString());
+}
+
+TEST_F(OutputTest, JsonListingHasOneObjectALine)
+{
+    EXPECT_EQ(List(Form::Json, {{1, {}, {}}, {2, {}, {}}}).count('\n'), 4);
+}
+
+TEST_F(OutputTest, LocalDatesCarryNoZone)
+{
+    QDateTime const time(QDate(2024, 7, 1), QTime(9, 0), Qt::LocalTime);
+    EXPECT_EQ(CellText(time), "2024-07-01T09:00:00.000"_q);
+}
+
+TEST_F(OutputTest, ShownRecordHasALineForEachColumnAndExtra)
+{
+    Output output(buffer, Form::Plain);
+    output.Show(ThingColumns(), Thing{7, "x"_q, {}, 5}, {{"server", "office"_q}});
+    EXPECT_TRUE(output.Finish());
+    EXPECT_EQ(buffer.data(),
+              "id      7\n"
+              "name    x\n"
+              "time\n"
+              "size    5\n"
+              "server  office\n");
+}
+
+TEST_F(OutputTest, ShownRecordInJsonIsAnArrayOfOneWithTheExtras)
+{
+    Output output(buffer, Form::Json);
+    output.Show(ThingColumns(), Thing{7, "x"_q, {}, 5}, {{"serverId", QVariant()}});
+    EXPECT_TRUE(output.Finish());
+    QJsonArray const array = QJsonDocument::fromJson(buffer.data()).array();
+    ASSERT_EQ(array.size(), 1);
+    EXPECT_TRUE(array.first().toObject().value("serverId"_q).isNull());
+    EXPECT_EQ(array.first().toObject().value("id"_q).toInt(), 7);
+}
+
+TEST_F(OutputTest, ReportIsASentenceInPlainAndARecordInJson)
+{
+    Output plain(buffer, Form::Plain);
+    plain.Report("done it"_q, ThingColumns(), Thing{7, "x"_q, {}});
+    EXPECT_TRUE(plain.Finish());
+    EXPECT_EQ(buffer.data(), "done it\n");
+
+    buffer.buffer().clear();
+    buffer.seek(0);
+    Output json(buffer, Form::Json);
+    json.Report("done it"_q, ThingColumns(), Thing{7, "x"_q, {}});
+    EXPECT_TRUE(json.Finish());
+    EXPECT_EQ(QJsonDocument::fromJson(buffer.data()).array().size(), 1);
+}
+
+TEST_F(OutputTest, LineIsLeftOutOfJson)
+{
+    Output output(buffer, Form::Json);
+    output.Line("for people"_q);
+    EXPECT_TRUE(output.Finish());
+    EXPECT_EQ(buffer.data(), "");
+}
+
+TEST_F(OutputTest, FinishTellsThatADiskIsFull)
+{
+    FullDevice device;
+    Output output(device, Form::Plain);
+    output.Line("lost"_q);
+    EXPECT_FALSE(output.Finish());
+}
+
+TEST_F(OutputTest, FinishTellsOfAFailureLongBeforeTheEnd)
+{
+    FullDevice device;
+    Output output(device, Form::Plain);
+    for (int i = 0; i < 100'000; ++i)
+        output.Line("lost"_q);
+    EXPECT_FALSE(output.Finish());
+}

@@ -1,0 +1,124 @@
+#include "tools/tandryctl/Text.h"
+#include "support/QtPrinters.h"
+
+#include <QByteArray>
+#include <QStringList>
+
+#include <gtest/gtest.h>
+
+using namespace tandryctl;
+using tandry::test::operator""_q;
+
+namespace {
+
+struct PrintableRow
+{
+    char const* what;
+    QString text;
+    QString printable;
+};
+
+class PrintableTest : public testing::TestWithParam<PrintableRow>
+{};
+
+QString Unit(ushort unit)
+{
+    return QString(QChar(unit));
+}
+
+} // namespace
+
+TEST_P(PrintableTest, GivesOneSafeLine)
+{
+    EXPECT_EQ(Printable(GetParam().text), GetParam().printable);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Texts,
+    PrintableTest,
+    testing::Values(PrintableRow{"plain", "letters 2024"_q, "letters 2024"_q},
+                    PrintableRow{"empty", QString(), QString()},
+                    PrintableRow{"quotes", "a'b\"c"_q, "a'b\"c"_q},
+                    PrintableRow{"other scripts", "Grüße 日本語 привет"_q, "Grüße 日本語 привет"_q},
+                    PrintableRow{"emoji of several code points", "👩‍👧"_q, "👩‍👧"_q},
+                    PrintableRow{"line break", "a\nb"_q, "a\\nb"_q},
+                    PrintableRow{"carriage return and tab", "a\r\tb"_q, "a\\r\\tb"_q},
+                    PrintableRow{"terminal command", "\x1b[31mred"_q, "\\x1b[31mred"_q},
+                    PrintableRow{"delete", "a\x7f"_q, "a\\x7f"_q},
+                    PrintableRow{"upper control", Unit(0x9b), "\\x9b"_q},
+                    PrintableRow{"embedded null", QString(QLatin1Char('\0')), "\\x00"_q},
+                    PrintableRow{"backslash", "a\\nb"_q, "a\\\\nb"_q},
+                    PrintableRow{"line separator", Unit(0x2028), "\\u2028"_q},
+                    PrintableRow{"right-to-left override", "a\u202Etxt.exe"_q, "a\\u202etxt.exe"_q},
+                    PrintableRow{"lone high surrogate", Unit(0xd800) + "x"_q, "\\ud800x"_q},
+                    PrintableRow{"lone low surrogate", "x"_q + Unit(0xdc00), "x\\udc00"_q},
+                    PrintableRow{"high surrogate at the end", "x"_q + Unit(0xdbff), "x\\udbff"_q}));
+
+TEST(Quoted, PutsThePrintableTextBetweenQuotes)
+{
+    EXPECT_EQ(Quoted("a\nb"_q), "'a\\nb'"_q);
+}
+
+TEST(DisplayWidth, OfLettersIsTheirNumber)
+{
+    EXPECT_EQ(DisplayWidth("über"_q), 4);
+}
+
+TEST(DisplayWidth, OfACharacterOutsideTheBasicPlaneCountsItOnce)
+{
+    EXPECT_EQ(DisplayWidth("𝔞"_q), 1);
+}
+
+TEST(DisplayWidth, OfWideCharactersIsTwoEach)
+{
+    EXPECT_EQ(DisplayWidth("日本"_q), 4);
+}
+
+TEST(Counted, TakesTheSingularForOneAlone)
+{
+    EXPECT_EQ(Counted(0, "folder", "folders"), "0 folders"_q);
+    EXPECT_EQ(Counted(1, "folder", "folders"), "1 folder"_q);
+    EXPECT_EQ(Counted(2, "folder", "folders"), "2 folders"_q);
+}
+
+TEST(Enumerated, JoinsWithCommasAndAnAnd)
+{
+    QString const a = "a"_q;
+    QString const b = "b"_q;
+    QString const c = "c"_q;
+    EXPECT_EQ(Enumerated({}), QString());
+    EXPECT_EQ(Enumerated({a}), "a"_q);
+    EXPECT_EQ(Enumerated({a, b}), "a and b"_q);
+    EXPECT_EQ(Enumerated({a, b, c}), "a, b and c"_q);
+}
+
+TEST(Decoded, KeepsAByteOrderMarkAtTheFront)
+{
+    EXPECT_EQ(Decoded("\xef\xbb\xbfname"), Unit(0xfeff) + "name"_q);
+}
+
+TEST(Decoded, KeepsAReplacementCharacterThatStandsInTheBytes)
+{
+    EXPECT_EQ(Decoded("\xef\xbf\xbd"), Unit(0xfffd));
+}
+
+TEST(Decoded, RefusesBytesOfAnotherEncoding)
+{
+    EXPECT_FALSE(Decoded("caf\xe9"));
+    EXPECT_FALSE(Decoded("\xe9tude"));
+}
+
+TEST(Decoded, RefusesACharacterThatBreaksOff)
+{
+    EXPECT_FALSE(Decoded("a\xe2\x82"));
+}
+
+TEST(Decoded, RefusesAnEncodedSurrogate)
+{
+    EXPECT_FALSE(Decoded("\xed\xa0\x80"));
+}
+
+TEST(Decoded, RefusesAnOverlongSlash)
+{
+    EXPECT_FALSE(Decoded("\xc0\xaf"));
+}

@@ -1,0 +1,149 @@
+#include "CommandLine.h"
+#include "Commands.h"
+#include "Failure.h"
+#include "Listing.h"
+#include "Lookups.h"
+#include "RecordColumns.h"
+#include "Removal.h"
+#include "StoreQuestions.h"
+#include "Text.h"
+
+namespace tandryctl {
+
+using sync::config::AuthenticationConfiguration;
+
+namespace {
+
+struct Arguments
+{
+    int id = 0;
+    std::optional<QString> domain;
+    std::optional<QString> domainId;
+    std::optional<QString> user;
+    std::optional<int> server;
+};
+
+QString Title(AuthenticationConfiguration const& account)
+{
+    return Titled("account", account.getId(), NameOf(account));
+}
+
+void Fill(Session& session, AuthenticationConfiguration& account, Arguments const& arguments)
+{
+    if (arguments.domain)
+        account.setDomain(*arguments.domain);
+    if (arguments.domainId)
+        account.setDomainId(*arguments.domainId);
+    if (arguments.user)
+        account.setUserName(*arguments.user);
+    if (arguments.server)
+        account.setServerId(FindServer(session, *arguments.server).getId());
+    if (account.getUserName().isEmpty())
+        throw Failure(ExitStatus::WrongUsage, QStringLiteral("the user name is empty; give one with --user"));
+}
+
+void RefuseDouble(Session& session, AuthenticationConfiguration const& account)
+{
+    for (AuthenticationConfiguration const& other : session.Read(session.accounts().GetAll())) {
+        if (other.getId() != account.getId() && other.getServerId() == account.getServerId() &&
+            other.getDomain() == account.getDomain() && other.getUserName() == account.getUserName())
+            throw Failure(ExitStatus::NothingFound,
+                          QStringLiteral("%1 is this user on this server already; see 'tandryctl account list'")
+                              .arg(Title(other)));
+    }
+}
+
+ExitStatus Add(Session& session, Arguments const& arguments)
+{
+    AuthenticationConfiguration account;
+    Fill(session, account, arguments);
+    RefuseDouble(session, account);
+    session.Wrote(session.accounts().Add(account));
+    session.output().Report(QStringLiteral("added ") + Title(account), AccountColumns(), account);
+    return ExitStatus::Done;
+}
+
+ExitStatus ListAll(Session& session)
+{
+    return List(session, AccountColumns(), session.Read(session.accounts().GetAll()), "accounts");
+}
+
+ExitStatus Show(Session& session, Arguments const& arguments)
+{
+    AuthenticationConfiguration const account = FindAccount(session, arguments.id);
+    auto const server = session.Read(session.servers().GetServerConfigByAuthenticationId(account.getId()));
+    session.output().Show(AccountColumns(), account, {{"server", server.getId() == -1 ? QString() : NameOf(server)}});
+    return ExitStatus::Done;
+}
+
+ExitStatus Update(Session& session, Arguments const& arguments)
+{
+    AuthenticationConfiguration account = FindAccount(session, arguments.id);
+    Fill(session, account, arguments);
+    RefuseDouble(session, account);
+    session.Wrote(session.accounts().Update(account));
+    session.output().Report(QStringLiteral("updated ") + Title(account), AccountColumns(), account);
+    return ExitStatus::Done;
+}
+
+ExitStatus Remove(Session& session, Arguments const& arguments)
+{
+    AuthenticationConfiguration const account = FindAccount(session, arguments.id);
+    Removal removal(Title(account));
+    removal.Leaves(
+        session.Read(session.questions().CountNaming("FolderConfiguration", "authenticationId", account.getId())),
+        "folder",
+        "folders");
+    session.ConfirmRemoval(removal.text());
+    session.Wrote(session.accounts().Remove(account.getId()));
+    session.output().Report(QStringLiteral("removed ") + removal.text(), AccountColumns(), account);
+    return ExitStatus::Done;
+}
+
+Command& TakeFields(Command& command, Arguments& arguments)
+{
+    return command.Option("--domain", arguments.domain, "NAME", "The domain that the user belongs to")
+        .Option("--domain-id", arguments.domainId, "ID", "The domain's own identifier")
+        .Option("--server", arguments.server, "The server that the account is on");
+}
+
+} // namespace
+
+void AddAccountCommands(Command& top)
+{
+    Command accounts = top.Add("account", "Look after the accounts on the servers");
+    auto const arguments = std::make_shared<Arguments>();
+
+    Command add = accounts.Add("add", "Add an account");
+    TakeFields(add.Option("--user", arguments->user, "NAME", "The user's name"), *arguments)
+        .Demands("--user")
+        .Demands("--server")
+        .Remark("No password is asked for, and none is ever stored.")
+        .Example("account add --user anna --domain example --server 1", "add an account on server 1")
+        .Run(StoreAccess::Write, [arguments](Session& session) { return Add(session, *arguments); });
+
+    accounts.Add("list", "List the accounts")
+        .Example("account list", "show all accounts")
+        .Run(StoreAccess::Read, ListAll);
+
+    accounts.Add("show", "Show everything about an account")
+        .Argument("ID", arguments->id, "The account's id")
+        .Example("account show 1", "show account 1 and its server")
+        .Run(StoreAccess::Read, [arguments](Session& session) { return Show(session, *arguments); });
+
+    Command update = accounts.Add("update", "Change an account");
+    update.Argument("ID", arguments->id, "The account's id")
+        .Option("--user", arguments->user, "NAME", "The user's name");
+    TakeFields(update, *arguments)
+        .Remark("What is not given stays as it is.")
+        .Example("account update 1 --server 2", "move account 1 to server 2")
+        .Run(StoreAccess::Write, [arguments](Session& session) { return Update(session, *arguments); });
+
+    accounts.Add("remove", "Remove an account")
+        .Argument("ID", arguments->id, "The account's id")
+        .Remark("Says how many folders would be left without an account, and asks first.")
+        .Example("account remove 1", "remove account 1 after a question")
+        .Run(StoreAccess::Write, [arguments](Session& session) { return Remove(session, *arguments); });
+}
+
+} // namespace tandryctl

@@ -1,0 +1,279 @@
+#include "CommandLine.h"
+
+#include "Failure.h"
+#include "Terminal.h"
+#include "Text.h"
+
+#include <CLI/CLI.hpp>
+
+#include <QRegularExpression>
+
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace tandryctl {
+
+namespace {
+
+constexpr int HelpColumn = 34;
+
+QString DecodedOrRefused(std::string const& argument)
+{
+    std::optional<QString> const text = Decoded(QByteArray::fromStdString(argument));
+    if (!text)
+        throw CLI::ValidationError("an argument is no valid UTF-8 text");
+    return *text;
+}
+
+template <class Target>
+CLI::Option* AddText(CLI::App& app, char const* name, Target& target, char const* help)
+{
+    return app.add_option_function<std::string>(
+        name, [&target](std::string const& argument) { target = DecodedOrRefused(argument); }, help);
+}
+
+/// A whole number, and one from 1 on where it is an id.
+template <class Target>
+CLI::Option* AddNumber(CLI::App& app, char const* name, Target& target, char const* help, bool isId = true)
+{
+    auto const take = [&target, isId](std::string const& argument) {
+        bool isNumber = false;
+        int const number = QString::fromStdString(argument).toInt(&isNumber);
+        if (!isNumber || (isId && number < 1))
+            throw CLI::ValidationError(argument +
+                                       (isId ? " is no id, a whole number from 1 on" : " is no whole number"));
+        target = number;
+    };
+    return app.add_option_function<std::string>(name, take, help);
+}
+
+/// A parser's message in one line, without the capital and the full stop that some of them have.
+QString OneLine(std::string const& message)
+{
+    QString line = QString::fromStdString(message).simplified();
+    while (line.endsWith(QLatin1Char('.')))
+        line.chop(1);
+    return Printable(line);
+}
+
+CLI::App const& Deepest(CLI::App const& app)
+{
+    CLI::App const* deepest = &app;
+    while (!deepest->get_subcommands().empty())
+        deepest = deepest->get_subcommands().front();
+    return *deepest;
+}
+
+QString FullName(CLI::App const& app)
+{
+    QString const name = QString::fromStdString(app.get_name());
+    return app.get_parent() == nullptr ? name : FullName(*app.get_parent()) + QLatin1Char(' ') + name;
+}
+
+template <class Visit>
+void VisitCommands(CLI::App const& app, QString const& prefix, Visit const& visit)
+{
+    for (CLI::App const* command : app.get_subcommands([](CLI::App const*) { return true; })) {
+        QString const name = prefix + QString::fromStdString(command->get_name());
+        visit(name, *command);
+        VisitCommands(*command, name + QLatin1Char(' '), visit);
+    }
+}
+
+} // namespace
+
+Command Command::Add(char const* name, char const* summary)
+{
+    _app->require_subcommand(1);
+    CLI::App* const command = _app->add_subcommand(name, summary);
+    command->footer("");    // not the parent's
+    command->fallthrough(); // the options of all commands may stand behind the command as well
+    return {*_line, *command};
+}
+
+Command& Command::Argument(char const* name, QString& target, char const* help)
+{
+    AddText(*_app, name, target, help)->required()->type_name("");
+    return *this;
+}
+
+Command& Command::Argument(char const* name, int& id, char const* help)
+{
+    AddNumber(*_app, name, id, help)->required()->type_name("");
+    return *this;
+}
+
+Command& Command::OptionalArgument(char const* name, std::optional<int>& id, char const* help)
+{
+    AddNumber(*_app, name, id, help)->type_name("");
+    return *this;
+}
+
+Command& Command::Required(char const* option, QString& target, char const* value, char const* help)
+{
+    AddText(*_app, option, target, help)->required()->type_name(value);
+    return *this;
+}
+
+Command& Command::Required(char const* option, int& id, char const* help)
+{
+    AddNumber(*_app, option, id, help)->required()->type_name("ID");
+    return *this;
+}
+
+Command& Command::Option(char const* option, std::optional<QString>& target, char const* value, char const* help)
+{
+    AddText(*_app, option, target, help)->type_name(value);
+    return *this;
+}
+
+Command& Command::Option(char const* option, std::optional<int>& id, char const* help)
+{
+    AddNumber(*_app, option, id, help)->type_name("ID");
+    return *this;
+}
+
+Command& Command::Number(char const* option, std::optional<int>& number, char const* help)
+{
+    AddNumber(*_app, option, number, help, false)->type_name("N");
+    return *this;
+}
+
+Command& Command::Flag(char const* option, bool& target, char const* help)
+{
+    _app->add_flag(option, target, help);
+    return *this;
+}
+
+Command& Command::Choice(
+    char const* option, std::optional<int>& chosen, QStringList const& words, char const* value, char const* help)
+{
+    auto const take = [&chosen, words, value](std::string const& argument) {
+        int const place = words.indexOf(QRegularExpression(
+            QRegularExpression::anchoredPattern(QRegularExpression::escape(DecodedOrRefused(argument))),
+            QRegularExpression::CaseInsensitiveOption));
+        if (place < 0)
+            throw CLI::ValidationError(argument + " is no " + value + " of this command");
+        chosen = place;
+    };
+    _app->add_option_function<std::string>(option, take, help)->type_name(value);
+    return *this;
+}
+
+Command& Command::Demands(char const* option)
+{
+    _app->get_option(option)->required();
+    return *this;
+}
+
+Command& Command::Excludes(char const* option, char const* other)
+{
+    _app->get_option(option)->excludes(_app->get_option(other));
+    return *this;
+}
+
+Command& Command::Example(char const* line, char const* purpose)
+{
+    std::string footer = _app->get_footer();
+    footer += footer.empty() ? "Examples:\n" : "";
+    footer += std::string("  tandryctl ") + line + "\n      " + purpose + "\n";
+    _app->footer(footer);
+    return *this;
+}
+
+Command& Command::Remark(char const* text)
+{
+    _app->footer(std::string(text) + "\n\nExamples:\n");
+    return *this;
+}
+
+void Command::Run(StoreAccess access, std::function<ExitStatus(Session&)> action)
+{
+    _app->footer(_app->get_footer() + "\nAll commands take --store, --json and --yes as well: see 'tandryctl --help'.");
+    _app->final_callback([line = _line, chosen = CommandLine::Chosen{access, std::move(action)}] {
+        line->_chosen = chosen; // run when parsing has ended: a failure of the command is none of the parser
+    });
+}
+
+CommandLine::CommandLine()
+    : _app(std::make_unique<CLI::App>("Looks into and looks after a store of synchronised folders.", "tandryctl"))
+{
+    _app->get_formatter()->column_width(HelpColumn);
+    _app->set_version_flag("--version", "tandryctl " TANDRYCTL_VERSION, "Print the version and exit");
+    AddText(*_app, "--store", _options.storePath, "The store file; without it the user's own store")
+        ->type_name("FILE")
+        ->envname("TANDRY_STORE");
+    _app->add_flag("--json", _options.json, "Print an array of objects instead of text");
+    _app->add_flag("-y,--yes", _options.yes, "Don't ask before removing");
+}
+
+CommandLine::~CommandLine() = default;
+
+Command CommandLine::Top()
+{
+    return {*this, *_app};
+}
+
+ExitStatus CommandLine::Run(int argc, char const* const* argv)
+{
+    try {
+        _app->parse(argc, argv);
+    }
+    catch (CLI::Success const& help) {
+        _app->exit(help);
+        return ExitStatus::Done;
+    }
+    catch (CLI::ParseError const& error) {
+        Complain(QStringLiteral("%1; see '%2 --help'").arg(_Reason(error), FullName(Deepest(*_app))));
+        return ExitStatus::WrongUsage;
+    }
+
+    try {
+        return _RunChosen();
+    }
+    catch (Failure const& failure) {
+        Complain(failure.text());
+        return failure.status();
+    }
+}
+
+QString CommandLine::_Reason(CLI::ParseError const& error) const
+{
+    // A word that is no command leaves a command missing as well, and it is the word that has to be named.
+    std::vector<std::string> const unknown = _app->remaining(true);
+    if (!unknown.empty())
+        return Quoted(QString::fromStdString(unknown.front())) + QStringLiteral(" is not understood here");
+    return OneLine(error.what());
+}
+
+ExitStatus CommandLine::_RunChosen()
+{
+    Session session(_options, _chosen->access);
+    ExitStatus const status = _chosen->action(session);
+    session.Finish();
+    return status;
+}
+
+QStringList CommandLine::Commands() const
+{
+    QStringList names;
+    VisitCommands(*_app, QString(), [&](QString const& name, CLI::App const&) { names.append(name); });
+    return names;
+}
+
+QStringList CommandLine::Options() const
+{
+    QStringList names;
+    auto const addOptionsOf = [&](QString const& name, CLI::App const& command) {
+        for (CLI::Option const* option : command.get_options()) {
+            for (std::string const& spelling : option->get_lnames())
+                names.append((name + QStringLiteral(" --") + QString::fromStdString(spelling)).trimmed());
+        }
+    };
+    addOptionsOf(QString(), *_app);
+    VisitCommands(*_app, QString(), addOptionsOf);
+    return names;
+}
+
+} // namespace tandryctl

@@ -1,0 +1,135 @@
+#include "CommandLine.h"
+#include "Commands.h"
+#include "Failure.h"
+#include "FileLookup.h"
+#include "Listing.h"
+#include "Lookups.h"
+#include "RecordColumns.h"
+#include "Removal.h"
+#include "Text.h"
+
+#include "config/FileLink.h"
+
+namespace tandryctl {
+
+using sync::config::FileConfiguration;
+using sync::config::FileConfigurationType;
+using sync::config::FileLink;
+
+namespace {
+
+struct Arguments
+{
+    QString file;
+    std::optional<int> type;
+};
+
+struct RemoveArguments
+{
+    int id = 0;
+};
+
+/// A link and the file that it leads to, which has the id -1 where that is not on record.
+struct ResolvedLink
+{
+    FileLink link;
+    FileConfiguration target;
+};
+
+QVector<ResolvedLink> Resolve(Session& session, FileConfiguration const& file)
+{
+    QVector<ResolvedLink> links;
+    for (FileLink const& link : file.fileLinks)
+        links.append({link, session.Read(session.files().GetFileConfiguration(link, file.clientPath))});
+    return links;
+}
+
+QVariant TargetOf(ResolvedLink const& link)
+{
+    return link.target.id == -1 ? QVariant() : QVariant(link.target.clientPath);
+}
+
+QString DescribeLinks(QVector<ResolvedLink> const& links)
+{
+    QStringList targets;
+    for (ResolvedLink const& link : links) {
+        QVariant const target = TargetOf(link);
+        targets.append(target.isValid() ? QStringLiteral("%1 (file %2)").arg(target.toString()).arg(link.target.id)
+                                        : QStringLiteral("%1 (not on record)").arg(link.link.path));
+    }
+    return targets.join(QStringLiteral(", "));
+}
+
+ExitStatus Show(Session& session, Arguments const& arguments)
+{
+    FileConfiguration const file = FindFile(session, arguments.file, FileConfigurationType(arguments.type.value_or(0)));
+    auto const folder = session.Read(session.folders().GetFolderConfigurationById(file.folderConfigurationId));
+    QVector<Extra> extras{{"folder", folder.getClientPath()}};
+    extras += AccountAndServerOf(session, folder);
+    extras.append({"linksTo", DescribeLinks(Resolve(session, file))});
+    session.output().Show(FileColumns(), file, extras);
+    return ExitStatus::Done;
+}
+
+ExitStatus ShowLinks(Session& session, Arguments const& arguments)
+{
+    static Columns<ResolvedLink> const columns{
+        {"fileId", Shown::Always, [](ResolvedLink const& l) { return l.link.fileId; }},
+        {"path", Shown::Always, [](ResolvedLink const& l) { return l.link.path; }},
+        {"refId", Shown::InFull, [](ResolvedLink const& l) { return l.link.refId; }},
+        {"serverFileId", Shown::InFull, [](ResolvedLink const& l) { return l.link.serverFileId; }},
+        {"linksTo", Shown::Always, TargetOf},
+    };
+    FileConfiguration const file = FindFile(session, arguments.file, FileConfigurationType(arguments.type.value_or(0)));
+    return List(session, columns, Resolve(session, file), "links");
+}
+
+ExitStatus Remove(Session& session, RemoveArguments const& arguments)
+{
+    FileConfiguration const file =
+        FindFile(session, QString::number(arguments.id), sync::config::FileConfigurationTypeFile);
+    int const generated = session.Read(session.files().GetGeneratedFileConfigurationsByParentFileId(file.id)).size();
+
+    Removal removal(Titled("file", file.id, file.clientPath));
+    removal.Takes(generated, "generated file", "generated files");
+    QString what = removal.text();
+    if (generated > 0)
+        what += QStringLiteral(", and the generated ones from the disk too");
+    session.ConfirmRemoval(what);
+    session.Wrote(session.files().RemoveFileConfigurationAndLinkedConfigurations(file.id));
+    session.output().Report(QStringLiteral("removed ") + what, FileColumns(), file);
+    return ExitStatus::Done;
+}
+
+} // namespace
+
+void AddFileCommands(Command& top)
+{
+    Command files = top.Add("file", "Look at files and remove them");
+
+    auto const arguments = std::make_shared<Arguments>();
+    files.Add("show", "Show everything about a file")
+        .Argument("ID|PATH", arguments->file, "The file's id or its path; ./7 is the path of a file named 7")
+        .Choice("--type", arguments->type, FileTypeWords(), "KIND", "file, generated or base; file without it")
+        .Remark("All columns, with the folder, the account, the server and what its links lead to.")
+        .Example("file show ~/Documents/a.txt", "show what is on record about a.txt")
+        .Example("file show 12 --json", "print file 12 for a program")
+        .Run(StoreAccess::Read, [arguments](Session& session) { return Show(session, *arguments); });
+
+    files.Add("links", "List the links of a file and what they lead to")
+        .Argument("ID|PATH", arguments->file, "The file's id or its path")
+        .Choice("--type", arguments->type, FileTypeWords(), "KIND", "file, generated or base; file without it")
+        .Remark("A link that leads out of the root, or to a file that is not on record, has the fileId -1.")
+        .Example("file links ~/Documents/shortcut", "show where a symbolic link leads")
+        .Run(StoreAccess::Read, [arguments](Session& session) { return ShowLinks(session, *arguments); });
+
+    auto const remove = std::make_shared<RemoveArguments>();
+    files.Add("remove", "Remove a file and the files generated from it")
+        .Argument("ID", remove->id, "The file's id")
+        .Remark("Says what will go and asks first. The file itself stays on disk; files that were generated from it\n"
+                "are deleted there too.")
+        .Example("file remove 12", "remove file 12 after a question")
+        .Run(StoreAccess::Write, [remove](Session& session) { return Remove(session, *remove); });
+}
+
+} // namespace tandryctl

@@ -1,0 +1,225 @@
+#include "CommandLine.h"
+#include "Commands.h"
+#include "FileLookup.h"
+#include "Listing.h"
+#include "Lookups.h"
+#include "RecordColumns.h"
+#include "StoreQuestions.h"
+#include "Text.h"
+
+#include <QHash>
+#include <QSet>
+
+#include <algorithm>
+
+namespace tandryctl {
+
+using sync::config::FileConfiguration;
+using sync::config::FileConfigurationType;
+using sync::config::FolderConfiguration;
+using sync::config::ScheduleEntry;
+
+namespace {
+
+struct FolderArguments
+{
+    std::optional<int> root;
+};
+
+struct FileArguments
+{
+    std::optional<int> folder;
+    std::optional<int> root;
+    std::optional<int> type;
+    std::optional<int> order;
+    std::optional<int> status;
+};
+
+struct TreeArguments
+{
+    std::optional<int> root;
+};
+
+ExitStatus ListRoots(Session& session)
+{
+    return List(session, FolderColumns(), session.Read(session.folders().GetAllRootFolders()), "roots");
+}
+
+ExitStatus ListFolders(Session& session, FolderArguments const& arguments)
+{
+    QVector<FolderConfiguration> const folders = arguments.root
+                                                     ? session.Read(session.folders().GetFolderConfigurationsByRootId(
+                                                           FindRoot(session, *arguments.root).getId()))
+                                                     : session.Read(session.folders().GetAll());
+    return List(session, FolderColumns(), folders, "folders");
+}
+
+ExitStatus ListFiles(Session& session, FileArguments const& arguments)
+{
+    if (arguments.folder)
+        FindFolder(session, *arguments.folder);
+    if (arguments.root)
+        FindRoot(session, *arguments.root);
+
+    FileFilter filter;
+    filter.type = FileConfigurationType(arguments.type.value_or(filter.type));
+    filter.folder = arguments.folder;
+    filter.root = arguments.root;
+    filter.status = arguments.status;
+    QVector<FileConfiguration> files = FindFiles(session, filter);
+    if (arguments.order)
+        SortFiles(files, *arguments.order);
+    return List(session, FileColumns(), files, "files");
+}
+
+ExitStatus ListSchedules(Session& session)
+{
+    QVector<ScheduleEntry> schedules;
+    for (int const id : session.Read(session.questions().ScheduleIds()))
+        schedules.append(session.Read(session.schedules().GetScheduleEntryById(id)));
+    return List(session, ScheduleColumns(), schedules, "schedules");
+}
+
+struct TreeNode
+{
+    int depth;
+    FolderConfiguration folder;
+};
+
+Columns<TreeNode> const& TreeColumns()
+{
+    static Columns<TreeNode> const columns{
+        {"id", Shown::Always, [](TreeNode const& node) { return node.folder.getId(); }},
+        {"parentId", Shown::Always, [](TreeNode const& node) { return node.folder.getParentId(); }},
+        {"depth", Shown::Always, [](TreeNode const& node) { return node.depth; }},
+        {"name", Shown::Always, [](TreeNode const& node) { return node.folder.getName(); }},
+        {"clientPath", Shown::Always, [](TreeNode const& node) { return node.folder.getClientPath(); }},
+        {"serverPath", Shown::Always, [](TreeNode const& node) { return node.folder.getServerPath(); }},
+    };
+    return columns;
+}
+
+/// The folders of a root, each behind its parent and among its siblings by name.
+class Tree
+{
+public:
+    Tree(FolderConfiguration const& root, QVector<FolderConfiguration> folders)
+    {
+        std::sort(folders.begin(), folders.end(), [](auto const& left, auto const& right) {
+            return left.getName() < right.getName();
+        });
+        for (FolderConfiguration const& folder : qAsConst(folders)) {
+            if (folder.getId() != root.getId())
+                _children[folder.getParentId()].append(folder);
+        }
+        _Append(root);
+        // What is left hangs on no folder of the root: shown below it all the same, since nothing may go unseen.
+        while (!_children.isEmpty()) {
+            for (FolderConfiguration const& stray : _children.take(_StrayParent()))
+                _Append(stray, 1);
+        }
+    }
+
+    QVector<TreeNode> const& nodes() const { return _nodes; }
+
+private:
+    /// A parent that is itself no child of another one that is left; any one where the rows go round in a circle.
+    int _StrayParent() const
+    {
+        QSet<int> children;
+        for (QVector<FolderConfiguration> const& siblings : _children) {
+            for (FolderConfiguration const& folder : siblings)
+                children.insert(folder.getId());
+        }
+        for (auto parent = _children.keyBegin(); parent != _children.keyEnd(); ++parent) {
+            if (!children.contains(*parent))
+                return *parent;
+        }
+        return *_children.keyBegin();
+    }
+
+    void _Append(FolderConfiguration const& top, int depth = 0)
+    {
+        QVector<TreeNode> open{{depth, top}}; // no recursion: a store can hold a tree of any depth
+        while (!open.isEmpty()) {
+            TreeNode const node = open.takeLast();
+            _nodes.append(node);
+            QVector<FolderConfiguration> const children = _children.take(node.folder.getId());
+            for (auto child = children.crbegin(); child != children.crend(); ++child)
+                open.append({node.depth + 1, *child});
+        }
+    }
+
+    QHash<int, QVector<FolderConfiguration>> _children;
+    QVector<TreeNode> _nodes;
+};
+
+ExitStatus ShowTree(Session& session, TreeArguments const& arguments)
+{
+    QVector<TreeNode> nodes;
+    for (FolderConfiguration const& root : FindRoots(session, arguments.root))
+        nodes += Tree(root, session.Read(session.folders().GetFolderConfigurationsByRootId(root.getId()))).nodes();
+
+    if (session.output().form() == Form::Json) {
+        session.output().List(TreeColumns(), nodes);
+        return ExitStatus::Done;
+    }
+    for (TreeNode const& node : qAsConst(nodes)) {
+        QString const label = node.depth == 0 ? node.folder.getClientPath() : node.folder.getName();
+        session.output().Line(QString(2 * node.depth, QLatin1Char(' ')) + Printable(label));
+    }
+    return ExitStatus::Done;
+}
+
+} // namespace
+
+void AddListCommands(Command& top)
+{
+    Command lists = top.Add("list", "List what is on record");
+    lists.Remark("A listing shows the columns that matter most; with --json it holds all of them. Names are shown on\n"
+                 "one line, with line breaks and other controls as escapes such as \\n.");
+
+    lists.Add("roots", "List the roots")
+        .Example("list roots", "show what is synchronised with what")
+        .Run(StoreAccess::Read, ListRoots);
+
+    auto const folders = std::make_shared<FolderArguments>();
+    lists.Add("folders", "List the folders, roots among them")
+        .Option("--root", folders->root, "Only this root and the folders in it")
+        .Example("list folders --root 1", "show root 1 and all folders in it")
+        .Example("list folders --json", "print all folders with all columns")
+        .Run(StoreAccess::Read, [folders](Session& session) { return ListFolders(session, *folders); });
+
+    auto const files = std::make_shared<FileArguments>();
+    lists.Add("files", "List the files")
+        .Option("--folder", files->folder, "Only those directly in this folder")
+        .Option("--root", files->root, "Only those in this root")
+        .Excludes("--folder", "--root")
+        .Choice("--type", files->type, FileTypeWords(), "KIND", "file, generated or base; file without it")
+        .Choice("--order",
+                files->order,
+                FileOrderWords(),
+                "COLUMN",
+                "Sort by this column; COLUMN-desc for the largest first")
+        .Number("--status", files->status, "Only those with this syncStatus; 2 is out of sync")
+        .Remark(
+            "Columns to sort by: id, name, folderConfigurationId, clientPath, serverPath, checkSum, createdDateTime,\n"
+            "lastModifiedDateTime, syncStatus, lastOperationType, size.")
+        .Example("list files --folder 3 --order size-desc", "show the files of folder 3, the largest first")
+        .Example("list files --status 2", "show what is out of sync")
+        .Run(StoreAccess::Read, [files](Session& session) { return ListFiles(session, *files); });
+
+    lists.Add("schedules", "List the schedules")
+        .Example("list schedules", "show the default schedule and those of folders")
+        .Run(StoreAccess::Read, ListSchedules);
+
+    auto const tree = std::make_shared<TreeArguments>();
+    top.Add("tree", "Print the folders as a tree")
+        .OptionalArgument("ROOT_ID", tree->root, "Only the tree of this root")
+        .Remark("One line for each folder, indented by two blanks a level; with --json the same order with depths.")
+        .Example("tree", "print the trees of all roots")
+        .Example("tree 1 --json", "print root 1 for a program")
+        .Run(StoreAccess::Read, [tree](Session& session) { return ShowTree(session, *tree); });
+}
+
+} // namespace tandryctl

@@ -1,0 +1,114 @@
+#include "Lookups.h"
+
+#include "Failure.h"
+#include "Session.h"
+#include "Text.h"
+
+namespace tandryctl {
+
+using sync::config::AuthenticationConfiguration;
+using sync::config::FolderConfiguration;
+using sync::config::ProductConfiguration;
+using sync::config::ServerConfiguration;
+
+namespace {
+
+[[noreturn]] void ThrowUnknown(char const* kind, int id, char const* listing)
+{
+    throw Failure(ExitStatus::NothingFound,
+                  QStringLiteral("there is no %1 %2; see 'tandryctl %3'")
+                      .arg(QLatin1String(kind))
+                      .arg(id)
+                      .arg(QLatin1String(listing)));
+}
+
+template <class Record>
+Record KnownOrThrow(Record const& record, char const* kind, int id, char const* listing)
+{
+    if (record.getId() == -1)
+        ThrowUnknown(kind, id, listing);
+    return record;
+}
+
+} // namespace
+
+FolderConfiguration FindFolder(Session& session, int id)
+{
+    return KnownOrThrow(session.Read(session.folders().GetFolderConfigurationById(id)), "folder", id, "list folders");
+}
+
+FolderConfiguration FindRoot(Session& session, int id)
+{
+    FolderConfiguration const folder = session.Read(session.folders().GetFolderConfigurationById(id));
+    if (!folder.isRoot())
+        ThrowUnknown("root", id, "list roots");
+    return folder;
+}
+
+AuthenticationConfiguration FindAccount(Session& session, int id)
+{
+    return KnownOrThrow(
+        session.Read(session.accounts().GetAuthenticationConfigurationById(id)), "account", id, "account list");
+}
+
+ServerConfiguration FindServer(Session& session, int id)
+{
+    return KnownOrThrow(session.Read(session.servers().GetServerConfigById(id)), "server", id, "server list");
+}
+
+ProductConfiguration FindProduct(Session& session, int id)
+{
+    return KnownOrThrow(
+        session.Read(session.products().GetProductConfigurationById(id)), "product", id, "product list");
+}
+
+QVector<FolderConfiguration> FindRoots(Session& session, std::optional<int> id)
+{
+    if (id)
+        return {FindRoot(session, *id)};
+    QVector<FolderConfiguration> const roots = session.Read(session.folders().GetAllRootFolders());
+    if (roots.isEmpty())
+        throw Failure(ExitStatus::NothingFound,
+                      QStringLiteral("there is no root yet; add one with 'tandryctl root add DIR --server-path PATH'"));
+    return roots;
+}
+
+QString NameOf(AuthenticationConfiguration const& account)
+{
+    return account.getDomain().isEmpty() ? account.getUserName()
+                                         : account.getDomain() + QLatin1Char('\\') + account.getUserName();
+}
+
+QString NameOf(ServerConfiguration const& server)
+{
+    for (QString const& name : {server.getAlias(), server.getWebServiceUrl()}) {
+        if (!name.isEmpty())
+            return name;
+    }
+    return server.getDavUrl();
+}
+
+QString Titled(char const* kind, int id, QString const& name)
+{
+    return QStringLiteral("%1 %2 %3").arg(QLatin1String(kind)).arg(id).arg(Quoted(name));
+}
+
+QVector<Extra> AccountAndServerOf(Session& session, FolderConfiguration const& folder)
+{
+    auto const account =
+        session.Read(session.accounts().GetAuthenticationConfigurationById(folder.getAuthenticationId()));
+    auto const server = session.Read(session.servers().GetServerConfigByFolderId(folder.getId()));
+
+    QVector<Extra> extras{{"accountId", {}}, {"account", {}}, {"serverId", {}}, {"server", {}}};
+    if (account.getId() != -1) {
+        extras[0].value = account.getId();
+        extras[1].value = NameOf(account);
+    }
+    if (server.getId() != -1) {
+        extras[2].value = server.getId();
+        extras[3].value = NameOf(server);
+    }
+    return extras;
+}
+
+} // namespace tandryctl

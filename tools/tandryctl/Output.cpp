@@ -1,0 +1,180 @@
+#include "Output.h"
+
+#include "Text.h"
+
+#include <QDateTime>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+
+#include <algorithm>
+
+namespace tandryctl {
+
+namespace {
+
+constexpr int BufferBytes = 64 * 1024;
+
+QJsonValue ToJson(QVariant const& value)
+{
+    switch (static_cast<QMetaType::Type>(value.type())) {
+    case QMetaType::QDateTime:
+        return value.toDateTime().isValid() ? QJsonValue(CellText(value)) : QJsonValue();
+    case QMetaType::QString:
+        return value.toString().isNull() ? QJsonValue() : QJsonValue(value.toString());
+    case QMetaType::QVariantMap: {
+        QJsonObject object;
+        QVariantMap const map = value.toMap();
+        for (auto entry = map.begin(); entry != map.end(); ++entry)
+            object.insert(entry.key(), ToJson(entry.value()));
+        return object;
+    }
+    case QMetaType::QVariantList: {
+        QJsonArray array;
+        for (QVariant const& element : value.toList())
+            array.append(ToJson(element));
+        return array;
+    }
+    default:
+        return QJsonValue::fromVariant(value);
+    }
+}
+
+bool IsNumber(QVariant const& value)
+{
+    return value.type() == QVariant::Int || value.type() == QVariant::LongLong;
+}
+
+QString Padded(QString const& cell, int width, bool toTheRight)
+{
+    QString const blanks(std::max(0, width - DisplayWidth(cell)), QLatin1Char(' '));
+    return toTheRight ? blanks + cell : cell + blanks;
+}
+
+QString WithoutTrailingBlanks(QString line)
+{
+    while (line.endsWith(QLatin1Char(' ')))
+        line.chop(1);
+    return line;
+}
+
+} // namespace
+
+QString CellText(QVariant const& value)
+{
+    switch (static_cast<QMetaType::Type>(value.type())) {
+    case QMetaType::QDateTime:
+        return value.toDateTime().toString(Qt::ISODateWithMs);
+    case QMetaType::Bool:
+        return value.toBool() ? QStringLiteral("yes") : QStringLiteral("no");
+    case QMetaType::QVariantMap:
+    case QMetaType::QVariantList:
+        return Printable(QString::fromUtf8(QJsonDocument::fromVariant(value).toJson(QJsonDocument::Compact)));
+    default:
+        return Printable(value.toString());
+    }
+}
+
+Output::Output(QIODevice& device, Form form)
+    : _device(device)
+    , _form(form)
+{}
+
+void Output::Line(QString const& text)
+{
+    if (_form == Form::Plain)
+        _Write(text.toUtf8() + '\n');
+}
+
+bool Output::Finish()
+{
+    if (!_buffer.isEmpty() && _device.write(_buffer) != _buffer.size())
+        _failed = true;
+    _buffer.clear();
+    return !_failed;
+}
+
+void Output::_Write(QByteArray const& bytes)
+{
+    _buffer += bytes;
+    if (_buffer.size() >= BufferBytes)
+        static_cast<void>(Finish()); // a failure is kept for the last call
+}
+
+void Output::_BeginRows(QVector<QString> const& names)
+{
+    _names = names;
+    _cells.clear();
+    _numeric = QVector<bool>(names.size(), true);
+    _firstObject = true;
+    if (_form == Form::Json)
+        _Write("[");
+}
+
+void Output::_Row(QVector<QVariant> const& values)
+{
+    if (_form == Form::Json) {
+        _WriteObject(values);
+        return;
+    }
+    QVector<QString> cells;
+    cells.reserve(values.size());
+    for (int column = 0; column < values.size(); ++column) {
+        cells.append(CellText(values.at(column)));
+        _numeric[column] = _numeric.at(column) && IsNumber(values.at(column));
+    }
+    _cells.append(cells);
+}
+
+void Output::_EndRows()
+{
+    if (_form == Form::Json) {
+        _Write(_firstObject ? "]\n" : "\n]\n");
+        return;
+    }
+    if (_cells.isEmpty())
+        return;
+
+    _cells.prepend(_names);
+    QVector<int> widths(_names.size(), 0);
+    for (QVector<QString> const& cells : qAsConst(_cells)) {
+        for (int column = 0; column < cells.size(); ++column)
+            widths[column] = std::max(widths.at(column), DisplayWidth(cells.at(column)));
+    }
+    for (QVector<QString> const& cells : qAsConst(_cells)) {
+        QString line;
+        for (int column = 0; column < cells.size(); ++column) {
+            if (column > 0)
+                line += QStringLiteral("  ");
+            line += Padded(cells.at(column), widths.at(column), _numeric.at(column));
+        }
+        Line(WithoutTrailingBlanks(line));
+    }
+    _cells.clear();
+}
+
+void Output::_ShowRow(QVector<QString> const& names, QVector<QVariant> const& values)
+{
+    if (_form == Form::Json) {
+        _BeginRows(names);
+        _Row(values);
+        _EndRows();
+        return;
+    }
+    int width = 0;
+    for (QString const& name : names)
+        width = std::max(width, DisplayWidth(name));
+    for (int i = 0; i < names.size(); ++i)
+        Line(WithoutTrailingBlanks(Padded(names.at(i), width, false) + QStringLiteral("  ") + CellText(values.at(i))));
+}
+
+void Output::_WriteObject(QVector<QVariant> const& values)
+{
+    QJsonObject object;
+    for (int column = 0; column < values.size(); ++column)
+        object.insert(_names.at(column), ToJson(values.at(column)));
+    _Write((_firstObject ? "\n" : ",\n") + QJsonDocument(object).toJson(QJsonDocument::Compact));
+    _firstObject = false;
+}
+
+} // namespace tandryctl

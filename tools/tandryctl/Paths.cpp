@@ -1,0 +1,98 @@
+#include "Paths.h"
+
+#include "Failure.h"
+
+#include <QDir>
+#include <QFileInfo>
+
+namespace tandryctl {
+
+using sync::config::FolderConfiguration;
+
+namespace {
+
+/// The path with symbolic links resolved; as it is where there is nothing on disk.
+QString Resolved(QString const& path)
+{
+    QString const canonical = QFileInfo(path).canonicalFilePath();
+    return canonical.isEmpty() ? path : canonical;
+}
+
+char const* Relation(QString const& directory, QString const& root)
+{
+    bool const inside = LiesIn(directory, root, Qt::CaseInsensitive);
+    bool const encloses = LiesIn(root, directory, Qt::CaseInsensitive);
+    if (inside && encloses)
+        return "is";
+    return inside ? "lies inside" : encloses ? "encloses" : nullptr;
+}
+
+} // namespace
+
+QString AbsolutePath(QString const& given)
+{
+    if (given.isEmpty())
+        throw Failure(ExitStatus::WrongUsage, QStringLiteral("the path is empty; give one"));
+    // Not QFileInfo: it takes a name that begins with a colon for a path of its own kind.
+    bool const isAbsolute = given.startsWith(QLatin1Char('/'));
+    return QDir::cleanPath(isAbsolute ? given : QDir::currentPath() + QLatin1Char('/') + given);
+}
+
+QString ChildPath(QString const& folder, QString const& name)
+{
+    return folder.endsWith(QLatin1Char('/')) ? folder + name : folder + QLatin1Char('/') + name;
+}
+
+bool LiesIn(QString const& path, QString const& folder, Qt::CaseSensitivity caseSensitivity)
+{
+    if (!path.startsWith(folder, caseSensitivity))
+        return false;
+    return path.size() == folder.size() || folder.endsWith(QLatin1Char('/')) ||
+           path.at(folder.size()) == QLatin1Char('/');
+}
+
+QString ServerPathIn(FolderConfiguration const& root, QString const& path)
+{
+    QString const rootPath = root.getClientPath();
+    if (!LiesIn(path, rootPath, Qt::CaseSensitive))
+        return {};
+    QString const rest = path.mid(rootPath.size());
+    return rest.isEmpty() || rest.startsWith(QLatin1Char('/')) ? root.getServerPath() + rest : path;
+}
+
+std::optional<RootConflict> FindRootConflict(QString const& directory, QVector<FolderConfiguration> const& roots)
+{
+    QString const resolved = Resolved(directory);
+    for (FolderConfiguration const& root : roots) {
+        if (root.getClientPath().isEmpty())
+            continue; // lies nowhere
+        QString const rootPath = QDir::cleanPath(root.getClientPath());
+        char const* relation = Relation(directory, rootPath);
+        if (relation == nullptr)
+            relation = Relation(resolved, Resolved(rootPath));
+        if (relation != nullptr)
+            return RootConflict{root, relation};
+    }
+    return std::nullopt;
+}
+
+std::optional<FolderConfiguration>
+FindRootOf(QString const& path, QVector<FolderConfiguration> const& roots, std::optional<int> accountId)
+{
+    for (Qt::CaseSensitivity const caseSensitivity : {Qt::CaseSensitive, Qt::CaseInsensitive}) {
+        FolderConfiguration const* longest = nullptr;
+        for (FolderConfiguration const& root : roots) {
+            if (accountId && root.getAuthenticationId() != *accountId)
+                continue;
+            if (!LiesIn(path, root.getClientPath(), caseSensitivity))
+                continue;
+            if (longest == nullptr || root.getClientPath().size() > longest->getClientPath().size())
+                longest = &root;
+        }
+        if (longest != nullptr)
+            return *longest;
+    }
+    return std::nullopt;
+}
+
+} // namespace tandryctl
