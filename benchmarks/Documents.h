@@ -1,0 +1,31 @@
+#pragma once
+
+#include "config/DatabaseConfigurationManager.h"
+#include "config/FileLinksDocument.h"
+
+namespace sync::benchmarks {
+
+/// The documents inside the columns, written and read by the library's own code for all contestants: what is measured
+/// is the way to the store and back.
+class Documents
+{
+public:
+    using Map = QMap<QString, QString>;
+
+    QString Write(Map const& properties) { return _nameValues.ToNameValuePropertyString(properties); }
+    Map Read(QString const& text) const { return _nameValues.ToNameValuePropertyMap(text); }
+
+    static QString WriteLinks(config::FileConfiguration const& file)
+    {
+        return config::WriteFileLinks(file.fileLinks, file.fileDate);
+    }
+    static void ReadLinks(QString const& text, config::FileConfiguration& file)
+    {
+        file.fileLinks = config::ReadFileLinks(text, file.fileDate);
+    }
+
+private:
+    config::DatabaseConfigurationManager _nameValues{nullptr};
+};
+
+} // namespace sync::benchmarks

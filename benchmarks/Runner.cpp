@@ -1,0 +1,85 @@
+#include "benchmarks/Runner.h"
+
+#include "benchmarks/PeakMemory.h"
+
+#include <algorithm>
+#include <memory>
+#include <string>
+
+namespace sync::benchmarks {
+
+namespace {
+
+/// Takes what Google Benchmark measured, and prints nothing.
+class Stopwatch : public benchmark::BenchmarkReporter
+{
+public:
+    double Seconds(std::string const& name, std::function<void()> const& measured)
+    {
+        benchmark::ClearRegisteredBenchmarks();
+        benchmark::RegisterBenchmark(name.c_str(),
+                                     [&](benchmark::State& state) {
+                                         for ([[maybe_unused]] auto const iteration : state)
+                                             measured();
+                                     })
+            ->Iterations(1)
+            ->UseRealTime();
+        benchmark::RunSpecifiedBenchmarks(this);
+        return _seconds;
+    }
+
+    bool ReportContext(Context const&) override { return true; }
+    void ReportRuns(std::vector<Run> const& runs) override { _seconds = runs.front().real_accumulated_time; }
+
+private:
+    double _seconds = 0;
+};
+
+std::vector<std::unique_ptr<Participant>> ParticipantsOf(Case const& benchmark, SampleStore& store)
+{
+    std::vector<std::unique_ptr<Participant>> participants;
+    for (Entrant const entrant : Entrants)
+        if (benchmark.concernsSql || entrant == Entrant::Managers || entrant == Entrant::ByHand)
+            participants.push_back(std::make_unique<Participant>(entrant, store.CopyFor(entrant)));
+    return participants;
+}
+
+} // namespace
+
+double Measurement::median() const
+{
+    std::vector<double> sorted = microseconds;
+    std::sort(sorted.begin(), sorted.end());
+    std::size_t const middle = sorted.size() / 2;
+    return sorted.size() % 2 == 1 ? sorted[middle] : (sorted[middle - 1] + sorted[middle]) / 2;
+}
+
+Result Run(Case const& benchmark, SampleStore& store, int repetitions)
+{
+    Result result{benchmark.workload, benchmark.rows, benchmark.operations, benchmark.limit, {}};
+    auto participants = ParticipantsOf(benchmark, store);
+
+    benchmark.prepare(0);
+    for (auto const& participant : participants) {
+        benchmark.reset(*participant);
+        PeakMemory const memory;
+        benchmark.run(*participant);
+        result.measurements[participant->entrant].peakBytes = memory.beyondStart();
+    }
+
+    Stopwatch stopwatch;
+    for (int pass = 1; pass <= repetitions; ++pass) {
+        benchmark.prepare(pass);
+        for (auto const& participant : participants) {
+            benchmark.reset(*participant);
+            double const seconds =
+                stopwatch.Seconds(benchmark.name().toStdString(), [&] { benchmark.run(*participant); });
+            result.measurements[participant->entrant].microseconds.push_back(seconds * 1e6 /
+                                                                             double(benchmark.operations));
+        }
+        std::rotate(participants.begin(), participants.begin() + 1, participants.end());
+    }
+    return result;
+}
+
+} // namespace sync::benchmarks

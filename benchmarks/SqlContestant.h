@@ -1,0 +1,240 @@
+#pragma once
+
+#include "benchmarks/Contestant.h"
+#include "benchmarks/Documents.h"
+#include "benchmarks/Failure.h"
+#include "benchmarks/RecordColumns.h"
+#include "benchmarks/SqlTexts.h"
+
+#include <QDir>
+#include <QString>
+#include <QVector>
+
+#include <memory>
+#include <utility>
+
+namespace sync::benchmarks {
+
+/// A contestant without managers: the managers' statements, run by an engine straight into the records.
+template <class Engine>
+class SqlContestant : public Contestant
+{
+public:
+    explicit SqlContestant(QString path)
+        : _path(std::move(path))
+        , _engine(_path)
+    {}
+
+    Engine& engine() { return _engine; }
+
+    std::unique_ptr<Contestant> ForThread() override { return std::make_unique<SqlContestant>(_path); }
+
+    void Begin() override { _engine.Begin(); }
+    void Commit() override { _engine.Commit(); }
+
+    void AddFile(config::FileConfiguration& file) override
+    {
+        for (config::FileConfiguration const& other :
+             _All<config::FileConfiguration>(text::FileByPath, QStringLiteral(":clientPath"), file.clientPath))
+            Require(other.folderConfigurationId != file.folderConfigurationId, "the sample files are not new");
+        InsertFile(file);
+    }
+    void InsertFile(config::FileConfiguration& file) { file.id = _Insert(text::AddFile, file); }
+    void UpdateFile(config::FileConfiguration const& file) override { _Update(text::UpdateFile, file, file.id); }
+    config::FileConfiguration FileById(int id) override
+    {
+        return _One<config::FileConfiguration>(text::FileById, QStringLiteral(":id"), id);
+    }
+    config::FileConfiguration FileByPath(QString const& clientPath) override
+    {
+        return _One<config::FileConfiguration>(text::FileByPath, QStringLiteral(":clientPath"), clientPath);
+    }
+    config::FileConfiguration FileByServerId(QString const& serverFileId) override
+    {
+        return _One<config::FileConfiguration>(text::FileByServerId, QStringLiteral(":serverFileId"), serverFileId);
+    }
+    QVector<config::FileConfiguration> FilesOfFolder(int folderId) override
+    {
+        return _All<config::FileConfiguration>(text::FilesOfFolder, QStringLiteral(":folderConfigurationId"), folderId);
+    }
+    QVector<config::FileConfiguration> AllFiles() override { return _All<config::FileConfiguration>(text::AllFiles); }
+    void SyncingToNotSynced(int folderId) override
+    {
+        auto statement = _engine.Use(text::SyncingToNotSynced);
+        statement.Bind(QStringLiteral(":syncStatusNotSynced"), int(config::FileSyncStatusNotSynced));
+        statement.Bind(QStringLiteral(":folderConfigurationId"), folderId);
+        statement.Bind(QStringLiteral(":syncStatusSyncing"), int(config::FileSyncStatusSyncing));
+        statement.Run();
+    }
+
+    void AddFolder(config::FolderConfiguration& folder) override
+    {
+        folder.*Reveal(member::FolderId()) = _Insert(text::AddFolder, folder);
+    }
+    void UpdateFolder(config::FolderConfiguration const& folder) override
+    {
+        _Update(text::UpdateFolder, folder, folder.getId());
+    }
+    config::FolderConfiguration FolderById(int id) override
+    {
+        return _One<config::FolderConfiguration>(text::FolderById, QStringLiteral(":id"), id);
+    }
+    config::FolderConfiguration FolderByPath(QString const& clientPath) override
+    {
+        return _One<config::FolderConfiguration>(text::FolderByPath, QStringLiteral(":clientPath"), clientPath);
+    }
+    config::FolderConfiguration FolderByServerId(QString const& serverFolderId) override
+    {
+        return _One<config::FolderConfiguration>(
+            text::FolderByServerId, QStringLiteral(":serverFolderId"), serverFolderId);
+    }
+    QVector<config::FolderConfiguration> SubFolders(int folderId) override
+    {
+        return _All<config::FolderConfiguration>(text::SubFolders, QStringLiteral(":parentId"), folderId);
+    }
+    QVector<config::FolderConfiguration> AllFolders() override
+    {
+        return _All<config::FolderConfiguration>(text::AllFolders);
+    }
+    void RemoveFolderAndChildren(int folderId) override
+    {
+        for (int const child : _SubFolderIds(folderId))
+            RemoveFolderAndChildren(child);
+        _Run(text::RemoveFolder, QStringLiteral(":id"), folderId);
+        _Run(text::RemoveFilesOfFolder, QStringLiteral(":folderConfigurationId"), folderId);
+    }
+    void CleanRoot(int rootId) override
+    {
+        _engine.Begin();
+        _Run(text::RemoveFolder, QStringLiteral(":id"), rootId);
+        _Run(text::RemoveFilesOfRoot, QStringLiteral(":folderConfigurationId"), rootId);
+        _Run(text::RemoveFoldersOfRoot, QStringLiteral(":folderConfigurationId"), rootId);
+        _engine.Commit();
+    }
+    bool IsInRoot(QString const& path) override
+    {
+        if (_roots.isEmpty())
+            _roots = _All<config::FolderConfiguration>(text::Roots);
+        QString const absolute = QDir(path).absolutePath();
+        if (absolute.contains(QLatin1String(".{SyncTemp}"), Qt::CaseInsensitive))
+            return false;
+        for (config::FolderConfiguration const& root : std::as_const(_roots)) {
+            QString const folder = root.getClientPath();
+            if (absolute.startsWith(folder, Qt::CaseInsensitive) &&
+                (absolute.size() == folder.size() || folder.endsWith(QLatin1Char('/')) ||
+                 absolute.at(folder.size()) == QLatin1Char('/')))
+                return true;
+        }
+        return false;
+    }
+
+    config::ServerConfiguration ServerById(int id) override
+    {
+        return _One<config::ServerConfiguration>(text::ServerById, QStringLiteral(":id"), id);
+    }
+    config::ServerConfiguration ServerByUrls(QString const& davUrl, QString const& webServiceUrl) override
+    {
+        return _One<config::ServerConfiguration>(
+            text::ServerByUrls, QStringLiteral(":davUrl"), davUrl, QStringLiteral(":webServiceUrl"), webServiceUrl);
+    }
+    config::ServerConfiguration ServerOfFile(int fileId) override
+    {
+        return _One<config::ServerConfiguration>(text::ServerOfFile, QStringLiteral(":id"), fileId);
+    }
+    config::AuthenticationConfiguration AccountById(int id) override
+    {
+        return _One<config::AuthenticationConfiguration>(text::AccountById, QStringLiteral(":id"), id);
+    }
+    config::AuthenticationConfiguration AccountByUser(QString const& domain, QString const& userName) override
+    {
+        return _One<config::AuthenticationConfiguration>(
+            text::AccountByUser, QStringLiteral(":domain"), domain, QStringLiteral(":userName"), userName);
+    }
+    config::ProductConfiguration ProductById(int id) override
+    {
+        return _One<config::ProductConfiguration>(text::ProductById, QStringLiteral(":id"), id);
+    }
+    config::ProductConfiguration ProductByKey(int serverId, QString const& consumerKey) override
+    {
+        return _One<config::ProductConfiguration>(
+            text::ProductByKey, QStringLiteral(":serverId"), serverId, QStringLiteral(":consumerKey"), consumerKey);
+    }
+
+private:
+    /// Binds placeholder, value, placeholder, value and so on.
+    template <class Statement>
+    static void _Bind(Statement&)
+    {}
+    template <class Statement, class Value, class... More>
+    static void _Bind(Statement& statement, QString const& placeholder, Value const& value, More const&... more)
+    {
+        statement.Bind(placeholder, value);
+        _Bind(statement, more...);
+    }
+
+    template <class Record, class... Bound>
+    Record _One(StatementText const& text, Bound const&... bound)
+    {
+        Record record;
+        auto statement = _engine.Use(text);
+        _Bind(statement, bound...);
+        if (statement.Next())
+            Fill(record, statement, _documents);
+        return record;
+    }
+
+    template <class Record, class... Bound>
+    QVector<Record> _All(StatementText const& text, Bound const&... bound)
+    {
+        QVector<Record> records;
+        auto statement = _engine.Use(text);
+        _Bind(statement, bound...);
+        while (statement.Next()) {
+            records.resize(records.size() + 1); // grows like an append, but copies no record
+            Fill(records.last(), statement, _documents);
+        }
+        return records;
+    }
+
+    template <class Record>
+    int _Insert(StatementText const& text, Record const& record)
+    {
+        auto statement = _engine.Use(text);
+        Bind(statement, record, _documents);
+        statement.Run();
+        return statement.InsertedId();
+    }
+
+    template <class Record>
+    void _Update(StatementText const& text, Record const& record, int id)
+    {
+        auto statement = _engine.Use(text);
+        Bind(statement, record, _documents);
+        statement.Bind(QStringLiteral(":id"), id);
+        statement.Run();
+    }
+
+    void _Run(StatementText const& text, QString const& placeholder, int value)
+    {
+        auto statement = _engine.Use(text);
+        statement.Bind(placeholder, value);
+        statement.Run();
+    }
+
+    QVector<int> _SubFolderIds(int folderId)
+    {
+        QVector<int> ids;
+        auto statement = _engine.Use(text::SubFolderIds);
+        statement.Bind(QStringLiteral(":parentId"), folderId);
+        while (statement.Next())
+            ids.append(statement.Int(0));
+        return ids;
+    }
+
+    QString const _path;
+    Engine _engine;
+    Documents _documents;
+    QVector<config::FolderConfiguration> _roots;
+};
+
+} // namespace sync::benchmarks
