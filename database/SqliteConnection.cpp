@@ -29,6 +29,20 @@ constexpr char const* Settings = "PRAGMA cache_size = -8192;"
 constexpr char const* DurableWithLog = "PRAGMA synchronous = FULL";
 constexpr char const* DurableWithJournal = "PRAGMA synchronous = EXTRA";
 
+/// Whether a store with a log may have failed to open because its place allows for none.
+bool RefusesLog(int code)
+{
+    switch (code) {
+    case SQLITE_IOERR_SHMOPEN:
+    case SQLITE_IOERR_SHMSIZE:
+    case SQLITE_IOERR_SHMLOCK:
+    case SQLITE_IOERR_SHMMAP:
+        return true;
+    default:
+        return (code & 0xff) == SQLITE_CANTOPEN;
+    }
+}
+
 } // namespace
 
 SqliteConnection::SqliteConnection(std::shared_ptr<SqliteStore> store)
@@ -36,7 +50,10 @@ SqliteConnection::SqliteConnection(std::shared_ptr<SqliteStore> store)
     , _thread(std::this_thread::get_id())
 {}
 
-SqliteConnection::~SqliteConnection() = default; // a bracket left open is rolled back by the engine
+SqliteConnection::~SqliteConnection()
+{
+    Disconnect(); // the engine rolls back a bracket that was left open
+}
 
 Failure SqliteConnection::CheckUsable() const
 {
@@ -64,18 +81,7 @@ Failure SqliteConnection::OpenFor(bool firstOfStore)
     if (_handle != nullptr)
         return _store->isReadOnly() ? RefreshReading() : Failure();
 
-    Failure failure;
-    if (_store->isReadOnly()) {
-        ReadingHandle reading;
-        failure = _store->file().OpenForReading(reading);
-        _handle = std::move(reading.handle);
-        _stamp = reading.stamp;
-        if (!failure)
-            failure = Configure();
-    }
-    else {
-        failure = OpenForWriting(firstOfStore);
-    }
+    Failure failure = _store->isReadOnly() ? OpenForReading(firstOfStore) : OpenForWriting(firstOfStore);
     if (!failure)
         failure = _store->CheckUnmoved();
     if (failure)
@@ -89,30 +95,59 @@ void SqliteConnection::Disconnect() noexcept
     _begin.reset();
     _commit.reset();
     _rollback.reset();
+    if (_stamp)
+        LockKeeper::Close(_store->identity(), std::move(_handle));
     _handle.reset();
+    _locks.reset();
+    _stamp.reset();
 }
 
 Failure SqliteConnection::OpenForWriting(bool firstOfStore)
 {
-    int code = OpenHandle(_store->file().name(), SQLITE_OPEN_READWRITE, _handle);
+    _locks.emplace(_store->identity());
+    bool const hadLog = _store->file().LogIdentity().has_value();
+    int const code = OpenHandle(_store->file().name(), SQLITE_OPEN_READWRITE, _handle);
     if (code != SQLITE_OK)
         return Describe(code);
     if (sqlite3_db_readonly(_handle.get(), "main") != 0)
         return Describe(SQLITE_READONLY);
 
-    // Until the file has proved to be a store, closing it works nothing off that a program left behind.
-    sqlite3_db_config(_handle.get(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
-    if (Failure failure = Configure())
-        return failure;
-    if (firstOfStore) {
-        if (Failure failure = schema::Check(_handle.get(), _store->file().path()))
-            return failure;
+    // Until the file has proved to be a store, closing it must not work off what a program left behind.
+    sqlite3_db_config(_handle.get(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, hadLog ? 1 : 0, nullptr);
+    Failure failure = Configure(firstOfStore);
+    if (failure && firstOfStore && RefusesLog(failure->code)) {
+        _handle.reset();
+        if (_store->file().ConvertToJournal() == SQLITE_OK)
+            return OpenForWriting(false);
     }
+    if (failure)
+        return failure;
     sqlite3_db_config(_handle.get(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 0, nullptr);
+    if (_journalMode == JournalMode::WriteAheadLog)
+        _log = _store->file().LogIdentity();
     return PrepareOwnStatements();
 }
 
-Failure SqliteConnection::Configure()
+Failure SqliteConnection::OpenForReading(bool firstOfStore)
+{
+    // What another program writes meanwhile can make a file look odd that is read as if nobody wrote it.
+    constexpr int Attempts = 5;
+    Failure failure;
+    for (int attempt = 0; attempt < Attempts; ++attempt) {
+        Disconnect();
+        _locks.emplace(_store->identity());
+        failure = _store->file().OpenForReading(_handle, _stamp);
+        if (_stamp)
+            _locks.reset();
+        if (!failure)
+            failure = Configure(firstOfStore);
+        if (!failure || !_stamp || _store->file().Stamp() == _stamp)
+            break;
+    }
+    return failure;
+}
+
+Failure SqliteConnection::Configure(bool firstOfStore)
 {
     sqlite3* const handle = _handle.get();
     sqlite3_busy_timeout(handle, _store->options().busyTimeoutMsec);
@@ -129,12 +164,16 @@ Failure SqliteConnection::Configure()
     if (code != SQLITE_OK)
         return Describe(code);
 
-    // Another program may have brought the store to a newer version since the first connection looked.
+    // Another program may have brought the store to a newer version, in its log or since the header was looked at.
     std::optional<qint64> const version = QueryNumber(handle, "PRAGMA user_version");
     if (!version)
         return Describe(sqlite3_extended_errcode(handle));
     if (*version > schema::Version)
-        return Refuse(SQLITE_CANTOPEN, QStringLiteral("a newer program has changed the store's version"));
+        return Refuse(SQLITE_CANTOPEN, schema::NewerVersion(*version));
+    if (firstOfStore) {
+        if (Failure failure = schema::Check(handle, _store->file().path()))
+            return failure;
+    }
 
     sqlite3_set_authorizer(handle, &SqliteConnection::Authorize, this);
     return {};
@@ -197,6 +236,17 @@ Failure SqliteConnection::CheckUnchanged()
     return Refuse(SQLITE_BUSY_SNAPSHOT, QStringLiteral("the store was changed while it was being read"));
 }
 
+/// The log must be there too: what is written to one that was removed is lost for all others.
+Failure SqliteConnection::CheckUnmoved() const
+{
+    if (Failure failure = _store->CheckUnmoved())
+        return failure;
+    if (_log && _store->file().LogIdentity() != _log)
+        return Refuse(SQLITE_READONLY_DBMOVED,
+                      QStringLiteral("the log beside the file was removed or replaced while the store was open"));
+    return {};
+}
+
 Failure SqliteConnection::Prepare(QString const& text, StatementLease& statement)
 {
     statement.reset();
@@ -249,7 +299,8 @@ Failure SqliteConnection::Write(PreparedStatement& statement, RunResult& result)
         return Refuse(SQLITE_READONLY, QStringLiteral("the store has been opened for reading only"), &statement);
     if (_transaction == Transaction::LostBracket)
         return Refuse(SQLITE_ABORT_ROLLBACK, QStringLiteral("an earlier failure took the bracket back"), &statement);
-    Failure failure = _store->CheckUnmoved();
+    // Inside a transaction the log was looked at when it began, and will be when it commits.
+    Failure failure = _transaction == Transaction::None ? CheckUnmoved() : _store->CheckUnmoved();
     if (!failure && _transaction == Transaction::None && TransactionalScope::Depth() > 0)
         failure = BeginScope();
     if (failure) {
@@ -323,7 +374,7 @@ bool SqliteConnection::CommitScope() noexcept
     std::shared_ptr<SqliteConnection> const self = std::move(_untilScopeEnds);
     _transaction = Transaction::None;
 
-    Failure failure = _store->CheckUnmoved();
+    Failure failure = CheckUnmoved();
     if (!failure) {
         int const code = RunOwn(_commit);
         if (code == SQLITE_OK)
@@ -340,6 +391,14 @@ bool SqliteConnection::CommitScope() noexcept
     return false;
 }
 
+void SqliteConnection::LeaveThread() noexcept
+{
+    if (_transaction != Transaction::Scope)
+        return;
+    TransactionalScope::Leave(*this);
+    static_cast<void>(CommitScope()); // it tells of a failure by itself
+}
+
 Failure SqliteConnection::BeginBracket()
 {
     if (Failure failure = Open())
@@ -350,7 +409,7 @@ Failure SqliteConnection::BeginBracket()
         return Refuse(SQLITE_MISUSE, QStringLiteral("a bracket is open already"));
     if (TransactionalScope::Depth() > 0)
         return Refuse(SQLITE_MISUSE, QStringLiteral("a bracket can't be opened inside a scope"));
-    if (Failure failure = _store->CheckUnmoved())
+    if (Failure failure = CheckUnmoved())
         return failure;
     int const code = RunOwn(_begin);
     if (code != SQLITE_OK)
@@ -370,7 +429,7 @@ Failure SqliteConnection::CommitBracket()
         _transaction = bracket;
         return Refuse(SQLITE_MISUSE, QStringLiteral("no bracket is open"));
     }
-    Failure failure = _store->CheckUnmoved();
+    Failure failure = CheckUnmoved();
     if (!failure) {
         int const code = RunOwn(_commit);
         if (code == SQLITE_OK)

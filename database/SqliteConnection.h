@@ -1,6 +1,7 @@
 #pragma once
 
 #include "database/Failure.h"
+#include "database/LockKeeper.h"
 #include "database/ScopeParticipant.h"
 #include "database/SqliteDatabaseFactory.h"
 #include "database/SqliteHandle.h"
@@ -56,6 +57,8 @@ public:
     Failure RollbackBracket();
 
     bool CommitScope() noexcept override;
+    /// Commits what a scope that was never ended has written: the thread ends now.
+    void LeaveThread() noexcept;
 
     /// What a refused value makes the statement's `exec` answer.
     StoreError DescribeRefusal(Refusal const& refusal, PreparedStatement const& statement) const;
@@ -78,7 +81,9 @@ private:
     Failure CheckUsable() const;
     Failure OpenFor(bool firstOfStore);
     Failure OpenForWriting(bool firstOfStore);
-    Failure Configure();
+    Failure OpenForReading(bool firstOfStore);
+    Failure Configure(bool firstOfStore);
+    Failure CheckUnmoved() const;
     Failure PrepareOwnStatements();
     void Disconnect() noexcept;
     Failure RefreshReading();
@@ -99,12 +104,14 @@ private:
     std::shared_ptr<SqliteStore> const _store;
     std::thread::id const _thread;
 
+    std::optional<LockKeeper> _locks; // goes after the handle
     SqliteHandle _handle;
     StatementHandle _begin;
     StatementHandle _commit;
     StatementHandle _rollback;
     StatementCache _cache; // goes before the handle
     JournalMode _journalMode = JournalMode::WriteAheadLog;
+    std::optional<FileIdentity> _log;
     std::optional<FileStamp> _stamp; // of a file that is read as if nobody wrote it
 
     Transaction _transaction = Transaction::None;

@@ -74,13 +74,15 @@ SqliteStore::SqliteStore(StoreFile file, OpenOptions const& options)
 
 Failure SqliteStore::Open()
 {
+    if (Failure failure = _file.CheckName())
+        return failure;
     if (_file.IsMissing()) {
         if (_options.mode != OpenMode::OpenOrCreate)
             return MakeError(_file.path(), SQLITE_CANTOPEN, QStringLiteral("there is no such file"));
         if (Failure failure = _file.Make(_options.journalMode))
             return failure;
     }
-    if (Failure failure = _file.Check())
+    if (Failure failure = _file.CheckHeader())
         return failure;
 
     std::optional<FileIdentity> const identity = _file.Identity();
@@ -131,14 +133,17 @@ void SqliteStore::Close()
 
 void SqliteStore::Forget(SqliteConnection const* connection)
 {
-    std::shared_ptr<SqliteConnection> forgotten; // goes after the lock does
-    std::lock_guard<std::mutex> const lock(_mutex);
-    auto const found = std::find_if(
-        _connections.begin(), _connections.end(), [&](auto const& own) { return own.get() == connection; });
-    if (found == _connections.end())
-        return;
-    forgotten = std::move(*found);
-    _connections.erase(found);
+    std::shared_ptr<SqliteConnection> forgotten;
+    {
+        std::lock_guard<std::mutex> const lock(_mutex);
+        auto const found = std::find_if(
+            _connections.begin(), _connections.end(), [&](auto const& own) { return own.get() == connection; });
+        if (found == _connections.end())
+            return;
+        forgotten = std::move(*found);
+        _connections.erase(found);
+    }
+    forgotten->LeaveThread();
 }
 
 void SqliteStore::TellLost(StoreError const& error) const

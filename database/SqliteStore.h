@@ -31,7 +31,9 @@ public:
     JournalMode journalMode() const { return _journalMode; }
     bool isClosed() const noexcept { return _closed.load(std::memory_order_acquire); }
 
-    /// Why the file at the path is not the one that was opened, or nothing when it is.
+    /// Which file the path stood for when the store was opened.
+    FileIdentity const& identity() const { return _identity; }
+    /// Why the file at the path is not that one any more, or nothing when it is.
     Failure CheckUnmoved() const;
 
     /// The calling thread's connection, which may not have been opened yet. Null while the thread's own data go.
@@ -40,7 +42,7 @@ public:
     /// From here on every operation fails. Connections that nothing uses any more are closed.
     void Close();
 
-    /// Lets go of a connection whose thread ends.
+    /// Lets go of a connection whose thread ends; called on that thread.
     void Forget(SqliteConnection const* connection);
 
     /// Sends the factory's signal from the calling thread.

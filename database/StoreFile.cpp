@@ -83,9 +83,12 @@ FileIdentity IdentityOf(struct stat const& status)
     return {status.st_dev, status.st_ino};
 }
 
-QByteArray Uri(QByteArray const& name, char const* parameter)
+std::optional<FileIdentity> IdentityAt(char const* name)
 {
-    return "file:" + name.toPercentEncoding("/") + '?' + parameter;
+    struct stat status = {};
+    if (::stat(name, &status) != 0)
+        return std::nullopt;
+    return IdentityOf(status);
 }
 
 /// Something is written by way of the log: only that shows whether one works in this place.
@@ -134,14 +137,27 @@ bool operator==(FileStamp const& left, FileStamp const& right)
 StoreFile::StoreFile(QString const& path)
     : _path(QFileInfo(path).absoluteFilePath())
     , _name(QFile::encodeName(_path))
+    , _logName(_name + "-wal")
 {}
+
+Failure StoreFile::CheckName() const
+{
+    if (_path.isEmpty())
+        return MakeError(QStringLiteral("the store"), SQLITE_CANTOPEN, QStringLiteral("no file was named"));
+    // A null character would cut the name off, and what the locale can't express would become another name.
+    if (_path.contains(QChar::Null) || QFile::decodeName(_name) != _path)
+        return MakeError(_path, SQLITE_CANTOPEN, QStringLiteral("this can't be a file's name here"));
+    return {};
+}
 
 std::optional<FileIdentity> StoreFile::Identity() const noexcept
 {
-    struct stat status = {};
-    if (::stat(name(), &status) != 0)
-        return std::nullopt;
-    return IdentityOf(status);
+    return IdentityAt(name());
+}
+
+std::optional<FileIdentity> StoreFile::LogIdentity() const noexcept
+{
+    return IdentityAt(_logName.constData());
 }
 
 std::optional<FileStamp> StoreFile::Stamp() const noexcept
@@ -149,18 +165,13 @@ std::optional<FileStamp> StoreFile::Stamp() const noexcept
     struct stat status = {};
     if (::stat(name(), &status) != 0)
         return std::nullopt;
-    return FileStamp{IdentityOf(status), status.st_size, status.st_mtim, HasSidecar("-wal")};
+    return FileStamp{IdentityOf(status), status.st_size, status.st_mtim, LogIdentity().has_value()};
 }
 
 bool StoreFile::IsMissing() const noexcept
 {
     struct stat status = {};
     return ::lstat(name(), &status) != 0 && errno == ENOENT;
-}
-
-bool StoreFile::HasSidecar(char const* suffix) const noexcept
-{
-    return ::access((_name + suffix).constData(), F_OK) == 0;
 }
 
 QByteArray StoreFile::Folder() const
@@ -190,21 +201,7 @@ Failure StoreFile::ReadHeader(Header& header) const
     return DescribeError(handle.get(), code, _path);
 }
 
-Failure StoreFile::Check() const
-{
-    // Another program that opens, closes or writes at this moment can make a good store look odd.
-    constexpr int Attempts = 5;
-    Failure failure;
-    for (int attempt = 0; attempt < Attempts; ++attempt) {
-        std::optional<FileStamp> const before = Stamp();
-        failure = CheckOnce();
-        if (!failure || Stamp() == before)
-            break;
-    }
-    return failure;
-}
-
-Failure StoreFile::CheckOnce() const
+Failure StoreFile::CheckHeader() const
 {
     struct stat status = {};
     if (::stat(name(), &status) != 0)
@@ -229,48 +226,47 @@ Failure StoreFile::CheckOnce() const
     if (header.applicationId() != schema::ApplicationId)
         return MakeError(_path, SQLITE_NOTADB, QStringLiteral("the database belongs to another application"));
     if (header.version() > schema::Version)
-        return MakeError(_path,
-                         SQLITE_CANTOPEN,
-                         QStringLiteral("the store has version %1, written by a newer program; this one knows %2")
-                             .arg(header.version())
-                             .arg(schema::Version));
-
-    bool const hasJournal = HasSidecar("-journal");
-    bool const hasLog = HasSidecar("-wal");
-    if (hasJournal || (hasLog && !HasSidecar("-shm")))
-        return {};
-
-    ReadingHandle reading;
-    if (Failure failure = OpenForReading(reading))
-        return failure;
-    return schema::Check(reading.handle.get(), _path);
+        return MakeError(_path, SQLITE_CANTOPEN, schema::NewerVersion(header.version()));
+    return {};
 }
 
-Failure StoreFile::OpenForReading(ReadingHandle& reading) const
+Failure StoreFile::OpenForReading(SqliteHandle& handle, std::optional<FileStamp>& stamp) const
 {
     Header header;
     if (Failure failure = ReadHeader(header))
         return failure;
 
-    // Without these, the engine would make a log and its index where there are none.
-    QByteArray opened = Uri(_name, "readonly_shm=1");
-    reading.stamp.reset();
-    if (std::optional<FileStamp> const stamp = Stamp(); header.usesLog() && stamp && !stamp->hasLog) {
-        opened = Uri(_name, "immutable=1");
-        reading.stamp = stamp;
+    QByteArray opened = _name;
+    int flags = SQLITE_OPEN_READONLY;
+    stamp = header.usesLog() ? Stamp() : std::nullopt;
+    if (stamp && !stamp->hasLog) { // the engine would make one
+        opened = "file:" + _name.toPercentEncoding("/") + "?immutable=1";
+        flags |= SQLITE_OPEN_URI;
     }
-    else if (header.usesLog() && !HasSidecar("-shm")) {
-        return MakeError(_path,
-                         SQLITE_CANTOPEN,
-                         QStringLiteral("the store was not closed well and must be opened for writing once"));
+    else {
+        stamp.reset();
+        bool const hasIndex = ::access((_name + "-shm").constData(), F_OK) == 0;
+        if (header.usesLog() && !hasIndex) // it would make this one too
+            return MakeError(_path,
+                             SQLITE_CANTOPEN,
+                             QStringLiteral("the store was not closed well and must be opened for writing once"));
     }
 
-    int code = OpenHandle(opened.constData(), SQLITE_OPEN_READONLY | SQLITE_OPEN_URI, reading.handle);
+    int code = OpenHandle(opened.constData(), flags, handle);
     if (code == SQLITE_OK)
-        code = Execute(reading.handle.get(), "PRAGMA schema_version");
+        code = Execute(handle.get(), "PRAGMA schema_version");
+    return code == SQLITE_OK ? Failure() : DescribeError(handle.get(), code, _path);
+}
+
+int StoreFile::ConvertToJournal() const
+{
+    SqliteHandle handle;
+    int const code = OpenHandle(name(), SQLITE_OPEN_READWRITE, handle);
     if (code != SQLITE_OK)
-        return DescribeError(reading.handle.get(), code, _path);
-    return {};
+        return code;
+    // With the file to itself, the engine needs no shared memory for the log.
+    Execute(handle.get(), "PRAGMA locking_mode = EXCLUSIVE");
+    return QueryText(handle.get(), "PRAGMA journal_mode = DELETE") == "delete" ? SQLITE_OK : SQLITE_CANTOPEN;
 }
 
 Failure StoreFile::Make(JournalMode mode) const

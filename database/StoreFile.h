@@ -42,14 +42,6 @@ inline bool operator!=(FileStamp const& left, FileStamp const& right)
     return !(left == right);
 }
 
-/// A handle that changes no byte and makes no file.
-struct ReadingHandle
-{
-    SqliteHandle handle;
-    /// Set where the engine takes the file for one that nobody writes: then it is to be seen whether that stays true.
-    std::optional<FileStamp> stamp;
-};
-
 /// The file of a store as others see it: what it is, whether it may be opened, how it comes into being.
 class StoreFile
 {
@@ -60,28 +52,34 @@ public:
     /// The name as the operating system takes it.
     char const* name() const { return _name.constData(); }
 
-    /// Nothing where there is no file, or none to be seen.
-    std::optional<FileIdentity> Identity() const noexcept;
-    std::optional<FileStamp> Stamp() const noexcept;
+    /// Why the path can be no file's name here, or nothing when it can.
+    Failure CheckName() const;
     /// Whether nothing at all stands at the path.
     bool IsMissing() const noexcept;
 
-    /// Why the file can't be a store that this version opens. Leaves it and its folder as they are. What a program left
-    /// behind that did not end well can't be looked into without changing it: then only the header is judged.
-    Failure Check() const;
+    /// Which file stands at the path, and which is its log; nothing where there is none or none can be seen.
+    std::optional<FileIdentity> Identity() const noexcept;
+    std::optional<FileIdentity> LogIdentity() const noexcept;
+    std::optional<FileStamp> Stamp() const noexcept;
+
+    /// Why the file can be no store that this version opens, as far as its header shows. Changes nothing.
+    Failure CheckHeader() const;
 
     /// Makes a store under another name and puts it in place. Succeeds as well when somebody else's got there first.
     Failure Make(JournalMode mode) const;
 
-    /// Fails where a log without its index, or a journal, would have to be worked off first.
-    Failure OpenForReading(ReadingHandle& reading) const;
+    /// A handle that makes no file and changes no byte of the store. Where there is no log, the engine takes the file
+    /// for one that nobody writes, and `stamp` is what it looked like; it is empty otherwise. Fails where a log or a
+    /// journal that a program left behind would have to be worked off first.
+    Failure OpenForReading(SqliteHandle& handle, std::optional<FileStamp>& stamp) const;
+
+    /// Turns a store with a log into one with a journal, for a place where a log doesn't work. The engine's code.
+    int ConvertToJournal() const;
 
 private:
     struct Header;
 
-    bool HasSidecar(char const* suffix) const noexcept;
     Failure ReadHeader(Header& header) const;
-    Failure CheckOnce() const;
     Failure MakeAs(QByteArray const& temporary, JournalMode mode) const;
     Failure PutInPlace(QByteArray const& temporary) const;
     QByteArray Folder() const;
@@ -89,6 +87,7 @@ private:
 
     QString _path;
     QByteArray _name;
+    QByteArray _logName;
 };
 
 } // namespace sync::database

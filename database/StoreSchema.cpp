@@ -161,6 +161,13 @@ QByteArray SelectOne(Table const& table)
 
 } // namespace
 
+QString NewerVersion(qint64 version)
+{
+    return QStringLiteral("the store has version %1, written by a newer program; this one knows version %2")
+        .arg(version)
+        .arg(Version);
+}
+
 int Create(sqlite3* handle)
 {
     QByteArray statements = "BEGIN IMMEDIATE;";

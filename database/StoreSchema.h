@@ -14,6 +14,9 @@ constexpr qint32 ApplicationId = 0x544e4459;
 /// In the file's header. A store of a greater version is refused, one of a lesser goes through the upgrade steps.
 constexpr qint32 Version = 1;
 
+/// Why a store of a greater version is refused.
+QString NewerVersion(qint64 version);
+
 /// Makes tables, indices, marks and the default schedule in an empty database, in one transaction. The engine's result
 /// code.
 [[nodiscard]] int Create(sqlite3* handle);
