@@ -44,4 +44,29 @@ protected:
     std::shared_ptr<sync::database::SqliteDatabaseFactory> store;
 };
 
+/// A store test that runs with either way of keeping transactions.
+class EachJournalMode : public StoreFixture, public testing::WithParamInterface<sync::database::JournalMode>
+{
+protected:
+    void SetUp() override
+    {
+        sync::database::OpenOptions options;
+        options.journalMode = GetParam();
+        OpenStore(options);
+        ASSERT_EQ(store->journalMode(), GetParam());
+    }
+
+    bool UsesLog() const { return GetParam() == sync::database::JournalMode::WriteAheadLog; }
+};
+
 } // namespace tandry::test
+
+/// Runs a suite derived from `EachJournalMode` in both modes.
+#define TANDRY_IN_EACH_JOURNAL_MODE(Suite)                                                                             \
+    INSTANTIATE_TEST_SUITE_P(                                                                                          \
+        Each,                                                                                                          \
+        Suite,                                                                                                         \
+        testing::Values(sync::database::JournalMode::WriteAheadLog, sync::database::JournalMode::Rollback),            \
+        [](auto const& parameter) {                                                                                    \
+            return parameter.param == sync::database::JournalMode::WriteAheadLog ? "Log" : "Journal";                  \
+        })

@@ -1,0 +1,314 @@
+#include "support/FaultyFiles.h"
+
+#include <sqlite3.h>
+
+#include <mutex>
+#include <set>
+#include <utility>
+
+namespace tandry::test {
+
+namespace {
+
+/// What is planned, and how far it has come.
+struct Plan
+{
+    std::mutex mutex;
+    std::set<FileOperation> operations;
+    int failAt = 0;
+    int code = SQLITE_OK;
+    bool forGood = false;
+    int count = 0;
+    bool hit = false;
+    bool limited = false;
+    qint64 room = 0;
+    bool sharedMemory = true;
+};
+
+Plan& ThePlan()
+{
+    static Plan plan;
+    return plan;
+}
+
+int Ask(FileOperation operation)
+{
+    Plan& plan = ThePlan();
+    std::lock_guard<std::mutex> const lock(plan.mutex);
+    if (plan.operations.count(operation) == 0)
+        return SQLITE_OK;
+    ++plan.count;
+    if (plan.failAt == 0 || plan.count < plan.failAt || (plan.count > plan.failAt && !plan.forGood))
+        return SQLITE_OK;
+    plan.hit = true;
+    return plan.code;
+}
+
+/// Takes room for growth, or gives some back.
+int TakeRoom(qint64 bytes)
+{
+    Plan& plan = ThePlan();
+    std::lock_guard<std::mutex> const lock(plan.mutex);
+    if (!plan.limited)
+        return SQLITE_OK;
+    if (bytes > plan.room) {
+        plan.hit = true;
+        return SQLITE_FULL;
+    }
+    plan.room -= bytes;
+    return SQLITE_OK;
+}
+
+sqlite3_vfs* realVfs = nullptr;
+
+/// The engine's file with the real one behind it in the same memory.
+struct File
+{
+    sqlite3_file base;
+};
+
+sqlite3_file* Real(sqlite3_file* file)
+{
+    return reinterpret_cast<sqlite3_file*>(reinterpret_cast<File*>(file) + 1);
+}
+
+sqlite3_io_methods const* Methods(sqlite3_file* file)
+{
+    return Real(file)->pMethods;
+}
+
+sqlite3_int64 SizeOf(sqlite3_file* file)
+{
+    sqlite3_int64 size = 0;
+    Methods(file)->xFileSize(Real(file), &size);
+    return size;
+}
+
+int Close(sqlite3_file* file)
+{
+    return Methods(file)->xClose(Real(file));
+}
+
+int Read(sqlite3_file* file, void* data, int amount, sqlite3_int64 offset)
+{
+    if (int const code = Ask(FileOperation::Read); code != SQLITE_OK)
+        return code;
+    return Methods(file)->xRead(Real(file), data, amount, offset);
+}
+
+int Write(sqlite3_file* file, void const* data, int amount, sqlite3_int64 offset)
+{
+    if (int const code = Ask(FileOperation::Write); code != SQLITE_OK)
+        return code;
+    qint64 const growth = offset + amount - SizeOf(file);
+    if (int const code = growth > 0 ? TakeRoom(growth) : SQLITE_OK; code != SQLITE_OK)
+        return code;
+    return Methods(file)->xWrite(Real(file), data, amount, offset);
+}
+
+int Truncate(sqlite3_file* file, sqlite3_int64 size)
+{
+    if (int const code = Ask(FileOperation::Truncate); code != SQLITE_OK)
+        return code;
+    if (int const code = TakeRoom(size - SizeOf(file)); code != SQLITE_OK)
+        return code;
+    return Methods(file)->xTruncate(Real(file), size);
+}
+
+int Sync(sqlite3_file* file, int flags)
+{
+    if (int const code = Ask(FileOperation::Sync); code != SQLITE_OK)
+        return code;
+    return Methods(file)->xSync(Real(file), flags);
+}
+
+int FileSize(sqlite3_file* file, sqlite3_int64* size)
+{
+    return Methods(file)->xFileSize(Real(file), size);
+}
+
+int Lock(sqlite3_file* file, int level)
+{
+    if (int const code = Ask(FileOperation::Lock); code != SQLITE_OK)
+        return code;
+    return Methods(file)->xLock(Real(file), level);
+}
+
+int Unlock(sqlite3_file* file, int level)
+{
+    return Methods(file)->xUnlock(Real(file), level);
+}
+
+int CheckReservedLock(sqlite3_file* file, int* result)
+{
+    return Methods(file)->xCheckReservedLock(Real(file), result);
+}
+
+int FileControl(sqlite3_file* file, int operation, void* argument)
+{
+    return Methods(file)->xFileControl(Real(file), operation, argument);
+}
+
+int SectorSize(sqlite3_file* file)
+{
+    return Methods(file)->xSectorSize(Real(file));
+}
+
+int DeviceCharacteristics(sqlite3_file* file)
+{
+    return Methods(file)->xDeviceCharacteristics(Real(file));
+}
+
+int ShmMap(sqlite3_file* file, int page, int pageSize, int extend, void volatile** memory)
+{
+    if (int const code = Ask(FileOperation::MapMemory); code != SQLITE_OK)
+        return code;
+    return Methods(file)->xShmMap(Real(file), page, pageSize, extend, memory);
+}
+
+int ShmLock(sqlite3_file* file, int offset, int count, int flags)
+{
+    if ((flags & SQLITE_SHM_LOCK) != 0) {
+        if (int const code = Ask(FileOperation::Lock); code != SQLITE_OK)
+            return code;
+    }
+    return Methods(file)->xShmLock(Real(file), offset, count, flags);
+}
+
+void ShmBarrier(sqlite3_file* file)
+{
+    Methods(file)->xShmBarrier(Real(file));
+}
+
+int ShmUnmap(sqlite3_file* file, int deletes)
+{
+    return Methods(file)->xShmUnmap(Real(file), deletes);
+}
+
+int Fetch(sqlite3_file* file, sqlite3_int64 offset, int amount, void** memory)
+{
+    return Methods(file)->xFetch(Real(file), offset, amount, memory);
+}
+
+int Unfetch(sqlite3_file* file, sqlite3_int64 offset, void* memory)
+{
+    return Methods(file)->xUnfetch(Real(file), offset, memory);
+}
+
+sqlite3_io_methods MethodsOfVersion(int version)
+{
+    return {version,
+            Close,
+            Read,
+            Write,
+            Truncate,
+            Sync,
+            FileSize,
+            Lock,
+            Unlock,
+            CheckReservedLock,
+            FileControl,
+            SectorSize,
+            DeviceCharacteristics,
+            ShmMap,
+            ShmLock,
+            ShmBarrier,
+            ShmUnmap,
+            Fetch,
+            Unfetch};
+}
+
+sqlite3_io_methods const withSharedMemory = MethodsOfVersion(3);
+sqlite3_io_methods const withoutSharedMemory = MethodsOfVersion(1);
+
+int Open(sqlite3_vfs*, char const* name, sqlite3_file* file, int flags, int* flagsOut)
+{
+    file->pMethods = nullptr;
+    if (int const code = Ask(FileOperation::Open); code != SQLITE_OK)
+        return code;
+    int const code = realVfs->xOpen(realVfs, name, Real(file), flags, flagsOut);
+    if (code == SQLITE_OK)
+        file->pMethods = ThePlan().sharedMemory ? &withSharedMemory : &withoutSharedMemory;
+    return code;
+}
+
+int Delete(sqlite3_vfs*, char const* name, int syncFolder)
+{
+    if (int const code = Ask(FileOperation::Delete); code != SQLITE_OK)
+        return code;
+    return realVfs->xDelete(realVfs, name, syncFolder);
+}
+
+sqlite3_vfs& FaultyVfs()
+{
+    static sqlite3_vfs vfs = [] {
+        sqlite3_initialize();
+        realVfs = sqlite3_vfs_find(nullptr);
+        sqlite3_vfs made = *realVfs;
+        made.szOsFile += static_cast<int>(sizeof(File));
+        made.zName = "faulty";
+        made.pNext = nullptr;
+        made.xOpen = Open;
+        made.xDelete = Delete;
+        return made;
+    }();
+    return vfs;
+}
+
+} // namespace
+
+FaultyFiles::FaultyFiles()
+{
+    sqlite3_vfs_register(&FaultyVfs(), 1);
+}
+
+FaultyFiles::~FaultyFiles()
+{
+    Recover();
+    ThePlan().sharedMemory = true;
+    sqlite3_vfs_unregister(&FaultyVfs());
+}
+
+void FaultyFiles::Fail(int n, int code, std::initializer_list<FileOperation> operations, bool forGood)
+{
+    Plan& plan = ThePlan();
+    std::lock_guard<std::mutex> const lock(plan.mutex);
+    plan.operations = operations;
+    plan.failAt = n;
+    plan.code = code;
+    plan.forGood = forGood;
+    plan.count = 0;
+    plan.hit = false;
+}
+
+bool FaultyFiles::Recover()
+{
+    Plan& plan = ThePlan();
+    std::lock_guard<std::mutex> const lock(plan.mutex);
+    plan.failAt = 0;
+    plan.limited = false;
+    return std::exchange(plan.hit, false);
+}
+
+int FaultyFiles::Count() const
+{
+    Plan& plan = ThePlan();
+    std::lock_guard<std::mutex> const lock(plan.mutex);
+    return plan.count;
+}
+
+void FaultyFiles::SetRoom(qint64 bytes)
+{
+    Plan& plan = ThePlan();
+    std::lock_guard<std::mutex> const lock(plan.mutex);
+    plan.limited = true;
+    plan.room = bytes;
+    plan.hit = false;
+}
+
+void FaultyFiles::RefuseSharedMemory()
+{
+    ThePlan().sharedMemory = false;
+}
+
+} // namespace tandry::test

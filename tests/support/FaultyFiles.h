@@ -1,0 +1,47 @@
+#pragma once
+
+#include <QtGlobal>
+
+#include <initializer_list>
+
+namespace tandry::test {
+
+/// What the engine asks of the operating system, as far as it can be made to fail.
+enum class FileOperation
+{
+    Open,
+    Read,
+    Write,
+    Truncate,
+    Sync,
+    Delete,
+    Lock,
+    MapMemory,
+};
+
+/// While it lives, the engine reaches its files through it, and operations fail as planned. One at a time; connections
+/// that were opened meanwhile must be closed before it goes. Any thread may call any operation.
+class FaultyFiles
+{
+public:
+    FaultyFiles();
+    ~FaultyFiles();
+    FaultyFiles(FaultyFiles const&) = delete;
+    FaultyFiles& operator=(FaultyFiles const&) = delete;
+
+    /// The nth of these operations from now on, counted from 1, gives the engine's error code, and with `forGood` every
+    /// later one.
+    void Fail(int n, int code, std::initializer_list<FileOperation> operations, bool forGood = false);
+    /// No further failure. Whether one was reached.
+    bool Recover();
+    /// How many operations of the last `Fail` there were since.
+    int Count() const;
+
+    /// Files may grow by so many bytes in all, until `Recover`; what is cut off or deleted makes room again.
+    void SetRoom(qint64 bytes);
+
+    /// Files opened from now on have no shared memory, like those of a network home.
+    void RefuseSharedMemory();
+};
+
+} // namespace tandry::test
