@@ -21,8 +21,11 @@ class FolderCaches;
 
 /// The folders of a store. What an operation answers on failure stands with its declaration in the interface.
 ///
-/// `GetAll` and `GetAllRootFolders` may be called from several threads; the rest as far as the store allows. Operations
-/// call one another through the virtual interface, so an override takes effect in the composite ones too.
+/// Several threads may call one manager as far as the store allows. While one of them changes folders, `GetAll` and
+/// `GetAllRootFolders` of another may come back empty, and what is built on them then finds no root: the change can
+/// clear the cache just after it was filled.
+///
+/// Operations call one another through the virtual interface, so an override takes effect in the composite ones too.
 class TANDRY_CONFIGURATION_EXPORT FolderConfigManager : public sync::interf::IFolderConfigManager,
                                                         public DatabaseConfigurationManager
 {

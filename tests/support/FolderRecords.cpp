@@ -17,9 +17,12 @@ bool Same(QVariant const& left, QVariant const& right)
 {
     if (left.userType() == QMetaType::QString)
         return left.toString() == right.toString() && left.toString().isNull() == right.toString().isNull();
-    if (left.userType() == QMetaType::QDateTime)
-        return left.toDateTime() == right.toDateTime() && left.toDateTime().isValid() == right.toDateTime().isValid() &&
-               left.toDateTime().timeSpec() == right.toDateTime().timeSpec();
+    if (left.userType() == QMetaType::QDateTime) {
+        QDateTime const one = left.toDateTime();
+        QDateTime const other = right.toDateTime();
+        return one.isValid() == other.isValid() &&
+               (!one.isValid() || (one == other && one.timeSpec() == other.timeSpec()));
+    }
     return left.toInt() == right.toInt();
 }
 
