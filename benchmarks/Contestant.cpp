@@ -8,21 +8,6 @@
 
 namespace sync::benchmarks {
 
-QString NameOf(Entrant entrant)
-{
-    switch (entrant) {
-    case Entrant::Managers:
-        return QStringLiteral("managers");
-    case Entrant::ByHand:
-        return QStringLiteral("by hand");
-    case Entrant::QtSqlReused:
-        return QStringLiteral("Qt SQL reused");
-    case Entrant::QtSqlPerCall:
-        return QStringLiteral("Qt SQL per call");
-    }
-    Fail(QStringLiteral("no such entrant"));
-}
-
 std::unique_ptr<Contestant> Enter(Entrant entrant, QString const& path)
 {
     switch (entrant) {

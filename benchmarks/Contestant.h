@@ -1,5 +1,6 @@
 #pragma once
 
+#include "benchmarks/Entrant.h"
 #include "config/AuthenticationConfiguration.h"
 #include "config/FileConfiguration.h"
 #include "config/FolderConfiguration.h"
@@ -10,26 +11,9 @@
 #include <QVector>
 #include <QtGlobal>
 
-#include <array>
 #include <memory>
 
 namespace sync::benchmarks {
-
-/// Who takes part. All of them work on stores that the library made, with the same rows, and fill the same records.
-enum class Entrant
-{
-    Managers,
-    /// SQLite's C interface at its fastest: statements kept, text read as UTF-8, nothing looked up by name.
-    ByHand,
-    /// Qt SQL with one query object for each statement, prepared once.
-    QtSqlReused,
-    /// Qt SQL with a query object made and prepared for each call.
-    QtSqlPerCall,
-};
-
-inline constexpr std::array Entrants{Entrant::Managers, Entrant::ByHand, Entrant::QtSqlReused, Entrant::QtSqlPerCall};
-
-QString NameOf(Entrant entrant);
 
 /// What the workloads ask for. Each operation ends the program when it fails, so that nobody is fast by failing.
 ///
