@@ -11,7 +11,7 @@
 #include <QFileInfo>
 #include <QStandardPaths>
 
-#include <cstdio>
+#include <unistd.h>
 
 namespace tandryctl {
 
@@ -59,7 +59,7 @@ Session::Session(SessionOptions const& options, StoreAccess access)
     , _yes(options.yes)
     , _output(_stdout, options.json ? Form::Json : Form::Plain)
 {
-    if (!_stdout.open(stdout, QIODevice::WriteOnly | QIODevice::Unbuffered))
+    if (!_stdout.open(STDOUT_FILENO, QIODevice::WriteOnly | QIODevice::Unbuffered))
         throw Failure(ExitStatus::NothingFound, QStringLiteral("standard output can't be written to"));
 
     QFileInfo const file(_storePath);

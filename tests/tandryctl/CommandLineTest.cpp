@@ -1,0 +1,179 @@
+#include "ToolFixture.h"
+
+#include "tools/tandryctl/CommandLine.h"
+#include "tools/tandryctl/Program.h"
+
+#include <QFile>
+#include <QProcess>
+#include <QRegularExpression>
+#include <QSet>
+
+#include <algorithm>
+
+using namespace tandryctl::test;
+using tandryctl::CommandLine;
+using tandryctl::ExitStatus;
+
+namespace {
+
+class CommandLineTest : public ToolTest
+{
+protected:
+    CommandLineTest() { tandryctl::DeclareCommands(commandLine); }
+
+    /// The manual page without its mark-up.
+    static QString Manual()
+    {
+        QFile file(QStringLiteral(TANDRYCTL_MANUAL));
+        EXPECT_TRUE(file.open(QIODevice::ReadOnly));
+        QString text = QString::fromUtf8(file.readAll());
+        text.remove(QRegularExpression("\\\\f[BIRP]"_q));
+        text.replace("\\-"_q, "-"_q);
+        text.remove(QLatin1Char('"'));
+        return text;
+    }
+
+    /// Commands that are no mere groups.
+    QStringList Leaves() const
+    {
+        QStringList leaves;
+        QStringList const all = commandLine.Commands();
+        for (QString const& command : all) {
+            bool const isGroup = std::any_of(
+                all.begin(), all.end(), [&](QString const& other) { return other.startsWith(command + " "_q); });
+            if (!isGroup)
+                leaves.append(command);
+        }
+        return leaves;
+    }
+
+    CommandLine commandLine;
+};
+
+} // namespace
+
+TEST_F(CommandLineTest, ManualNamesEveryCommand)
+{
+    QStringList const commands = Leaves();
+    EXPECT_GT(commands.size(), 30);
+    QString const manual = Manual();
+    for (QString const& command : commands)
+        EXPECT_TRUE(QRegularExpression("^\\.BI? +%1( |$)"_q.arg(QRegularExpression::escape(command)),
+                                       QRegularExpression::MultilineOption)
+                        .match(manual)
+                        .hasMatch())
+            << command.toStdString();
+}
+
+TEST_F(CommandLineTest, ManualNamesEveryOption)
+{
+    QStringList const options = commandLine.Options();
+    EXPECT_GT(options.size(), 30);
+    QString const manual = Manual();
+    for (QString const& option : options)
+        EXPECT_TRUE(manual.contains(option.section(QLatin1Char(' '), -1))) << option.toStdString();
+}
+
+TEST_F(CommandLineTest, ManualNamesNoOptionThatIsNotThere)
+{
+    QSet<QString> known;
+    for (QString const& option : commandLine.Options())
+        known.insert(option.section(QLatin1Char(' '), -1));
+    auto named = QRegularExpression("--[a-z]+(-[a-z]+)*"_q).globalMatch(Manual());
+    EXPECT_TRUE(named.hasNext());
+    while (named.hasNext()) {
+        QString const option = named.next().captured();
+        EXPECT_TRUE(known.contains(option)) << option.toStdString();
+    }
+}
+
+TEST_F(CommandLineTest, EveryCommandHasHelpWithAnExample)
+{
+    for (QString const& command : Leaves()) {
+        Ran const ran = RunBare(command.split(QLatin1Char(' ')) + QStringList{"--help"_q});
+        EXPECT_EQ(ran.status, 0) << command.toStdString();
+        EXPECT_TRUE(ran.out.contains("Examples:\n  tandryctl "_q)) << command.toStdString();
+        EXPECT_TRUE(ran.out.contains("tandryctl "_q + command)) << command.toStdString();
+        EXPECT_EQ(ran.err, QString());
+    }
+}
+
+TEST_F(CommandLineTest, HelpOfTheProgramNamesEveryGroupAndTheExitStatus)
+{
+    Ran const ran = RunBare({"--help"_q});
+    EXPECT_EQ(ran.status, 0);
+    for (QString const& command : commandLine.Commands()) {
+        if (!command.contains(QLatin1Char(' '))) {
+            EXPECT_TRUE(ran.out.contains("\n  "_q + command + " "_q)) << command.toStdString();
+        }
+    }
+    EXPECT_TRUE(ran.out.contains("Exit status"_q));
+    EXPECT_TRUE(ran.out.contains("TANDRY_STORE"_q));
+}
+
+TEST_F(CommandLineTest, VersionIsThatOfTheProject)
+{
+    Ran const ran = RunBare({"--version"_q});
+    EXPECT_EQ(ran.status, 0);
+    EXPECT_EQ(ran.out, "tandryctl " TANDRYCTL_VERSION "\n"_q);
+}
+
+TEST_F(CommandLineTest, WrongUsageIsOneLineThatPointsAtTheHelp)
+{
+    QVector<QStringList> const wrong{{},
+                                     {"nonsense"_q},
+                                     {"root"_q},
+                                     {"root"_q, "nonsense"_q},
+                                     {"root"_q, "add"_q},
+                                     {"list"_q, "roots"_q, "extra"_q},
+                                     {"list"_q, "roots"_q, "--nonsense"_q},
+                                     {"--nonsense"_q},
+                                     {"scan"_q, "x"_q},
+                                     {"scan"_q, "0"_q},
+                                     {"root"_q, "remove"_q, "1.5"_q},
+                                     {"root"_q, "remove"_q, "2147483648"_q},
+                                     {"--store"_q}};
+    for (QStringList const& arguments : wrong) {
+        Ran const ran = RunBare(arguments);
+        EXPECT_EQ(ran.status, 2) << arguments.join(QLatin1Char(' ')).toStdString();
+        EXPECT_EQ(ran.out, QString());
+        EXPECT_EQ(ran.err.count(QLatin1Char('\n')), 1) << ran.err.toStdString();
+        EXPECT_TRUE(ran.err.startsWith("tandryctl: "_q)) << ran.err.toStdString();
+        EXPECT_TRUE(ran.err.contains("--help'"_q)) << ran.err.toStdString();
+    }
+}
+
+TEST_F(CommandLineTest, UnknownWordIsNamed)
+{
+    EXPECT_TRUE(RunBare({"nonsense"_q}).err.contains("'nonsense'"_q));
+    EXPECT_TRUE(RunBare({"list"_q, "gods\n"_q}).err.contains("'gods\\n'"_q));
+}
+
+TEST_F(CommandLineTest, ArgumentThatIsNoTextIsAWrongUsage)
+{
+    char const* const arguments[] = {"tandryctl", "where", "caf\xe9"};
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(commandLine.Run(3, arguments), ExitStatus::WrongUsage);
+    std::string const complaint = testing::internal::GetCapturedStderr();
+    EXPECT_NE(complaint.find("UTF-8"), std::string::npos) << complaint;
+}
+
+TEST_F(CommandLineTest, CommonOptionsStandBeforeOrBehindTheCommand)
+{
+    EXPECT_EQ(RunBare({"init"_q, "--store"_q, StorePath()}).status, 0);
+    for (QStringList const& arguments : {QStringList{"--store"_q, StorePath(), "--json"_q, "list"_q, "schedules"_q},
+                                         QStringList{"list"_q, "--json"_q, "schedules"_q, "--store"_q, StorePath()},
+                                         QStringList{"list"_q, "schedules"_q, "--json"_q, "--store="_q + StorePath()}})
+        EXPECT_EQ(RunBare(arguments).json().size(), 1);
+}
+
+TEST_F(CommandLineTest, OutputThatCannotBeWrittenIsNoSuccess)
+{
+    Init();
+    QProcess process;
+    process.setStandardOutputFile("/dev/full"_q);
+    process.start(QStringLiteral(TANDRYCTL_PROGRAM), {"--store"_q, StorePath(), "list"_q, "schedules"_q});
+    ASSERT_TRUE(process.waitForFinished());
+    EXPECT_EQ(process.exitCode(), 1);
+    EXPECT_TRUE(process.readAllStandardError().contains("could not be written"));
+}

@@ -1,0 +1,188 @@
+#include "ToolFixture.h"
+
+#include <QDir>
+#include <QFile>
+#include <QJsonDocument>
+#include <QProcess>
+#include <QProcessEnvironment>
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include <linux/capability.h>
+#include <pty.h>
+#include <sys/prctl.h>
+#include <sys/wait.h>
+
+void PrintTo(QJsonObject const& object, std::ostream* out)
+{
+    *out << QJsonDocument(object).toJson(QJsonDocument::Compact).constData();
+}
+
+namespace tandryctl::test {
+
+namespace {
+
+constexpr int TimeoutMsec = 110'000;
+
+QString const Program = QStringLiteral(TANDRYCTL_PROGRAM);
+
+class UnprivilegedProcess : public QProcess
+{
+protected:
+    void setupChildProcess() override
+    {
+        // The superuser passes by permissions; without these two it is bound by them like the owner of a file.
+        ::prctl(PR_CAPBSET_DROP, CAP_DAC_OVERRIDE);
+        ::prctl(PR_CAPBSET_DROP, CAP_DAC_READ_SEARCH);
+    }
+};
+
+QProcessEnvironment Environment(QString const& home, QStringList const& more)
+{
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    for (char const* name : {"TANDRY_STORE", "XDG_DATA_HOME", "XDG_CONFIG_HOME", "XDG_CONFIG_DIRS"})
+        environment.remove(QString::fromLatin1(name));
+    environment.insert(QStringLiteral("HOME"), home);
+    for (QString const& variable : more)
+        environment.insert(variable.section(QLatin1Char('='), 0, 0), variable.section(QLatin1Char('='), 1));
+    return environment;
+}
+
+Ran RunProcess(QProcess& process, QStringList const& arguments, QByteArray const& input)
+{
+    process.start(Program, arguments);
+    process.write(input);
+    process.closeWriteChannel();
+    Ran ran;
+    EXPECT_TRUE(process.waitForFinished(TimeoutMsec)) << process.errorString().toStdString();
+    EXPECT_EQ(process.exitStatus(), QProcess::NormalExit);
+    ran.status = process.exitCode();
+    ran.out = QString::fromUtf8(process.readAllStandardOutput());
+    ran.err = QString::fromUtf8(process.readAllStandardError());
+    return ran;
+}
+
+} // namespace
+
+QJsonArray Ran::json() const
+{
+    QJsonDocument const document = QJsonDocument::fromJson(out.toUtf8());
+    EXPECT_TRUE(document.isArray()) << out.toStdString() << err.toStdString();
+    return document.array();
+}
+
+QStringList ToolTest::_OnStore(QStringList const& arguments) const
+{
+    return QStringList{"--store"_q, StorePath()} + arguments;
+}
+
+Ran ToolTest::Run(QStringList const& arguments, QByteArray const& input)
+{
+    return RunBare(_OnStore(arguments), {}, input);
+}
+
+QString ToolTest::Done(QStringList const& arguments)
+{
+    Ran const ran = Run(arguments);
+    EXPECT_EQ(ran.status, 0) << arguments.join(QLatin1Char(' ')).toStdString() << ": " << ran.err.toStdString();
+    EXPECT_EQ(ran.err, QString());
+    return ran.out;
+}
+
+QJsonArray ToolTest::Json(QStringList const& arguments)
+{
+    Ran const ran = Run(arguments + QStringList{"--json"_q});
+    EXPECT_EQ(ran.status, 0) << ran.err.toStdString();
+    return ran.json();
+}
+
+QJsonObject ToolTest::JsonObject(QStringList const& arguments)
+{
+    QJsonArray const array = Json(arguments);
+    EXPECT_EQ(array.size(), 1);
+    return array.first().toObject();
+}
+
+Ran ToolTest::RunBare(QStringList const& arguments, QStringList const& environment, QByteArray const& input)
+{
+    QProcess process;
+    process.setProcessEnvironment(Environment(folder.path(), environment));
+    process.setWorkingDirectory(folder.path());
+    return RunProcess(process, arguments, input);
+}
+
+std::optional<Ran> ToolTest::RunWithoutPrivileges(QStringList const& arguments)
+{
+    if (::geteuid() == 0 && ::prctl(PR_CAPBSET_READ, CAP_SETPCAP) != 1)
+        return std::nullopt;
+    UnprivilegedProcess process;
+    process.setProcessEnvironment(Environment(folder.path(), {}));
+    return RunProcess(process, _OnStore(arguments), {});
+}
+
+Ran ToolTest::RunOnTerminal(QStringList const& arguments, QByteArray const& typed)
+{
+    std::vector<std::string> words{Program.toStdString()};
+    for (QString const& argument : _OnStore(arguments))
+        words.push_back(argument.toStdString());
+    std::vector<char*> argv;
+    for (std::string& word : words)
+        argv.push_back(word.data());
+    argv.push_back(nullptr);
+
+    int terminal = -1;
+    pid_t const child = ::forkpty(&terminal, nullptr, nullptr, nullptr);
+    if (child == 0) {
+        ::execv(argv.front(), argv.data());
+        ::_exit(127);
+    }
+    Ran ran;
+    if (child == -1 || ::write(terminal, typed.constData(), size_t(typed.size())) != typed.size()) {
+        ADD_FAILURE() << "no terminal to run on";
+        return ran;
+    }
+    QByteArray shown;
+    char buffer[4096];
+    ssize_t count = 0;
+    while ((count = ::read(terminal, buffer, sizeof buffer)) > 0) // fails once the program has closed its side
+        shown.append(buffer, int(count));
+    ::close(terminal);
+    int status = 0;
+    EXPECT_EQ(::waitpid(child, &status, 0), child);
+    EXPECT_TRUE(WIFEXITED(status));
+    ran.status = WEXITSTATUS(status);
+    ran.out = QString::fromUtf8(shown);
+    return ran;
+}
+
+void ToolTest::MakeDirectory(QString const& name) const
+{
+    ASSERT_TRUE(QDir(folder.path()).mkpath(name));
+}
+
+void ToolTest::WriteFile(QString const& name, QByteArray const& content) const
+{
+    QFile file(At(name));
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly)) << name.toStdString();
+    ASSERT_EQ(file.write(content), content.size());
+}
+
+void ToolTest::Link(char const* target, QString const& name) const
+{
+    ASSERT_EQ(::symlink(target, At(name).toUtf8().constData()), 0);
+}
+
+void ToolTest::Init()
+{
+    Done({"init"_q});
+}
+
+void ToolTest::AddRoot(QString const& name, QString const& serverPath)
+{
+    MakeDirectory(name);
+    Done({"root"_q, "add"_q, At(name), "--server-path"_q, serverPath});
+}
+
+} // namespace tandryctl::test
