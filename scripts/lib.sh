@@ -111,12 +111,16 @@ build_preset() {
     cmake --build --preset "$preset" "$@" >&2
 }
 
-# Builds these targets in build/release. A build folder that is there keeps its options, so that a developer's tests stay
-# switched on; a new one gets nothing that a user of the library has no need of.
+# Configures build/release with these options and builds a target of it. A build folder that is there keeps its other
+# options, so that a developer's tests stay switched on; a new one gets nothing that a user of the library has no need of.
 build_release() {
-    say "building preset release"
+    local target=$1
+    shift
+    say "building $target in preset release"
     if [[ ! -f build/release/build.ninja ]]; then
-        cmake --preset release -DTANDRY_BUILD_TESTS=OFF -DTANDRY_BUILD_EXAMPLES=OFF >&2
+        cmake --preset release -DTANDRY_BUILD_TESTS=OFF -DTANDRY_BUILD_EXAMPLES=OFF "$@" >&2
+    else
+        cmake -S . -B build/release "$@" >&2
     fi
-    cmake --build --preset release --target "$@" >&2
+    cmake --build --preset release --target "$target" >&2
 }
