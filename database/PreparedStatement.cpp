@@ -228,23 +228,25 @@ QVariant PreparedStatement::Value(int column) const
 {
     if (column < 0 || static_cast<std::size_t>(column) >= _holdsDateTime.size())
         return {};
-    sqlite3_stmt* const statement = _handle.get();
-    switch (sqlite3_column_type(statement, column)) {
+    // One value object instead of calls by column, each of which takes the connection's mutex and looks for errors; the
+    // connection is this thread's own.
+    sqlite3_value* const value = sqlite3_column_value(_handle.get(), column);
+    switch (sqlite3_value_type(value)) {
     case SQLITE_INTEGER: {
-        qint64 const number = sqlite3_column_int64(statement, column);
+        qint64 const number = sqlite3_value_int64(value);
         if (_holdsDateTime[static_cast<std::size_t>(column)])
             return QDateTime::fromMSecsSinceEpoch(number, Qt::UTC);
         return static_cast<qlonglong>(number);
     }
     case SQLITE_TEXT: {
-        char const* const utf8 = reinterpret_cast<char const*>(sqlite3_column_text(statement, column));
-        return TextOf(utf8, sqlite3_column_bytes(statement, column));
+        char const* const utf8 = reinterpret_cast<char const*>(sqlite3_value_text(value));
+        return TextOf(utf8, sqlite3_value_bytes(value));
     }
     case SQLITE_FLOAT:
-        return sqlite3_column_double(statement, column);
+        return sqlite3_value_double(value);
     case SQLITE_BLOB: {
-        auto const* const bytes = static_cast<char const*>(sqlite3_column_blob(statement, column));
-        return QByteArray(bytes == nullptr ? "" : bytes, sqlite3_column_bytes(statement, column));
+        auto const* const bytes = static_cast<char const*>(sqlite3_value_blob(value));
+        return QByteArray(bytes == nullptr ? "" : bytes, sqlite3_value_bytes(value));
     }
     default:
         return {};
