@@ -49,6 +49,11 @@ bool IsBlank(char const* begin, char const* end)
 
 } // namespace
 
+bool OwnsItsData(QString const& text)
+{
+    return const_cast<QString&>(text).data_ptr()->offset == static_cast<int>(sizeof(QStringData));
+}
+
 std::unique_ptr<PreparedStatement>
 PreparedStatement::Prepare(sqlite3* handle, QString const& text, bool stays, Refusal& refusal)
 {
@@ -112,6 +117,8 @@ int PreparedStatement::IndexOf(QString const& placeholder)
     }
     for (std::size_t index = 1; index < _placeholders.size(); ++index) {
         if (_placeholders[index] == placeholder && !placeholder.isEmpty()) {
+            if (OwnsItsData(placeholder))
+                _placeholders[index] = placeholder; // a caller's constant is its own equal at a glance next time
             _bindOrder.resize(_bound);
             _bindOrder.push_back(static_cast<int>(index));
             ++_bound;
@@ -139,10 +146,12 @@ int PreparedStatement::BindAt(int index, QVariant const& value, QString& words)
     if (value.isNull())
         return sqlite3_bind_null(statement, index);
 
+    // The kinds that the managers bind are taken as they are, without a conversion.
     switch (value.userType()) {
     case QMetaType::QString:
-        return BindText(index, value.toString(), words);
+        return BindText(index, *static_cast<QString const*>(value.constData()), words);
     case QMetaType::Int:
+        return sqlite3_bind_int64(statement, index, *static_cast<int const*>(value.constData()));
     case QMetaType::LongLong:
     case QMetaType::Bool:
     case QMetaType::UInt:

@@ -19,6 +19,9 @@ struct Refusal
     QString words;
 };
 
+/// False for text made by `fromRawData`: it belongs to somebody else, who may change or free it.
+bool OwnsItsData(QString const& text);
+
 /// A statement of a connection with its placeholders and the kinds of its columns. Used by one query at a time.
 class PreparedStatement
 {

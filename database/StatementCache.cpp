@@ -6,16 +6,6 @@
 
 namespace sync::database {
 
-namespace {
-
-/// Text made by `fromRawData` belongs to somebody else, who may change or free it.
-bool OwnsItsData(QString const& text)
-{
-    return const_cast<QString&>(text).data_ptr()->offset == static_cast<int>(sizeof(QStringData));
-}
-
-} // namespace
-
 StatementCache::Lease StatementCache::Take(sqlite3* handle, QString const& text, Refusal& refusal)
 {
     Entry* entry = Find(text);

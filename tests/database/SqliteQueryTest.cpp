@@ -256,6 +256,19 @@ TEST_F(SqliteQuery, PlaceholdersAreBoundInAnyOrderAndByEachOfTheirPlaces)
     }
 }
 
+TEST_F(SqliteQuery, PlaceholderInBorrowedTextIsTakenByWhatItSaysAtTheCall)
+{
+    char16_t name[] = u":a";
+    QString const borrowed = QString::fromRawData(reinterpret_cast<QChar const*>(name), 2);
+    auto const query = Prepared(*store, QStringLiteral("SELECT :a, :b"), {});
+    query->bindValue(borrowed, 1);
+    name[1] = u'b';
+    query->bindValue(borrowed, 2);
+    ASSERT_TRUE(query->exec() && query->next());
+    EXPECT_EQ(query->value(0), 1);
+    EXPECT_EQ(query->value(1), 2);
+}
+
 TEST_F(SqliteQuery, PlaceholderThatTheStatementLacksFailsAtExec)
 {
     QString const statement = QStringLiteral("INSERT INTO ServerConfiguration (alias) VALUES (:alias)");
