@@ -1,0 +1,26 @@
+#include "database/SqliteDatabaseFactory.h"
+#include "storesuite/StoreSuite.h"
+
+#include <QTemporaryDir>
+
+namespace {
+
+/// What a client would do for a factory of its own.
+class ClientStore : public tandry::storesuite::StoreUnderTest
+{
+public:
+    std::shared_ptr<sync::interf::factory::IDatabaseFactory> Open() override
+    {
+        sync::database::OpenOptions options;
+        options.busyTimeoutMsec = 50;
+        return sync::database::SqliteDatabaseFactory::Open(
+            _folder.filePath(QStringLiteral("store.db")), nullptr, options);
+    }
+
+private:
+    QTemporaryDir _folder;
+};
+
+} // namespace
+
+TANDRY_STORE_SUITE(Client, [] { return std::make_unique<ClientStore>(); });

@@ -1,0 +1,25 @@
+// The suite over a store that breaks the rule which the environment names.
+
+#include "stores/FaultyStore.h"
+#include "storesuite/StoreSuite.h"
+
+#include <QTemporaryDir>
+
+namespace {
+
+class FaultyStoreUnderTest : public tandry::storesuite::StoreUnderTest
+{
+public:
+    std::shared_ptr<sync::interf::factory::IDatabaseFactory> Open() override
+    {
+        return tandry::test::OpenFaultyStore(_folder.filePath(QStringLiteral("store.db")),
+                                             qEnvironmentVariable("TANDRY_STORE_FAULT"));
+    }
+
+private:
+    QTemporaryDir _folder;
+};
+
+} // namespace
+
+TANDRY_STORE_SUITE(Faulty, [] { return std::make_unique<FaultyStoreUnderTest>(); });

@@ -1,0 +1,623 @@
+#pragma once
+
+#include "config/AuthenticationConfigManager.h"
+#include "config/AuthenticationConfiguration.h"
+#include "config/FileConfigManager.h"
+#include "config/FileConfiguration.h"
+#include "config/FolderConfigManager.h"
+#include "config/FolderConfiguration.h"
+#include "config/ProductConfigManager.h"
+#include "config/ProductConfiguration.h"
+#include "config/ScheduleEntry.h"
+#include "config/ScheduleEntryManager.h"
+#include "config/ServerConfigManager.h"
+#include "config/ServerConfiguration.h"
+#include "database/TransactionalScope.h"
+#include "storesuite/StoreSuiteFixture.h"
+
+#include <vector>
+
+namespace tandry::storesuite {
+
+using sync::config::AuthenticationConfiguration;
+using sync::config::FileConfiguration;
+using sync::config::FolderConfiguration;
+using sync::config::ProductConfiguration;
+using sync::config::ScheduleEntry;
+using sync::config::ServerConfiguration;
+
+/// The six managers at work over the store.
+class ManagerSuite : public StoreSuite
+{
+protected:
+    void SetUp() override
+    {
+        StoreSuite::SetUp();
+        if (HasFatalFailure())
+            return;
+        servers = std::make_unique<sync::config::ServerConfigManager>(factory);
+        accounts = std::make_unique<sync::config::AuthenticationConfigManager>(factory);
+        products = std::make_unique<sync::config::ProductConfigManager>(factory);
+        folders = std::make_shared<sync::config::FolderConfigManager>(factory, nullptr);
+        files = std::make_unique<sync::config::FileConfigManager>(factory, nullptr, folders);
+        schedules = std::make_unique<sync::config::ScheduleEntryManager>(factory);
+    }
+
+    int AddServerRecord(QString const& davUrl)
+    {
+        ServerConfiguration server;
+        server.setDavUrl(davUrl);
+        server.setWebServiceUrl(QStringLiteral("https://web.example/"));
+        EXPECT_TRUE(servers->Add(server));
+        return server.getId();
+    }
+
+    int AddAccount(QString const& userName, int serverId)
+    {
+        AuthenticationConfiguration account;
+        account.setDomain(QStringLiteral("domain"));
+        account.setUserName(userName);
+        account.setServerId(serverId);
+        account.setPassword(QStringLiteral("password"));
+        EXPECT_TRUE(accounts->Add(account));
+        return account.getId();
+    }
+
+    FolderConfiguration
+    AddFolder(QString const& path, FolderConfiguration const& parent, FolderConfiguration const& root)
+    {
+        FolderConfiguration folder;
+        folder.setName(path.section(QLatin1Char('/'), -1));
+        folder.setClientPath(path);
+        folder.setServerPath(QStringLiteral("/server") + path);
+        folder.setAuthenticationId(root.getAuthenticationId());
+        folder.setParentId(parent.getId());
+        folder.setRootId(root.getId());
+        EXPECT_TRUE(folders->Add(folder));
+        return folder;
+    }
+
+    FolderConfiguration AddRoot(QString const& path, int accountId = 1)
+    {
+        FolderConfiguration folder;
+        folder.setName(path.section(QLatin1Char('/'), -1));
+        folder.setClientPath(path);
+        folder.setServerPath(QStringLiteral("/server") + path);
+        folder.setAuthenticationId(accountId);
+        folder.setParentId(0);
+        EXPECT_TRUE(folders->Add(folder));
+        return folder;
+    }
+
+    FileConfiguration AddFile(QString const& path,
+                              FolderConfiguration const& folder,
+                              sync::config::FileConfigurationType type = sync::config::FileConfigurationTypeFile)
+    {
+        FileConfiguration file;
+        file.clientPath = path;
+        file.name = path.section(QLatin1Char('/'), -1);
+        file.folderConfigurationId = folder.getId();
+        file.rootFolderId = folder.getRootId();
+        file.fileType = type;
+        EXPECT_TRUE(files->Add(file));
+        return file;
+    }
+
+    static QStringList Names(QVector<FileConfiguration> const& list)
+    {
+        QStringList names;
+        for (FileConfiguration const& file : list)
+            names.append(file.name);
+        return names;
+    }
+
+    std::unique_ptr<sync::config::ServerConfigManager> servers;
+    std::unique_ptr<sync::config::AuthenticationConfigManager> accounts;
+    std::unique_ptr<sync::config::ProductConfigManager> products;
+    std::shared_ptr<sync::config::FolderConfigManager> folders;
+    std::unique_ptr<sync::config::FileConfigManager> files;
+    std::unique_ptr<sync::config::ScheduleEntryManager> schedules;
+};
+
+// Records come back whole.
+
+TEST_P(ManagerSuite, ServerComesBackAndIsFoundByItsUrls)
+{
+    ServerConfiguration server;
+    server.setAlias(QStringLiteral("alias"));
+    server.setDavUrl(QStringLiteral("https://dav.example/"));
+    server.setWebServiceUrl(QStringLiteral("https://web.example/"));
+    server.setBinaryDiffEncoder(QStringLiteral("encoder"));
+    ASSERT_TRUE(servers->Add(server));
+
+    ServerConfiguration const read = servers->GetServerConfigById(server.getId());
+    EXPECT_EQ(read.getId(), server.getId());
+    EXPECT_EQ(read.getAlias(), QStringLiteral("alias"));
+    EXPECT_EQ(read.getDavUrl(), QStringLiteral("https://dav.example")); // stored without the slash at the end
+    EXPECT_EQ(read.getWebServiceUrl(), QStringLiteral("https://web.example"));
+    EXPECT_EQ(read.getBinaryDiffEncoder(), QStringLiteral("encoder"));
+    EXPECT_EQ(servers->GetServerConfigByServers(server.getDavUrl(), server.getWebServiceUrl()).getId(), server.getId());
+    EXPECT_EQ(servers->GetAll().size(), 1U);
+}
+
+TEST_P(ManagerSuite, AccountComesBackWithoutItsPassword)
+{
+    int const id = AddAccount(QStringLiteral("user"), 7);
+    AuthenticationConfiguration const read =
+        accounts->GetAuthenticationConfigurationByDomainAndUser(QStringLiteral("domain"), QStringLiteral("user"));
+    EXPECT_EQ(read.getId(), id);
+    EXPECT_EQ(read.getServerId(), 7);
+    EXPECT_TRUE(read.getPassword().isNull());
+    EXPECT_TRUE(Value(4, statements::GetAccounts).isNull());
+}
+
+TEST_P(ManagerSuite, ProductLosesItsSecretAtAnUpdate)
+{
+    ProductConfiguration product;
+    product.setName(QStringLiteral("name"));
+    product.setConsumerKey(QStringLiteral("key"));
+    product.setConsumerSecret(QStringLiteral("secret"));
+    product.setServerId(3);
+    ASSERT_TRUE(products->Add(product));
+    EXPECT_EQ(products->GetProductConfigurationById(product.getId()).getConsumerSecret(), QStringLiteral("secret"));
+    ASSERT_TRUE(products->Update(product));
+    EXPECT_TRUE(Value(3, statements::GetProducts).isNull());
+    EXPECT_EQ(products->GetProductConfigurationByServerIdAndConsumerKey(3, QStringLiteral("key")).getId(),
+              product.getId());
+    EXPECT_EQ(products->GetProductConfigurationByServerIdAndConsumerKey(4, QStringLiteral("key")).getId(), -1);
+}
+
+TEST_P(ManagerSuite, FolderComesBackWhole)
+{
+    using namespace sync::config;
+    FolderConfiguration folder;
+    folder.setAuthenticationId(101);
+    folder.setName(QStringLiteral("name"));
+    folder.setRemoteShortKey(QStringLiteral("short"));
+    folder.setRemoteLongKey(QStringLiteral("long"));
+    folder.setClientPath(QStringLiteral("/client"));
+    folder.setServerPath(QStringLiteral("/server"));
+    folder.setSyncStatus(FolderSynchronizationStatus(102));
+    folder.setFeatureName(QStringLiteral("<feature> & \u00e9"));
+    folder.setParentId(103);
+    folder.setLastOperationTime(QDateTime(QDate(2024, 7, 1), QTime(2, 3, 4, 5), Qt::LocalTime));
+    folder.setLastSyncTime(QDateTime(QDate(2024, 3, 31), QTime(2, 30, 0, 6), Qt::UTC));
+    folder.setFolderOption(SynchronizationFolderOption(104));
+    folder.setLastOperationType(FolderOperationType(105));
+    folder.setSyncDriveType(DriveType(106));
+    folder.setRootId(107);
+    folder.setSyncOption(FolderSyncOption(108));
+    folder.setOwnerId(QStringLiteral("owner"));
+    folder.setPrivileges(FolderPrivileges(21));
+    folder.setServerRoot(QStringLiteral("/root"));
+    folder.setProductConfigurationId(109);
+    folder.setServerFolderId(QStringLiteral("folder id"));
+    ASSERT_TRUE(folders->Add(folder));
+
+    FolderConfiguration const read = folders->GetFolderConfigurationById(folder.getId());
+    EXPECT_EQ(read.getId(), folder.getId());
+    EXPECT_EQ(read.getAuthenticationId(), 101);
+    EXPECT_EQ(read.getName(), QStringLiteral("name"));
+    EXPECT_EQ(read.getRemoteShortKey(), QStringLiteral("short"));
+    EXPECT_EQ(read.getRemoteLongKey(), QStringLiteral("long"));
+    EXPECT_EQ(read.getClientPath(), QStringLiteral("/client"));
+    EXPECT_EQ(read.getServerPath(), QStringLiteral("/server"));
+    EXPECT_EQ(read.getSyncStatus(), 102);
+    EXPECT_EQ(read.getFeatureName(), QStringLiteral("<feature> & \u00e9"));
+    EXPECT_EQ(read.getParentId(), 103);
+    EXPECT_EQ(read.getLastOperationTime(), QDateTime(QDate(2024, 7, 1), QTime(2, 3, 4, 5), Qt::UTC));
+    EXPECT_EQ(read.getLastSyncTime(), QDateTime(QDate(2024, 3, 31), QTime(2, 30, 0, 6), Qt::UTC));
+    EXPECT_EQ(read.getFolderOption(), 104);
+    EXPECT_EQ(read.getLastOperationType(), 105);
+    EXPECT_EQ(read.getSyncDriveType(), 106);
+    EXPECT_EQ(read.getRootId(), 107);
+    EXPECT_EQ(read.getSyncOption(), 108);
+    EXPECT_EQ(read.getOwnerId(), QStringLiteral("owner"));
+    EXPECT_EQ(read.getPrivileges(), 21);
+    EXPECT_EQ(read.getServerRoot(), QStringLiteral("/root"));
+    EXPECT_EQ(read.getProductConfigurationId(), 109);
+    EXPECT_EQ(read.getServerFolderId(), QStringLiteral("folder id"));
+}
+
+TEST_P(ManagerSuite, FileComesBackWhole)
+{
+    using namespace sync::config;
+    auto const utc = [](int day, int millisecond) {
+        return QDateTime(QDate(2024, 1, day), QTime(10, 20, 30, millisecond), Qt::UTC);
+    };
+    for (FileConfigurationType type :
+         {FileConfigurationTypeFile, FileConfigurationTypeGenerated, FileConfigurationTypeBase}) {
+        FileConfiguration file;
+        file.folderConfigurationId = 101;
+        file.name = QStringLiteral("name");
+        file.clientPath = QStringLiteral("/client/%1").arg(type);
+        file.serverPath = QStringLiteral("/server");
+        file.checkSum = QStringLiteral("sum");
+        file.createdDateTime = utc(1, 11);
+        file.lastModifiedDateTime = utc(2, 22);
+        file.setSyncStatus(FileSynchronizationStatus(102));
+        file.lastOperationType = 103;
+        file.size = 5'000'000'104;
+        file.nameValueProperties = {{QStringLiteral("Key"), QStringLiteral("value")}};
+        file.lastOperationTime = utc(3, 33);
+        file.rootFolderId = 105;
+        file.syncOption = 106;
+        file.parentFileId = 107;
+        file.fileType = type;
+        file.ownerId = QStringLiteral("owner");
+        file.privileges = 9;
+        file.productConfigurationId = 108;
+        file.serverFileId = QStringLiteral("file id");
+        file.serverFileVersionId = QStringLiteral("version id");
+        file.checkSumMD5 = QStringLiteral("md5");
+        file.fileDate = utc(4, 0);
+        ASSERT_TRUE(files->Add(file));
+
+        QVector<FileConfiguration> const all = files->GetAll(type);
+        ASSERT_EQ(all.size(), 1);
+        FileConfiguration const& read = all.front();
+        EXPECT_EQ(read.id, file.id);
+        EXPECT_EQ(read.folderConfigurationId, 101);
+        EXPECT_EQ(read.name, QStringLiteral("name"));
+        EXPECT_EQ(read.clientPath, file.clientPath);
+        EXPECT_EQ(read.serverPath, QStringLiteral("/server"));
+        EXPECT_EQ(read.checkSum, QStringLiteral("sum"));
+        EXPECT_EQ(read.createdDateTime, utc(1, 11));
+        EXPECT_EQ(read.lastModifiedDateTime, utc(2, 22));
+        EXPECT_EQ(read.getSyncStatus(), 102);
+        EXPECT_EQ(read.lastOperationType, 103);
+        EXPECT_EQ(read.size, 5'000'000'104);
+        EXPECT_EQ(read.nameValueProperties, file.nameValueProperties);
+        EXPECT_EQ(read.lastOperationTime, utc(3, 33));
+        EXPECT_EQ(read.rootFolderId, 105);
+        EXPECT_EQ(read.syncOption, 106);
+        EXPECT_EQ(read.parentFileId, 107);
+        EXPECT_EQ(read.fileType, type);
+        EXPECT_EQ(read.ownerId, QStringLiteral("owner"));
+        EXPECT_EQ(read.privileges, 9);
+        EXPECT_EQ(read.productConfigurationId, 108);
+        EXPECT_EQ(read.serverFileId, QStringLiteral("file id"));
+        EXPECT_EQ(read.serverFileVersionId, QStringLiteral("version id"));
+        EXPECT_EQ(read.checkSumMD5, QStringLiteral("md5"));
+        EXPECT_EQ(read.fileDate, utc(4, 0));
+    }
+}
+
+TEST_P(ManagerSuite, ScheduleKeepsItsWallClockTimes)
+{
+    ScheduleEntry schedule = schedules->GetDefaultScheduleEntry();
+    ASSERT_NE(schedule.getId(), -1);
+    EXPECT_EQ(schedule.getSyncInterval(), 30);
+    schedule.setStartTime(QDateTime(QDate(2024, 7, 1), QTime(8, 0), Qt::LocalTime));
+    schedule.setExpireTime(QDateTime(QDate(2024, 7, 1), QTime(20, 0), Qt::UTC));
+    schedule.setSyncScheduleType(sync::config::SyncSchedule(4));
+    schedule.setFolderConfigId(12);
+    schedule.setSyncInterval(5);
+    ASSERT_TRUE(schedules->Update(schedule));
+
+    ScheduleEntry const read = schedules->GetScheduleEntryById(schedule.getId());
+    EXPECT_EQ(read.getStartTime(), QDateTime(QDate(2024, 7, 1), QTime(8, 0), Qt::LocalTime));
+    EXPECT_EQ(read.getExpireTime(), QDateTime(QDate(2024, 7, 1), QTime(20, 0), Qt::LocalTime));
+    EXPECT_EQ(read.getSyncScheduleType(), 4);
+    EXPECT_EQ(read.getFolderConfigId(), 12);
+    EXPECT_EQ(read.getSyncInterval(), 5);
+    EXPECT_EQ(schedules->GetDefaultScheduleEntry().getId(), -1);
+    EXPECT_TRUE(schedules->Remove(schedule.getId()));
+    EXPECT_EQ(schedules->GetScheduleEntryById(schedule.getId()).getId(), -1);
+}
+
+// What isn't there.
+
+TEST_P(ManagerSuite, LookupsWithoutARowAnswerWithADefaultRecord)
+{
+    EXPECT_EQ(servers->GetServerConfigById(1).getId(), -1);
+    EXPECT_EQ(accounts->GetAuthenticationConfigurationById(1).getId(), -1);
+    EXPECT_EQ(products->GetProductConfigurationById(1).getId(), -1);
+    EXPECT_EQ(folders->GetFolderConfigurationById(1).getId(), -1);
+    EXPECT_EQ(files->GetFileConfigurationById(1).id, -1);
+    EXPECT_EQ(schedules->GetScheduleEntryById(-5).getId(), -1);
+}
+
+TEST_P(ManagerSuite, WritesOfAMissingRowAnswerTrue)
+{
+    EXPECT_TRUE(servers->Update(ServerConfiguration()));
+    EXPECT_TRUE(servers->Remove(1));
+    EXPECT_TRUE(accounts->Update(AuthenticationConfiguration()));
+    EXPECT_TRUE(accounts->Remove(1));
+    EXPECT_TRUE(products->Update(ProductConfiguration()));
+    EXPECT_TRUE(products->Remove(1));
+    EXPECT_TRUE(folders->Update(FolderConfiguration()));
+    EXPECT_TRUE(folders->Remove(1));
+    EXPECT_TRUE(files->Update(FileConfiguration()));
+    EXPECT_TRUE(files->RemoveFileConfigurationAndLinkedConfigurations(1));
+    EXPECT_TRUE(schedules->Update(ScheduleEntry()));
+    EXPECT_TRUE(schedules->Remove(-5));
+}
+
+TEST_P(ManagerSuite, FileTypeWithoutATableFails)
+{
+    FileConfiguration file;
+    file.clientPath = QStringLiteral("/a");
+    file.fileType = sync::config::FileConfigurationType(9);
+    EXPECT_FALSE(files->Add(file));
+    EXPECT_EQ(file.id, -1);
+    EXPECT_TRUE(files->GetAll(sync::config::FileConfigurationType(9)).isEmpty());
+}
+
+// Ways from one table to another.
+
+TEST_P(ManagerSuite, ServerIsFoundFromAnAccountAFolderAndAFile)
+{
+    AddServerRecord(QStringLiteral("https://other.example"));
+    int const server = AddServerRecord(QStringLiteral("https://dav.example"));
+    int const account = AddAccount(QStringLiteral("user"), server);
+    FolderConfiguration const root = AddRoot(QStringLiteral("/r"), account);
+    FileConfiguration const file = AddFile(QStringLiteral("/r/f"), root);
+    EXPECT_EQ(servers->GetServerConfigByAuthenticationId(account).getId(), server);
+    EXPECT_EQ(servers->GetServerConfigByFolderId(root.getId()).getId(), server);
+    EXPECT_EQ(servers->GetServerConfigByFileId(file.id).getId(), server);
+    EXPECT_TRUE(servers->Remove(server));
+    EXPECT_EQ(servers->GetServerConfigByFileId(file.id).getId(), -1);
+    EXPECT_EQ(accounts->GetAuthenticationConfigurationById(account).getServerId(), server);
+}
+
+TEST_P(ManagerSuite, PasswordsOfAllAccountsOfTheNameAreCounted)
+{
+    AddAccount(QStringLiteral("user"), 1);
+    AddAccount(QStringLiteral("user"), 2);
+    AddAccount(QStringLiteral("other"), 1);
+    EXPECT_EQ(accounts->UpdatePassword(QStringLiteral("domain"), QStringLiteral("user"), QStringLiteral("new")), 2);
+    EXPECT_EQ(accounts->UpdatePassword(QStringLiteral("domain"), QStringLiteral("nobody"), QString()), 0);
+    EXPECT_EQ(accounts->GetDistinctAuthenticationConfigurations().size(), 2);
+}
+
+// Folders.
+
+TEST_P(ManagerSuite, NewRootIsItsOwnRoot)
+{
+    FolderConfiguration const root = AddRoot(QStringLiteral("/r"));
+    EXPECT_EQ(root.getRootId(), root.getId());
+    EXPECT_EQ(folders->GetFolderConfigurationById(root.getId()).getRootId(), root.getId());
+    EXPECT_EQ(folders->GetAllRootFolders().size(), 1);
+    EXPECT_EQ(folders->GetRootFolderConfigurationCount(), 1);
+}
+
+TEST_P(ManagerSuite, MissingFoldersAreMadeFromTheRootDown)
+{
+    FolderConfiguration const root = AddRoot(QStringLiteral("/r"));
+    FolderConfiguration const made = folders->AddFolderAndParent(QStringLiteral("/r/a/b"), root);
+    FolderConfiguration const parent = folders->GetFolderConfigurationByClientPath(QStringLiteral("/r/a"));
+    ASSERT_NE(made.getId(), -1);
+    EXPECT_EQ(made.getParentId(), parent.getId());
+    EXPECT_EQ(parent.getParentId(), root.getId());
+    EXPECT_EQ(made.getServerPath(), QStringLiteral("/server/r/a/b"));
+    EXPECT_EQ(folders->GetFolderConfigurationsByRootId(root.getId()).size(), 3);
+    EXPECT_EQ(folders->AddFolderAndParent(QStringLiteral("/r/a/b"), root).getId(), made.getId());
+}
+
+TEST_P(ManagerSuite, ChildrenComeByName)
+{
+    FolderConfiguration const root = AddRoot(QStringLiteral("/r"));
+    for (char const* name : {"b", "c", "a"})
+        AddFolder(QStringLiteral("/r/") + QString::fromUtf8(name), root, root);
+    QStringList names;
+    for (FolderConfiguration const& child : folders->GetFolderConfigurationByParentId(root.getId()))
+        names.append(child.getName());
+    EXPECT_EQ(names, QStringList({QStringLiteral("a"), QStringLiteral("b"), QStringLiteral("c")}));
+}
+
+TEST_P(ManagerSuite, TreeIsRemovedWithItsFilesAndNothingElse)
+{
+    FolderConfiguration const root = AddRoot(QStringLiteral("/r"));
+    FolderConfiguration const a = AddFolder(QStringLiteral("/r/a"), root, root);
+    FolderConfiguration const b = AddFolder(QStringLiteral("/r/a/b"), a, root);
+    FileConfiguration const kept = AddFile(QStringLiteral("/r/f"), root);
+    AddFile(QStringLiteral("/r/a/f"), a);
+    AddFile(QStringLiteral("/r/a/b/f"), b);
+    EXPECT_TRUE(folders->RemoveFolderAndChildren(a.getId()));
+    EXPECT_EQ(folders->GetFolderConfigurationsByRootId(root.getId()).size(), 1);
+    ASSERT_EQ(files->GetAll().size(), 1);
+    EXPECT_EQ(files->GetAll().front().id, kept.id);
+}
+
+TEST_P(ManagerSuite, CleanedRootIsGoneWithItsFoldersAndFiles)
+{
+    FolderConfiguration const root = AddRoot(QStringLiteral("/r"));
+    FolderConfiguration const other = AddRoot(QStringLiteral("/other"));
+    FolderConfiguration const a = AddFolder(QStringLiteral("/r/a"), root, root);
+    AddFile(QStringLiteral("/r/a/f"), a);
+    AddFile(QStringLiteral("/other/f"), other);
+    EXPECT_TRUE(folders->CleanRootFolder(root.getId()));
+    ASSERT_EQ(folders->GetAll().size(), 1);
+    EXPECT_EQ(folders->GetAll().front().getId(), other.getId());
+    EXPECT_EQ(Names(files->GetAll()), QStringList({QStringLiteral("f")}));
+
+    // And it stays gone.
+    auto const elsewhere = store->Open();
+    ASSERT_NE(elsewhere, nullptr);
+    EXPECT_EQ(sync::config::FolderConfigManager(elsewhere, nullptr).GetAll().size(), 1);
+}
+
+TEST_P(ManagerSuite, FoldersAndFilesOfRootsThatAreGoneAreFound)
+{
+    FolderConfiguration const root = AddRoot(QStringLiteral("/r"));
+    FolderConfiguration const gone = AddRoot(QStringLiteral("/gone"));
+    FolderConfiguration const orphan = AddFolder(QStringLiteral("/gone/a"), gone, gone);
+    AddFile(QStringLiteral("/gone/a/orphan"), orphan);
+    AddFile(QStringLiteral("/r/f"), root);
+    EXPECT_TRUE(folders->Remove(gone.getId()));
+    QVector<FolderConfiguration> const found = folders->GetFolderConfigurationsOfNonExistingRootFolders();
+    ASSERT_EQ(found.size(), 1);
+    EXPECT_EQ(found.front().getId(), orphan.getId());
+    EXPECT_EQ(Names(files->GetFileConfigurationsOfNonExistingRootFolders()), QStringList({QStringLiteral("orphan")}));
+}
+
+TEST_P(ManagerSuite, FoldersOutOfSyncAndOfAnAccountAreCounted)
+{
+    FolderConfiguration root = AddRoot(QStringLiteral("/r"), 5);
+    EXPECT_FALSE(folders->IsAnyFolderConfigOutOfSync());
+    root.setSyncStatus(sync::config::FolderStatusOutOfSync);
+    EXPECT_TRUE(folders->Update(root));
+    EXPECT_TRUE(folders->IsAnyFolderConfigOutOfSync());
+    EXPECT_TRUE(folders->IsInExistingAuthentication(5));
+    EXPECT_FALSE(folders->IsInExistingAuthentication(6));
+}
+
+// Files.
+
+TEST_P(ManagerSuite, FileOfAPathThatItsFolderHoldsIsUpdated)
+{
+    FolderConfiguration const root = AddRoot(QStringLiteral("/r"));
+    FolderConfiguration const a = AddFolder(QStringLiteral("/r/a"), root, root);
+    FileConfiguration const file = AddFile(QStringLiteral("/r/f"), root);
+    EXPECT_EQ(AddFile(QStringLiteral("/r/f"), root).id, file.id);
+    EXPECT_NE(AddFile(QStringLiteral("/r/f"), a).id, file.id);
+    EXPECT_EQ(files->GetAllFileConfigurationsByClientPath(QStringLiteral("/r/f")).size(), 2);
+}
+
+TEST_P(ManagerSuite, FilesComeInEveryOrder)
+{
+    using namespace sync::interf;
+    FolderConfiguration const root = AddRoot(QStringLiteral("/r"));
+    struct Kept
+    {
+        char const* name;
+        qint64 size;
+        int day;
+    };
+    for (Kept const& kept : {Kept{"b", 3'000'000'000, 2}, Kept{"a", 20, 3}, Kept{"c", 100, 1}}) {
+        FileConfiguration file;
+        file.name = QString::fromUtf8(kept.name);
+        file.clientPath = QStringLiteral("/r/") + file.name;
+        file.serverPath = file.checkSum = file.name;
+        file.folderConfigurationId = file.rootFolderId = root.getId();
+        file.size = kept.size;
+        file.lastOperationType = int(kept.size % 1000);
+        file.createdDateTime = file.lastModifiedDateTime = QDateTime(QDate(2024, 1, kept.day), QTime(0, 0), Qt::UTC);
+        file.setSyncStatus(sync::config::FileSynchronizationStatus(kept.day));
+        ASSERT_TRUE(files->Add(file));
+    }
+    auto const order = [&](int value) {
+        return Names(files->GetFileConfigurationsByFolderId(root.getId(), FileConfigOrderByEnum(value)))
+            .join(QString());
+    };
+    EXPECT_EQ(order(FileConfigOrderById), QStringLiteral("bac"));
+    EXPECT_EQ(order(FileConfigOrderByIdDesc), QStringLiteral("cab"));
+    for (int text :
+         {FileConfigOrderByName, FileConfigOrderByClientPath, FileConfigOrderByServerPath, FileConfigOrderByCheckSum}) {
+        EXPECT_EQ(order(text), QStringLiteral("abc")) << text;
+        EXPECT_EQ(order(text + 1), QStringLiteral("cba")) << text + 1;
+    }
+    for (int day :
+         {FileConfigOrderByCreatedDateTime, FileConfigOrderByLastModifiedDateTime, FileConfigOrderBySyncStatus}) {
+        EXPECT_EQ(order(day), QStringLiteral("cba")) << day;
+        EXPECT_EQ(order(day + 1), QStringLiteral("abc")) << day + 1;
+    }
+    EXPECT_EQ(order(FileConfigOrderBySize), QStringLiteral("acb"));
+    EXPECT_EQ(order(FileConfigOrderBySizeDesc), QStringLiteral("bca"));
+    EXPECT_EQ(order(FileConfigOrderByLastOperationType), QStringLiteral("bac"));
+    EXPECT_EQ(order(FileConfigOrderByLastOperationTypeDesc), QStringLiteral("cab"));
+    EXPECT_EQ(order(FileConfigOrderByFolderConfigurationId).size(), 3);
+}
+
+TEST_P(ManagerSuite, FilesAreFoundByAllBitsOfAnOption)
+{
+    FolderConfiguration const root = AddRoot(QStringLiteral("/r"));
+    for (int option : {0, 64, 65, 66, 3}) {
+        FileConfiguration file;
+        file.name = QString::number(option);
+        file.clientPath = QStringLiteral("/r/") + file.name;
+        file.folderConfigurationId = file.rootFolderId = root.getId();
+        file.syncOption = option;
+        ASSERT_TRUE(files->Add(file));
+    }
+    QStringList found =
+        Names(files->GetFileConfigurationsWithSyncOption(root.getId(), sync::config::FileSyncOption(66)));
+    EXPECT_EQ(found, QStringList({QStringLiteral("66")}));
+    found = Names(files->GetFileConfigurationsWithSyncOption(root.getId(), sync::config::FileSyncOptionRepathRequired));
+    found.sort();
+    EXPECT_EQ(found, QStringList({QStringLiteral("64"), QStringLiteral("65"), QStringLiteral("66")}));
+}
+
+TEST_P(ManagerSuite, FilesOfAFolderThatAreSyncingFallBackToNotSynced)
+{
+    using namespace sync::config;
+    FolderConfiguration const root = AddRoot(QStringLiteral("/r"));
+    FolderConfiguration const other = AddRoot(QStringLiteral("/other"));
+    auto const add = [&](char const* name, FolderConfiguration const& folder, FileSynchronizationStatus status) {
+        FileConfiguration file = AddFile(folder.getClientPath() + QString::fromUtf8(name), folder);
+        file.setSyncStatus(status);
+        EXPECT_TRUE(files->Update(file));
+        return file.id;
+    };
+    int const syncing = add("/a", root, FileSyncStatusSyncing);
+    int const linked = add("/b", root, FileSyncStatusLinkDiscovered);
+    int const elsewhere = add("/a", other, FileSyncStatusSyncing);
+    EXPECT_TRUE(files->UpdateSyncStatusFromSyncingToNotSynced(root.getId()));
+    EXPECT_EQ(files->GetFileConfigurationById(syncing).getSyncStatus(), FileSyncStatusNotSynced);
+    EXPECT_EQ(files->GetFileConfigurationById(linked).getSyncStatus(), FileSyncStatusLinkDiscovered);
+    EXPECT_EQ(files->GetFileConfigurationById(elsewhere).getSyncStatus(), FileSyncStatusSyncing);
+}
+
+TEST_P(ManagerSuite, FileIsRemovedWithTheRowsOfWhatWasMadeFromIt)
+{
+    using namespace sync::config;
+    FolderConfiguration const root = AddRoot(QStringLiteral("/r"));
+    FileConfiguration const file = AddFile(QStringLiteral("/r/f"), root);
+    for (int parent : {file.id, file.id + 1}) {
+        FileConfiguration generated;
+        generated.clientPath = QStringLiteral("/r/no such file %1").arg(parent);
+        generated.folderConfigurationId = generated.rootFolderId = root.getId();
+        generated.fileType = FileConfigurationTypeGenerated;
+        generated.parentFileId = parent;
+        ASSERT_TRUE(files->Add(generated));
+    }
+    EXPECT_TRUE(files->RemoveFileConfigurationAndLinkedConfigurations(file.id));
+    EXPECT_TRUE(files->GetAll().isEmpty());
+    ASSERT_EQ(files->GetAll(FileConfigurationTypeGenerated).size(), 1);
+    EXPECT_EQ(files->GetAll(FileConfigurationTypeGenerated).front().parentFileId, file.id + 1);
+}
+
+// Units.
+
+TEST_P(ManagerSuite, BracketOfTheFileManagerHoldsTheOperationsOfAllManagers)
+{
+    ASSERT_TRUE(files->transaction());
+    FolderConfiguration const root = AddRoot(QStringLiteral("/r"));
+    AddFile(QStringLiteral("/r/f"), root);
+    AddServerRecord(QStringLiteral("https://dav.example"));
+    EXPECT_FALSE(files->transaction());
+    EXPECT_TRUE(files->rollback());
+    EXPECT_FALSE(files->rollback());
+    folders->ClearCaches();
+    EXPECT_TRUE(folders->GetAll().isEmpty());
+    EXPECT_TRUE(files->GetAll().isEmpty());
+    EXPECT_TRUE(servers->GetAll().empty());
+
+    ASSERT_TRUE(files->transaction());
+    FolderConfiguration const kept = AddRoot(QStringLiteral("/kept"));
+    EXPECT_TRUE(folders->CleanRootFolder(kept.getId()));
+    AddRoot(QStringLiteral("/kept"));
+    EXPECT_TRUE(files->commit());
+    auto const elsewhere = store->Open();
+    ASSERT_NE(elsewhere, nullptr);
+    EXPECT_EQ(sync::config::FolderConfigManager(elsewhere, nullptr).GetAll().size(), 1);
+}
+
+TEST_P(ManagerSuite, OperationsInAScopeOfTheClientsAreDurableWhenItEnds)
+{
+    {
+        sync::database::TransactionalScope const scope;
+        FolderConfiguration const root = AddRoot(QStringLiteral("/r"));
+        AddFile(QStringLiteral("/r/f"), root);
+        EXPECT_TRUE(files->GetAll(sync::config::FileConfigurationType(9)).isEmpty());
+        AddFile(QStringLiteral("/r/g"), root);
+    }
+    auto const elsewhere = store->Open();
+    ASSERT_NE(elsewhere, nullptr);
+    auto const others = std::make_shared<sync::config::FolderConfigManager>(elsewhere, nullptr);
+    EXPECT_EQ(others->GetAll().size(), 1);
+    EXPECT_EQ(sync::config::FileConfigManager(elsewhere, nullptr, others).GetAll().size(), 2);
+}
+
+} // namespace tandry::storesuite

@@ -1,0 +1,157 @@
+#pragma once
+
+#include "interf/IDatabaseFactory.h"
+#include "interf/IQSqlDatabaseWrapper.h"
+#include "interf/IQSqlQueryWrapper.h"
+#include "storesuite/Statements.h"
+#include "storesuite/StoreUnderTest.h"
+
+#include <gtest/gtest.h>
+
+#include <QString>
+#include <QStringList>
+#include <QVariant>
+
+#include <memory>
+#include <optional>
+#include <utility>
+#include <vector>
+
+namespace tandry::storesuite {
+
+using sync::interf::IQSqlDatabaseWrapper;
+using sync::interf::IQSqlQueryWrapper;
+using sync::interf::factory::IDatabaseFactory;
+
+/// Placeholders with their values, in the order in which they are bound.
+using Bindings = std::vector<std::pair<QString, QVariant>>;
+
+/// What all cases start from: a store of their own and a factory over it.
+class StoreSuite : public testing::TestWithParam<StoreMaker>
+{
+protected:
+    void SetUp() override
+    {
+        store = GetParam().make();
+        ASSERT_NE(store, nullptr);
+        factory = store->Open();
+        ASSERT_NE(factory, nullptr);
+    }
+
+    /// A query that has its statement and values and has not run.
+    static std::shared_ptr<IQSqlQueryWrapper>
+    Query(IDatabaseFactory& over, QString const& statement, Bindings const& bindings = {})
+    {
+        std::shared_ptr<IQSqlQueryWrapper> query = over.CreateQuery();
+        static_cast<void>(query->prepare(statement));
+        Bind(*query, bindings);
+        return query;
+    }
+
+    std::shared_ptr<IQSqlQueryWrapper> Query(QString const& statement, Bindings const& bindings = {})
+    {
+        return Query(*factory, statement, bindings);
+    }
+
+    static void Bind(IQSqlQueryWrapper& query, Bindings const& bindings)
+    {
+        for (auto const& [placeholder, value] : bindings)
+            query.bindValue(placeholder, value);
+    }
+
+    bool Exec(QString const& statement, Bindings const& bindings = {}) { return Query(statement, bindings)->exec(); }
+
+    /// One column of all rows; nothing when the statement fails.
+    static std::optional<std::vector<QVariant>>
+    ColumnIn(IDatabaseFactory& over, int column, QString const& statement, Bindings const& bindings = {})
+    {
+        auto const query = Query(over, statement, bindings);
+        if (!query->exec())
+            return std::nullopt;
+        std::vector<QVariant> values;
+        while (query->next())
+            values.push_back(query->value(column));
+        return values;
+    }
+
+    /// One column of all rows; a statement that fails fails the test.
+    std::vector<QVariant> Column(int column, QString const& statement, Bindings const& bindings = {})
+    {
+        auto const values = ColumnIn(*factory, column, statement, bindings);
+        EXPECT_TRUE(values) << statement.toStdString();
+        return values.value_or(std::vector<QVariant>());
+    }
+
+    /// One column of the only row; another number of rows fails the test.
+    QVariant Value(int column, QString const& statement, Bindings const& bindings = {})
+    {
+        std::vector<QVariant> const values = Column(column, statement, bindings);
+        EXPECT_EQ(values.size(), 1U) << statement.toStdString();
+        return values.empty() ? QVariant() : values.front();
+    }
+
+    /// Inserts a row and answers with its id; 0 fails the test, since records take it for a mark of its own.
+    int Insert(QString const& statement, Bindings const& bindings)
+    {
+        auto const query = Query(statement, bindings);
+        EXPECT_TRUE(query->exec()) << statement.toStdString();
+        int const id = query->lastInsertId().toInt();
+        EXPECT_GT(id, 0);
+        return id;
+    }
+
+    static Bindings Server(QString const& alias)
+    {
+        return {{QStringLiteral(":alias"), alias},
+                {QStringLiteral(":davUrl"), QStringLiteral("dav")},
+                {QStringLiteral(":webServiceUrl"), QStringLiteral("web")},
+                {QStringLiteral(":nameValueProperties"), QStringLiteral("<NameValueXml/>")},
+                {QStringLiteral(":binaryDiffEncoder"), QStringLiteral("encoder")}};
+    }
+
+    int AddServer(QString const& alias) { return Insert(statements::AddServer, Server(alias)); }
+
+    /// A statement that no store can run, in the form in which a manager may say it.
+    static QString BadStatement() { return statements::GetFiles.arg(QString()); }
+
+    /// The servers' aliases as a factory sees them, sorted; nothing when it can't read at present.
+    static std::optional<QStringList> AliasesIn(IDatabaseFactory& over)
+    {
+        auto const values = ColumnIn(over, 1, statements::GetServers);
+        if (!values)
+            return std::nullopt;
+        QStringList aliases;
+        for (QVariant const& value : *values)
+            aliases.append(value.toString());
+        aliases.sort();
+        return aliases;
+    }
+
+    QStringList Aliases()
+    {
+        auto const aliases = AliasesIn(*factory);
+        EXPECT_TRUE(aliases);
+        return aliases.value_or(QStringList());
+    }
+
+    /// The servers' aliases as another program sees them at this moment; nothing when it is kept waiting.
+    std::optional<QStringList> AliasesElsewhere()
+    {
+        auto const other = store->Open();
+        return other == nullptr ? std::nullopt : AliasesIn(*other);
+    }
+
+    /// The servers' aliases after all factories are gone and the store is opened anew.
+    QStringList DurableAliases()
+    {
+        factory.reset();
+        factory = store->Open();
+        EXPECT_NE(factory, nullptr);
+        return factory == nullptr ? QStringList() : Aliases();
+    }
+
+    std::unique_ptr<StoreUnderTest> store;
+    std::shared_ptr<IDatabaseFactory> factory;
+};
+
+} // namespace tandry::storesuite

@@ -1,0 +1,285 @@
+#include "support/QtSqlDatabaseFactory.h"
+
+#include "database/ScopeParticipant.h"
+#include "database/TransactionalScope.h"
+#include "interf/IQSqlDatabaseWrapper.h"
+#include "interf/IQSqlQueryWrapper.h"
+
+#include <QDateTime>
+#include <QRegularExpression>
+#include <QSqlDatabase>
+#include <QSqlError>
+#include <QSqlQuery>
+#include <QSqlRecord>
+#include <QStringList>
+
+#include <utility>
+
+namespace tandry::test {
+
+using sync::database::TransactionalScope;
+
+namespace {
+
+constexpr char const* FileColumns =
+    "folderConfigurationId INTEGER, name TEXT, clientPath TEXT, serverPath TEXT, checkSum TEXT, createdDateTime TEXT, "
+    "lastModifiedDateTime TEXT, syncStatus INTEGER, lastOperationType INTEGER, size INTEGER, nameValueProperties TEXT, "
+    "lastOperationTime TEXT, rootFolderId INTEGER, syncOption INTEGER, parentFileId INTEGER, fileType INTEGER, "
+    "ownerId TEXT, privileges INTEGER, productConfigurationId INTEGER, serverFileId TEXT, serverFileVersionId TEXT, "
+    "checkSumMD5 TEXT, fileLinks TEXT";
+
+struct Table
+{
+    char const* name;
+    char const* columns;
+};
+
+constexpr Table Tables[] = {
+    {"ServerConfiguration",
+     "alias TEXT, davUrl TEXT, webServiceUrl TEXT, nameValueProperties TEXT, binaryDiffEncoder TEXT"},
+    {"AuthenticationConfiguration",
+     "domain TEXT, domainId TEXT, userName TEXT, encryptedPassword TEXT, nameValueProperties TEXT, serverId INTEGER"},
+    {"ProductConfiguration",
+     "name TEXT, consumerKey TEXT, consumerSecret TEXT, serverId INTEGER, nameValueProperties TEXT"},
+    {"FolderConfiguration",
+     "authenticationId INTEGER, name TEXT, remoteShortKey TEXT, remoteLongKey TEXT, clientPath TEXT, serverPath TEXT, "
+     "syncStatus INTEGER, nameValueProperties TEXT, parentId INTEGER, lastOperationTime TEXT, lastSyncTime TEXT, "
+     "folderOption INTEGER, lastOperationType INTEGER, syncDriveType INTEGER, rootId INTEGER, syncOption INTEGER, "
+     "ownerId TEXT, privileges INTEGER, serverRoot TEXT, productConfigurationId INTEGER, serverFolderId TEXT"},
+    {"FileConfiguration", FileColumns},
+    {"GeneratedFileConfiguration", FileColumns},
+    {"BaseFileConfiguration", FileColumns},
+    {"Schedules",
+     "folderConfigurationId INTEGER, startTime TEXT, expireTime TEXT, syncScheduleType INTEGER, syncInterval INTEGER"},
+};
+
+/// Whether the engine keeps a text as it is given when it comes in UTF-16: it takes lone surrogates and the last two
+/// codes of the first plane for mistakes and puts U+FFFD in their place.
+bool CanBeKept(QString const& text)
+{
+    for (int i = 0; i < text.size(); ++i) {
+        bool const isPair = text[i].isHighSurrogate() && i + 1 < text.size() && text[i + 1].isLowSurrogate();
+        if ((text[i].isSurrogate() && !isPair) || text[i].unicode() >= 0xFFFE)
+            return false;
+        i += isPair ? 1 : 0;
+    }
+    return true;
+}
+
+} // namespace
+
+/// The connection, which factory and queries share, with its transaction.
+class QtSqlConnection : public sync::database::ScopeParticipant, public std::enable_shared_from_this<QtSqlConnection>
+{
+public:
+    explicit QtSqlConnection(QString const& path)
+        : _name(QStringLiteral("store %1").arg(_count++))
+    {
+        QSqlDatabase database = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), _name);
+        database.setDatabaseName(path);
+        // Another connection may hold the file; a test that waits for it has nothing to gain.
+        database.setConnectOptions(QStringLiteral("QSQLITE_BUSY_TIMEOUT=50"));
+    }
+
+    ~QtSqlConnection() override
+    {
+        if (_transaction == Transaction::Scope) {
+            TransactionalScope::Leave(*this);
+            static_cast<void>(Say("COMMIT"));
+        }
+        database().close();
+        QSqlDatabase::removeDatabase(_name);
+    }
+
+    QSqlDatabase database() const { return QSqlDatabase::database(_name, false); }
+
+    bool Open()
+    {
+        if (!database().open())
+            return false;
+        QSqlQuery version(QStringLiteral("PRAGMA user_version"), database());
+        if (!version.next())
+            return false;
+        return version.value(0).toInt() == 1 || MakeTables();
+    }
+
+    /// To be called before each statement that writes.
+    bool BeginScopeIfThereIsOne()
+    {
+        if (_transaction != Transaction::None || TransactionalScope::Depth() == 0)
+            return true;
+        if (!Say("BEGIN IMMEDIATE"))
+            return false;
+        _transaction = Transaction::Scope;
+        TransactionalScope::Join(*this);
+        return true;
+    }
+
+    bool CommitScope() noexcept override
+    {
+        _transaction = Transaction::None;
+        return Say("COMMIT");
+    }
+
+    bool BeginBracket()
+    {
+        if (_transaction != Transaction::None || TransactionalScope::Depth() > 0 || !Say("BEGIN IMMEDIATE"))
+            return false;
+        _transaction = Transaction::Bracket;
+        return true;
+    }
+
+    bool EndBracket(char const* statement)
+    {
+        if (_transaction != Transaction::Bracket)
+            return false;
+        _transaction = Transaction::None;
+        return Say(statement);
+    }
+
+private:
+    enum class Transaction
+    {
+        None,
+        Scope,
+        Bracket,
+    };
+
+    bool Say(char const* statement) const { return QSqlQuery(database()).exec(QString::fromLatin1(statement)); }
+
+    bool MakeTables() const
+    {
+        QStringList statements{QStringLiteral("BEGIN IMMEDIATE")};
+        for (Table const& table : Tables)
+            statements.append(QStringLiteral("CREATE TABLE %1 (id INTEGER PRIMARY KEY AUTOINCREMENT, %2)")
+                                  .arg(QLatin1String(table.name), QLatin1String(table.columns)));
+        statements += {QStringLiteral("INSERT INTO Schedules (folderConfigurationId, syncScheduleType, syncInterval) "
+                                      "VALUES (0, 0, 30)"),
+                       QStringLiteral("PRAGMA user_version = 1"),
+                       QStringLiteral("COMMIT")};
+        for (QString const& statement : std::as_const(statements)) {
+            if (!QSqlQuery(database()).exec(statement))
+                return false;
+        }
+        return true;
+    }
+
+    static inline int _count = 0;
+
+    QString const _name;
+    Transaction _transaction = Transaction::None;
+};
+
+namespace {
+
+class QtSqlQueryWrapper : public sync::interf::IQSqlQueryWrapper
+{
+public:
+    explicit QtSqlQueryWrapper(std::shared_ptr<QtSqlConnection> connection)
+        : _connection(std::move(connection))
+        , _query(_connection->database())
+    {}
+
+    bool prepare(QString const& statement) override
+    {
+        _query = QSqlQuery(_connection->database());
+        _query.setForwardOnly(true);
+        _refused = false;
+        _writes = !statement.startsWith(QLatin1String("SELECT"));
+        _prepared = _query.prepare(statement);
+        if (!_prepared)
+            return false;
+        // Qt refuses to run a statement with a placeholder that has no value.
+        static QRegularExpression const placeholder(QStringLiteral(":[A-Za-z]+"));
+        for (auto match = placeholder.globalMatch(statement); match.hasNext();)
+            _query.bindValue(match.next().captured(), QVariant());
+        return true;
+    }
+
+    void bindValue(QString const& placeholder, QVariant const& value) override
+    {
+        if (value.userType() == QMetaType::QDateTime) {
+            QDateTime date = value.toDateTime();
+            date.setTimeSpec(Qt::UTC); // the clock reading is what is kept
+            _query.bindValue(placeholder, date.isValid() ? date.toString(Qt::ISODateWithMs) : QVariant());
+            return;
+        }
+        if (value.userType() == QMetaType::QString && !CanBeKept(value.toString()))
+            _refused = true;
+        _query.bindValue(placeholder, value);
+    }
+
+    bool exec() override
+    {
+        if (!_prepared || _refused || (_writes && !_connection->BeginScopeIfThereIsOne()))
+            return false;
+        bool const succeeded = _query.exec();
+        _lastInsertId = _query.lastInsertId(); // Qt asks the connection, which other queries share
+        return succeeded;
+    }
+
+    bool next() override { return _query.next(); }
+    bool isValid() override { return _query.isValid(); }
+
+    QVariant value(int column) override
+    {
+        // Qt would say on the console that there is no such value.
+        return _query.isValid() && column >= 0 && column < _query.record().count() ? _query.value(column) : QVariant();
+    }
+
+    QString lastError() override { return _query.lastError().isValid() ? _query.lastError().text() : QString(); }
+    void finish() override { _query.finish(); }
+    QVariant lastInsertId() override { return _lastInsertId; }
+    int numRowsAffected() override { return _query.numRowsAffected(); }
+
+private:
+    std::shared_ptr<QtSqlConnection> _connection;
+    QSqlQuery _query; // goes before the connection does
+    QVariant _lastInsertId;
+    bool _prepared = false;
+    bool _refused = false;
+    bool _writes = false;
+};
+
+class QtSqlDatabaseWrapper : public sync::interf::IQSqlDatabaseWrapper
+{
+public:
+    explicit QtSqlDatabaseWrapper(std::shared_ptr<QtSqlConnection> connection)
+        : _connection(std::move(connection))
+    {}
+
+    bool transaction() override { return _connection->BeginBracket(); }
+    bool commit() override { return _connection->EndBracket("COMMIT"); }
+    bool rollback() override { return _connection->EndBracket("ROLLBACK"); }
+
+private:
+    std::shared_ptr<QtSqlConnection> _connection;
+};
+
+} // namespace
+
+std::shared_ptr<QtSqlDatabaseFactory> QtSqlDatabaseFactory::Open(QString const& path)
+{
+    auto connection = std::make_shared<QtSqlConnection>(path);
+    if (!connection->Open())
+        return nullptr;
+    return std::shared_ptr<QtSqlDatabaseFactory>(new QtSqlDatabaseFactory(std::move(connection)));
+}
+
+QtSqlDatabaseFactory::QtSqlDatabaseFactory(std::shared_ptr<QtSqlConnection> connection)
+    : _connection(std::move(connection))
+{}
+
+QtSqlDatabaseFactory::~QtSqlDatabaseFactory() = default;
+
+std::shared_ptr<sync::interf::IQSqlDatabaseWrapper> QtSqlDatabaseFactory::CreateDatabase()
+{
+    return std::make_shared<QtSqlDatabaseWrapper>(_connection);
+}
+
+std::shared_ptr<sync::interf::IQSqlQueryWrapper> QtSqlDatabaseFactory::CreateQuery()
+{
+    return std::make_shared<QtSqlQueryWrapper>(_connection);
+}
+
+} // namespace tandry::test
