@@ -269,9 +269,22 @@ public:
         asked.append("generated of root %1 in order %2"_q.arg(id).arg(order));
         return {};
     }
+    bool RemoveByRootFolderId(int id) override
+    {
+        asked.append("root %1"_q.arg(id));
+        return false;
+    }
 
     QStringList asked;
 };
+
+TEST_F(FileManagerRemoval, ByRootCanBeOverridden)
+{
+    OverridingManager overriding(store, refresh, folders);
+    FileConfigManager& seenAsManager = overriding;
+    EXPECT_FALSE(seenAsManager.RemoveByRootFolderId(7));
+    EXPECT_EQ(overriding.asked, QStringList{"root 7"_q});
+}
 
 TEST_F(FileManagerRemoval, GoesThroughOverridesOfTheLookUps)
 {

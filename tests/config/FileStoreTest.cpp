@@ -353,10 +353,29 @@ TEST_F(FileStore, LookUpsFindTheirRowInTheirTable)
 
     EXPECT_EQ(files->GetFileConfigurationByClientPath("/generated"_q).id, -1);
     EXPECT_EQ(files->GetGeneratedFileConfigurationByClientPath("/base"_q).id, -1);
-    EXPECT_EQ(files->GetBaseFileConfigurationById(base.id).id, -1);
-    EXPECT_EQ(files->GetBaseFileConfigurationByParentFileId(base.parentFileId).id, -1);
-    EXPECT_THAT(Ids(files->GetAll()), ElementsAre(file.id));
-    EXPECT_THAT(Ids(files->GetAll(FileConfigurationTypeBase)), ElementsAre(base.id));
+    EXPECT_EQ(files->GetFileConfigurationByClientPath("/base"_q).id, -1);
+}
+
+TEST_F(FileStore, ABaseFileThatIsOnRecordIsNeverFound)
+{
+    FileConfiguration base = DistinctFile(FileConfigurationTypeBase);
+    EXPECT_TRUE(files->Add(base));
+    EXPECT_THAT(DifferingMembers(files->GetBaseFileConfigurationById(base.id), FileConfiguration()), IsEmpty());
+    EXPECT_THAT(DifferingMembers(files->GetBaseFileConfigurationByParentFileId(base.parentFileId), FileConfiguration()),
+                IsEmpty());
+}
+
+TEST_F(FileStore, AllFilesOfATypeAreTheRowsOfItsTable)
+{
+    AddFile("/own"_q, 1, 1);
+    AddFile("/generated"_q, 1, 1, FileConfigurationTypeGenerated);
+    AddFile("/generated too"_q, 1, 1, FileConfigurationTypeGenerated);
+    AddFile("/base"_q, 1, 1, FileConfigurationTypeBase);
+    EXPECT_THAT(files->GetAll(), SizeIs(1));
+    EXPECT_THAT(files->GetAll(FileConfigurationTypeFile), SizeIs(1));
+    EXPECT_THAT(files->GetAll(FileConfigurationTypeGenerated), SizeIs(2));
+    ASSERT_THAT(files->GetAll(FileConfigurationTypeBase), SizeIs(1));
+    EXPECT_EQ(files->GetAll(FileConfigurationTypeBase)[0].clientPath, "/base"_q);
 }
 
 TEST_F(FileStore, LookUpsOfWhatIsNotThereAreDefaultRecords)
