@@ -167,7 +167,8 @@ TEST_F(ServerCommandsTest, RemoveSaysHowManyAccountsAndProductsAreLeft)
     Done({"product"_q, "add"_q, "--name"_q, "n"_q, "--key"_q, "k"_q, "--server"_q, "1"_q});
     Ran const refused = Run({"server"_q, "remove"_q, "1"_q});
     EXPECT_EQ(refused.status, 2);
-    EXPECT_TRUE(refused.err.contains("leaving 2 accounts and 1 product that belong to nothing"_q))
+    EXPECT_TRUE(refused.err.contains(
+        "leaving 2 accounts (account 1 'anna' and account 2 'bert') and 1 product (product 1 'n') that belong to nothing"_q))
         << refused.err.toStdString();
     Done({"server"_q, "remove"_q, "1"_q, "--yes"_q});
     EXPECT_EQ(Run({"server"_q, "list"_q}).status, 1);
@@ -290,7 +291,8 @@ TEST_F(AccountCommandsTest, RemoveSaysHowManyFoldersAreLeft)
     Done({"scan"_q});
     Ran const refused = Run({"account"_q, "remove"_q, "1"_q});
     EXPECT_EQ(refused.status, 2);
-    EXPECT_TRUE(refused.err.contains("leaving 2 folders that belong to nothing"_q)) << refused.err.toStdString();
+    EXPECT_TRUE(refused.err.contains("leaving 2 folders (root 1 '%1') that belong to nothing"_q.arg(At("docs"))))
+        << refused.err.toStdString();
     Done({"account"_q, "remove"_q, "1"_q, "--yes"_q});
     EXPECT_EQ(Run({"account"_q, "list"_q}).status, 1);
 }
@@ -394,7 +396,8 @@ TEST_F(ProductCommandsTest, RemoveSaysWhatIsLeft)
         "INSERT INTO FileConfiguration (productConfigurationId) VALUES (1), (1);"_q);
     Ran const refused = Run({"product"_q, "remove"_q, "1"_q});
     EXPECT_EQ(refused.status, 2);
-    EXPECT_TRUE(refused.err.contains("leaving 1 folder and 2 files that belong to nothing"_q))
+    EXPECT_TRUE(
+        refused.err.contains("leaving 1 folder (root 1 '%1') and 2 files that belong to nothing"_q.arg(At("docs"))))
         << refused.err.toStdString();
     Done({"product"_q, "remove"_q, "1"_q, "--yes"_q});
     EXPECT_EQ(Run({"product"_q, "list"_q}).status, 1);

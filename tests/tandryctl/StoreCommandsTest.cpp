@@ -1,10 +1,13 @@
 #include "ToolFixture.h"
 
+#include "support/RawStore.h"
+
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
 
 using namespace tandryctl::test;
+using tandry::test::RawStore;
 
 namespace {
 
@@ -34,6 +37,12 @@ TEST_F(StoreCommandsTest, InitOfAStoreThatIsThereSaysSoAndLeavesIt)
     AddRoot("docs"_q, "/docs"_q);
     EXPECT_TRUE(Done({"init"_q}).contains("is there already"_q));
     EXPECT_EQ(Json({"list"_q, "roots"_q}).size(), 1);
+}
+
+TEST_F(StoreCommandsTest, InitInJsonTellsWhetherItMadeTheStore)
+{
+    EXPECT_EQ(JsonObject({"init"_q}), (QJsonObject{{"store"_q, StorePath()}, {"made"_q, true}}));
+    EXPECT_EQ(JsonObject({"init"_q}), (QJsonObject{{"store"_q, StorePath()}, {"made"_q, false}}));
 }
 
 TEST_F(StoreCommandsTest, InitMakesTheUsersOwnStoreWithItsFolder)
@@ -114,6 +123,24 @@ TEST_F(StoreCommandsTest, ReadingCommandChangesNoByteAndLeavesNoFile)
     Done({"tree"_q});
     EXPECT_EQ(Content(StorePath()), before);
     EXPECT_EQ(QDir(folder.path()).entryList(QDir::Files), files);
+}
+
+TEST_F(StoreCommandsTest, ReadingCommandSeesWhatAnotherProgramHasJustWritten)
+{
+    Init();
+    RawStore other(StorePath()); // still open, so that the row stands in the log alone
+    other.Run("INSERT INTO FolderConfiguration (clientPath, parentId) VALUES ('/r', 0);"_q);
+    EXPECT_EQ(Json({"list"_q, "roots"_q}).size(), 1);
+}
+
+TEST_F(StoreCommandsTest, ReadingCommandWorksWhileAnotherProgramWrites)
+{
+    Init();
+    RawStore other(StorePath());
+    other.Run("BEGIN IMMEDIATE; INSERT INTO FolderConfiguration (clientPath, parentId) VALUES ('/r', 0);"_q);
+    EXPECT_EQ(Run({"list"_q, "roots"_q}).status, 1); // not committed
+    other.Run("COMMIT;"_q);
+    EXPECT_EQ(Json({"list"_q, "roots"_q}).size(), 1);
 }
 
 TEST_F(StoreCommandsTest, StoreFileNameMayHoldOddCharacters)

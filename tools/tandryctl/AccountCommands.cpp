@@ -11,6 +11,7 @@
 namespace tandryctl {
 
 using sync::config::AuthenticationConfiguration;
+using sync::config::FolderConfiguration;
 
 namespace {
 
@@ -55,10 +56,12 @@ void RefuseDouble(Session& session, AuthenticationConfiguration const& account)
 
 ExitStatus Add(Session& session, Arguments const& arguments)
 {
+    Bracket bracket(session);
     AuthenticationConfiguration account;
     Fill(session, account, arguments);
     RefuseDouble(session, account);
     session.Wrote(session.accounts().Add(account));
+    bracket.Commit();
     session.output().Report(QStringLiteral("added ") + Title(account), AccountColumns(), account);
     return ExitStatus::Done;
 }
@@ -78,10 +81,12 @@ ExitStatus Show(Session& session, Arguments const& arguments)
 
 ExitStatus Update(Session& session, Arguments const& arguments)
 {
+    Bracket bracket(session);
     AuthenticationConfiguration account = FindAccount(session, arguments.id);
     Fill(session, account, arguments);
     RefuseDouble(session, account);
     session.Wrote(session.accounts().Update(account));
+    bracket.Commit();
     session.output().Report(QStringLiteral("updated ") + Title(account), AccountColumns(), account);
     return ExitStatus::Done;
 }
@@ -93,7 +98,9 @@ ExitStatus Remove(Session& session, Arguments const& arguments)
     removal.Leaves(
         session.Read(session.questions().CountNaming("FolderConfiguration", "authenticationId", account.getId())),
         "folder",
-        "folders");
+        "folders",
+        NamesOfRoots(session,
+                     [&](FolderConfiguration const& root) { return root.getAuthenticationId() == account.getId(); }));
     session.ConfirmRemoval(removal.text());
     session.Wrote(session.accounts().Remove(account.getId()));
     session.output().Report(QStringLiteral("removed ") + removal.text(), AccountColumns(), account);

@@ -67,13 +67,17 @@ Removal RemovalOf(Session& session, FolderConfiguration const& folder, bool recu
         return session.Read(recursive ? questions.CountNamingTree(table, column, folder.getId())
                                       : questions.CountNaming(table, column, folder.getId()));
     };
-    auto const takesOrLeaves = recursive ? &Removal::Takes : &Removal::Leaves;
-
     Removal removal(Titled("folder", folder.getId(), folder.getClientPath()));
-    int const subFolders =
-        recursive ? count("FolderConfiguration", "id") - 1 : count("FolderConfiguration", "parentId");
-    (removal.*takesOrLeaves)(subFolders, "sub-folder", "sub-folders");
-    (removal.*takesOrLeaves)(count("FileConfiguration", "folderConfigurationId"), "file", "files");
+    auto const takeOrLeave = [&](int rows, char const* singular, char const* plural) {
+        if (recursive)
+            removal.Takes(rows, singular, plural);
+        else
+            removal.Leaves(rows, singular, plural);
+    };
+    takeOrLeave(recursive ? count("FolderConfiguration", "id") - 1 : count("FolderConfiguration", "parentId"),
+                "sub-folder",
+                "sub-folders");
+    takeOrLeave(count("FileConfiguration", "folderConfigurationId"), "file", "files");
     removal.Leaves(count("GeneratedFileConfiguration", "folderConfigurationId"), "generated file", "generated files");
     removal.Leaves(count("BaseFileConfiguration", "folderConfigurationId"), "base file", "base files");
     removal.Leaves(count("Schedules", "folderConfigurationId"), "schedule", "schedules");

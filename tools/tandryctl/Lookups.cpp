@@ -73,6 +73,16 @@ QVector<FolderConfiguration> FindRoots(Session& session, std::optional<int> id)
     return roots;
 }
 
+QStringList NamesOfRoots(Session& session, std::function<bool(FolderConfiguration const&)> const& picks)
+{
+    QStringList names;
+    for (FolderConfiguration const& root : session.Read(session.folders().GetAllRootFolders())) {
+        if (picks(root))
+            names.append(Titled("root", root.getId(), root.getClientPath()));
+    }
+    return names;
+}
+
 QString NameOf(AuthenticationConfiguration const& account)
 {
     return account.getDomain().isEmpty() ? account.getUserName()

@@ -8,8 +8,10 @@
 #include "config/ServerConfiguration.h"
 
 #include <QString>
+#include <QStringList>
 #include <QVector>
 
+#include <functional>
 #include <optional>
 
 namespace tandryctl {
@@ -26,6 +28,9 @@ sync::config::ProductConfiguration FindProduct(Session& session, int id);
 
 /// The roots, or the one with this id; throws when there are none.
 QVector<sync::config::FolderConfiguration> FindRoots(Session& session, std::optional<int> id);
+
+/// The roots that a test picks, each with its id, for the question ahead of a removal.
+QStringList NamesOfRoots(Session& session, std::function<bool(sync::config::FolderConfiguration const&)> const& picks);
 
 /// For people: "domain\user" or the user alone, and a server's alias or else its URL.
 QString NameOf(sync::config::AuthenticationConfiguration const& account);

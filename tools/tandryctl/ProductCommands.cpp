@@ -13,6 +13,7 @@
 
 namespace tandryctl {
 
+using sync::config::FolderConfiguration;
 using sync::config::ProductConfiguration;
 
 namespace {
@@ -110,11 +111,13 @@ void RefuseDouble(Session& session, ProductConfiguration const& product, int ser
 ExitStatus Add(Session& session, Arguments const& arguments)
 {
     ProductConfiguration product;
+    if (arguments.secretFile)
+        product.setConsumerSecret(ReadSecret(*arguments.secretFile)); // may wait for someone to type
+    Bracket bracket(session);
     Fill(session, product, arguments);
     RefuseDouble(session, product, *arguments.server);
-    if (arguments.secretFile)
-        product.setConsumerSecret(ReadSecret(*arguments.secretFile));
     session.Wrote(session.products().Add(product));
+    bracket.Commit();
     session.output().Report(QStringLiteral("added ") + Title(product), ProductColumns(), Complete(session, product));
     return ExitStatus::Done;
 }
@@ -137,14 +140,17 @@ ExitStatus Show(Session& session, Arguments const& arguments)
 
 ExitStatus Update(Session& session, Arguments const& arguments)
 {
-    ProductConfiguration product = FindProduct(session, arguments.id);
-    Product const before = Complete(session, product);
-    Fill(session, product, arguments);
-    RefuseDouble(session, product, arguments.server.value_or(before.serverId.toInt()));
-    if (!product.getConsumerSecret().isEmpty())
+    if (ProductConfiguration const before = FindProduct(session, arguments.id); !before.getConsumerSecret().isEmpty())
         session.ConfirmRemoval(
-            QStringLiteral("the consumer secret of %1, as every update of a product does").arg(Title(product)));
+            QStringLiteral("the consumer secret of %1, as every update of a product does").arg(Title(before)));
+
+    Bracket bracket(session);
+    ProductConfiguration product = FindProduct(session, arguments.id);
+    int const serverId = Complete(session, product).serverId.toInt();
+    Fill(session, product, arguments);
+    RefuseDouble(session, product, arguments.server.value_or(serverId));
     session.Wrote(session.products().Update(product));
+    bracket.Commit();
     session.output().Report(QStringLiteral("updated ") + Title(product),
                             ProductColumns(),
                             Complete(session, FindProduct(session, arguments.id)));
@@ -159,7 +165,12 @@ ExitStatus Remove(Session& session, Arguments const& arguments)
         return session.Read(session.questions().CountNaming(table, "productConfigurationId", product.getId()));
     };
     Removal removal(Title(product));
-    removal.Leaves(countNaming("FolderConfiguration"), "folder", "folders");
+    removal.Leaves(countNaming("FolderConfiguration"),
+                   "folder",
+                   "folders",
+                   NamesOfRoots(session, [&](FolderConfiguration const& root) {
+                       return root.getProductConfigurationId() == product.getId();
+                   }));
     removal.Leaves(countNaming("FileConfiguration"), "file", "files");
     removal.Leaves(countNaming("GeneratedFileConfiguration"), "generated file", "generated files");
     removal.Leaves(countNaming("BaseFileConfiguration"), "base file", "base files");

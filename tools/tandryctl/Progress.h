@@ -16,7 +16,6 @@ public:
     ~Progress();
 
     void Advance(qint64 count = 1);
-    qint64 done() const { return _done; }
 
     /// What a line looks like; `elapsedMsec` since the start.
     static QString Line(QString const& activity, char const* unit, qint64 done, qint64 total, qint64 elapsedMsec);

@@ -4,6 +4,12 @@
 
 namespace tandryctl {
 
+namespace {
+
+constexpr int MostNames = 5;
+
+} // namespace
+
 Removal::Removal(QString const& titled)
     : _titled(titled)
 {}
@@ -14,11 +20,18 @@ void Removal::Takes(int count, char const* singular, char const* plural)
         _takes.append(Counted(count, singular, plural));
 }
 
-void Removal::Leaves(int count, char const* singular, char const* plural)
+void Removal::Leaves(int count, char const* singular, char const* plural, QStringList const& names)
 {
     if (count <= 0)
         return;
-    _leaves.append(Counted(count, singular, plural));
+    QString leaves = Counted(count, singular, plural);
+    if (!names.isEmpty()) {
+        QStringList named = names.mid(0, MostNames);
+        if (names.size() > MostNames)
+            named.append(QStringLiteral("%1 more").arg(names.size() - MostNames));
+        leaves += QStringLiteral(" (%1)").arg(Enumerated(named));
+    }
+    _leaves.append(leaves);
     _leftRows += count;
 }
 

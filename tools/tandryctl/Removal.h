@@ -15,12 +15,11 @@ public:
     /// Rows that go with it. Counts of zero or less are not mentioned.
     void Takes(int count, char const* singular, char const* plural);
 
-    /// Rows that stay and then point at nothing.
-    void Leaves(int count, char const* singular, char const* plural);
+    /// Rows that stay and then point at nothing; `names` says which, as far as they can be named.
+    void Leaves(int count, char const* singular, char const* plural, QStringList const& names = {});
 
-    bool leavesAny() const { return !_leaves.isEmpty(); }
-
-    /// "root 1 '/a' with 2 folders and 1 file from the store, leaving 1 schedule that belongs to nothing".
+    /// "root 1 '/a' with 2 folders and 1 file from the store, leaving 1 account (3 'anna') that
+    /// belongs to nothing".
     QString text() const;
 
 private:

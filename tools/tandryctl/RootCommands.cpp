@@ -44,6 +44,8 @@ ExitStatus AddRoot(Session& session, AddArguments const& arguments)
                       QStringLiteral("%1 is no directory; give one that exists").arg(Quoted(directory)));
     if (arguments.serverPath.isEmpty())
         throw Failure(ExitStatus::WrongUsage, QStringLiteral("the server path is empty; give one, such as /docs"));
+
+    Bracket bracket(session); // so that no other program records an overlapping root between the look and the write
     if (arguments.account)
         FindAccount(session, *arguments.account);
     if (auto const conflict = FindRootConflict(directory, session.Read(session.folders().GetAllRootFolders())))
@@ -61,6 +63,7 @@ ExitStatus AddRoot(Session& session, AddArguments const& arguments)
     if (arguments.account)
         root.setAuthenticationId(*arguments.account);
     session.Wrote(session.folders().Add(root));
+    bracket.Commit();
 
     session.output().Report(QStringLiteral("recorded %1; 'tandryctl scan %2' records what is in it")
                                 .arg(Titled("root", root.getId(), directory))

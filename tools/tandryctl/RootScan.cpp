@@ -84,11 +84,7 @@ void RootScan::_LoadRecorded()
     _files.reserve(files.size());
     for (FileConfiguration const& file : files) {
         if (!_files.contains(file.clientPath))
-            _files.insert(file.clientPath,
-                          {file.id,
-                           file.folderConfigurationId,
-                           file.size,
-                           file.lastModifiedDateTime.isValid() ? file.lastModifiedDateTime.toMSecsSinceEpoch() : -1});
+            _files.insert(file.clientPath, {file.id, file.folderConfigurationId, file.size, file.lastModifiedDateTime});
     }
 }
 
@@ -99,13 +95,11 @@ void RootScan::_ReadDisk()
     while (!open.empty()) {
         QString const path = std::move(open.back());
         open.pop_back();
-        _ReadDirectory(path, open);
-        progress.Advance(_counts.filesUnchanged + qint64(_plannedFiles.size() + _plannedLinks.size()) -
-                         progress.done());
+        progress.Advance(_ReadDirectory(path, open));
     }
 }
 
-void RootScan::_ReadDirectory(QString const& path, std::vector<QString>& open)
+qint64 RootScan::_ReadDirectory(QString const& path, std::vector<QString>& open)
 {
     DirectoryListing const listing = ListDirectory(path);
     _counts.linksToDirectories += listing.linksToDirectories;
@@ -121,6 +115,7 @@ void RootScan::_ReadDirectory(QString const& path, std::vector<QString>& open)
         _CompareFile(path, file);
     for (auto name = listing.directories.crbegin(); name != listing.directories.crend(); ++name)
         open.push_back(ChildPath(path, *name)); // the first name on top
+    return qint64(listing.files.size());
 }
 
 void RootScan::_CompareFolder(QString const& path, QString const& parent)
@@ -148,7 +143,7 @@ void RootScan::_CompareFile(QString const& folder, FileOnDisk const& file)
     known->onDisk = true;
     auto const knownFolder = _folders.constFind(folder);
     bool const isInPlace = knownFolder != _folders.constEnd() && knownFolder->id == known->folderId;
-    if (isInPlace && known->size == file.size && known->modifiedMsec == file.modifiedMsec)
+    if (isInPlace && known->size == file.size && known->modified == AsUtc(file.modifiedMsec))
         ++_counts.filesUnchanged;
     else
         planned.push_back({folder, file, *known});

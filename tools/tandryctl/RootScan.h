@@ -5,6 +5,7 @@
 #include "config/FileConfiguration.h"
 #include "config/FolderConfiguration.h"
 
+#include <QDateTime>
 #include <QHash>
 #include <QString>
 #include <QStringList>
@@ -63,7 +64,7 @@ private:
         int id;
         int folderId;
         qint64 size;
-        qint64 modifiedMsec;
+        QDateTime modified;
         bool onDisk = false;
     };
     struct PlannedFile
@@ -75,7 +76,8 @@ private:
 
     void _LoadRecorded();
     void _ReadDisk();
-    void _ReadDirectory(QString const& path, std::vector<QString>& open);
+    /// Returns how many files there are in it.
+    qint64 _ReadDirectory(QString const& path, std::vector<QString>& open);
     void _CompareFolder(QString const& path, QString const& parent);
     void _CompareFile(QString const& folder, FileOnDisk const& file);
     void _PlanPruning();

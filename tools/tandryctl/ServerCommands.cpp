@@ -12,6 +12,8 @@
 
 namespace tandryctl {
 
+using sync::config::AuthenticationConfiguration;
+using sync::config::ProductConfiguration;
 using sync::config::ServerConfiguration;
 
 namespace {
@@ -68,8 +70,10 @@ ExitStatus Add(Session& session, Arguments const& arguments)
     if (server.getDavUrl().isEmpty() && server.getWebServiceUrl().isEmpty())
         throw Failure(ExitStatus::WrongUsage,
                       QStringLiteral("a server needs a URL; give --dav-url, --web-service-url or both"));
+    Bracket bracket(session);
     RefuseDouble(session, server);
     session.Wrote(session.servers().Add(server));
+    bracket.Commit();
     session.output().Report(QStringLiteral("added ") + Title(server), ServerColumns(), server);
     return ExitStatus::Done;
 }
@@ -87,12 +91,34 @@ ExitStatus Show(Session& session, Arguments const& arguments)
 
 ExitStatus Update(Session& session, Arguments const& arguments)
 {
+    Bracket bracket(session);
     ServerConfiguration server = FindServer(session, arguments.id);
     Fill(server, arguments);
     RefuseDouble(session, server);
     session.Wrote(session.servers().Update(server));
+    bracket.Commit();
     session.output().Report(QStringLiteral("updated ") + Title(server), ServerColumns(), server);
     return ExitStatus::Done;
+}
+
+QStringList NamesOfAccounts(Session& session, int serverId)
+{
+    QStringList names;
+    for (AuthenticationConfiguration const& account : session.Read(session.accounts().GetAll())) {
+        if (account.getServerId() == serverId)
+            names.append(Titled("account", account.getId(), NameOf(account)));
+    }
+    return names;
+}
+
+QStringList NamesOfProducts(Session& session, int serverId)
+{
+    QStringList names;
+    for (ProductConfiguration const& product : session.Read(session.products().GetAll())) {
+        if (session.Read(session.questions().ServerOfProduct(product.getId())) == serverId)
+            names.append(Titled("product", product.getId(), product.getName()));
+    }
+    return names;
 }
 
 ExitStatus Remove(Session& session, Arguments const& arguments)
@@ -102,8 +128,10 @@ ExitStatus Remove(Session& session, Arguments const& arguments)
     auto const countNaming = [&](char const* table) {
         return session.Read(session.questions().CountNaming(table, "serverId", server.getId()));
     };
-    removal.Leaves(countNaming("AuthenticationConfiguration"), "account", "accounts");
-    removal.Leaves(countNaming("ProductConfiguration"), "product", "products");
+    removal.Leaves(
+        countNaming("AuthenticationConfiguration"), "account", "accounts", NamesOfAccounts(session, server.getId()));
+    removal.Leaves(
+        countNaming("ProductConfiguration"), "product", "products", NamesOfProducts(session, server.getId()));
     session.ConfirmRemoval(removal.text());
     session.Wrote(session.servers().Remove(server.getId()));
     session.output().Report(QStringLiteral("removed ") + removal.text(), ServerColumns(), server);

@@ -8,10 +8,21 @@ namespace {
 
 ExitStatus Init(Session& session)
 {
-    session.output().Line(
-        session.isNew()
-            ? QStringLiteral("made the store %1").arg(Quoted(session.storePath()))
-            : QStringLiteral("the store %1 is there already; nothing was changed").arg(Quoted(session.storePath())));
+    struct Store
+    {
+        QString path;
+        bool made;
+    };
+    static Columns<Store> const columns{
+        {"store", Shown::Always, [](Store const& store) { return store.path; }},
+        {"made", Shown::Always, [](Store const& store) { return store.made; }},
+    };
+    QString const path = Quoted(session.storePath());
+    session.output().Report(session.isNew()
+                                ? QStringLiteral("made the store ") + path
+                                : QStringLiteral("the store %1 is there already; nothing was changed").arg(path),
+                            columns,
+                            Store{session.storePath(), session.isNew()});
     return ExitStatus::Done;
 }
 
