@@ -157,7 +157,7 @@ Failure SqliteConnection::Configure(bool firstOfStore)
 
     int code = Execute(handle, Settings);
     if (code == SQLITE_OK) {
-        bool const usesLog = QueryText(handle, "PRAGMA journal_mode") == "wal";
+        bool const usesLog = _stamp || QueryText(handle, "PRAGMA journal_mode") == "wal";
         _journalMode = usesLog ? JournalMode::WriteAheadLog : JournalMode::Rollback;
         code = Execute(handle, usesLog ? DurableWithLog : DurableWithJournal);
     }
@@ -171,6 +171,8 @@ Failure SqliteConnection::Configure(bool firstOfStore)
     if (*version > schema::Version)
         return Refuse(SQLITE_CANTOPEN, schema::NewerVersion(*version));
     if (firstOfStore) {
+        if (Failure failure = _store->file().CheckLength(handle))
+            return failure;
         if (Failure failure = schema::Check(handle, _store->file().path()))
             return failure;
     }

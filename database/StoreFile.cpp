@@ -221,13 +221,36 @@ Failure StoreFile::CheckHeader() const
         return MakeError(_path,
                          SQLITE_NOTADB,
                          QStringLiteral("the file begins with zeros: a store never does, so what was in it got lost"));
-    if (!header.isSqlite())
+    if (status.st_size < Header::Size || !header.isSqlite())
         return MakeError(_path, SQLITE_NOTADB, QStringLiteral("the file is no SQLite database"));
     if (header.applicationId() != schema::ApplicationId)
         return MakeError(_path, SQLITE_NOTADB, QStringLiteral("the database belongs to another application"));
     if (header.version() > schema::Version)
         return MakeError(_path, SQLITE_CANTOPEN, schema::NewerVersion(header.version()));
     return {};
+}
+
+Failure StoreFile::CheckLength(sqlite3* handle) const
+{
+    // While the statement stands on its row, nobody can change the file by way of a journal.
+    StatementHandle counting;
+    int code = PrepareOwn(handle, "SELECT page_count * page_size FROM pragma_page_count, pragma_page_size", counting);
+    if (code == SQLITE_OK)
+        code = sqlite3_step(counting.get());
+    sqlite3_int64 size = 0;
+    sqlite3_file* file = nullptr;
+    if (code == SQLITE_ROW)
+        code = sqlite3_file_control(handle, "main", SQLITE_FCNTL_FILE_POINTER, &file);
+    if (code == SQLITE_OK)
+        code = file->pMethods->xFileSize(file, &size);
+    if (code != SQLITE_OK)
+        return DescribeError(handle, code, _path);
+
+    struct stat log = {};
+    bool const mayBeInLog = ::stat(_logName.constData(), &log) == 0 && log.st_size > 0;
+    if (mayBeInLog || size >= sqlite3_column_int64(counting.get(), 0))
+        return {};
+    return MakeError(_path, SQLITE_CORRUPT, QStringLiteral("the store is damaged (the file's end is missing)"));
 }
 
 Failure StoreFile::OpenForReading(SqliteHandle& handle, std::optional<FileStamp>& stamp) const

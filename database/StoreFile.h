@@ -64,6 +64,8 @@ public:
 
     /// Why the file can be no store that this version opens, as far as its header shows. Changes nothing.
     Failure CheckHeader() const;
+    /// Whether the end of the file is missing, as far as it can't be in the log. The engine overlooks less than a page.
+    Failure CheckLength(sqlite3* handle) const;
 
     /// Makes a store under another name and puts it in place. Succeeds as well when somebody else's got there first.
     Failure Make(JournalMode mode) const;

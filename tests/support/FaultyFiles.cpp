@@ -2,6 +2,7 @@
 
 #include <sqlite3.h>
 
+#include <functional>
 #include <mutex>
 #include <set>
 #include <utility>
@@ -20,6 +21,7 @@ struct Plan
     bool forGood = false;
     int count = 0;
     bool hit = false;
+    std::function<void()> watcher;
     bool limited = false;
     qint64 room = 0;
     bool sharedMemory = true;
@@ -34,14 +36,19 @@ Plan& ThePlan()
 int Ask(FileOperation operation)
 {
     Plan& plan = ThePlan();
-    std::lock_guard<std::mutex> const lock(plan.mutex);
+    std::unique_lock<std::mutex> lock(plan.mutex);
     if (plan.operations.count(operation) == 0)
         return SQLITE_OK;
     ++plan.count;
     if (plan.failAt == 0 || plan.count < plan.failAt || (plan.count > plan.failAt && !plan.forGood))
         return SQLITE_OK;
     plan.hit = true;
-    return plan.code;
+    int const code = plan.code;
+    std::function<void()> const watcher = std::exchange(plan.watcher, nullptr);
+    lock.unlock();
+    if (watcher)
+        watcher(); // which may use the files itself
+    return code;
 }
 
 /// Takes room for growth, or gives some back.
@@ -279,6 +286,14 @@ void FaultyFiles::Fail(int n, int code, std::initializer_list<FileOperation> ope
     plan.forGood = forGood;
     plan.count = 0;
     plan.hit = false;
+    plan.watcher = nullptr;
+}
+
+void FaultyFiles::WatchFailure(std::function<void()> watcher)
+{
+    Plan& plan = ThePlan();
+    std::lock_guard<std::mutex> const lock(plan.mutex);
+    plan.watcher = std::move(watcher);
 }
 
 bool FaultyFiles::Recover()
@@ -286,6 +301,7 @@ bool FaultyFiles::Recover()
     Plan& plan = ThePlan();
     std::lock_guard<std::mutex> const lock(plan.mutex);
     plan.failAt = 0;
+    plan.watcher = nullptr;
     plan.limited = false;
     return std::exchange(plan.hit, false);
 }
@@ -308,7 +324,9 @@ void FaultyFiles::SetRoom(qint64 bytes)
 
 void FaultyFiles::RefuseSharedMemory()
 {
-    ThePlan().sharedMemory = false;
+    Plan& plan = ThePlan();
+    std::lock_guard<std::mutex> const lock(plan.mutex);
+    plan.sharedMemory = false;
 }
 
 } // namespace tandry::test

@@ -18,7 +18,14 @@ namespace tandry::test {
 class RawStore
 {
 public:
-    explicit RawStore(QString const& path);
+    /// What happens, when it is closed, to a log that a program left behind.
+    enum Closing
+    {
+        WorkingOffLog,
+        LeavingLog,
+    };
+
+    explicit RawStore(QString const& path, Closing closing = WorkingOffLog);
     ~RawStore();
     RawStore(RawStore const&) = delete;
     RawStore& operator=(RawStore const&) = delete;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "database/SqliteDatabaseFactory.h"
+#include "support/QtPrinters.h"
 #include "support/RawStore.h"
 
 #include <gtest/gtest.h>
@@ -8,6 +9,7 @@
 #include <QTemporaryDir>
 
 #include <memory>
+#include <string>
 
 namespace tandry::test {
 
@@ -59,14 +61,17 @@ protected:
     bool UsesLog() const { return GetParam() == sync::database::JournalMode::WriteAheadLog; }
 };
 
+inline std::string NameOfJournalMode(testing::TestParamInfo<sync::database::JournalMode> const& mode)
+{
+    return mode.param == sync::database::JournalMode::WriteAheadLog ? "Log" : "Journal";
+}
+
 } // namespace tandry::test
 
 /// Runs a suite derived from `EachJournalMode` in both modes.
 #define TANDRY_IN_EACH_JOURNAL_MODE(Suite)                                                                             \
     INSTANTIATE_TEST_SUITE_P(                                                                                          \
-        Each,                                                                                                          \
+        With,                                                                                                          \
         Suite,                                                                                                         \
         testing::Values(sync::database::JournalMode::WriteAheadLog, sync::database::JournalMode::Rollback),            \
-        [](auto const& parameter) {                                                                                    \
-            return parameter.param == sync::database::JournalMode::WriteAheadLog ? "Log" : "Journal";                  \
-        })
+        tandry::test::NameOfJournalMode)

@@ -1,0 +1,249 @@
+#include "database/SqliteDatabaseFactory.h"
+#include "interf/IQSqlDatabaseWrapper.h"
+#include "support/ChildProcess.h"
+#include "support/FaultyFiles.h"
+#include "support/FolderContents.h"
+#include "support/QtPrinters.h"
+#include "support/Queries.h"
+#include "support/RawStore.h"
+
+#include <gtest/gtest.h>
+#include <sqlite3.h>
+
+#include <QDir>
+#include <QFileInfo>
+#include <QTemporaryDir>
+
+#include <atomic>
+#include <memory>
+#include <thread>
+#include <vector>
+
+#include <sys/stat.h>
+
+namespace {
+
+using namespace tandry::test;
+using sync::database::JournalMode;
+using sync::database::OpenOptions;
+using sync::database::SqliteDatabaseFactory;
+
+class StoreCreation : public testing::Test
+{
+protected:
+    QString Path() const { return folder.filePath(QStringLiteral("store.db")); }
+    QStringList Files() const { return FolderContents(folder.path()).keys(); }
+
+    static mode_t ModeOf(QString const& path)
+    {
+        struct stat status = {};
+        EXPECT_EQ(::stat(path.toUtf8().constData(), &status), 0) << path.toStdString();
+        return status.st_mode & 07777;
+    }
+
+    QTemporaryDir folder;
+    QString error;
+};
+
+TEST_F(StoreCreation, NewStoreIsWholeAndMarked)
+{
+    ASSERT_NE(SqliteDatabaseFactory::Open(Path(), &error), nullptr) << error.toStdString();
+    EXPECT_EQ(Files(), QStringList{QStringLiteral("store.db")});
+    RawStore raw(Path());
+    EXPECT_EQ(raw.Value(QStringLiteral("PRAGMA integrity_check")).toString(), QStringLiteral("ok"));
+    EXPECT_EQ(raw.Value(QStringLiteral("PRAGMA user_version")).toInt(), 1);
+    EXPECT_NE(raw.Value(QStringLiteral("PRAGMA application_id")).toInt(), 0);
+    EXPECT_EQ(raw.Value(QStringLiteral("PRAGMA encoding")).toString(), QStringLiteral("UTF-8"));
+    EXPECT_EQ(raw.Value(QStringLiteral("PRAGMA journal_mode")).toString(), QStringLiteral("wal"));
+}
+
+TEST_F(StoreCreation, ConnectionsAreSetForSafety)
+{
+    OpenOptions rollback;
+    rollback.journalMode = JournalMode::Rollback;
+    auto const withLog = SqliteDatabaseFactory::Open(Path());
+    auto const withJournal =
+        SqliteDatabaseFactory::Open(folder.filePath(QStringLiteral("other.db")), nullptr, rollback);
+    for (auto const& store : {withLog, withJournal}) {
+        ASSERT_NE(store, nullptr);
+        EXPECT_EQ(Single(*store, QStringLiteral("PRAGMA secure_delete")).toInt(), 1);
+        EXPECT_GT(Single(*store, QStringLiteral("PRAGMA wal_autocheckpoint")).toInt(), 0);
+        EXPECT_GT(Single(*store, QStringLiteral("PRAGMA journal_size_limit")).toInt(), 0);
+        EXPECT_EQ(Single(*store, QStringLiteral("PRAGMA trusted_schema")).toInt(), 0);
+        EXPECT_EQ(Single(*store, QStringLiteral("PRAGMA busy_timeout")).toInt(), 5000);
+        EXPECT_FALSE(Execute(*store, QStringLiteral("SELECT load_extension('x')")));
+        EXPECT_FALSE(Execute(*store, QStringLiteral("UPDATE sqlite_schema SET sql = ''")));
+        store->ClearError();
+    }
+    EXPECT_EQ(Single(*withLog, QStringLiteral("PRAGMA synchronous")).toInt(), 2) << "FULL";
+    EXPECT_EQ(Single(*withJournal, QStringLiteral("PRAGMA synchronous")).toInt(), 3) << "EXTRA: the folder as well";
+    EXPECT_EQ(withJournal->journalMode(), JournalMode::Rollback);
+}
+
+TEST_F(StoreCreation, FilesBelongToTheirOwnerAloneWhateverTheMask)
+{
+    for (JournalMode const journalMode : {JournalMode::WriteAheadLog, JournalMode::Rollback}) {
+        for (mode_t const mask : {mode_t(0), mode_t(0777)}) {
+            QTemporaryDir place;
+            QString const path = place.filePath(QStringLiteral("store.db"));
+            EXPECT_EQ(InChildProcess([&] {
+                          ::umask(mask);
+                          OpenOptions options;
+                          options.journalMode = journalMode;
+                          auto const store = SqliteDatabaseFactory::Open(path, &error, options);
+                          if (store == nullptr || !store->CreateDatabase()->transaction() ||
+                              !AddServer(*store, QStringLiteral("a")))
+                              return 1;
+                          Crash();
+                      }),
+                      -SIGKILL);
+            QStringList const files = FolderContents(place.path()).keys();
+            EXPECT_EQ(files.size(), journalMode == JournalMode::WriteAheadLog ? 3 : 2)
+                << files.join(QLatin1Char(' ')).toStdString();
+            for (QString const& file : files)
+                EXPECT_EQ(ModeOf(place.filePath(file)), 0600u) << file.toStdString() << " with mask " << mask;
+        }
+    }
+}
+
+TEST_F(StoreCreation, FilesBelongToTheirOwnerFromTheirFirstByteOn)
+{
+    mode_t const before = ::umask(0);
+    {
+        FaultyFiles files;
+        // At every write and flush that it takes to make a store, and to write to it for the first time.
+        for (int n = 1;; ++n) {
+            QTemporaryDir place;
+            files.Fail(n, SQLITE_IOERR, {FileOperation::Write, FileOperation::Sync});
+            files.WatchFailure([&] {
+                for (QString const& file : FolderContents(place.path()).keys())
+                    EXPECT_EQ(ModeOf(place.filePath(file)), 0600u) << file.toStdString();
+            });
+            if (auto const store = SqliteDatabaseFactory::Open(place.filePath(QStringLiteral("store.db"))))
+                static_cast<void>(AddServer(*store, QStringLiteral("a")));
+            if (!files.Recover())
+                break;
+        }
+    }
+    ::umask(before);
+}
+
+TEST_F(StoreCreation, FaultWhileAStoreIsMadeLeavesNothing)
+{
+    FaultyFiles files;
+    int faults = 0;
+    for (int code : {SQLITE_IOERR_WRITE, SQLITE_FULL, SQLITE_NOMEM, SQLITE_CANTOPEN}) {
+        for (int n = 1;; ++n) {
+            files.Fail(n,
+                       code,
+                       {FileOperation::Open,
+                        FileOperation::Write,
+                        FileOperation::Sync,
+                        FileOperation::Truncate,
+                        FileOperation::Lock,
+                        FileOperation::MapMemory},
+                       true);
+            auto store = SqliteDatabaseFactory::Open(Path(), &error);
+            if (!files.Recover()) {
+                ASSERT_NE(store, nullptr) << error.toStdString();
+                store.reset();
+                ASSERT_TRUE(QFile::remove(Path()));
+                break;
+            }
+            ++faults;
+            ASSERT_EQ(store, nullptr) << "fault " << n;
+            // Once in place it is a whole store, whatever happened to the connection.
+            QStringList const left = Files();
+            if (!left.isEmpty()) {
+                ASSERT_EQ(left.first(), QStringLiteral("store.db"))
+                    << left.join(QLatin1Char(' ')).toStdString() << " after " << n;
+                ASSERT_NE(SqliteDatabaseFactory::Open(Path(), &error), nullptr) << error.toStdString();
+                ASSERT_TRUE(QFile::remove(Path()));
+            }
+        }
+    }
+    EXPECT_GT(faults, 40);
+}
+
+TEST_F(StoreCreation, PlaceThatRefusesALogGetsAJournal)
+{
+    FaultyFiles files;
+    files.RefuseSharedMemory();
+    auto const store = SqliteDatabaseFactory::Open(Path(), &error);
+    ASSERT_NE(store, nullptr) << error.toStdString();
+    EXPECT_EQ(store->journalMode(), JournalMode::Rollback);
+    EXPECT_TRUE(AddServer(*store, QStringLiteral("a")));
+    EXPECT_EQ(Files(), QStringList{QStringLiteral("store.db")});
+}
+
+TEST_F(StoreCreation, StoreWithALogThatComesToAPlaceWithoutGoesOverToAJournal)
+{
+    ASSERT_TRUE(AddServer(*SqliteDatabaseFactory::Open(Path(), &error), QStringLiteral("a")));
+    FaultyFiles files;
+    files.RefuseSharedMemory();
+    auto const store = SqliteDatabaseFactory::Open(Path(), &error);
+    ASSERT_NE(store, nullptr) << error.toStdString();
+    EXPECT_EQ(store->journalMode(), JournalMode::Rollback);
+    EXPECT_EQ(CountServers(*store), 1);
+    EXPECT_TRUE(AddServer(*store, QStringLiteral("b")));
+}
+
+TEST_F(StoreCreation, StoreThatAppearsMeanwhileIsNotReplaced)
+{
+    // The other store comes when this one is about to be flushed for the last time, under its temporary name.
+    FaultyFiles files;
+    files.Fail(1, SQLITE_OK, {FileOperation::Sync});
+    files.WatchFailure([&] {
+        files.Fail(0, SQLITE_OK, {});
+        EXPECT_TRUE(AddServer(*SqliteDatabaseFactory::Open(Path()), QStringLiteral("the other's")));
+    });
+    auto const store = SqliteDatabaseFactory::Open(Path(), &error);
+    ASSERT_NE(store, nullptr) << error.toStdString();
+    EXPECT_EQ(Column(*store, QStringLiteral("SELECT alias FROM ServerConfiguration")),
+              std::vector<QVariant>{QStringLiteral("the other's")});
+}
+
+TEST_F(StoreCreation, ProcessesThatMakeTheSameStoreAtOnceAllGetIt)
+{
+    constexpr int Processes = 8;
+    for (int round = 0; round < 5; ++round) {
+        QTemporaryDir place;
+        QString const path = place.filePath(QStringLiteral("store.db"));
+        std::vector<std::unique_ptr<ChildProcess>> children;
+        for (int child = 0; child < Processes; ++child) {
+            children.push_back(std::make_unique<ChildProcess>([&] {
+                auto store = SqliteDatabaseFactory::Open(path);
+                bool const added = store != nullptr && AddServer(*store, QStringLiteral("a"));
+                store.reset();
+                return added ? 0 : 1;
+            }));
+        }
+        for (auto const& child : children)
+            EXPECT_EQ(child->Wait(), 0);
+        EXPECT_EQ(FolderContents(place.path()).keys(), QStringList{QStringLiteral("store.db")});
+        RawStore raw(path);
+        EXPECT_EQ(raw.Count(QStringLiteral("ServerConfiguration")), Processes);
+        EXPECT_EQ(raw.Count(QStringLiteral("Schedules")), 1);
+        EXPECT_EQ(raw.Value(QStringLiteral("PRAGMA integrity_check")).toString(), QStringLiteral("ok"));
+    }
+}
+
+TEST_F(StoreCreation, ThreadsThatMakeTheSameStoreAtOnceAllGetIt)
+{
+    constexpr int Threads = 8;
+    std::atomic<int> added{0};
+    std::vector<std::thread> threads;
+    for (int thread = 0; thread < Threads; ++thread) {
+        threads.emplace_back([&] {
+            auto const store = SqliteDatabaseFactory::Open(Path());
+            if (store != nullptr && AddServer(*store, QStringLiteral("a")))
+                ++added;
+        });
+    }
+    for (std::thread& thread : threads)
+        thread.join();
+    EXPECT_EQ(added, Threads);
+    EXPECT_EQ(RawStore(Path()).Count(QStringLiteral("ServerConfiguration")), Threads);
+}
+
+} // namespace
