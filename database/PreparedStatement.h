@@ -31,6 +31,7 @@ public:
     Prepare(sqlite3* handle, QString const& text, bool stays, Refusal& refusal);
 
     QString const& text() const { return _text; }
+    bool isOf(sqlite3* handle) const noexcept { return sqlite3_db_handle(_handle.get()) == handle; }
     /// Whether the statement only reads.
     bool isReading() const { return _reading; }
 

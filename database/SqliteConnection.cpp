@@ -52,6 +52,7 @@ SqliteConnection::SqliteConnection(std::shared_ptr<SqliteStore> store)
 
 SqliteConnection::~SqliteConnection()
 {
+    DropOutdated();
     Disconnect(); // the engine rolls back a bracket that was left open
 }
 
@@ -86,12 +87,14 @@ Failure SqliteConnection::OpenFor(bool firstOfStore)
         failure = _store->CheckUnmoved();
     if (failure)
         Disconnect();
+    else
+        _cache = std::make_unique<StatementCache>();
     return failure;
 }
 
 void SqliteConnection::Disconnect() noexcept
 {
-    _cache.Clear();
+    _cache.reset();
     _begin.reset();
     _commit.reset();
     _rollback.reset();
@@ -225,17 +228,33 @@ int SqliteConnection::Authorize(
 /// A file that is read as if nobody wrote it is opened anew when somebody did.
 Failure SqliteConnection::RefreshReading()
 {
-    if (!_stamp || _cache.hasLeases() || _store->file().Stamp() == _stamp)
+    DropOutdated();
+    if (!_stamp || _store->file().Stamp() == _stamp)
         return {};
+    if (_cache->hasLeases())
+        _outdated.push_back({std::move(_handle), std::move(_cache)});
     Disconnect();
     return Open();
 }
 
-Failure SqliteConnection::CheckUnchanged()
+void SqliteConnection::DropOutdated() noexcept
 {
-    if (!_stamp || _store->file().Stamp() == _stamp)
+    for (auto reading = _outdated.begin(); reading != _outdated.end();) {
+        if (reading->cache->hasLeases()) {
+            ++reading;
+            continue;
+        }
+        reading->cache.reset();
+        LockKeeper::Close(_store->identity(), std::move(reading->handle));
+        reading = _outdated.erase(reading);
+    }
+}
+
+Failure SqliteConnection::CheckUnchanged(PreparedStatement const& statement) const
+{
+    if (!_store->isReadOnly() || (statement.isOf(_handle.get()) && (!_stamp || _store->file().Stamp() == _stamp)))
         return {};
-    return Refuse(SQLITE_BUSY_SNAPSHOT, QStringLiteral("the store was changed while it was being read"));
+    return Refuse(SQLITE_BUSY_SNAPSHOT, QStringLiteral("the store was changed while it was being read"), &statement);
 }
 
 /// The log must be there too: what is written to one that was removed is lost for all others.
@@ -257,7 +276,7 @@ Failure SqliteConnection::Prepare(QString const& text, StatementLease& statement
         return failure;
     }
     Refusal refusal;
-    statement = _cache.Take(_handle.get(), text, refusal);
+    statement = _cache->Take(_handle.get(), text, refusal);
     if (statement != nullptr)
         return {};
     if (!refusal.words.isEmpty())
@@ -284,7 +303,7 @@ Failure SqliteConnection::Advance(PreparedStatement& statement, bool& hasRow)
     int const code = statement.Step();
     if (code == SQLITE_ROW || code == SQLITE_DONE) {
         hasRow = code == SQLITE_ROW;
-        Failure failure = CheckUnchanged();
+        Failure failure = CheckUnchanged(statement);
         if (failure)
             statement.Reset();
         return failure;

@@ -11,6 +11,7 @@
 #include <memory>
 #include <optional>
 #include <thread>
+#include <vector>
 
 namespace sync::database {
 
@@ -78,6 +79,13 @@ private:
         LostBracket,
     };
 
+    /// A look at a file that has changed since, which queries still hold statements of.
+    struct OutdatedReading
+    {
+        SqliteHandle handle;
+        std::unique_ptr<StatementCache> cache;
+    };
+
     Failure CheckUsable() const;
     Failure OpenFor(bool firstOfStore);
     Failure OpenForWriting(bool firstOfStore);
@@ -87,7 +95,8 @@ private:
     Failure PrepareOwnStatements();
     void Disconnect() noexcept;
     Failure RefreshReading();
-    Failure CheckUnchanged();
+    Failure CheckUnchanged(PreparedStatement const& statement) const;
+    void DropOutdated() noexcept;
 
     Failure Write(PreparedStatement& statement, RunResult& result);
     Failure BeginScope();
@@ -109,10 +118,11 @@ private:
     StatementHandle _begin;
     StatementHandle _commit;
     StatementHandle _rollback;
-    StatementCache _cache; // goes before the handle
+    std::unique_ptr<StatementCache> _cache; // goes before the handle
     JournalMode _journalMode = JournalMode::WriteAheadLog;
     std::optional<FileIdentity> _log;
     std::optional<FileStamp> _stamp; // of a file that is read as if nobody wrote it
+    std::vector<OutdatedReading> _outdated;
 
     Transaction _transaction = Transaction::None;
     qint64 _changesAtBegin = 0;

@@ -1,7 +1,6 @@
 #include "database/StatementCache.h"
 
 #include <algorithm>
-#include <iterator>
 #include <utility>
 
 namespace sync::database {
@@ -77,13 +76,6 @@ void StatementCache::TakeBack(PreparedStatement* statement) noexcept
     }
     statement->Clear();
     entry->inUse = false;
-}
-
-void StatementCache::Clear() noexcept
-{
-    _recent.fill(nullptr);
-    for (auto entry = _entries.begin(); entry != _entries.end();)
-        entry = entry->second.inUse ? std::next(entry) : _entries.erase(entry);
 }
 
 } // namespace sync::database

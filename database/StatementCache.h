@@ -29,9 +29,6 @@ public:
     /// Whether somebody holds a statement.
     bool hasLeases() const { return _leases > 0; }
 
-    /// Finalizes all statements that nobody holds.
-    void Clear() noexcept;
-
 private:
     struct Entry
     {
