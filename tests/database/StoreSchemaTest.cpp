@@ -1,0 +1,166 @@
+#include "support/Queries.h"
+#include "support/StatementList.h"
+#include "support/StoreFixture.h"
+
+#include <sqlite3.h>
+
+#include <QMap>
+#include <QRegularExpression>
+#include <QSet>
+
+namespace {
+
+using namespace tandry::test;
+
+constexpr char const* FileTable =
+    "id integer, folderConfigurationId integer, name text, clientPath text, serverPath text, checkSum text, "
+    "createdDateTime datetime, lastModifiedDateTime datetime, syncStatus integer, lastOperationType integer, "
+    "size integer, nameValueProperties text, lastOperationTime datetime, rootFolderId integer, syncOption integer, "
+    "parentFileId integer, fileType integer, ownerId text, privileges integer, productConfigurationId integer, "
+    "serverFileId text, serverFileVersionId text, checkSumMD5 text, fileLinks text";
+
+/// Every table with its columns in their order, and what they hold.
+QMap<QString, QString> ExpectedTables()
+{
+    return {{"ServerConfiguration"_q,
+             "id integer, alias text, davUrl text, webServiceUrl text, nameValueProperties text, "
+             "binaryDiffEncoder text"_q},
+            {"AuthenticationConfiguration"_q,
+             "id integer, domain text, domainId text, userName text, encryptedPassword text, "
+             "nameValueProperties text, serverId integer"_q},
+            {"ProductConfiguration"_q,
+             "id integer, name text, consumerKey text, consumerSecret text, serverId integer, "
+             "nameValueProperties text"_q},
+            {"FolderConfiguration"_q,
+             "id integer, authenticationId integer, name text, remoteShortKey text, remoteLongKey text, "
+             "clientPath text, serverPath text, syncStatus integer, nameValueProperties text, parentId integer, "
+             "lastOperationTime datetime, lastSyncTime datetime, folderOption integer, lastOperationType integer, "
+             "syncDriveType integer, rootId integer, syncOption integer, ownerId text, privileges integer, "
+             "serverRoot text, productConfigurationId integer, serverFolderId text"_q},
+            {"FileConfiguration"_q, QString::fromLatin1(FileTable)},
+            {"GeneratedFileConfiguration"_q, QString::fromLatin1(FileTable)},
+            {"BaseFileConfiguration"_q, QString::fromLatin1(FileTable)},
+            {"Schedules"_q,
+             "id integer, folderConfigurationId integer, startTime datetime, expireTime datetime, "
+             "syncScheduleType integer, syncInterval integer"_q}};
+}
+
+class StoreSchema : public StoreFixture
+{
+protected:
+    /// What the engine says about how it would run a statement.
+    QStringList Plan(QString const& statement)
+    {
+        QStringList steps;
+        for (QVector<QVariant> const& row : RawStore(StorePath()).Rows("EXPLAIN QUERY PLAN "_q + statement))
+            steps.append(row.value(3).toString());
+        return steps;
+    }
+};
+
+TEST_F(StoreSchema, HasTheEightTablesWithTheirColumnsInOrder)
+{
+    RawStore raw(StorePath());
+    QMap<QString, QString> tables;
+    for (QVector<QVariant> const& table :
+         raw.Rows("SELECT name FROM sqlite_schema WHERE type = 'table' AND name NOT LIKE 'sqlite_%'"_q)) {
+        QStringList columns;
+        for (QVector<QVariant> const& column :
+             raw.Rows("SELECT name, lower(type) FROM pragma_table_info('%1') ORDER BY cid"_q.arg(table[0].toString())))
+            columns.append(column[0].toString() + QLatin1Char(' ') + column[1].toString());
+        tables.insert(table[0].toString(), columns.join(", "_q));
+    }
+    EXPECT_EQ(tables, ExpectedTables());
+}
+
+TEST_F(StoreSchema, BeginsWithTheDefaultScheduleAlone)
+{
+    RawStore raw(StorePath());
+    QMap<QString, QString> const tables = ExpectedTables();
+    for (QString const& table : tables.keys())
+        EXPECT_EQ(raw.Count(table), table == "Schedules"_q ? 1 : 0) << table.toStdString();
+    std::vector<QVector<QVariant>> const rows = raw.Rows(
+        "SELECT folderConfigurationId, startTime, expireTime, syncScheduleType, syncInterval FROM Schedules"_q);
+    ASSERT_EQ(rows.size(), 1u);
+    EXPECT_EQ(rows.front(), (QVector<QVariant>{0LL, QVariant(), QVariant(), 0LL, 30LL}));
+}
+
+TEST_F(StoreSchema, StatementsWithAWhereClauseFindTheirRowsByAnIndex)
+{
+    int seen = 0;
+    for (QString const& statement : ListedStatements()) {
+        if (!statement.contains("WHERE"_q))
+            continue;
+        QString const plan = Plan(statement).join("; "_q);
+        // No index helps to find what is on none of a list's numbers.
+        bool const excludes = statement.contains("NOT IN"_q);
+        EXPECT_EQ(plan.contains("SCAN"_q), excludes) << statement.toStdString() << ": " << plan.toStdString();
+        ++seen;
+    }
+    EXPECT_GT(seen, 50);
+}
+
+TEST_F(StoreSchema, RowsInAFixedOrderComeFromTheIndexInThatOrder)
+{
+    int seen = 0;
+    for (QString const& statement : ListedStatements()) {
+        bool const fixed = statement.endsWith("WHERE parentId = :parentId ORDER BY name"_q) ||
+                           statement.endsWith("syncStatus = :syncStatus ORDER BY name"_q) ||
+                           statement.endsWith("parentFileId = :parentFileId ORDER BY id"_q);
+        if (!fixed)
+            continue;
+        QString const plan = Plan(statement).join("; "_q);
+        EXPECT_FALSE(plan.contains("TEMP B-TREE"_q)) << statement.toStdString() << ": " << plan.toStdString();
+        ++seen;
+    }
+    EXPECT_EQ(seen, 3);
+}
+
+TEST_F(StoreSchema, EveryIndexServesAStatement)
+{
+    QSet<QString> used;
+    QRegularExpression const index("USING (?:COVERING )?INDEX (\\w+)"_q);
+    for (QString const& statement : ListedStatements()) {
+        for (QString const& step : Plan(statement))
+            used.insert(index.match(step).captured(1));
+    }
+    used.remove(QString());
+
+    QSet<QString> made;
+    for (QVector<QVariant> const& row :
+         RawStore(StorePath()).Rows("SELECT name FROM sqlite_schema WHERE type = 'index'"_q))
+        made.insert(row[0].toString());
+    EXPECT_EQ(used, made);
+}
+
+TEST_F(StoreSchema, IdsAreNeverGivenTwice)
+{
+    QMap<QString, QString> const tables = ExpectedTables();
+    QString const insert = "INSERT INTO %1 (id) VALUES (NULL)"_q;
+    QMap<QString, int> last;
+    for (QString const& table : tables.keys()) {
+        auto const query = Prepared(*store, insert.arg(table));
+        ASSERT_TRUE(query->exec());
+        ASSERT_TRUE(query->exec());
+        last[table] = query->lastInsertId().toInt();
+        EXPECT_GT(last[table], 1);
+        ASSERT_TRUE(Execute(*store, "DELETE FROM %1"_q.arg(table)));
+    }
+    ReopenStore();
+    for (QString const& table : tables.keys()) {
+        auto const query = Prepared(*store, insert.arg(table));
+        ASSERT_TRUE(query->exec());
+        EXPECT_GT(query->lastInsertId().toInt(), last[table]) << table.toStdString();
+    }
+}
+
+TEST_F(StoreSchema, IdThatARecordCannotCarryIsRefused)
+{
+    ASSERT_TRUE(Execute(*store, "INSERT INTO ServerConfiguration (id) VALUES (:id)"_q, {{":id", 2147483647}}));
+    EXPECT_FALSE(AddServer(*store, "one more"_q));
+    EXPECT_EQ(store->LastError()->code & 0xff, SQLITE_CONSTRAINT);
+    EXPECT_EQ(CountServers(*store), 1);
+    store->ClearError();
+}
+
+} // namespace
