@@ -1,0 +1,93 @@
+#include "database/SqliteDatabaseFactory.h"
+#include "reliability/WritingLoop.h"
+#include "support/ChildProcess.h"
+#include "support/QtPrinters.h"
+#include "support/RawStore.h"
+
+#include <gtest/gtest.h>
+
+#include <QTemporaryDir>
+
+#include <array>
+#include <csignal>
+#include <iostream>
+#include <random>
+
+#include <unistd.h>
+
+namespace {
+
+using namespace tandry::test;
+using sync::database::JournalMode;
+using sync::database::OpenOptions;
+using sync::database::SqliteDatabaseFactory;
+
+class KilledProcessTest : public testing::TestWithParam<JournalMode>
+{};
+
+/// TANDRY_SOAK_ROUNDS asks for more.
+int Rounds()
+{
+    bool isNumber = false;
+    int const rounds = qEnvironmentVariableIntValue("TANDRY_SOAK_ROUNDS", &isNumber);
+    return isNumber ? rounds : 30;
+}
+
+TEST_P(KilledProcessTest, LosesNoAnsweredWriteAndLeavesNoHalfOne)
+{
+    unsigned const seed = std::random_device()();
+    std::mt19937 random(seed);
+    int answered = 0;
+    int lost = 0;
+    for (int round = 0; round < Rounds(); ++round) {
+        SCOPED_TRACE("seed %1, round %2"_q.arg(seed).arg(round).toStdString());
+        QTemporaryDir const folder;
+        QString const path = folder.filePath("store.db"_q);
+        OpenOptions options;
+        options.journalMode = GetParam();
+        ASSERT_NE(SqliteDatabaseFactory::Open(path, nullptr, options), nullptr);
+
+        RowStates const before = ReadRows(path);
+
+        std::array<int, 2> ends{};
+        ASSERT_EQ(pipe(ends.data()), 0);
+        auto const writerSeed = static_cast<unsigned>(random());
+        ChildProcess writer([&] {
+            close(ends[0]);
+            return WriteWithoutEnd(path, writerSeed, fdopen(ends[1], "w"));
+        });
+        close(ends[1]);
+        std::FILE* const pipeEnd = fdopen(ends[0], "r");
+        WriterNews news(pipeEnd, before);
+        ASSERT_TRUE(news.ReadAnswers(1 + int(random() % 40))) << "the writer failed by itself";
+        // A moment that is no moment of the writer's own.
+        for (unsigned long volatile spins = random() % 2'000'000; spins > 0; spins = spins - 1) {
+        }
+        ASSERT_EQ(kill(writer.id(), SIGKILL), 0);
+        ASSERT_EQ(writer.Wait(), -SIGKILL);
+        news.ReadRest();
+        std::fclose(pipeEnd);
+
+        QString error;
+        ASSERT_NE(SqliteDatabaseFactory::Open(path, &error), nullptr) << error.toStdString();
+        RawStore raw(path);
+        EXPECT_EQ(raw.Value("PRAGMA integrity_check"_q).toString(), "ok"_q);
+        EXPECT_EQ(raw.Value("SELECT count(*) FROM FolderConfiguration WHERE rootId = -1"_q).toInt(), 0);
+        int const lostNow = news.CountLost(ReadRows(path));
+        EXPECT_EQ(lostNow, 0);
+        answered += news.answered();
+        lost += lostNow;
+    }
+    std::cout << (GetParam() == JournalMode::WriteAheadLog ? "log" : "journal") << ": " << Rounds() << " kills, "
+              << answered << " writes acknowledged, " << lost << " lost" << std::endl;
+    EXPECT_GT(answered, 0);
+}
+
+INSTANTIATE_TEST_SUITE_P(Each,
+                         KilledProcessTest,
+                         testing::Values(JournalMode::WriteAheadLog, JournalMode::Rollback),
+                         [](auto const& parameter) {
+                             return parameter.param == JournalMode::WriteAheadLog ? "Log" : "Journal";
+                         });
+
+} // namespace

@@ -1,0 +1,413 @@
+#include "reliability/WritingLoop.h"
+
+#include "config/AuthenticationConfigManager.h"
+#include "config/FileConfigManager.h"
+#include "config/FolderConfigManager.h"
+#include "config/ProductConfigManager.h"
+#include "config/ScheduleEntryManager.h"
+#include "config/ServerConfigManager.h"
+#include "database/SqliteDatabaseFactory.h"
+#include "support/QtPrinters.h"
+#include "support/RawStore.h"
+
+#include <array>
+#include <functional>
+#include <random>
+
+namespace tandry::test {
+
+using namespace sync::config;
+using sync::database::SqliteDatabaseFactory;
+
+namespace {
+
+QByteArray const Servers = QByteArrayLiteral("ServerConfiguration");
+QByteArray const Accounts = QByteArrayLiteral("AuthenticationConfiguration");
+QByteArray const Products = QByteArrayLiteral("ProductConfiguration");
+QByteArray const Schedules = QByteArrayLiteral("Schedules");
+QByteArray const Folders = QByteArrayLiteral("FolderConfiguration");
+std::array<QByteArray, 3> const FileTables{QByteArrayLiteral("FileConfiguration"),
+                                           QByteArrayLiteral("GeneratedFileConfiguration"),
+                                           QByteArrayLiteral("BaseFileConfiguration")};
+
+/// The column that names a row, and the one that shows its state.
+struct Watched
+{
+    QByteArray table;
+    QString name;
+    QString state;
+};
+
+std::vector<Watched> const& WatchedTables()
+{
+    static std::vector<Watched> const tables{
+        {Servers, "alias"_q, "davUrl"_q},
+        {Accounts, "userName"_q, "domainId"_q},
+        {Products, "name"_q, "consumerKey"_q},
+        {Schedules, "folderConfigurationId"_q, "syncInterval"_q},
+        {Folders, "clientPath"_q, "serverPath"_q},
+        {FileTables[0], "clientPath"_q, "checkSum || ' ' || syncStatus"_q},
+        {FileTables[1], "clientPath"_q, "checkSum || ' ' || syncStatus"_q},
+        {FileTables[2], "clientPath"_q, "checkSum || ' ' || syncStatus"_q},
+    };
+    return tables;
+}
+
+// On the pipe a write is a line "W" or "S" (whole, or step by step), a line for each row, and a line "D" once it was
+// answered. Names and states hold no line break and no tab.
+
+void Tell(std::FILE* news, PlannedWrite const& write)
+{
+    QByteArray text = write.whole ? "W" : "S";
+    for (RowChange const& change : write.changes)
+        text += '\t' + change.row.first + '\t' + change.row.second + '\t' +
+                (change.state ? '=' + *change.state : QByteArray("-"));
+    std::fputs((text + '\n').constData(), news);
+    std::fflush(news);
+}
+
+PlannedWrite Parse(QByteArray const& line)
+{
+    QList<QByteArray> const fields = line.split('\t');
+    PlannedWrite write;
+    write.whole = fields.front() == "W";
+    for (int field = 1; field + 2 < fields.size(); field += 3) {
+        RowChange change{{fields[field], fields[field + 1]}, std::nullopt};
+        if (fields[field + 2].startsWith('='))
+            change.state = fields[field + 2].mid(1);
+        write.changes.push_back(change);
+    }
+    return write;
+}
+
+void Apply(RowStates& rows, RowChange const& change)
+{
+    if (change.state)
+        rows[change.row] = *change.state;
+    else
+        rows.erase(change.row);
+}
+
+std::optional<QByteArray> StateOf(RowStates const& rows, RowName const& row)
+{
+    auto const found = rows.find(row);
+    return found == rows.end() ? std::nullopt : std::optional(found->second);
+}
+
+int CountDifferences(RowStates const& expected, RowStates const& found)
+{
+    int differences = 0;
+    for (auto const& [row, state] : expected)
+        differences += StateOf(found, row) == state ? 0 : 1;
+    for (auto const& [row, state] : found)
+        differences += expected.count(row) != 0 ? 0 : 1;
+    return differences;
+}
+
+/// The life of one process that writes: each step is one round through the operations of a family of managers.
+class Writer
+{
+public:
+    Writer(std::shared_ptr<SqliteDatabaseFactory> const& store, unsigned seed, std::FILE* news)
+        : _news(news)
+        , _random(seed)
+        , _servers(store)
+        , _accounts(store)
+        , _products(store)
+        , _schedules(store)
+        , _folders(std::make_shared<FolderConfigManager>(store, nullptr))
+        , _files(store, nullptr, _folders)
+    {}
+
+    bool Step()
+    {
+        static constexpr std::array<bool (Writer::*)(), 7> Rounds{&Writer::WriteServer,
+                                                                  &Writer::WriteAccount,
+                                                                  &Writer::WriteProduct,
+                                                                  &Writer::WriteSchedule,
+                                                                  &Writer::WriteTree,
+                                                                  &Writer::WriteRoot,
+                                                                  &Writer::WriteBracket};
+        return (this->*Rounds[_random() % Rounds.size()])();
+    }
+
+private:
+    bool Write(PlannedWrite const& write, std::function<bool()> const& call)
+    {
+        Tell(_news, write);
+        if (!call())
+            return false;
+        return std::fputs("D\n", _news) >= 0 && std::fflush(_news) == 0;
+    }
+
+    QString NextName() { return "n%1"_q.arg(++_names); }
+
+    static RowChange Sets(QByteArray const& table, QString const& name, QString const& state)
+    {
+        return {{table, name.toUtf8()}, state.toUtf8()};
+    }
+
+    static RowChange Removes(QByteArray const& table, QString const& name)
+    {
+        return {{table, name.toUtf8()}, std::nullopt};
+    }
+
+    bool WriteServer()
+    {
+        ServerConfiguration server;
+        QString const name = NextName();
+        server.setAlias(name);
+        server.setDavUrl("added"_q);
+        bool done = Write({true, {Sets(Servers, name, "added"_q)}}, [&] { return _servers.Add(server); });
+        server.setDavUrl("updated"_q);
+        done = done && Write({true, {Sets(Servers, name, "updated"_q)}}, [&] { return _servers.Update(server); });
+        if (done && _random() % 2 == 0)
+            done = Write({true, {Removes(Servers, name)}}, [&] { return _servers.Remove(server.getId()); });
+        return done;
+    }
+
+    bool WriteAccount()
+    {
+        AuthenticationConfiguration account;
+        QString const name = NextName();
+        account.setUserName(name);
+        account.setDomain("domain"_q);
+        account.setDomainId("added"_q);
+        bool done = Write({true, {Sets(Accounts, name, "added"_q)}}, [&] { return _accounts.Add(account); });
+        account.setDomainId("updated"_q);
+        done = done && Write({true, {Sets(Accounts, name, "updated"_q)}}, [&] { return _accounts.Update(account); });
+        done = done && Write({true, {}}, [&] { return _accounts.UpdatePassword("domain"_q, name, QString()) == 1; });
+        if (done && _random() % 2 == 0)
+            done = Write({true, {Removes(Accounts, name)}}, [&] { return _accounts.Remove(account.getId()); });
+        return done;
+    }
+
+    bool WriteProduct()
+    {
+        ProductConfiguration product;
+        QString const name = NextName();
+        product.setName(name);
+        product.setConsumerKey("added"_q);
+        bool done = Write({true, {Sets(Products, name, "added"_q)}}, [&] { return _products.Add(product); });
+        product.setConsumerKey("updated"_q);
+        done = done && Write({true, {Sets(Products, name, "updated"_q)}}, [&] { return _products.Update(product); });
+        if (done && _random() % 2 == 0)
+            done = Write({true, {Removes(Products, name)}}, [&] { return _products.Remove(product.getId()); });
+        return done;
+    }
+
+    bool WriteSchedule()
+    {
+        ScheduleEntry schedule = _schedules.GetDefaultScheduleEntry();
+        if (schedule.getId() == -1)
+            return true; // removed in an earlier step, for good
+        if (_random() % 20 == 0)
+            return Write({true, {Removes(Schedules, "0"_q)}}, [&] { return _schedules.Remove(schedule.getId()); });
+        schedule.setSyncInterval(schedule.getSyncInterval() + 1);
+        return Write({true, {Sets(Schedules, "0"_q, QString::number(schedule.getSyncInterval()))}},
+                     [&] { return _schedules.Update(schedule); });
+    }
+
+    bool AddRoot(FolderConfiguration& root)
+    {
+        QString const path = "/"_q + NextName();
+        root.setParentId(0);
+        root.setClientPath(path);
+        root.setServerPath(path);
+        return Write({true, {Sets(Folders, path, path)}}, [&] { return _folders->Add(root); });
+    }
+
+    bool AddFile(FolderConfiguration const& folder, FileConfigurationType type, FileConfiguration& file)
+    {
+        file.clientPath = "/f/"_q + NextName();
+        file.checkSum = "added"_q;
+        file.fileType = type;
+        file.folderConfigurationId = folder.getId();
+        file.rootFolderId = folder.getRootId();
+        return Write({true, {Sets(FileTables[type], file.clientPath, "added 2"_q)}}, [&] { return _files.Add(file); });
+    }
+
+    /// A tree that grows level by level, with files of every kind, and goes from its leaves up.
+    bool WriteTree()
+    {
+        FolderConfiguration root;
+        if (!AddRoot(root))
+            return false;
+        QString const upper = root.getClientPath() + "/a"_q;
+        QString const lower = upper + "/b"_q;
+        FolderConfiguration folder;
+        bool done = Write({false, {Sets(Folders, upper, upper), Sets(Folders, lower, lower)}}, [&] {
+            folder = _folders->AddFolderAndParent(lower, root);
+            return folder.getId() != -1;
+        });
+        folder.setServerPath("updated"_q);
+        done = done && Write({true, {Sets(Folders, lower, "updated"_q)}}, [&] { return _folders->Update(folder); });
+
+        FileConfiguration file;
+        FileConfiguration generated;
+        FileConfiguration base;
+        generated.parentFileId = 0;
+        done = done && AddFile(folder, FileConfigurationTypeFile, file) &&
+               AddFile(folder, FileConfigurationTypeBase, base);
+        generated.parentFileId = file.id;
+        done = done && AddFile(folder, FileConfigurationTypeGenerated, generated);
+        file.checkSum = "updated"_q;
+        file.setSyncStatus(FileSyncStatusSyncing);
+        done = done && Write({true, {Sets(FileTables[0], file.clientPath, "updated 1"_q)}},
+                             [&] { return _files.Update(file); });
+        done = done && Write({true, {Sets(FileTables[0], file.clientPath, "updated 2"_q)}},
+                             [&] { return _files.UpdateSyncStatusFromSyncingToNotSynced(folder.getId()); });
+        if (_random() % 3 == 0)
+            return done;
+        if (_random() % 2 == 0) {
+            done =
+                done &&
+                Write({false, {Removes(FileTables[1], generated.clientPath), Removes(FileTables[0], file.clientPath)}},
+                      [&] { return _files.RemoveFileConfigurationAndLinkedConfigurations(file.id); });
+        }
+        else {
+            done = done && Write({true, {Removes(FileTables[1], generated.clientPath)}},
+                                 [&] { return _files.RemoveGeneratedFileConfiguration(generated.id); });
+            done = done && Write({true, {Removes(FileTables[0], file.clientPath)}},
+                                 [&] { return _files.RemoveByFolderConfigurationId(folder.getId()); });
+        }
+        return done && Write({false, {Removes(Folders, lower), Removes(Folders, upper)}},
+                             [&] { return _folders->RemoveFolderAndChildren(folder.getParentId()); });
+    }
+
+    /// A root with files that goes at once.
+    bool WriteRoot()
+    {
+        FolderConfiguration root;
+        FileConfiguration first;
+        FileConfiguration second;
+        FileConfiguration generated;
+        bool done = AddRoot(root) && AddFile(root, FileConfigurationTypeFile, first) &&
+                    AddFile(root, FileConfigurationTypeFile, second) &&
+                    AddFile(root, FileConfigurationTypeGenerated, generated);
+        done = done && Write({true, {Removes(FileTables[1], generated.clientPath)}},
+                             [&] { return _files.RemoveGeneratedFileConfigurationsByRootFolderId(root.getId()); });
+        PlannedWrite cleaning{true,
+                              {Removes(FileTables[0], first.clientPath), Removes(FileTables[0], second.clientPath)}};
+        if (_random() % 2 == 0) {
+            done = done && Write(cleaning, [&] { return _files.RemoveByRootFolderId(root.getId()); });
+            return done && Write({true, {Removes(Folders, root.getClientPath())}},
+                                 [&] { return _folders->Remove(root.getId()); });
+        }
+        cleaning.changes.push_back(Removes(Folders, root.getClientPath()));
+        return done && Write(cleaning, [&] { return _folders->CleanRootFolder(root.getId()); });
+    }
+
+    /// Three files that come together, or don't.
+    bool WriteBracket()
+    {
+        std::array<FileConfiguration, 3> files;
+        PlannedWrite write;
+        for (FileConfiguration& file : files) {
+            file.clientPath = "/b/"_q + NextName();
+            file.checkSum = "added"_q;
+            write.changes.push_back(Sets(FileTables[0], file.clientPath, "added 2"_q));
+        }
+        bool const keep = _random() % 3 != 0;
+        if (!keep)
+            write.changes.clear();
+        return Write(write, [&] {
+            bool done = _files.transaction();
+            for (FileConfiguration& file : files)
+                done = done && _files.Add(file);
+            return done && (keep ? _files.commit() : _files.rollback());
+        });
+    }
+
+    std::FILE* _news;
+    std::mt19937 _random;
+    int _names = 0;
+    ServerConfigManager _servers;
+    AuthenticationConfigManager _accounts;
+    ProductConfigManager _products;
+    ScheduleEntryManager _schedules;
+    std::shared_ptr<FolderConfigManager> _folders;
+    FileConfigManager _files;
+};
+
+} // namespace
+
+int WriteWithoutEnd(QString const& path, unsigned seed, std::FILE* news)
+{
+    std::shared_ptr<SqliteDatabaseFactory> const store = SqliteDatabaseFactory::Open(path);
+    if (store == nullptr)
+        return 1;
+    Writer writer(store, seed, news);
+    while (writer.Step()) {
+    }
+    return 1;
+}
+
+bool WriterNews::ReadLine()
+{
+    QByteArray line;
+    for (int character = std::fgetc(_news); character != '\n'; character = std::fgetc(_news)) {
+        if (character == EOF)
+            return false; // a line without an end was never told
+        line += static_cast<char>(character);
+    }
+    if (line != "D") {
+        _underWay = Parse(line);
+        return true;
+    }
+    for (RowChange const& change : _underWay->changes)
+        Apply(_rows, change);
+    _underWay.reset();
+    ++_answered;
+    return true;
+}
+
+bool WriterNews::ReadAnswers(int count)
+{
+    int const goal = _answered + count;
+    while (_answered < goal) {
+        if (!ReadLine())
+            return false;
+    }
+    return true;
+}
+
+void WriterNews::ReadRest()
+{
+    while (ReadLine()) {
+    }
+}
+
+int WriterNews::CountLost(RowStates const& found) const
+{
+    RowStates expected = _rows;
+    int const without = CountDifferences(expected, found);
+    if (!_underWay || without == 0)
+        return without;
+    if (_underWay->whole) {
+        for (RowChange const& change : _underWay->changes)
+            Apply(expected, change);
+    }
+    else {
+        for (RowChange const& change : _underWay->changes) {
+            if (StateOf(found, change.row) == change.state)
+                Apply(expected, change);
+        }
+    }
+    return CountDifferences(expected, found);
+}
+
+RowStates ReadRows(QString const& path)
+{
+    RowStates rows;
+    RawStore raw(path);
+    for (Watched const& watched : WatchedTables()) {
+        QString const statement =
+            "SELECT %1, %2 FROM %3"_q.arg(watched.name, watched.state, QString::fromLatin1(watched.table));
+        for (auto const& row : raw.Rows(statement))
+            rows[{watched.table, row[0].toString().toUtf8()}] = row[1].toString().toUtf8();
+    }
+    return rows;
+}
+
+} // namespace tandry::test
