@@ -85,7 +85,7 @@ TEST_F(SchedulesInAStore, AllFieldsComeBackAfterTheStoreWasReopened)
     EXPECT_EQ(read.getSyncInterval(), std::numeric_limits<int>::max());
 }
 
-TEST_F(SchedulesInAStore, TimesOfAnySpecComeBackWithTheSameClockReadingInLocalTime)
+TEST_F(SchedulesInAStore, TimesOfAnyKindComeBackWithTheSameClockReadingInLocalTime)
 {
     QDate const date(2024, 7, 3);
     QTime const time(12, 30, 15, 250);

@@ -37,8 +37,8 @@ char const* const DeleteRow = "DELETE FROM Schedules WHERE Id = :id;";
 class ScheduleEntryManagerConversation : public testing::Test
 {
 protected:
-    static QDateTime Start(Qt::TimeSpec spec) { return QDateTime(QDate(2024, 7, 3), QTime(12, 30, 15, 250), spec); }
-    static QDateTime Expiry(Qt::TimeSpec spec) { return QDateTime(QDate(2031, 1, 2), QTime(3, 4, 5), spec); }
+    static QDateTime Start(Qt::TimeSpec kind) { return QDateTime(QDate(2024, 7, 3), QTime(12, 30, 15, 250), kind); }
+    static QDateTime Expiry(Qt::TimeSpec kind) { return QDateTime(QDate(2031, 1, 2), QTime(3, 4, 5), kind); }
 
     static Row StoredRow() { return {7, 4, Start(Qt::UTC), Expiry(Qt::UTC), 3, 45}; }
 
@@ -106,7 +106,7 @@ TEST_F(ScheduleEntryManagerConversation, LookupsOnAFailingStoreAnswerWithADefaul
     EXPECT_EQ(store->Executions().size(), 2U);
 }
 
-TEST_F(ScheduleEntryManagerConversation, TimesOfAnySpecKeepTheirClockReadingAndBecomeLocal)
+TEST_F(ScheduleEntryManagerConversation, TimesOfAnyKindKeepTheirClockReadingAndBecomeLocal)
 {
     QDateTime const zoned(QDate(2024, 7, 3), QTime(12, 30, 15, 250), Qt::OffsetFromUTC, 5 * 3600);
     for (QDateTime const& time : {Start(Qt::UTC), Start(Qt::LocalTime), zoned}) {
