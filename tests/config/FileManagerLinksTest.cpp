@@ -268,9 +268,9 @@ class FileLinkOutside : public FileManagerLinks, public testing::WithParamInterf
 TEST_P(FileLinkOutside, LosesItsIdAndIsNotFollowed)
 {
     MakeFile("root2/target"_q);
+    MakeFile("ROOT/target"_q);
     MakeFile("elsewhere/target"_q);
     MakeFile("root/target"_q);
-    MakeFile("root/inside/target"_q);
     QFile::link(rootPath + "/nothing"_q, rootPath + "/broken"_q);
     EXPECT_CALL(*folders, GetFolderConfigurationById(RootId)).Times(1);
 
