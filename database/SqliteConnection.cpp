@@ -48,6 +48,7 @@ bool RefusesLog(int code)
 SqliteConnection::SqliteConnection(std::shared_ptr<SqliteStore> store)
     : _store(std::move(store))
     , _thread(std::this_thread::get_id())
+    , _queue(_store->options().busyTimeoutMsec)
 {}
 
 SqliteConnection::~SqliteConnection()
@@ -98,16 +99,12 @@ void SqliteConnection::Disconnect() noexcept
     _begin.reset();
     _commit.reset();
     _rollback.reset();
-    if (_stamp)
-        LockKeeper::Close(_store->identity(), std::move(_handle));
     _handle.reset();
-    _locks.reset();
     _stamp.reset();
 }
 
 Failure SqliteConnection::OpenForWriting(bool firstOfStore)
 {
-    _locks.emplace(_store->identity());
     bool const hadLog = _store->file().LogIdentity().has_value();
     int const code = OpenHandle(_store->file().name(), SQLITE_OPEN_READWRITE, _handle);
     if (code != SQLITE_OK)
@@ -138,10 +135,7 @@ Failure SqliteConnection::OpenForReading(bool firstOfStore)
     Failure failure;
     for (int attempt = 0; attempt < Attempts; ++attempt) {
         Disconnect();
-        _locks.emplace(_store->identity());
         failure = _store->file().OpenForReading(_handle, _stamp);
-        if (_stamp)
-            _locks.reset();
         if (!failure)
             failure = Configure(firstOfStore);
         if (!failure || !_stamp || _store->file().Stamp() == _stamp)
@@ -153,7 +147,7 @@ Failure SqliteConnection::OpenForReading(bool firstOfStore)
 Failure SqliteConnection::Configure(bool firstOfStore)
 {
     sqlite3* const handle = _handle.get();
-    sqlite3_busy_timeout(handle, _store->options().busyTimeoutMsec);
+    _queue.Attach(handle);
     sqlite3_db_config(handle, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
     sqlite3_db_config(handle, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
     sqlite3_db_config(handle, SQLITE_DBCONFIG_ENABLE_LOAD_EXTENSION, 0, nullptr);
@@ -194,6 +188,23 @@ Failure SqliteConnection::PrepareOwnStatements()
         code = PrepareOwn(_handle.get(), "ROLLBACK", _rollback);
     _runsOwnStatement = false;
     return code == SQLITE_OK ? Failure() : Describe(code);
+}
+
+int SqliteConnection::Begin() noexcept
+{
+    _queue.GiveWay();
+    int const code = RunOwn(_begin);
+    if (code == SQLITE_OK)
+        _queue.Begun(_handle.get());
+    return code;
+}
+
+int SqliteConnection::Commit() noexcept
+{
+    int const code = RunOwn(_commit);
+    if (code == SQLITE_OK)
+        _queue.Committed(_handle.get());
+    return code;
 }
 
 int SqliteConnection::RunOwn(StatementHandle const& statement) noexcept
@@ -244,8 +255,6 @@ void SqliteConnection::DropOutdated() noexcept
             ++reading;
             continue;
         }
-        reading->cache.reset();
-        LockKeeper::Close(_store->identity(), std::move(reading->handle));
         reading = _outdated.erase(reading);
     }
 }
@@ -330,6 +339,9 @@ Failure SqliteConnection::Write(PreparedStatement& statement, RunResult& result)
     }
 
     sqlite3* const handle = _handle.get();
+    bool const byItself = _transaction == Transaction::None;
+    if (byItself)
+        _queue.GiveWay();
     qint64 const changesBefore = sqlite3_total_changes64(handle);
     sqlite3_set_last_insert_rowid(handle, 0);
     int code = statement.Step();
@@ -342,6 +354,8 @@ Failure SqliteConnection::Write(PreparedStatement& statement, RunResult& result)
         // needs none of it: its commit has an answer.
         if (_transaction == Transaction::Scope)
             code = sqlite3_db_cacheflush(handle);
+        if (byItself)
+            _queue.Committed(handle);
     }
     if (code == SQLITE_DONE || code == SQLITE_OK)
         return {};
@@ -356,7 +370,7 @@ Failure SqliteConnection::Write(PreparedStatement& statement, RunResult& result)
 
 Failure SqliteConnection::BeginScope()
 {
-    int const code = RunOwn(_begin);
+    int const code = Begin();
     if (code != SQLITE_OK)
         return Describe(code);
     _transaction = Transaction::Scope;
@@ -397,7 +411,7 @@ bool SqliteConnection::CommitScope() noexcept
 
     Failure failure = CheckUnmoved();
     if (!failure) {
-        int const code = RunOwn(_commit);
+        int const code = Commit();
         if (code == SQLITE_OK)
             return true;
         failure = Describe(code);
@@ -432,7 +446,7 @@ Failure SqliteConnection::BeginBracket()
         return Refuse(SQLITE_MISUSE, QStringLiteral("a bracket can't be opened inside a scope"));
     if (Failure failure = CheckUnmoved())
         return failure;
-    int const code = RunOwn(_begin);
+    int const code = Begin();
     if (code != SQLITE_OK)
         return Describe(code);
     _transaction = Transaction::Bracket;
@@ -452,7 +466,7 @@ Failure SqliteConnection::CommitBracket()
     }
     Failure failure = CheckUnmoved();
     if (!failure) {
-        int const code = RunOwn(_commit);
+        int const code = Commit();
         if (code == SQLITE_OK)
             return {};
         failure = Describe(code);

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "database/Failure.h"
-#include "database/LockKeeper.h"
+#include "database/LockQueue.h"
 #include "database/ScopeParticipant.h"
 #include "database/SqliteDatabaseFactory.h"
 #include "database/SqliteHandle.h"
@@ -107,13 +107,15 @@ private:
     Failure Describe(int code, PreparedStatement const* statement = nullptr) const;
     Failure Refuse(int code, QString const& words, PreparedStatement const* statement = nullptr) const;
 
+    int Begin() noexcept;
+    int Commit() noexcept;
     int RunOwn(StatementHandle const& statement) noexcept;
     static int Authorize(void* connection, int action, char const*, char const* argument, char const*, char const*);
 
     std::shared_ptr<SqliteStore> const _store;
     std::thread::id const _thread;
 
-    std::optional<LockKeeper> _locks; // goes after the handle
+    LockQueue _queue;
     SqliteHandle _handle;
     StatementHandle _begin;
     StatementHandle _commit;

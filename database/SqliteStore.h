@@ -31,9 +31,7 @@ public:
     JournalMode journalMode() const { return _journalMode; }
     bool isClosed() const noexcept { return _closed.load(std::memory_order_acquire); }
 
-    /// Which file the path stood for when the store was opened.
-    FileIdentity const& identity() const { return _identity; }
-    /// Why the file at the path is not that one any more, or nothing when it is.
+    /// Why the file at the path is not the one that was opened, or nothing when it is.
     Failure CheckUnmoved() const;
 
     /// The calling thread's connection, which may not have been opened yet. Null while the thread's own data go.
