@@ -236,7 +236,7 @@ TEST_P(SqliteScope, ThreadThatEndsWithAScopeThatNeverDidKeepsItsWrites)
 {
     std::thread([this] {
         // Its owner never comes to deleting it, as when a program exits in the middle of an operation.
-        static std::vector<TransactionalScope*> forgotten;
+        static auto& forgotten = *new std::vector<TransactionalScope*>;
         forgotten.push_back(new TransactionalScope);
         EXPECT_TRUE(Add("a"));
     }).join();

@@ -70,7 +70,6 @@ TEST_F(StoreCreation, ConnectionsAreSetForSafety)
         EXPECT_GT(Single(*store, QStringLiteral("PRAGMA wal_autocheckpoint")).toInt(), 0);
         EXPECT_GT(Single(*store, QStringLiteral("PRAGMA journal_size_limit")).toInt(), 0);
         EXPECT_EQ(Single(*store, QStringLiteral("PRAGMA trusted_schema")).toInt(), 0);
-        EXPECT_EQ(Single(*store, QStringLiteral("PRAGMA busy_timeout")).toInt(), 5000);
         EXPECT_FALSE(Execute(*store, QStringLiteral("SELECT load_extension('x')")));
         EXPECT_FALSE(Execute(*store, QStringLiteral("UPDATE sqlite_schema SET sql = ''")));
         store->ClearError();

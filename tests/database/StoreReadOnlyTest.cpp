@@ -2,10 +2,13 @@
 #include "interf/IQSqlDatabaseWrapper.h"
 #include "support/ChildProcess.h"
 #include "support/FolderContents.h"
+#include "support/OtherProgram.h"
 #include "support/Queries.h"
 #include "support/StoreFixture.h"
 
 #include <sqlite3.h>
+
+#include <csignal>
 
 #include <sys/stat.h>
 
@@ -41,21 +44,20 @@ protected:
     /// Another program that opens the store, adds a row, and closes it or is killed.
     bool AnotherProgramAdds(bool crashes = false)
     {
-        return InChildProcess([&] {
-                   auto writer = SqliteDatabaseFactory::Open(StorePath());
-                   if (writer == nullptr || !AddServer(*writer, "another"_q))
-                       return 1;
-                   if (crashes)
-                       Crash();
-                   writer.reset();
-                   return 0;
-               }) == (crashes ? -SIGKILL : 0);
+        return OtherProgram(StorePath(), {crashes ? "add-and-crash"_q : "add"_q, "1"_q}).Wait() ==
+               (crashes ? -SIGKILL : 0);
     }
 
     void ExpectNoNewFiles(QMap<QString, QByteArray> const& before) { EXPECT_EQ(FolderContents(folder.path()), before); }
 };
 
 TANDRY_IN_EACH_JOURNAL_MODE(StoreReadOnly);
+
+/// With a journal, readers keep writers out and writers keep readers out.
+class StoreReadOnlyBesideWriters : public StoreReadOnly
+{};
+
+TANDRY_WITH_LOG_ONLY(StoreReadOnlyBesideWriters);
 
 TEST_P(StoreReadOnly, ReadingChangesNoByteAndMakesNoFile)
 {
@@ -126,10 +128,8 @@ TEST_P(StoreReadOnly, SeesTheLastCommitOfALiveStoreAndChangesNothingOfIt)
     EXPECT_EQ(CountServers(*store), 4);
 }
 
-TEST_P(StoreReadOnly, SeesNoWriteThatIsNotCommitted)
+TEST_P(StoreReadOnlyBesideWriters, SeesNoWriteThatIsNotCommitted)
 {
-    if (!UsesLog())
-        GTEST_SKIP() << "with a journal nobody reads while another writes";
     OpenStore();
     auto const reader = Reader();
     {
@@ -180,10 +180,8 @@ TEST_P(StoreReadOnly, ReadsWhatAKilledProgramLeftBehind)
     }
 }
 
-TEST_P(StoreReadOnly, ListingDuringWhichTheFileChangesIsNotTakenForWhole)
+TEST_P(StoreReadOnlyBesideWriters, ListingDuringWhichTheFileChangesIsNotTakenForWhole)
 {
-    if (!UsesLog())
-        GTEST_SKIP() << "with a journal a listing keeps writers out";
     OpenStore();
     ASSERT_TRUE(Execute(*store,
                         "WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < 500) "
@@ -212,7 +210,7 @@ TEST_P(StoreReadOnly, ClosingItTakesNoLocksFromAStoreOfTheSameProgram)
     EXPECT_EQ(CountServers(*reader), 1);
     OpenStore();
     ASSERT_TRUE(AddServer(*store, "second"_q));
-    auto const query = UsesLog() ? nullptr : Prepared(*store, "SELECT * FROM ServerConfiguration"_q);
+    auto query = UsesLog() ? nullptr : Prepared(*store, "SELECT * FROM ServerConfiguration"_q);
     if (query != nullptr) {
         ASSERT_TRUE(query->exec()); // with a journal only a running statement holds a lock
     }
@@ -220,15 +218,10 @@ TEST_P(StoreReadOnly, ClosingItTakesNoLocksFromAStoreOfTheSameProgram)
     reader.reset();
 
     // Another program that could have the file to itself would do away with the log that this one still uses.
-    EXPECT_EQ(InChildProcess([&] {
-                  RawStore raw(StorePath());
-                  sqlite3_busy_timeout(raw.handle(), 0);
-                  sqlite3_exec(raw.handle(), "PRAGMA locking_mode = EXCLUSIVE", nullptr, nullptr, nullptr);
-                  int const code = sqlite3_exec(
-                      raw.handle(), "BEGIN EXCLUSIVE; CREATE TABLE a (b); COMMIT", nullptr, nullptr, nullptr);
-                  return code == SQLITE_OK ? 1 : 0;
-              }),
-              0);
+    EXPECT_NE(OtherProgram(StorePath(), {"take-over"_q}).Wait(), 0);
+    query.reset();
+    store.reset();
+    EXPECT_EQ(OtherProgram(StorePath(), {"take-over"_q}).Wait(), 0) << "now it can";
 }
 
 } // namespace

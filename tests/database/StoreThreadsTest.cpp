@@ -1,5 +1,6 @@
 #include "database/TransactionalScope.h"
 #include "interf/IQSqlDatabaseWrapper.h"
+#include "support/OtherProgram.h"
 #include "support/Queries.h"
 #include "support/StoreFixture.h"
 
@@ -9,6 +10,7 @@
 #include <atomic>
 #include <functional>
 #include <future>
+#include <memory>
 #include <thread>
 #include <vector>
 
@@ -61,6 +63,27 @@ TEST_P(StoreThreads, WritesOfManyThreadsAreAllThere)
     EXPECT_EQ(failures, 0);
     EXPECT_EQ(CountServers(*store), 2 * Threads * Rows);
     EXPECT_EQ(Single(*store, "SELECT count(DISTINCT alias) FROM ServerConfiguration"_q).toInt(), Threads * Rows);
+}
+
+TEST_P(StoreThreads, NobodyStarvesBesideThreadsAndProgramsThatWriteInALoop)
+{
+    constexpr int Writers = 4;
+    constexpr int Rows = 60;
+    std::vector<std::unique_ptr<OtherProgram>> programs;
+    for (int writer = 0; writer < Writers; ++writer)
+        programs.push_back(std::make_unique<OtherProgram>(StorePath(), QStringList{"add"_q, QString::number(Rows)}));
+    std::atomic<int> failures{0};
+    InThreads(Writers, [&](int) {
+        for (int row = 0; row < Rows; ++row) {
+            TransactionalScope const scope;
+            if (!AddServer(*store, "a"_q))
+                ++failures;
+        }
+    });
+    for (auto const& program : programs)
+        failures += program->Wait();
+    EXPECT_EQ(failures, 0);
+    EXPECT_EQ(CountServers(*store), 2 * Writers * Rows);
 }
 
 TEST_P(StoreThreads, ReadersSeeWholeScopesOnly)

@@ -8,7 +8,8 @@ namespace tandry::test {
 
 /// A process that runs a function and ends with its result as exit status, without the test program's own clean-up.
 ///
-/// Copied from this process: the function must open what it uses, and other threads of this process aren't in it.
+/// Copied from this process, without its other threads. No store may be open here: the copy would take its locks for
+/// its own. `OtherProgram` is for that.
 class ChildProcess
 {
 public:

@@ -4,6 +4,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QProcess>
 
 namespace tandry::test {
 
@@ -15,11 +16,13 @@ QMap<QString, QByteArray> FolderContents(QString const& folder)
     return contents;
 }
 
+/// Another process reads: closing the file in this one would drop the locks that an open store holds on it.
 QByteArray ReadFile(QString const& path)
 {
-    QFile file(path);
-    EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << path.toStdString();
-    return file.readAll();
+    QProcess reader;
+    reader.start(QStringLiteral("cat"), {path});
+    EXPECT_TRUE(reader.waitForFinished(-1) && reader.exitCode() == 0) << path.toStdString();
+    return reader.readAllStandardOutput();
 }
 
 void WriteFile(QString const& path, QByteArray const& contents)

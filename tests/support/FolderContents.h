@@ -10,6 +10,7 @@ namespace tandry::test {
 QMap<QString, QByteArray> FolderContents(QString const& folder);
 
 QByteArray ReadFile(QString const& path);
+/// Not for a file that is open as a store; see `ReadFile`.
 void WriteFile(QString const& path, QByteArray const& contents);
 /// Overwrites a part of a file.
 void Overwrite(QString const& path, qint64 offset, QByteArray const& bytes);

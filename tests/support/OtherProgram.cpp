@@ -1,0 +1,27 @@
+#include "support/OtherProgram.h"
+
+#include <gtest/gtest.h>
+
+#include <csignal>
+
+namespace tandry::test {
+
+OtherProgram::OtherProgram(QString const& store, QStringList const& command)
+{
+    _process.setProcessChannelMode(QProcess::ForwardedChannels);
+    _process.start(QStringLiteral(TANDRY_OTHER_PROGRAM), QStringList{store} + command);
+    EXPECT_TRUE(_process.waitForStarted(-1)) << _process.errorString().toStdString();
+}
+
+OtherProgram::~OtherProgram()
+{
+    Wait();
+}
+
+int OtherProgram::Wait()
+{
+    _process.waitForFinished(-1);
+    return _process.exitStatus() == QProcess::NormalExit ? _process.exitCode() : -SIGKILL;
+}
+
+} // namespace tandry::test

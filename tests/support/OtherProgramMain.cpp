@@ -1,0 +1,58 @@
+#include "database/SqliteDatabaseFactory.h"
+#include "database/TransactionalScope.h"
+#include "support/ChildProcess.h"
+#include "support/Queries.h"
+
+#include <sqlite3.h>
+
+#include <QCoreApplication>
+#include <QFile>
+
+namespace {
+
+using sync::database::SqliteDatabaseFactory;
+using sync::database::TransactionalScope;
+
+int Add(QString const& path, int count, bool crashes)
+{
+    std::shared_ptr<SqliteDatabaseFactory> const store = SqliteDatabaseFactory::Open(path);
+    if (store == nullptr)
+        return 1;
+    for (int row = 0; row < count; ++row) {
+        TransactionalScope const scope;
+        if (!tandry::test::AddServer(*store, QStringLiteral("another's")))
+            return 1;
+    }
+    if (crashes)
+        tandry::test::Crash();
+    return 0;
+}
+
+int TakeOver(QString const& path)
+{
+    sqlite3* handle = nullptr;
+    int code = sqlite3_open_v2(QFile::encodeName(path).constData(), &handle, SQLITE_OPEN_READWRITE, nullptr);
+    if (code == SQLITE_OK)
+        code = sqlite3_exec(handle,
+                            "PRAGMA locking_mode = EXCLUSIVE; BEGIN EXCLUSIVE; CREATE TABLE a (b); COMMIT",
+                            nullptr,
+                            nullptr,
+                            nullptr);
+    sqlite3_close(handle);
+    return code == SQLITE_OK ? 0 : 1;
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    QCoreApplication const application(argc, argv);
+    QStringList const arguments = application.arguments();
+    QString const path = arguments.value(1);
+    QString const command = arguments.value(2);
+    if (command == QStringLiteral("add") || command == QStringLiteral("add-and-crash"))
+        return Add(path, arguments.value(3).toInt(), command != QStringLiteral("add"));
+    if (command == QStringLiteral("take-over"))
+        return TakeOver(path);
+    return 2;
+}
