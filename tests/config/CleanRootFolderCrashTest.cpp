@@ -102,7 +102,7 @@ protected:
     /// The path of a whole store, ready to be cleaned.
     QString MakeStore(int round)
     {
-        QString const path = _folder.filePath("%1.db"_q.arg(round));
+        QString path = _folder.filePath("%1.db"_q.arg(round));
         EXPECT_TRUE(QFile::copy(_whole, path));
         return path;
     }

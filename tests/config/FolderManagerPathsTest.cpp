@@ -14,7 +14,6 @@ namespace {
 using namespace sync::config;
 using namespace tandry::test;
 using testing::ElementsAre;
-using testing::IsEmpty;
 
 constexpr int Any = -1;
 

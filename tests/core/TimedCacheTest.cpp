@@ -132,7 +132,7 @@ TEST_F(TimedCacheTest, RefillThatThrowsLeavesTheCacheUsable)
 
 TEST_F(TimedCacheTest, ClearReleasesTheValue)
 {
-    auto const value = std::make_shared<int>(1);
+    auto value = std::make_shared<int>(1);
     TimedCache<std::shared_ptr<int>> holder([&] { return value; }, 1000, &FakeClock::Now);
     holder.GetValue();
     EXPECT_EQ(value.use_count(), 2);
@@ -216,6 +216,7 @@ TEST_F(TimedCacheTest, ThreadsNeverSeeAHalfWrittenValue)
 
     std::atomic<int> broken = 0;
     std::vector<std::thread> threads;
+    threads.reserve(4);
     for (int thread = 0; thread < 4; ++thread) {
         threads.emplace_back([&, thread] {
             for (int i = 0; i < 500; ++i) {

@@ -34,6 +34,7 @@ protected:
     void PlayFolders(std::vector<std::pair<int, sync::config::FolderConfiguration>> const& folders)
     {
         std::vector<Row> rows;
+        rows.reserve(folders.size());
         for (auto const& [id, folder] : folders)
             rows.push_back(ToRow(id, folder));
         store->PlayRows(std::move(rows));
