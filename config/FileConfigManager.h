@@ -24,6 +24,8 @@ namespace sync::config {
 class FolderConfiguration;
 
 /// The files of a store. What an operation answers on failure stands with its declaration in the interface.
+///
+/// Operations call one another through the virtual interface, so an override takes effect in the composite ones too.
 class TANDRY_CONFIGURATION_EXPORT FileConfigManager : public DatabaseConfigurationManager,
                                                       public sync::interf::IFileConfigManager
 {

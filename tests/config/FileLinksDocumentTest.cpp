@@ -132,7 +132,7 @@ struct DateCase
 class FileLinksDate : public FileLinksText, public testing::WithParamInterface<DateCase>
 {};
 
-TEST_P(FileLinksDate, IsWrittenWithItsTimeSpecAndReadAsUtc)
+TEST_P(FileLinksDate, IsWrittenWithItsOffsetAndReadAsUtc)
 {
     QString const text = Write({}, GetParam().date);
     EXPECT_EQ(text, "<FileLinks FileDate=\"%1\"/>\n"_q.arg(QString::fromUtf8(GetParam().text)));
@@ -141,7 +141,7 @@ TEST_P(FileLinksDate, IsWrittenWithItsTimeSpecAndReadAsUtc)
 }
 
 INSTANTIATE_TEST_SUITE_P(
-    TimeSpecs,
+    Kinds,
     FileLinksDate,
     testing::Values(DateCase{"Utc", Date, "2024-05-06T07:08:09Z"},
                     DateCase{"LocalTime", QDateTime(Date.date(), Date.time(), Qt::LocalTime), "2024-05-06T07:08:09"},

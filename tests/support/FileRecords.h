@@ -20,7 +20,7 @@ Row ToRow(sync::config::FileConfiguration const& file);
 QString FileLinksDocument(sync::config::FileConfiguration const& file);
 
 /// The names of the members in which two records differ; null and empty texts differ, and so do times of the same
-/// instant in different time specs.
+/// instant in different kinds of time.
 std::vector<std::string> DifferingMembers(sync::config::FileConfiguration const& left,
                                           sync::config::FileConfiguration const& right);
 
