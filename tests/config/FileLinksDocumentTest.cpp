@@ -36,7 +36,7 @@ protected:
         file.fileLinks = links;
         file.fileDate = date;
         EXPECT_TRUE(_manager.Update(file));
-        QString const text = _store->Executions().back().bindings.back().value.toString();
+        QString text = _store->Executions().back().bindings.back().value.toString();
         EXPECT_FALSE(text.isNull());
         return text;
     }

@@ -12,7 +12,6 @@ using namespace sync::config;
 using namespace tandry::test;
 using testing::_;
 using testing::ElementsAre;
-using testing::IsEmpty;
 using testing::Property;
 using testing::Return;
 using testing::SizeIs;

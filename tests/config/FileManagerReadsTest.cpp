@@ -9,7 +9,6 @@ namespace {
 using namespace sync::config;
 using namespace sync::interf;
 using namespace tandry::test;
-using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::Return;
 using testing::SizeIs;

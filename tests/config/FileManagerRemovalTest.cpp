@@ -69,7 +69,7 @@ class FileManagerRemoval : public FileManagerFixture
 protected:
     QString MakeFile(char const* name)
     {
-        QString const path = directory.filePath(QString::fromUtf8(name));
+        QString path = directory.filePath(QString::fromUtf8(name));
         EXPECT_TRUE(QFile(path).open(QIODevice::WriteOnly));
         return path;
     }

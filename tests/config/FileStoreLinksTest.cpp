@@ -8,7 +8,6 @@ using testing::Contains;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::SizeIs;
-using testing::UnorderedElementsAre;
 
 FileLink Link(QString const& path, int fileId = -1)
 {

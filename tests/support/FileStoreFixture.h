@@ -76,7 +76,7 @@ protected:
     /// An empty file on disk, with its folders; the absolute path.
     QString MakeFile(QString const& path)
     {
-        QString const absolute = folder.filePath(path);
+        QString absolute = folder.filePath(path);
         QDir().mkpath(QFileInfo(absolute).path());
         EXPECT_TRUE(QFile(absolute).open(QIODevice::WriteOnly));
         return absolute;
