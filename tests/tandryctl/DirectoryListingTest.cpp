@@ -12,7 +12,7 @@
 #include <sys/stat.h>
 
 using namespace tandryctl;
-using tandry::test::operator""_q;
+using namespace tandry::test;
 
 namespace {
 
@@ -37,9 +37,9 @@ protected:
     void WriteRaw(QByteArray const& name) const
     {
         QByteArray const path = folder.path().toUtf8() + '/' + name;
-        FILE* const file = std::fopen(path.constData(), "w");
-        ASSERT_NE(file, nullptr);
-        std::fclose(file);
+        int const file = ::open(path.constData(), O_CREAT | O_WRONLY, 0600);
+        ASSERT_NE(file, -1);
+        ASSERT_EQ(::close(file), 0);
     }
 
     DirectoryListing List() const { return ListDirectory(folder.path()); }

@@ -19,7 +19,7 @@ protected:
     QStringList Column(QStringList const& arguments, char const* column)
     {
         QStringList values;
-        for (QJsonValue const& row : Json(arguments))
+        for (QJsonValue const row : Json(arguments))
             values.append(row.toObject().value(QString::fromUtf8(column)).toVariant().toString());
         return values;
     }

@@ -10,7 +10,7 @@
 #include <gtest/gtest.h>
 
 using namespace tandryctl;
-using tandry::test::operator""_q;
+using namespace tandry::test;
 
 namespace {
 

@@ -3,7 +3,7 @@
 
 #include <gtest/gtest.h>
 
-using tandry::test::operator""_q;
+using namespace tandry::test;
 using tandryctl::Removal;
 
 TEST(Removal, OfARowAloneNamesIt)

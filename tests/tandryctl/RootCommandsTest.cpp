@@ -222,3 +222,17 @@ TEST_F(RootCommandsTest, RemoveThatFailsMidwayLeavesEverything)
     EXPECT_EQ(Json({"list"_q, "folders"_q}).size(), 2);
     EXPECT_EQ(Json({"list"_q, "files"_q}).size(), 1);
 }
+
+TEST_F(RootCommandsTest, MessagesShowPlaceholdersInNamesAsTheyAre)
+{
+    MakeDirectory("%1%2%3 %L1/%2"_q);
+    EXPECT_EQ(Done({"root"_q, "add"_q, At("%1%2%3 %L1"), "--server-path"_q, "/%1"_q}),
+              "recorded root 1 '"_q + At("%1%2%3 %L1") + "'; 'tandryctl scan 1' records what is in it\n"_q);
+    Ran const inside = Add(At("%1%2%3 %L1/%2"));
+    EXPECT_TRUE(
+        inside.err.contains("'"_q + At("%1%2%3 %L1/%2") + "' lies inside root 1 '"_q + At("%1%2%3 %L1") + "';"_q))
+        << inside.err.toStdString();
+    Ran const folder1 = Run({"folder"_q, "remove"_q, "1"_q});
+    EXPECT_TRUE(folder1.err.contains("folder 1 '"_q + At("%1%2%3 %L1") + "' is a root"_q)) << folder1.err.toStdString();
+    EXPECT_TRUE(Run({"root"_q, "remove"_q, "1"_q}).err.contains("root 1 '"_q + At("%1%2%3 %L1") + "'"_q));
+}

@@ -33,7 +33,7 @@ protected:
     QHash<QString, QJsonObject> FilesByPath()
     {
         QHash<QString, QJsonObject> files;
-        for (QJsonValue const& file : Run({"list"_q, "files"_q, "--json"_q}).json())
+        for (QJsonValue const file : Run({"list"_q, "files"_q, "--json"_q}).json())
             files.insert(file.toObject().value("clientPath"_q).toString(), file.toObject());
         return files;
     }
@@ -43,7 +43,7 @@ protected:
     QStringList FolderPaths()
     {
         QStringList paths;
-        for (QJsonValue const& entry : Json({"list"_q, "folders"_q}))
+        for (QJsonValue const entry : Json({"list"_q, "folders"_q}))
             paths.append(entry.toObject().value("clientPath"_q).toString());
         paths.sort();
         return paths;

@@ -6,6 +6,8 @@
 #include <QProcess>
 #include <QProcessEnvironment>
 
+#include <algorithm>
+#include <iterator>
 #include <optional>
 #include <string>
 #include <vector>
@@ -125,11 +127,12 @@ std::optional<Ran> ToolTest::RunWithoutPrivileges(QStringList const& arguments)
 Ran ToolTest::RunOnTerminal(QStringList const& arguments, QByteArray const& typed)
 {
     std::vector<std::string> words{Program.toStdString()};
-    for (QString const& argument : _OnStore(arguments))
-        words.push_back(argument.toStdString());
+    QStringList const onStore = _OnStore(arguments);
+    std::transform(onStore.begin(), onStore.end(), std::back_inserter(words), [](QString const& argument) {
+        return argument.toStdString();
+    });
     std::vector<char*> argv;
-    for (std::string& word : words)
-        argv.push_back(word.data());
+    std::transform(words.begin(), words.end(), std::back_inserter(argv), [](std::string& word) { return word.data(); });
     argv.push_back(nullptr);
 
     int terminal = -1;

@@ -54,8 +54,9 @@ QString DescribeLinks(QVector<ResolvedLink> const& links)
     QStringList targets;
     for (ResolvedLink const& link : links) {
         QVariant const target = TargetOf(link);
-        targets.append(target.isValid() ? QStringLiteral("%1 (file %2)").arg(target.toString()).arg(link.target.id)
-                                        : QStringLiteral("%1 (not on record)").arg(link.link.path));
+        targets.append(target.isValid()
+                           ? QStringLiteral("%1 (file %2)").arg(target.toString(), QString::number(link.target.id))
+                           : QStringLiteral("%1 (not on record)").arg(link.link.path));
     }
     return targets.join(QStringLiteral(", "));
 }

@@ -46,8 +46,9 @@ ExitStatus AddFolder(Session& session, AddArguments const& arguments)
     if (folder.getId() == -1)
         throw Failure(ExitStatus::NothingFound,
                       QStringLiteral("%1 finds no place below %2; see 'tandryctl tree %3'")
-                          .arg(Quoted(path), Titled("root", root->getId(), root->getClientPath()))
-                          .arg(root->getId()));
+                          .arg(Quoted(path),
+                               Titled("root", root->getId(), root->getClientPath()),
+                               QString::number(root->getId())));
     int const added =
         session.Read(session.questions().CountNaming("FolderConfiguration", "rootId", root->getId())) - before;
 
@@ -88,10 +89,10 @@ ExitStatus RemoveFolder(Session& session, RemoveArguments const& arguments)
 {
     FolderConfiguration const folder = FindFolder(session, arguments.id);
     if (folder.isRoot())
-        throw Failure(ExitStatus::NothingFound,
-                      QStringLiteral("%1 is a root; remove it with 'tandryctl root remove %2'")
-                          .arg(Titled("folder", folder.getId(), folder.getClientPath()))
-                          .arg(folder.getId()));
+        throw Failure(
+            ExitStatus::NothingFound,
+            QStringLiteral("%1 is a root; remove it with 'tandryctl root remove %2'")
+                .arg(Titled("folder", folder.getId(), folder.getClientPath()), QString::number(folder.getId())));
 
     Removal const removal = RemovalOf(session, folder, arguments.recursive);
     session.ConfirmRemoval(removal.text());

@@ -103,9 +103,7 @@ void RefuseDouble(Session& session, ProductConfiguration const& product, int ser
         throw Failure(ExitStatus::NothingFound,
                       QStringLiteral("%1 has this key on server %2 already; change that one with 'tandryctl product "
                                      "update %3'")
-                          .arg(Title(other))
-                          .arg(serverId)
-                          .arg(other.getId()));
+                          .arg(Title(other), QString::number(serverId), QString::number(other.getId())));
 }
 
 ExitStatus Add(Session& session, Arguments const& arguments)

@@ -3,7 +3,6 @@
 #include "Terminal.h"
 
 #include <algorithm>
-#include <cstdio>
 
 namespace tandryctl {
 
@@ -28,7 +27,7 @@ Progress::Progress(QString const& activity, char const* unit, qint64 total)
 Progress::~Progress()
 {
     if (_drawn)
-        std::fputs("\r\033[K", stderr);
+        Tell(QStringLiteral("\r\033[K"));
 }
 
 void Progress::Advance(qint64 count)
@@ -62,8 +61,7 @@ QString Progress::Line(QString const& activity, char const* unit, qint64 done, q
 void Progress::_Draw()
 {
     qint64 const elapsed = _timer.elapsed();
-    std::fprintf(stderr, "\r%s\033[K", Line(_activity, _unit, _done, _total, elapsed).toUtf8().constData());
-    std::fflush(stderr);
+    Tell(QStringLiteral("\r%1\033[K").arg(Line(_activity, _unit, _done, _total, elapsed)));
     _drawn = true;
     _nextDrawMsec = elapsed + DrawEveryMsec;
 }

@@ -66,8 +66,7 @@ ExitStatus AddRoot(Session& session, AddArguments const& arguments)
     bracket.Commit();
 
     session.output().Report(QStringLiteral("recorded %1; 'tandryctl scan %2' records what is in it")
-                                .arg(Titled("root", root.getId(), directory))
-                                .arg(root.getId()),
+                                .arg(Titled("root", root.getId(), directory), QString::number(root.getId())),
                             FolderColumns(),
                             root);
     return ExitStatus::Done;

@@ -176,12 +176,12 @@ bool RootScan::_MayBeOnDisk(QString const& path) const
 
 void RootScan::_Write()
 {
-    qint64 const total = qint64(_newFolders.size() + _strayFolders.size() + _plannedFiles.size() +
-                                _plannedLinks.size() + _goneFiles.size() + _goneFolders.size());
+    size_t const total = _newFolders.size() + _strayFolders.size() + _plannedFiles.size() + _plannedLinks.size() +
+                         _goneFiles.size() + _goneFolders.size();
     if (total == 0)
         return;
 
-    Progress progress(QStringLiteral("recording"), "records", total);
+    Progress progress(QStringLiteral("recording"), "records", qint64(total));
     Bracket bracket(_session);
     for (QString const& path : _newFolders) {
         _AddFolder(path);
@@ -217,11 +217,10 @@ void RootScan::_AddFolder(QString const& path)
         return; // its parent found no place, which has been told
     FolderConfiguration const folder = _session.Read(_session.folders().AddFolderAndParent(path, _root));
     if (folder.getId() == -1 || folder.getRootId() != _root.getId()) {
-        _counts.problems.append(
-            folder.getId() == -1
-                ? QStringLiteral("%1 finds no place below %2")
-                      .arg(Quoted(path), Titled("root", _root.getId(), _rootPath))
-                : QStringLiteral("%1 is on record in root %2 already").arg(Quoted(path)).arg(folder.getRootId()));
+        _counts.problems.append(folder.getId() == -1 ? QStringLiteral("%1 finds no place below %2")
+                                                           .arg(Quoted(path), Titled("root", _root.getId(), _rootPath))
+                                                     : QStringLiteral("%1 is on record in root %2 already")
+                                                           .arg(Quoted(path), QString::number(folder.getRootId())));
         return;
     }
     _folders.insert(path, {folder.getId(), folder.getParentId(), true});

@@ -59,8 +59,7 @@ void RefuseDouble(Session& session, ServerConfiguration const& server)
     if (other.getId() != -1 && other.getId() != server.getId())
         throw Failure(ExitStatus::NothingFound,
                       QStringLiteral("%1 has these URLs already; change that one with 'tandryctl server update %2'")
-                          .arg(Title(other))
-                          .arg(other.getId()));
+                          .arg(Title(other), QString::number(other.getId())));
 }
 
 ExitStatus Add(Session& session, Arguments const& arguments)

@@ -1,6 +1,5 @@
 #include "Terminal.h"
 
-#include <cstdio>
 #include <iostream>
 #include <string>
 
@@ -8,9 +7,14 @@
 
 namespace tandryctl {
 
+void Tell(QString const& text)
+{
+    std::cerr << text.toUtf8().constData() << std::flush;
+}
+
 void Complain(QString const& line)
 {
-    std::fprintf(stderr, "tandryctl: %s\n", line.toUtf8().constData());
+    Tell(QStringLiteral("tandryctl: %1\n").arg(line));
 }
 
 bool CanShowProgress()
@@ -25,10 +29,10 @@ bool CanAsk()
 
 bool Ask(QString const& question)
 {
-    std::fprintf(stderr, "%s [y/N] ", question.toUtf8().constData());
+    Tell(question + QStringLiteral(" [y/N] "));
     std::string answer;
     if (!std::getline(std::cin, answer))
-        std::fputc('\n', stderr); // the answer was an end of input, which leaves the cursor behind the question
+        Tell(QStringLiteral("\n")); // the answer was an end of input, which leaves the cursor behind the question
     return !answer.empty() && (answer.front() == 'y' || answer.front() == 'Y');
 }
 

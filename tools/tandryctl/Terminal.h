@@ -4,6 +4,9 @@
 
 namespace tandryctl {
 
+/// Writes to standard error as it is. What can't be written there is lost: nobody is left to be told.
+void Tell(QString const& text);
+
 /// One line on standard error, under the program's name.
 void Complain(QString const& line);
 
