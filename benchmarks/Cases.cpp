@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <chrono>
 #include <functional>
 #include <initializer_list>
 #include <memory>
@@ -193,7 +194,8 @@ Case StatusOfFolders(SampleRecords const& records)
     return status;
 }
 
-/// Look-ups by path on so many threads at once, each with its share, while another thread keeps updating durably.
+/// Look-ups by path on so many threads at once, each with its share, while another thread updates durably, again and
+/// again but no faster for one contestant than for the other: each of its commits costs the readers their page caches.
 Case ReadersBesideWriter(SampleRecords const& records, int threads)
 {
     constexpr int lookUpsInAll = 40000;
@@ -217,6 +219,7 @@ Case ReadersBesideWriter(SampleRecords const& records, int threads)
             for (int choice = 0; !done; ++choice) {
                 int const number = Scattered(choice, records.fileCount());
                 own->UpdateFile(Files::Changed(records.File(number), number));
+                std::this_thread::sleep_for(std::chrono::milliseconds(5));
             }
         });
         std::vector<std::thread> readerThreads;

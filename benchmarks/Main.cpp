@@ -28,6 +28,7 @@ struct Choice
 {
     QVector<int> sizes;
     int repetitions = 7;
+    Clock clock = Clock::Elapsed;
     QRegularExpression names;
     QString directory;
 
@@ -49,7 +50,7 @@ void RunSuite(Suite const& suite, Choice const& choice, Report& report)
         std::fprintf(stderr, "%s\n", qPrintable(each.name()));
         if (changed && each.changesStore && store.bytes() < BytesWorthSparing)
             store.Renew();
-        report.results.push_back(Run(each, store, choice.repetitions));
+        report.results.push_back(Run(each, store, choice.repetitions, choice.clock));
         changed = changed || each.changesStore;
     }
     if (choice.sizes.contains(suite.records.fileCount())) {
@@ -122,16 +123,20 @@ int main(int argc, char** argv)
                                          QStringLiteral("Repeat so often, 5 to 9 times."),
                                          QStringLiteral("NUMBER"),
                                          QStringLiteral("7"));
+    QCommandLineOption const processorTime(
+        QStringLiteral("processor-time"),
+        QStringLiteral("Compare processor time instead of elapsed time: on a busy machine. Leaves the disk out."));
     QCommandLineOption const directory(QStringLiteral("directory"),
                                        QStringLiteral("Make the stores below this directory, on a real disk."),
                                        QStringLiteral("DIRECTORY"),
                                        QDir::currentPath());
-    parser.addOptions({json, quick, list, indices, cases, rows, repetitions, directory});
+    parser.addOptions({json, quick, list, indices, cases, rows, repetitions, processorTime, directory});
     parser.process(application);
 
     Choice choice;
     choice.sizes = Sizes(parser.isSet(quick) ? QStringLiteral("1000,10000") : parser.value(rows));
     choice.repetitions = parser.value(repetitions).toInt();
+    choice.clock = parser.isSet(processorTime) ? Clock::Processor : Clock::Elapsed;
     choice.names = QRegularExpression(parser.value(cases));
     choice.directory = parser.value(directory);
     if (choice.repetitions < 5 || choice.repetitions > MostRepetitions)
@@ -159,7 +164,10 @@ int main(int argc, char** argv)
         RunSuite(suite, choice, report);
     if (report.results.empty())
         Fail(QStringLiteral("no case has such a name; --list tells which there are"));
-    NoteThreads(report);
+    if (choice.clock == Clock::Elapsed)
+        NoteThreads(report);
+    else
+        report.notes.push_back({QStringLiteral("Times are processor time."), QStringLiteral("processorTime"), 1});
     out << (parser.isSet(json) ? ToJson(report) : ToText(report));
     return EXIT_SUCCESS;
 }

@@ -14,6 +14,10 @@ namespace {
 class Stopwatch : public benchmark::BenchmarkReporter
 {
 public:
+    explicit Stopwatch(Clock clock)
+        : _clock(clock)
+    {}
+
     double Seconds(std::string const& name, std::function<void()> const& measured)
     {
         benchmark::ClearRegisteredBenchmarks();
@@ -23,15 +27,21 @@ public:
                                              measured();
                                      })
             ->Iterations(1)
-            ->UseRealTime();
+            ->UseRealTime()
+            ->MeasureProcessCPUTime();
         benchmark::RunSpecifiedBenchmarks(this);
         return _seconds;
     }
 
     bool ReportContext(Context const&) override { return true; }
-    void ReportRuns(std::vector<Run> const& runs) override { _seconds = runs.front().real_accumulated_time; }
+    void ReportRuns(std::vector<Run> const& runs) override
+    {
+        Run const& run = runs.front();
+        _seconds = _clock == Clock::Elapsed ? run.real_accumulated_time : run.cpu_accumulated_time;
+    }
 
 private:
+    Clock const _clock;
     double _seconds = 0;
 };
 
@@ -54,7 +64,7 @@ double Measurement::median() const
     return sorted.size() % 2 == 1 ? sorted[middle] : (sorted[middle - 1] + sorted[middle]) / 2;
 }
 
-Result Run(Case const& benchmark, SampleStore& store, int repetitions)
+Result Run(Case const& benchmark, SampleStore& store, int repetitions, Clock clock)
 {
     Result result{benchmark.workload, benchmark.rows, benchmark.operations, benchmark.limit, {}};
     auto participants = ParticipantsOf(benchmark, store);
@@ -67,7 +77,7 @@ Result Run(Case const& benchmark, SampleStore& store, int repetitions)
         result.measurements[participant->entrant].peakBytes = memory.beyondStart();
     }
 
-    Stopwatch stopwatch;
+    Stopwatch stopwatch(clock);
     for (int pass = 1; pass <= repetitions; ++pass) {
         benchmark.prepare(pass);
         for (auto const& participant : participants) {

@@ -10,6 +10,14 @@
 
 namespace sync::benchmarks {
 
+/// What counts: the time that passed, or the time that processors were busy for us. The second one is of use where
+/// others keep the machine busy; waiting for the disk isn't in it.
+enum class Clock
+{
+    Elapsed,
+    Processor,
+};
+
 /// What one entrant took for a case.
 struct Measurement
 {
@@ -32,6 +40,6 @@ struct Result
 
 /// Runs a case on a sample store: after a first pass, which measures memory and warms everything up, so many passes in
 /// which the entrants take turns, each pass beginning with another one.
-Result Run(Case const& benchmark, SampleStore& store, int repetitions);
+Result Run(Case const& benchmark, SampleStore& store, int repetitions, Clock clock);
 
 } // namespace sync::benchmarks
