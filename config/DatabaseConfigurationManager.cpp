@@ -1,5 +1,6 @@
 #include "config/DatabaseConfigurationManager.h"
 
+#include "config/StoredDocument.h"
 #include "interf/IDatabaseFactory.h"
 
 #include <QDomDocument>
@@ -30,7 +31,7 @@ QMap<QString, QString> DatabaseConfigurationManager::ToNameValuePropertyMap(QStr
 {
     QMap<QString, QString> properties;
     QDomDocument document(NameValueXml);
-    document.setContent(text); // a text that breaks off leaves its beginning in the document
+    LoadStoredDocument(text, document);
 
     for (QDomNode node = document.documentElement().firstChild(); !node.isNull(); node = node.nextSibling())
         properties[node.nodeName()] = node.childNodes().at(0).nodeValue();

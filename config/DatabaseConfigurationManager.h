@@ -27,7 +27,8 @@ public:
     virtual ~DatabaseConfigurationManager();
 
     /// The entries of a "NameValueXml" document; a later entry of the same name wins. A text that is no document gives
-    /// an empty map, one that breaks off what stands before the break.
+    /// an empty map, as does one with elements nested by the hundreds; one that breaks off what stands before the
+    /// break.
     virtual QMap<QString, QString> ToNameValuePropertyMap(QString text) const;
 
     /// The "NameValueXml" document of a map. Keys must be XML names, and values must not hold "]]>": nothing checks.

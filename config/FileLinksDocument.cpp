@@ -1,5 +1,7 @@
 #include "config/FileLinksDocument.h"
 
+#include "config/StoredDocument.h"
+
 #include <QDomDocument>
 
 namespace sync::config {
@@ -46,7 +48,7 @@ QList<FileLink> ReadFileLinks(QString const& text, QDateTime& date)
         return links;
 
     QDomDocument document;
-    document.setContent(text);
+    LoadStoredDocument(text, document);
     QDomElement const root = document.documentElement();
     date = QDateTime::fromString(root.attribute(FileDate), Qt::ISODate);
     date.setTimeSpec(Qt::UTC);

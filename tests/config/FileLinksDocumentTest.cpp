@@ -207,6 +207,14 @@ TEST_F(FileLinksText, ThatIsNoXmlLeavesTheRestOfTheRowToBeRead)
     EXPECT_EQ(file.checkSumMD5, "check sum MD5"_q);
 }
 
+TEST_F(FileLinksText, ThatNestsElementsByTheThousandsReadsAsNoLinksAndAnInvalidDate)
+{
+    QString const text =
+        "<FileLinks FileDate=\"2024-05-06T07:08:09Z\">"_q + "<FileLink FileId=\"1\">"_q.repeated(50'000);
+    EXPECT_THAT(Read(text).fileLinks, IsEmpty());
+    EXPECT_FALSE(Read(text).fileDate.isValid());
+}
+
 TEST_F(FileLinksText, CountsElementsWhateverTheirNameAndNothingElse)
 {
     FileConfiguration const file = Read("<Any FileDate=\"2024-05-06T07:08:09Z\">text<!-- note --><a FileId=\"1\"/>"

@@ -184,6 +184,44 @@ TEST_F(NameValueProperties, PrefixIsPartOfTheKey)
     EXPECT_EQ(Read("<n xmlns:p=\"u\"><p:a>1</p:a></n>"_q), (Properties{{"p:a"_q, "1"_q}}));
 }
 
+// Documents that no manager wrote. Destroying one goes as deep as its elements are nested.
+
+TEST_F(NameValueProperties, OfElementsNestedByTheThousandsAreNone)
+{
+    QString const opened = "<x>"_q + "<a>"_q.repeated(100'000);
+    EXPECT_EQ(Read(opened), Properties());
+    EXPECT_EQ(Read(opened + "</a>"_q.repeated(100'000) + "</x>"_q), Properties());
+}
+
+TEST_F(NameValueProperties, OfElementsNestedByTheThousandsInAnEntityAreNone)
+{
+    QString const text = "<!DOCTYPE x [<!ENTITY e \"%1\">]><x>&e;</x>"_q.arg("<a>"_q.repeated(100'000));
+    EXPECT_EQ(Read(text), Properties());
+}
+
+TEST_F(NameValueProperties, OfElementsNestedUpToTheLimitAreRead)
+{
+    auto const nested = [](int levels) {
+        return "<x>"_q + "<a>"_q.repeated(levels - 1) + "</a>"_q.repeated(levels - 1) + "</x>"_q;
+    };
+    EXPECT_EQ(Read(nested(500)), (Properties{{"a"_q, ""_q}}));
+    EXPECT_EQ(Read(nested(501)), Properties());
+}
+
+TEST_F(NameValueProperties, MayHoldAnyNumberOfTagsInTheirValues)
+{
+    Properties const properties{{"Key"_q, "<a>"_q.repeated(100'000)}};
+    EXPECT_EQ(Read(Write(properties)), properties);
+}
+
+TEST_F(NameValueProperties, MayBeManyThousands)
+{
+    Properties properties;
+    for (int i = 0; i < 3000; ++i)
+        properties["Key%1"_q.arg(i)] = "value"_q;
+    EXPECT_EQ(Read(Write(properties)), properties);
+}
+
 TEST(DatabaseConfigurationManager, TakesOneShareOfTheFactoryAndMakesNoCall)
 {
     auto const store = std::make_shared<RecordingStore>();

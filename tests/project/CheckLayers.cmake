@@ -6,7 +6,7 @@ cmake_minimum_required(VERSION 3.25)
 set(allowed_core "core/.*")
 set(allowed_interf "interf/.*")
 set(allowed_database "database/.*|interf/.*|sqlite3\\.h")
-set(allowed_config "config/.*|interf/.*|core/.*|database/TransactionalScope\\.h|(QtXml/)?QDom.*|QtXml")
+set(allowed_config "config/.*|interf/.*|core/.*|database/TransactionalScope\\.h|(QtXml/)?Q(Dom|Xml)[A-Z].*|QtXml")
 set(allowed_tools "tools/.*")
 set(allowed_examples "")
 # Clients like any other.
