@@ -69,6 +69,11 @@ StoreError DescribeError(sqlite3* handle, int code, QString const& path, QString
     return MakeError(path, code, words + QLatin1Char(')'), statement);
 }
 
+Failure NoConnection()
+{
+    return StoreError{SQLITE_MISUSE, QStringLiteral("the thread is ending and has closed its stores"), {}};
+}
+
 QString SystemReason(int errorNumber)
 {
     return qt_error_string(errorNumber);

@@ -21,6 +21,9 @@ StoreError MakeError(QString const& path, int code, QString const& words, QStrin
 StoreError
 DescribeError(sqlite3* handle, int code, QString const& path, QString const& statement = {}, bool engineWords = false);
 
+/// Of an operation on a thread whose own data have gone already, and its connections with them.
+Failure NoConnection();
+
 /// The operating system's reason for an error number.
 QString SystemReason(int errorNumber);
 

@@ -105,6 +105,17 @@ void SqliteConnection::Disconnect() noexcept
 
 Failure SqliteConnection::OpenForWriting(bool firstOfStore)
 {
+    Failure failure = ConnectForWriting(firstOfStore);
+    if (failure && firstOfStore && RefusesLog(failure->code)) {
+        Disconnect();
+        if (_store->file().ConvertToJournal() == SQLITE_OK)
+            failure = ConnectForWriting(firstOfStore);
+    }
+    return failure;
+}
+
+Failure SqliteConnection::ConnectForWriting(bool firstOfStore)
+{
     bool const hadLog = _store->file().LogIdentity().has_value();
     int const code = OpenHandle(_store->file().name(), SQLITE_OPEN_READWRITE, _handle);
     if (code != SQLITE_OK)
@@ -114,13 +125,7 @@ Failure SqliteConnection::OpenForWriting(bool firstOfStore)
 
     // Until the file has proved to be a store, closing it must not work off what a program left behind.
     sqlite3_db_config(_handle.get(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, hadLog ? 1 : 0, nullptr);
-    Failure failure = Configure(firstOfStore);
-    if (failure && firstOfStore && RefusesLog(failure->code)) {
-        _handle.reset();
-        if (_store->file().ConvertToJournal() == SQLITE_OK)
-            return OpenForWriting(false);
-    }
-    if (failure)
+    if (Failure failure = Configure(firstOfStore))
         return failure;
     sqlite3_db_config(_handle.get(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 0, nullptr);
     if (_journalMode == JournalMode::WriteAheadLog)
@@ -165,8 +170,8 @@ Failure SqliteConnection::Configure(bool firstOfStore)
     std::optional<qint64> const version = QueryNumber(handle, "PRAGMA user_version");
     if (!version)
         return Describe(sqlite3_extended_errcode(handle));
-    if (*version > schema::Version)
-        return Refuse(SQLITE_CANTOPEN, schema::NewerVersion(*version));
+    if (*version != schema::Version)
+        return Refuse(SQLITE_CANTOPEN, schema::OtherVersion(*version));
     if (firstOfStore) {
         if (Failure failure = _store->file().CheckLength(handle))
             return failure;

@@ -89,6 +89,7 @@ private:
     Failure CheckUsable() const;
     Failure OpenFor(bool firstOfStore);
     Failure OpenForWriting(bool firstOfStore);
+    Failure ConnectForWriting(bool firstOfStore);
     Failure OpenForReading(bool firstOfStore);
     Failure Configure(bool firstOfStore);
     Failure CheckUnmoved() const;

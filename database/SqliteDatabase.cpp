@@ -37,14 +37,10 @@ bool SqliteDatabase::rollback()
 
 bool SqliteDatabase::Answer(Failure (SqliteConnection::*operation)())
 {
-    _lastError.clear();
-    if (_connection == nullptr)
-        return false;
-    Failure const failure = (_connection.get()->*operation)();
-    if (failure) {
-        _lastError = failure->text;
+    Failure const failure = _connection != nullptr ? (_connection.get()->*operation)() : NoConnection();
+    _lastError = failure ? failure->text : QString();
+    if (failure && _connection != nullptr)
         _connection->Record(*failure);
-    }
     return !failure;
 }
 

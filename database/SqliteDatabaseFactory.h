@@ -46,7 +46,8 @@ struct OpenOptions
 ///
 /// Any thread may call any operation: each gets a connection of its own at its first use, closed when the thread ends
 /// or the factory goes. Queries, scopes and brackets belong to the thread that made them. What still uses the store
-/// when the factory goes fails from then on; a bracket left open is rolled back, an open scope keeps what it wrote.
+/// when the factory goes fails from then on; a bracket left open is rolled back, an open scope keeps what it wrote. The
+/// copy that `fork` makes of a process must not use the store.
 class TANDRY_DATABASE_EXPORT SqliteDatabaseFactory : public sync::interf::factory::IDatabaseFactory,
                                                      public std::enable_shared_from_this<SqliteDatabaseFactory>
 {

@@ -20,8 +20,9 @@ bool SqliteQuery::prepare(QString const& statement)
     _prepareFailure.reset();
     _lastError.clear();
     if (_connection == nullptr)
-        return false;
-    _prepareFailure = _connection->Prepare(statement, _statement);
+        _prepareFailure = NoConnection();
+    else
+        _prepareFailure = _connection->Prepare(statement, _statement);
     if (_prepareFailure)
         _lastError = _prepareFailure->text;
     return !_prepareFailure;
@@ -48,12 +49,10 @@ bool SqliteQuery::exec()
     finish();
     _result = {};
     _lastError.clear();
-    if (_connection == nullptr)
-        return false;
     if (_prepareFailure)
         return Fail(*_prepareFailure);
     if (_statement == nullptr)
-        return Fail(StoreError{SQLITE_MISUSE, QStringLiteral("no statement was prepared"), {}});
+        return Fail({SQLITE_MISUSE, QStringLiteral("no statement was prepared"), {}});
     if (!_bindFailures.empty())
         return Fail(_bindFailures.front().second);
     if (Failure const failure = _connection->Run(*_statement, _result))
@@ -115,7 +114,8 @@ bool SqliteQuery::Fail(StoreError const& error)
 {
     finish();
     _lastError = error.text;
-    _connection->Record(error);
+    if (_connection != nullptr)
+        _connection->Record(error);
     return false;
 }
 

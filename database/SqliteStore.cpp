@@ -92,7 +92,7 @@ Failure SqliteStore::Open()
 
     std::shared_ptr<SqliteConnection> const connection = Connection();
     if (connection == nullptr)
-        return MakeError(_file.path(), SQLITE_MISUSE, QStringLiteral("the thread is ending"));
+        return NoConnection();
     if (Failure failure = connection->OpenAndCheck())
         return failure;
     _journalMode = connection->journalMode();

@@ -225,8 +225,8 @@ Failure StoreFile::CheckHeader() const
         return MakeError(_path, SQLITE_NOTADB, QStringLiteral("the file is no SQLite database"));
     if (header.applicationId() != schema::ApplicationId)
         return MakeError(_path, SQLITE_NOTADB, QStringLiteral("the database belongs to another application"));
-    if (header.version() > schema::Version)
-        return MakeError(_path, SQLITE_CANTOPEN, schema::NewerVersion(header.version()));
+    if (header.version() != schema::Version)
+        return MakeError(_path, SQLITE_CANTOPEN, schema::OtherVersion(header.version()));
     return {};
 }
 

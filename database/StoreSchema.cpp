@@ -161,11 +161,12 @@ QByteArray SelectOne(Table const& table)
 
 } // namespace
 
-QString NewerVersion(qint64 version)
+QString OtherVersion(qint64 version)
 {
-    return QStringLiteral("the store has version %1, written by a newer program; this one knows version %2")
-        .arg(version)
-        .arg(Version);
+    QString const words =
+        version > Version ? QStringLiteral("the store has version %1, written by a newer program; this one knows %2")
+                          : QStringLiteral("the store has version %1, which this program, of version %2, can't read");
+    return words.arg(version).arg(Version);
 }
 
 int Create(sqlite3* handle)

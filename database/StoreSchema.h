@@ -11,11 +11,12 @@ namespace sync::database::schema {
 
 /// In the file's header: "TNDY".
 constexpr qint32 ApplicationId = 0x544e4459;
-/// In the file's header. A store of a greater version is refused, one of a lesser goes through the upgrade steps.
+/// In the file's header. The first version there is: a store of a lesser one is to be brought up to date, step by step,
+/// before its first connection is opened.
 constexpr qint32 Version = 1;
 
-/// Why a store of a greater version is refused.
-QString NewerVersion(qint64 version);
+/// Why a store of another version is refused.
+QString OtherVersion(qint64 version);
 
 /// Makes tables, indices, marks and the default schedule in an empty database, in one transaction. The engine's result
 /// code.

@@ -1,6 +1,7 @@
 #include "database/TransactionalScope.h"
 #include "interf/IQSqlDatabaseWrapper.h"
 #include "support/FaultyFiles.h"
+#include "support/OtherProgram.h"
 #include "support/Queries.h"
 #include "support/StoreFixture.h"
 
@@ -243,6 +244,12 @@ TEST_P(SqliteScope, ThreadThatEndsWithAScopeThatNeverDidKeepsItsWrites)
     EXPECT_EQ(Durable(), 1);
 }
 
+TEST_P(SqliteScope, ProgramThatExitsInsideAScopeKeepsItsWrites)
+{
+    EXPECT_EQ(OtherProgram(StorePath(), {"add-and-exit"_q}).Wait(), 0);
+    EXPECT_EQ(CountServers(*store), 1);
+}
+
 TEST_P(SqliteScope, FailedCommitAtTheEndIsToldAndTheConnectionWorksOn)
 {
     FaultyFiles files;
@@ -455,6 +462,28 @@ TEST_P(SqliteScope, ReaderThatWouldKeepAWriteFromItsCommitShowsAtExec)
     store->ClearError();
     reader.Run(QStringLiteral("COMMIT"));
     EXPECT_EQ(CountServers(*store), added ? 2 : 1);
+}
+
+class SqliteScopeBesideReaders : public SqliteScope
+{};
+
+TANDRY_WITH_LOG_ONLY(SqliteScopeBesideReaders);
+
+TEST_P(SqliteScopeBesideReaders, WriteOnTopOfAStateThatOthersHaveChangedIsRefused)
+{
+    ASSERT_TRUE(Add("a"));
+    auto const query = Prepared(*store, "SELECT alias FROM ServerConfiguration"_q);
+    ASSERT_TRUE(query->exec());
+    RawStore(StorePath()).Run("INSERT INTO ServerConfiguration (alias) VALUES ('b')"_q);
+    {
+        TransactionalScope const scope;
+        EXPECT_FALSE(Add("c"));
+        EXPECT_TRUE(store->LastError()->text.contains("still reads"_q)) << store->LastError()->text.toStdString();
+        store->ClearError();
+        query->finish();
+        EXPECT_TRUE(Add("c")) << "with the listing at its end";
+    }
+    EXPECT_EQ(CountServers(*store), 3);
 }
 
 } // namespace

@@ -220,6 +220,13 @@ TEST_P(StoreOpening, StoreOfANewerVersionIsRefused)
     ExpectRefusal("version 2");
 }
 
+TEST_P(StoreOpening, StoreOfAVersionThatNeverWasIsRefused)
+{
+    MakeStore();
+    RawStore(Path()).Run(QStringLiteral("PRAGMA user_version = 0"));
+    ExpectRefusal("version 0");
+}
+
 TEST_P(StoreOpening, NewerVersionThatStandsInALogIsRefused)
 {
     MakeStore();

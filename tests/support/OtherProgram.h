@@ -11,6 +11,7 @@ namespace tandry::test {
 ///
 ///     add COUNT              adds servers, each in a scope of its own
 ///     add-and-crash COUNT    the same, and then ends at once
+///     add-and-exit           adds one server and exits inside its scope
 ///     take-over              tries to have the file to itself; succeeds when it could
 class OtherProgram
 {

@@ -8,6 +8,9 @@
 #include <QCoreApplication>
 #include <QFile>
 
+#include <cstdlib>
+#include <memory>
+
 namespace {
 
 using sync::database::SqliteDatabaseFactory;
@@ -26,6 +29,14 @@ int Add(QString const& path, int count, bool crashes)
     if (crashes)
         tandry::test::Crash();
     return 0;
+}
+
+/// A factory that outlives the main thread's own data, and a program that ends in the middle of an operation.
+[[noreturn]] void AddAndExit(QString const& path)
+{
+    static std::shared_ptr<SqliteDatabaseFactory> const store = SqliteDatabaseFactory::Open(path);
+    TransactionalScope const scope;
+    std::exit(store != nullptr && tandry::test::AddServer(*store, QStringLiteral("another's")) ? 0 : 1);
 }
 
 int TakeOver(QString const& path)
@@ -52,6 +63,8 @@ int main(int argc, char** argv)
     QString const command = arguments.value(2);
     if (command == QStringLiteral("add") || command == QStringLiteral("add-and-crash"))
         return Add(path, arguments.value(3).toInt(), command != QStringLiteral("add"));
+    if (command == QStringLiteral("add-and-exit"))
+        AddAndExit(path);
     if (command == QStringLiteral("take-over"))
         return TakeOver(path);
     return 2;

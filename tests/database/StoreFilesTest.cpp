@@ -1,0 +1,87 @@
+#include "database/TransactionalScope.h"
+#include "support/FolderContents.h"
+#include "support/Queries.h"
+#include "support/StoreFixture.h"
+
+#include <QFileInfo>
+
+namespace {
+
+using namespace tandry::test;
+
+/// What is in the files beside the rows.
+class StoreFiles : public EachJournalMode
+{};
+
+TANDRY_IN_EACH_JOURNAL_MODE(StoreFiles);
+
+TEST_P(StoreFiles, CleanCloseLeavesOneFile)
+{
+    ASSERT_TRUE(AddServer(*store, "a"_q));
+    store.reset();
+    EXPECT_EQ(FolderContents(folder.path()).keys(), QStringList{"store.db"_q});
+}
+
+TEST_P(StoreFiles, RemovedAndOverwrittenSecretsAreFoundNowhereAfterACleanClose)
+{
+    QString const insert = "INSERT INTO ProductConfiguration (consumerSecret) VALUES (:secret)"_q;
+    for (QString const& secret : {"short secret"_q, QString(20000, QLatin1Char('x')) + "long secret"_q}) {
+        ASSERT_TRUE(Execute(*store, insert, {{":secret", secret}}));
+        ASSERT_TRUE(Execute(*store, insert, {{":secret", secret}}));
+    }
+    // The search finds what is there.
+    store.reset();
+    EXPECT_TRUE(ReadFile(StorePath()).contains("short secret"));
+    EXPECT_TRUE(ReadFile(StorePath()).contains("long secret"));
+
+    OpenStore();
+    ASSERT_TRUE(Execute(*store, "UPDATE ProductConfiguration SET consumerSecret = 'new' WHERE id % 2 = 0"_q));
+    ASSERT_TRUE(Execute(*store, "DELETE FROM ProductConfiguration WHERE id % 2 = 1"_q));
+    store.reset();
+    QMap<QString, QByteArray> const contents = FolderContents(folder.path());
+    for (QByteArray const& file : contents)
+        EXPECT_FALSE(file.contains("short secret") || file.contains("long secret"));
+}
+
+class StoreLogFile : public EachJournalMode
+{
+protected:
+    qint64 LogSize() const { return QFileInfo(StorePath() + "-wal"_q).size(); }
+
+    void Write(int rows)
+    {
+        sync::database::TransactionalScope const scope;
+        for (int row = 0; row < rows; ++row)
+            ASSERT_TRUE(AddServer(*store, QString(4000, QLatin1Char('x'))));
+    }
+};
+
+TANDRY_WITH_LOG_ONLY(StoreLogFile);
+
+TEST_P(StoreLogFile, GrownLogShrinksSoonAfterTheReaderEndsThatHeldIt)
+{
+    constexpr qint64 Limit = 8 * 1024 * 1024;
+    {
+        RawStore reader(StorePath());
+        reader.Run("BEGIN; SELECT * FROM Schedules"_q);
+        for (int time = 0; time < 40; ++time)
+            Write(100);
+        EXPECT_GT(LogSize(), Limit) << "or the test shows nothing";
+        reader.Run("COMMIT"_q);
+    }
+    for (int time = 0; time < 3; ++time)
+        Write(1);
+    EXPECT_LE(LogSize(), Limit);
+    store.reset();
+    EXPECT_FALSE(QFileInfo::exists(StorePath() + "-wal"_q));
+}
+
+TEST_P(StoreLogFile, LogStaysSmallWithoutAReaderThatHoldsIt)
+{
+    for (int time = 0; time < 40; ++time) {
+        Write(100);
+        EXPECT_LT(LogSize(), 8 * 1024 * 1024);
+    }
+}
+
+} // namespace
