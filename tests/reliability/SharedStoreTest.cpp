@@ -87,7 +87,10 @@ TEST_P(SharedStore, ThreadsWithOwnAndSharedManagersLoseNoWrite)
             bool done = folders.Add(root) && folders.GetFolderConfigurationById(root.getId()).getClientPath() == path;
             if (number == 0)
                 folders.ClearCaches();
-            folders.GetAllRootFolders(); // what it lists may lag behind another thread's write
+            // What it lists may lag behind another thread's write. With a journal its reading waits for that write's
+            // end, while the write waits for the listing's lock to clear it: until the patience of one of them ends.
+            if (UsesLog())
+                folders.GetAllRootFolders();
 
             // Two files that stay, and two that are taken back.
             for (bool const keeps : {true, false}) {
