@@ -24,7 +24,7 @@ bool IsUnicode(QString const& text)
     return surrogates == 0 || text.isValidUtf16();
 }
 
-/// The clock reading as if it were UTC, whatever the time's spec.
+/// The clock reading as if it were UTC, whatever its time spec.
 std::optional<qint64> ClockReading(QDateTime const& time)
 {
     qint64 const days = time.date().toJulianDay() - JulianDayOfEpoch;
