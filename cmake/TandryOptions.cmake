@@ -15,6 +15,9 @@ set(TANDRY_SANITIZE "" CACHE STRING "Sanitizers to build with, as -fsanitize tak
 option(TANDRY_COVERAGE "Build with coverage counters" OFF)
 
 add_compile_options(-Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror)
+if(CMAKE_CXX_COMPILER_ID MATCHES "Clang")
+  add_compile_options(-Wno-gnu-zero-variadic-macro-arguments) # Qt's logging macros
+endif()
 add_compile_definitions(QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_URL_CAST_FROM_STRING
                         QT_NO_FOREACH QT_NO_KEYWORDS QT_DEPRECATED_WARNINGS)
 

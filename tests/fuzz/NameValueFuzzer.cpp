@@ -1,0 +1,31 @@
+// Any text as a "NameValueXml" document. What was read and can be written, reads again as the same.
+
+#include "config/DatabaseConfigurationManager.h"
+#include "fuzz/FuzzInput.h"
+
+#include <QRegularExpression>
+
+using namespace tandry::fuzz;
+
+namespace {
+
+bool CanBeWritten(QMap<QString, QString> const& properties)
+{
+    static QRegularExpression const name(QStringLiteral("\\A[A-Za-z_][A-Za-z0-9_.-]*\\z"));
+    for (auto entry = properties.cbegin(); entry != properties.cend(); ++entry) {
+        if (!name.match(entry.key()).hasMatch() || !FitsCdata(entry.value()))
+            return false;
+    }
+    return true;
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size)
+{
+    sync::config::DatabaseConfigurationManager manager(nullptr);
+    QMap<QString, QString> const properties = manager.ToNameValuePropertyMap(FuzzInput(data, size).TakeDocument());
+    QMap<QString, QString> const again = manager.ToNameValuePropertyMap(manager.ToNameValuePropertyString(properties));
+    Require(!CanBeWritten(properties) || again == properties, "properties read again are the same");
+    return 0;
+}
