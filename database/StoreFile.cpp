@@ -268,8 +268,8 @@ Failure StoreFile::OpenForReading(SqliteHandle& handle, std::optional<FileStamp>
     }
     else {
         stamp.reset();
-        bool const hasIndex = ::access((_name + "-shm").constData(), F_OK) == 0;
-        if (header.usesLog() && !hasIndex) // it would make this one too
+        auto const isThere = [this](char const* suffix) { return ::access((_name + suffix).constData(), F_OK) == 0; };
+        if (isThere("-wal") && !isThere("-shm")) // it would make this one too, whatever the header says about a log
             return MakeError(_path,
                              SQLITE_CANTOPEN,
                              QStringLiteral("the store was not closed well and must be opened for writing once"));
