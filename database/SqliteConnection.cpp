@@ -105,13 +105,18 @@ void SqliteConnection::Disconnect() noexcept
 
 Failure SqliteConnection::OpenForWriting(bool firstOfStore)
 {
+    bool const hadLog = _store->file().LogIdentity().has_value();
     Failure failure = ConnectForWriting(firstOfStore);
-    if (failure && firstOfStore && RefusesLog(failure->code)) {
-        Disconnect();
-        if (_store->file().ConvertToJournal() == SQLITE_OK)
-            failure = ConnectForWriting(firstOfStore);
-    }
-    return failure;
+    if (!failure || !firstOfStore || hadLog || !RefusesLog(failure->code))
+        return failure;
+
+    // The store may have come to a place where no log works. A fault that passes is no reason to change it.
+    Disconnect();
+    failure = ConnectForWriting(firstOfStore);
+    if (!failure || !RefusesLog(failure->code))
+        return failure;
+    Disconnect();
+    return _store->file().ConvertToJournal() == SQLITE_OK ? ConnectForWriting(firstOfStore) : failure;
 }
 
 Failure SqliteConnection::ConnectForWriting(bool firstOfStore)
@@ -171,7 +176,7 @@ Failure SqliteConnection::Configure(bool firstOfStore)
     if (!version)
         return Describe(sqlite3_extended_errcode(handle));
     if (*version != schema::Version)
-        return Refuse(SQLITE_CANTOPEN, schema::OtherVersion(*version));
+        return Refuse(SQLITE_SCHEMA, schema::OtherVersion(*version));
     if (firstOfStore) {
         if (Failure failure = _store->file().CheckLength(handle))
             return failure;

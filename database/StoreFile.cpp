@@ -226,7 +226,7 @@ Failure StoreFile::CheckHeader() const
     if (header.applicationId() != schema::ApplicationId)
         return MakeError(_path, SQLITE_NOTADB, QStringLiteral("the database belongs to another application"));
     if (header.version() != schema::Version)
-        return MakeError(_path, SQLITE_CANTOPEN, schema::OtherVersion(header.version()));
+        return MakeError(_path, SQLITE_SCHEMA, schema::OtherVersion(header.version()));
     return {};
 }
 

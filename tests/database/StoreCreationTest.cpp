@@ -187,6 +187,24 @@ TEST_F(StoreCreation, StoreWithALogThatComesToAPlaceWithoutGoesOverToAJournal)
     EXPECT_TRUE(AddServer(*store, QStringLiteral("b")));
 }
 
+TEST_F(StoreCreation, StoreWithALogKeepsItWhenAFaultPasses)
+{
+    ASSERT_TRUE(AddServer(*SqliteDatabaseFactory::Open(Path(), &error), QStringLiteral("a")));
+    FaultyFiles files;
+    for (int const code : {SQLITE_CANTOPEN, SQLITE_IOERR_SHMMAP}) {
+        for (int n = 1;; ++n) {
+            files.Fail(n, code, {FileOperation::Open, FileOperation::MapMemory});
+            static_cast<void>(SqliteDatabaseFactory::Open(Path(), &error));
+            if (!files.Recover())
+                break;
+            auto const store = SqliteDatabaseFactory::Open(Path(), &error);
+            ASSERT_NE(store, nullptr) << error.toStdString();
+            EXPECT_EQ(store->journalMode(), JournalMode::WriteAheadLog) << "after fault " << n;
+            EXPECT_EQ(CountServers(*store), 1);
+        }
+    }
+}
+
 TEST_F(StoreCreation, StoreThatAppearsMeanwhileIsNotReplaced)
 {
     // The other store comes when this one is about to be flushed for the last time, under its temporary name.

@@ -53,7 +53,9 @@ protected:
         EXPECT_EQ(SqliteDatabaseFactory::Open(path, &error, In(GetParam())), nullptr);
         EXPECT_TRUE(error.contains(path)) << error.toStdString();
         EXPECT_TRUE(error.contains(QString::fromUtf8(words))) << error.toStdString();
-        EXPECT_EQ(FolderContents(folder.path()), before);
+        QMap<QString, QByteArray> const after = FolderContents(folder.path());
+        EXPECT_EQ(after.keys(), before.keys());
+        EXPECT_TRUE(after == before) << "a file's bytes have changed";
         EXPECT_EQ(SqliteDatabaseFactory::Open(path, nullptr, In(GetParam())), nullptr) << "without asking why";
     }
     void ExpectRefusal(char const* words) { ExpectRefusal(Path(), words); }
@@ -236,8 +238,26 @@ TEST_P(StoreOpening, NewerVersionThatStandsInALogIsRefused)
     QByteArray const log = ReadFile(Path("store.db-wal"));
     EXPECT_EQ(SqliteDatabaseFactory::Open(Path(), &error, In(GetParam())), nullptr);
     EXPECT_TRUE(error.contains(QStringLiteral("version 2"))) << error.toStdString();
-    EXPECT_EQ(ReadFile(Path()), file);
-    EXPECT_EQ(ReadFile(Path("store.db-wal")), log);
+    EXPECT_TRUE(ReadFile(Path()) == file);
+    EXPECT_TRUE(ReadFile(Path("store.db-wal")) == log);
+}
+
+TEST_P(StoreOpening, NewerVersionThatStandsInALogLeftBehindIsRefused)
+{
+    MakeStore();
+    ASSERT_EQ(InChildProcess([&]() -> int {
+                  RawStore raw(Path());
+                  raw.Run(QStringLiteral("PRAGMA user_version = 2"));
+                  Crash();
+              }),
+              -SIGKILL);
+    QByteArray const file = ReadFile(Path());
+    QByteArray const log = ReadFile(Path("store.db-wal"));
+    ASSERT_FALSE(log.isEmpty());
+    EXPECT_EQ(SqliteDatabaseFactory::Open(Path(), &error, In(GetParam())), nullptr);
+    EXPECT_TRUE(error.contains(QStringLiteral("version 2"))) << error.toStdString();
+    EXPECT_TRUE(ReadFile(Path()) == file);
+    EXPECT_TRUE(ReadFile(Path("store.db-wal")) == log);
 }
 
 TEST_P(StoreOpening, StoreWithoutATableOrAColumnIsRefusedAsDamaged)
@@ -300,8 +320,8 @@ TEST_P(StoreOpening, RefusalLeavesWhatAnotherProgramLeftBehind)
     QByteArray const log = ReadFile(Path("store.db-wal"));
     EXPECT_EQ(SqliteDatabaseFactory::Open(Path(), &error, In(GetParam())), nullptr);
     EXPECT_TRUE(error.contains(QStringLiteral("damaged"))) << error.toStdString();
-    EXPECT_EQ(ReadFile(Path()), file);
-    EXPECT_EQ(ReadFile(Path("store.db-wal")), log);
+    EXPECT_TRUE(ReadFile(Path()) == file);
+    EXPECT_TRUE(ReadFile(Path("store.db-wal")) == log);
 }
 
 TEST_P(StoreOpening, WhatAnotherProgramLeftBehindIsThere)
