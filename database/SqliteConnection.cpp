@@ -26,8 +26,12 @@ constexpr char const* Settings = "PRAGMA cache_size = -8192;"
 
 /// A commit is on the disk when it returns. Without a log that takes the folder's flush too, since it is the journal's
 /// deletion that commits.
-constexpr char const* DurableWithLog = "PRAGMA synchronous = FULL";
-constexpr char const* DurableWithJournal = "PRAGMA synchronous = EXTRA";
+///
+/// With a journal, a connection that brings pages to the file before its commit locks everybody out until then, those
+/// too on whom its own thread may have to wait: so up to 64 MiB of them stay in memory.
+constexpr char const* SettingsWithLog = "PRAGMA synchronous = FULL";
+constexpr char const* SettingsWithJournal = "PRAGMA synchronous = EXTRA;"
+                                            "PRAGMA cache_spill = 16384;";
 
 /// Whether a store with a log may have failed to open because its place allows for none.
 bool RefusesLog(int code)
@@ -166,7 +170,7 @@ Failure SqliteConnection::Configure(bool firstOfStore)
     if (code == SQLITE_OK) {
         bool const usesLog = _stamp || QueryText(handle, "PRAGMA journal_mode") == "wal";
         _journalMode = usesLog ? JournalMode::WriteAheadLog : JournalMode::Rollback;
-        code = Execute(handle, usesLog ? DurableWithLog : DurableWithJournal);
+        code = Execute(handle, usesLog ? SettingsWithLog : SettingsWithJournal);
     }
     if (code != SQLITE_OK)
         return Describe(code);
@@ -360,9 +364,10 @@ Failure SqliteConnection::Write(PreparedStatement& statement, RunResult& result)
         bool const changed = sqlite3_total_changes64(handle) != changesBefore;
         result.rowsAffected = changed ? sqlite3_changes(handle) : 0;
         result.insertId = sqlite3_last_insert_rowid(handle);
-        // What the statement wrote goes out now, so that a full disk shows here and not when the scope ends. A bracket
-        // needs none of it: its commit has an answer.
-        if (_transaction == Transaction::Scope)
+        // What the statement wrote goes to the log now, so that a full disk shows here and not when the scope ends. A
+        // bracket needs none of it: its commit has an answer. Nor can a journal have it: from then on nobody could
+        // read, and a thread that reads for a cached listing holds the lock that this one needs to clear it.
+        if (_transaction == Transaction::Scope && _journalMode == JournalMode::WriteAheadLog)
             code = sqlite3_db_cacheflush(handle);
         if (byItself)
             _queue.Committed(handle);

@@ -1,6 +1,7 @@
 #include "config/FileConfigManager.h"
 #include "config/FolderConfigManager.h"
 #include "config/ServerConfigManager.h"
+#include "database/TransactionalScope.h"
 #include "interf/IQSqlDatabaseWrapper.h"
 #include "interf/IQSqlQueryWrapper.h"
 #include "support/ChildProcess.h"
@@ -20,6 +21,7 @@ using namespace tandry::test;
 using namespace sync::config;
 using sync::database::OpenOptions;
 using sync::database::SqliteDatabaseFactory;
+using sync::database::TransactionalScope;
 
 /// Several threads and processes on one store.
 class SharedStore : public EachJournalMode
@@ -52,6 +54,15 @@ protected:
             refused += servers.Add(server) ? 0 : 1;
         }
         return refused;
+    }
+
+    /// A lock that another thread holds is an error at once from here on.
+    void ReopenWithoutPatience()
+    {
+        store.reset();
+        OpenOptions options;
+        options.busyTimeoutMsec = 0;
+        OpenStore(options);
     }
 
     /// A program with a store of its own and this much patience.
@@ -87,10 +98,7 @@ TEST_P(SharedStore, ThreadsWithOwnAndSharedManagersLoseNoWrite)
             bool done = folders.Add(root) && folders.GetFolderConfigurationById(root.getId()).getClientPath() == path;
             if (number == 0)
                 folders.ClearCaches();
-            // What it lists may lag behind another thread's write. With a journal its reading waits for that write's
-            // end, while the write waits for the listing's lock to clear it: until the patience of one of them ends.
-            if (UsesLog())
-                folders.GetAllRootFolders();
+            folders.GetAllRootFolders(); // which may lag behind another thread's write
 
             // Two files that stay, and two that are taken back.
             for (bool const keeps : {true, false}) {
@@ -121,6 +129,21 @@ TEST_P(SharedStore, ThreadsWithOwnAndSharedManagersLoseNoWrite)
     EXPECT_EQ(raw.Count("FileConfiguration"_q), 2 * Threads * rounds);
     EXPECT_EQ(raw.Value("SELECT count(*) FROM FileConfiguration WHERE clientPath LIKE '%dropped%'"_q).toInt(), 0);
     EXPECT_EQ(raw.Value("PRAGMA integrity_check"_q).toString(), "ok"_q);
+}
+
+TEST_P(SharedStore, CachedListingOfAnotherThreadDoesNotWaitForAScopeThatHasWritten)
+{
+    ReopenWithoutPatience();
+    FolderConfigManager folders(store, nullptr);
+    FolderConfiguration root;
+    root.setParentId(0);
+    TransactionalScope const scope;
+    ASSERT_TRUE(folders.Add(root)); // which clears the cached listings before the scope ends
+    std::thread([&] {
+        EXPECT_EQ(folders.GetAllRootFolders().size(), 0);
+        EXPECT_FALSE(store->LastError()) << store->LastError()->text.toStdString();
+    }).join();
+    ASSERT_TRUE(folders.Update(root)) << "and its lock is free again";
 }
 
 TEST_P(SharedStore, WritingProcessesLoseNothingAndAreNeverRefused)

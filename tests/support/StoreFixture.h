@@ -80,3 +80,8 @@ inline std::string NameOfJournalMode(testing::TestParamInfo<sync::database::Jour
 #define TANDRY_WITH_LOG_ONLY(Suite)                                                                                    \
     INSTANTIATE_TEST_SUITE_P(                                                                                          \
         With, Suite, testing::Values(sync::database::JournalMode::WriteAheadLog), tandry::test::NameOfJournalMode)
+
+/// Runs a suite derived from `EachJournalMode` with a journal only.
+#define TANDRY_WITH_JOURNAL_ONLY(Suite)                                                                                \
+    INSTANTIATE_TEST_SUITE_P(                                                                                          \
+        With, Suite, testing::Values(sync::database::JournalMode::Rollback), tandry::test::NameOfJournalMode)
