@@ -4,7 +4,7 @@
 #include "support/QtPrinters.h"
 #include "support/RawStore.h"
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 #include <QTemporaryDir>
 
@@ -47,6 +47,9 @@ TEST_P(KilledProcessTest, LosesNoAnsweredWriteAndLeavesNoHalfOne)
         options.journalMode = GetParam();
         ASSERT_NE(SqliteDatabaseFactory::Open(path, nullptr, options), nullptr);
 
+        // A generated file's parent may be a file or a generated file, told by its id alone. The writer has both kinds,
+        // so the ids must differ.
+        RawStore(path).Run("INSERT INTO sqlite_sequence VALUES ('GeneratedFileConfiguration', 1000000)"_q);
         RowStates const before = ReadRows(path);
 
         std::array<int, 2> ends{};
@@ -73,10 +76,10 @@ TEST_P(KilledProcessTest, LosesNoAnsweredWriteAndLeavesNoHalfOne)
         RawStore raw(path);
         EXPECT_EQ(raw.Value("PRAGMA integrity_check"_q).toString(), "ok"_q);
         EXPECT_EQ(raw.Value("SELECT count(*) FROM FolderConfiguration WHERE rootId = -1"_q).toInt(), 0);
-        int const lostNow = news.CountLost(ReadRows(path));
-        EXPECT_EQ(lostNow, 0);
+        std::vector<QByteArray> const lostNow = news.Lost(ReadRows(path));
+        EXPECT_THAT(lostNow, testing::IsEmpty());
         answered += news.answered();
-        lost += lostNow;
+        lost += int(lostNow.size());
     }
     std::cout << (GetParam() == JournalMode::WriteAheadLog ? "log" : "journal") << ": " << Rounds() << " kills, "
               << answered << " writes acknowledged, " << lost << " lost" << std::endl;

@@ -10,9 +10,13 @@
 #include "support/QtPrinters.h"
 #include "support/RawStore.h"
 
+#include <QFile>
+#include <QFileInfo>
+
 #include <array>
 #include <functional>
 #include <random>
+#include <set>
 
 namespace tandry::test {
 
@@ -94,13 +98,24 @@ std::optional<QByteArray> StateOf(RowStates const& rows, RowName const& row)
     return found == rows.end() ? std::nullopt : std::optional(found->second);
 }
 
-int CountDifferences(RowStates const& expected, RowStates const& found)
+/// Of each row that differs its name, with what was expected and what was found.
+std::vector<QByteArray> Differences(RowStates const& expected, RowStates const& found)
 {
-    int differences = 0;
-    for (auto const& [row, state] : expected)
-        differences += StateOf(found, row) == state ? 0 : 1;
-    for (auto const& [row, state] : found)
-        differences += expected.count(row) != 0 ? 0 : 1;
+    auto const told = [](std::optional<QByteArray> const& state) {
+        return state ? '"' + *state + '"' : QByteArrayLiteral("no row");
+    };
+    std::set<RowName> rows;
+    for (RowStates const* states : {&expected, &found})
+        for (auto const& row : *states)
+            rows.insert(row.first);
+
+    std::vector<QByteArray> differences;
+    for (RowName const& row : rows) {
+        std::optional<QByteArray> const wanted = StateOf(expected, row);
+        std::optional<QByteArray> const is = StateOf(found, row);
+        if (wanted != is)
+            differences.push_back(row.first + ' ' + row.second + ": " + told(is) + " instead of " + told(wanted));
+    }
     return differences;
 }
 
@@ -109,7 +124,8 @@ class Writer
 {
 public:
     Writer(std::shared_ptr<SqliteDatabaseFactory> const& store, unsigned seed, std::FILE* news)
-        : _news(news)
+        : _directory(QFileInfo(store->path()).absolutePath())
+        , _news(news)
         , _random(seed)
         , _servers(store)
         , _accounts(store)
@@ -121,12 +137,13 @@ public:
 
     bool Step()
     {
-        static constexpr std::array<bool (Writer::*)(), 7> Rounds{&Writer::WriteServer,
+        static constexpr std::array<bool (Writer::*)(), 8> Rounds{&Writer::WriteServer,
                                                                   &Writer::WriteAccount,
                                                                   &Writer::WriteProduct,
                                                                   &Writer::WriteSchedule,
                                                                   &Writer::WriteTree,
                                                                   &Writer::WriteRoot,
+                                                                  &Writer::WriteLinks,
                                                                   &Writer::WriteBracket};
         return (this->*Rounds[_random() % Rounds.size()])();
     }
@@ -208,9 +225,8 @@ private:
                      [&] { return _schedules.Update(schedule); });
     }
 
-    bool AddRoot(FolderConfiguration& root)
+    bool AddRoot(FolderConfiguration& root, QString const& path)
     {
-        QString const path = "/"_q + NextName();
         root.setParentId(0);
         root.setClientPath(path);
         root.setServerPath(path);
@@ -231,7 +247,7 @@ private:
     bool WriteTree()
     {
         FolderConfiguration root;
-        if (!AddRoot(root))
+        if (!AddRoot(root, "/"_q + NextName()))
             return false;
         QString const upper = root.getClientPath() + "/a"_q;
         QString const lower = upper + "/b"_q;
@@ -282,9 +298,16 @@ private:
         FileConfiguration first;
         FileConfiguration second;
         FileConfiguration generated;
-        bool done = AddRoot(root) && AddFile(root, FileConfigurationTypeFile, first) &&
+        bool done = AddRoot(root, "/"_q + NextName()) && AddFile(root, FileConfigurationTypeFile, first) &&
                     AddFile(root, FileConfigurationTypeFile, second) &&
                     AddFile(root, FileConfigurationTypeGenerated, generated);
+        FileConfiguration part;
+        part.parentFileId = generated.id;
+        done = done && AddFile(root, FileConfigurationTypeGenerated, part);
+        done = done && Write({true, {Removes(FileTables[1], part.clientPath)}}, [&] {
+                   return !_files.RemoveGeneratedFileConfigurationsByRootFolderIdAndSyncStatus(
+                       root.getId(), FileSyncStatusNotSynced); // its answer is always false
+               });
         done = done && Write({true, {Removes(FileTables[1], generated.clientPath)}},
                              [&] { return _files.RemoveGeneratedFileConfigurationsByRootFolderId(root.getId()); });
         PlannedWrite cleaning{true,
@@ -296,6 +319,25 @@ private:
         }
         cleaning.changes.push_back(Removes(Folders, root.getClientPath()));
         return done && Write(cleaning, [&] { return _folders->CleanRootFolder(root.getId()); });
+    }
+
+    /// A file with a link to one on the disk, which gets a row first.
+    bool WriteLinks()
+    {
+        if (_linkedRoot.getId() == -1 && !AddRoot(_linkedRoot, _directory))
+            return false;
+        FileLink link;
+        link.path = _directory + "/linked"_q + NextName();
+        QFile linked(link.path);
+        if (!linked.open(QIODevice::WriteOnly))
+            return false;
+        FileConfiguration file;
+        file.clientPath = _directory + "/linking"_q + NextName();
+        file.checkSum = "added"_q;
+        file.folderConfigurationId = file.rootFolderId = _linkedRoot.getId();
+        file.fileLinks.append(link);
+        return Write({false, {Sets(FileTables[0], link.path, ""_q), Sets(FileTables[0], file.clientPath, "added 2"_q)}},
+                     [&] { return _files.Add(file); });
     }
 
     /// Three files that come together, or don't.
@@ -319,8 +361,11 @@ private:
         });
     }
 
+    /// Where the store lies, and the files that are linked to.
+    QString const _directory;
     std::FILE* _news;
     std::mt19937 _random;
+    FolderConfiguration _linkedRoot;
     int _names = 0;
     ServerConfigManager _servers;
     AuthenticationConfigManager _accounts;
@@ -378,23 +423,17 @@ void WriterNews::ReadRest()
     }
 }
 
-int WriterNews::CountLost(RowStates const& found) const
+std::vector<QByteArray> WriterNews::Lost(RowStates const& found) const
 {
     RowStates expected = _rows;
-    int const without = CountDifferences(expected, found);
-    if (!_underWay || without == 0)
+    std::vector<QByteArray> const without = Differences(expected, found);
+    if (!_underWay || without.empty())
         return without;
-    if (_underWay->whole) {
-        for (RowChange const& change : _underWay->changes)
+    for (RowChange const& change : _underWay->changes) {
+        if (_underWay->whole || StateOf(found, change.row) == change.state)
             Apply(expected, change);
     }
-    else {
-        for (RowChange const& change : _underWay->changes) {
-            if (StateOf(found, change.row) == change.state)
-                Apply(expected, change);
-        }
-    }
-    return CountDifferences(expected, found);
+    return Differences(expected, found);
 }
 
 RowStates ReadRows(QString const& path)

@@ -52,9 +52,9 @@ public:
     int answered() const { return _answered; }
     /// Rows as the answered writes left them.
     RowStates const& rows() const { return _rows; }
-    /// How many rows differ from what the answers promise. A write without an answer may show or not: whole or not at
-    /// all, where its rows change together.
-    int CountLost(RowStates const& found) const;
+    /// The rows that differ from what the answers promise, each in words. A write without an answer may show or not:
+    /// whole or not at all, where its rows change together.
+    std::vector<QByteArray> Lost(RowStates const& found) const;
 
 private:
     bool ReadLine();
