@@ -22,7 +22,7 @@ SqliteDatabaseFactory::~SqliteDatabaseFactory()
 std::shared_ptr<SqliteDatabaseFactory>
 SqliteDatabaseFactory::Open(QString const& path, QString* error, OpenOptions const& options)
 {
-    qRegisterMetaType<StoreError>(); // for slots on other threads
+    [[maybe_unused]] static int const registered = qRegisterMetaType<StoreError>(); // for slots on other threads
 
     auto const store = std::make_shared<SqliteStore>(StoreFile(path), options);
     if (Failure const failure = store->Open()) {
