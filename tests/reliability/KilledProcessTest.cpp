@@ -19,19 +19,10 @@ namespace {
 
 using namespace tandry::test;
 using sync::database::JournalMode;
-using sync::database::OpenOptions;
 using sync::database::SqliteDatabaseFactory;
 
 class KilledProcessTest : public testing::TestWithParam<JournalMode>
 {};
-
-/// TANDRY_SOAK_ROUNDS asks for more.
-int Rounds()
-{
-    bool isNumber = false;
-    int const rounds = qEnvironmentVariableIntValue("TANDRY_SOAK_ROUNDS", &isNumber);
-    return isNumber ? rounds : 30;
-}
 
 TEST_P(KilledProcessTest, LosesNoAnsweredWriteAndLeavesNoHalfOne)
 {
@@ -43,14 +34,7 @@ TEST_P(KilledProcessTest, LosesNoAnsweredWriteAndLeavesNoHalfOne)
         SCOPED_TRACE("seed %1, round %2"_q.arg(seed).arg(round).toStdString());
         QTemporaryDir const folder;
         QString const path = folder.filePath("store.db"_q);
-        OpenOptions options;
-        options.journalMode = GetParam();
-        ASSERT_NE(SqliteDatabaseFactory::Open(path, nullptr, options), nullptr);
-
-        // A generated file's parent may be a file or a generated file, told by its id alone. The writer has both kinds,
-        // so the ids must differ.
-        RawStore(path).Run("INSERT INTO sqlite_sequence VALUES ('GeneratedFileConfiguration', 1000000)"_q);
-        RowStates const before = ReadRows(path);
+        RowStates const before = MakeStoreForWriting(path, GetParam());
 
         std::array<int, 2> ends{};
         ASSERT_EQ(pipe(ends.data()), 0);

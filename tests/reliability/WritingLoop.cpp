@@ -13,6 +13,8 @@
 #include <QFile>
 #include <QFileInfo>
 
+#include <gtest/gtest.h>
+
 #include <array>
 #include <functional>
 #include <random>
@@ -124,7 +126,8 @@ class Writer
 {
 public:
     Writer(std::shared_ptr<SqliteDatabaseFactory> const& store, unsigned seed, std::FILE* news)
-        : _directory(QFileInfo(store->path()).absolutePath())
+        : _store(store)
+        , _directory(QFileInfo(store->path()).absolutePath())
         , _news(news)
         , _random(seed)
         , _servers(store)
@@ -133,7 +136,9 @@ public:
         , _schedules(store)
         , _folders(std::make_shared<FolderConfigManager>(store, nullptr))
         , _files(store, nullptr, _folders)
-    {}
+    {
+        QObject::connect(store.get(), &SqliteDatabaseFactory::CommitFailed, store.get(), [this] { _isLost = true; });
+    }
 
     bool Step()
     {
@@ -152,7 +157,7 @@ private:
     bool Write(PlannedWrite const& write, std::function<bool()> const& call)
     {
         Tell(_news, write);
-        if (!call())
+        if (!call() || _isLost)
             return false;
         return std::fputs("D\n", _news) >= 0 && std::fflush(_news) == 0;
     }
@@ -305,8 +310,9 @@ private:
         part.parentFileId = generated.id;
         done = done && AddFile(root, FileConfigurationTypeGenerated, part);
         done = done && Write({true, {Removes(FileTables[1], part.clientPath)}}, [&] {
-                   return !_files.RemoveGeneratedFileConfigurationsByRootFolderIdAndSyncStatus(
-                       root.getId(), FileSyncStatusNotSynced); // its answer is always false
+                   _files.RemoveGeneratedFileConfigurationsByRootFolderIdAndSyncStatus(root.getId(),
+                                                                                       FileSyncStatusNotSynced);
+                   return !_store->LastError(); // its answer is always false
                });
         done = done && Write({true, {Removes(FileTables[1], generated.clientPath)}},
                              [&] { return _files.RemoveGeneratedFileConfigurationsByRootFolderId(root.getId()); });
@@ -361,11 +367,13 @@ private:
         });
     }
 
-    /// Where the store lies, and the files that are linked to.
+    std::shared_ptr<SqliteDatabaseFactory> const _store;
+    /// Where it lies, and the files that are linked to.
     QString const _directory;
     std::FILE* _news;
     std::mt19937 _random;
     FolderConfiguration _linkedRoot;
+    bool _isLost = false;
     int _names = 0;
     ServerConfigManager _servers;
     AuthenticationConfigManager _accounts;
@@ -376,6 +384,24 @@ private:
 };
 
 } // namespace
+
+int Rounds()
+{
+    bool isNumber = false;
+    int const rounds = qEnvironmentVariableIntValue("TANDRY_SOAK_ROUNDS", &isNumber);
+    return isNumber ? rounds : 30;
+}
+
+RowStates MakeStoreForWriting(QString const& path, sync::database::JournalMode mode)
+{
+    sync::database::OpenOptions options;
+    options.journalMode = mode;
+    EXPECT_NE(SqliteDatabaseFactory::Open(path, nullptr, options), nullptr);
+    // A generated file's parent may be a file or a generated file, told by its id alone. The writer has both kinds, so
+    // the ids must differ.
+    RawStore(path).Run("INSERT INTO sqlite_sequence VALUES ('GeneratedFileConfiguration', 1000000)"_q);
+    return ReadRows(path);
+}
 
 int WriteWithoutEnd(QString const& path, unsigned seed, std::FILE* news)
 {

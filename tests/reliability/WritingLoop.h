@@ -1,5 +1,7 @@
 #pragma once
 
+#include "database/SqliteDatabaseFactory.h"
+
 #include <QByteArray>
 #include <QString>
 
@@ -30,8 +32,14 @@ struct PlannedWrite
     std::vector<RowChange> changes;
 };
 
+/// How often a test breaks off what writes: 30 times, unless TANDRY_SOAK_ROUNDS asks for more.
+int Rounds();
+
+/// Makes a store for `WriteWithoutEnd`, and gives the rows that it begins with.
+RowStates MakeStoreForWriting(QString const& path, sync::database::JournalMode mode);
+
 /// Writes through all managers without end, telling `news` of each call before it and after it was answered with true.
-/// Returns 1 when an answer was false or `news` can't be written.
+/// Returns 1 when an answer was false or not kept, or when `news` can't be written.
 int WriteWithoutEnd(QString const& path, unsigned seed, std::FILE* news);
 
 /// What such a process told before it ended: the answered writes, and the one that was under way.

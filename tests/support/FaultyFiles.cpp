@@ -1,5 +1,7 @@
 #include "support/FaultyFiles.h"
 
+#include "support/UnflushedWrites.h"
+
 #include <sqlite3.h>
 
 #include <functional>
@@ -25,6 +27,7 @@ struct Plan
     bool limited = false;
     qint64 room = 0;
     bool sharedMemory = true;
+    UnflushedWrites* told = nullptr;
 };
 
 Plan& ThePlan()
@@ -66,13 +69,30 @@ int TakeRoom(qint64 bytes)
     return SQLITE_OK;
 }
 
+/// Passes on what was done to a file that has a name.
+template <class... Parameters, class... Arguments>
+void Tell(void (UnflushedWrites::*what)(QByteArray const&, Parameters...),
+          char const* name,
+          Arguments const&... arguments)
+{
+    UnflushedWrites* const told = ThePlan().told;
+    if (told != nullptr && name != nullptr)
+        (told->*what)(name, arguments...);
+}
+
 sqlite3_vfs* realVfs = nullptr;
 
 /// The engine's file with the real one behind it in the same memory.
 struct File
 {
     sqlite3_file base;
+    char const* name;
 };
+
+char const* NameOf(sqlite3_file* file)
+{
+    return reinterpret_cast<File*>(file)->name;
+}
 
 sqlite3_file* Real(sqlite3_file* file)
 {
@@ -110,7 +130,10 @@ int Write(sqlite3_file* file, void const* data, int amount, sqlite3_int64 offset
     qint64 const growth = offset + amount - SizeOf(file);
     if (int const code = growth > 0 ? TakeRoom(growth) : SQLITE_OK; code != SQLITE_OK)
         return code;
-    return Methods(file)->xWrite(Real(file), data, amount, offset);
+    int const code = Methods(file)->xWrite(Real(file), data, amount, offset);
+    if (code == SQLITE_OK)
+        Tell(&UnflushedWrites::Written, NameOf(file), offset, QByteArray(static_cast<char const*>(data), amount));
+    return code;
 }
 
 int Truncate(sqlite3_file* file, sqlite3_int64 size)
@@ -119,13 +142,19 @@ int Truncate(sqlite3_file* file, sqlite3_int64 size)
         return code;
     if (int const code = TakeRoom(size - SizeOf(file)); code != SQLITE_OK)
         return code;
-    return Methods(file)->xTruncate(Real(file), size);
+    int const code = Methods(file)->xTruncate(Real(file), size);
+    if (code == SQLITE_OK)
+        Tell(&UnflushedWrites::Truncated, NameOf(file), size);
+    return code;
 }
 
-/// No test outlives a power cut, and thousands of flushes take minutes.
-int Sync(sqlite3_file*, int)
+/// No test outlives a power cut, but for one that is made up, and thousands of flushes take minutes.
+int Sync(sqlite3_file* file, int)
 {
-    return Ask(FileOperation::Sync);
+    int const code = Ask(FileOperation::Sync);
+    if (code == SQLITE_OK)
+        Tell(&UnflushedWrites::Flushed, NameOf(file));
+    return code;
 }
 
 int FileSize(sqlite3_file* file, sqlite3_int64* size)
@@ -230,19 +259,24 @@ sqlite3_io_methods const withoutSharedMemory = MethodsOfVersion(1);
 int Open(sqlite3_vfs*, char const* name, sqlite3_file* file, int flags, int* flagsOut)
 {
     file->pMethods = nullptr;
+    reinterpret_cast<File*>(file)->name = name;
     if (int const code = Ask(FileOperation::Open); code != SQLITE_OK)
         return code;
+    Tell(&UnflushedWrites::Opened, name);
     int const code = realVfs->xOpen(realVfs, name, Real(file), flags, flagsOut);
     if (code == SQLITE_OK)
         file->pMethods = ThePlan().sharedMemory ? &withSharedMemory : &withoutSharedMemory;
     return code;
 }
 
-int Delete(sqlite3_vfs*, char const* name, int)
+int Delete(sqlite3_vfs*, char const* name, int flushesFolder)
 {
     if (int const code = Ask(FileOperation::Delete); code != SQLITE_OK)
         return code;
-    return realVfs->xDelete(realVfs, name, 0);
+    int const code = realVfs->xDelete(realVfs, name, 0);
+    if (code == SQLITE_OK)
+        Tell(&UnflushedWrites::Deleted, name, flushesFolder != 0);
+    return code;
 }
 
 sqlite3_vfs& FaultyVfs()
@@ -272,6 +306,7 @@ FaultyFiles::~FaultyFiles()
 {
     Recover();
     ThePlan().sharedMemory = true;
+    ThePlan().told = nullptr;
     sqlite3_vfs_unregister(&FaultyVfs());
 }
 
@@ -319,6 +354,11 @@ void FaultyFiles::SetRoom(qint64 bytes)
     plan.limited = true;
     plan.room = bytes;
     plan.hit = false;
+}
+
+void FaultyFiles::Tell(UnflushedWrites* writes)
+{
+    ThePlan().told = writes;
 }
 
 void FaultyFiles::RefuseSharedMemory()

@@ -7,6 +7,8 @@
 
 namespace tandry::test {
 
+class UnflushedWrites;
+
 /// What the engine asks of the operating system, as far as it can be made to fail.
 enum class FileOperation
 {
@@ -19,6 +21,15 @@ enum class FileOperation
     Lock,
     MapMemory,
 };
+
+inline constexpr std::initializer_list<FileOperation> AllOperations{FileOperation::Open,
+                                                                    FileOperation::Read,
+                                                                    FileOperation::Write,
+                                                                    FileOperation::Truncate,
+                                                                    FileOperation::Sync,
+                                                                    FileOperation::Delete,
+                                                                    FileOperation::Lock,
+                                                                    FileOperation::MapMemory};
 
 /// While it lives, the engine reaches its files through it, and operations fail as planned. One at a time; connections
 /// that were opened meanwhile must be closed before it goes. Any thread may call any operation.
@@ -43,6 +54,9 @@ public:
 
     /// Files may grow by so many bytes in all, until `Recover`; what is cut off or deleted makes room again.
     void SetRoom(qint64 bytes);
+
+    /// Tells of every change and every flush of the files opened from now on; null ends it.
+    void Tell(UnflushedWrites* writes);
 
     /// Files opened from now on have no shared memory, like those of a network home.
     void RefuseSharedMemory();

@@ -1,0 +1,69 @@
+#include "database/SqliteDatabaseFactory.h"
+#include "reliability/WritingLoop.h"
+#include "support/FaultyFiles.h"
+#include "support/QtPrinters.h"
+#include "support/StoreFixture.h"
+#include "support/UnflushedWrites.h"
+
+#include <gmock/gmock.h>
+
+#include <sqlite3.h>
+
+#include <cstdio>
+#include <iostream>
+#include <memory>
+#include <random>
+
+namespace {
+
+using namespace tandry::test;
+using sync::database::SqliteDatabaseFactory;
+
+/// The power goes while a program writes: the disk holds what was flushed, and any of what wasn't.
+class PowerCut : public EachJournalMode
+{
+protected:
+    void SetUp() override {}
+};
+
+TANDRY_IN_EACH_JOURNAL_MODE(PowerCut);
+
+TEST_P(PowerCut, LosesNoAnsweredWriteAndLeavesNoHalfOne)
+{
+    unsigned const seed = std::random_device()();
+    std::mt19937 random(seed);
+    FaultyFiles files;
+    int answered = 0;
+    int lost = 0;
+    for (int round = 0; round < Rounds(); ++round) {
+        SCOPED_TRACE("seed %1, round %2"_q.arg(seed).arg(round).toStdString());
+        QTemporaryDir const place;
+        QString const path = place.filePath("store.db"_q);
+        RowStates const before = MakeStoreForWriting(path, GetParam());
+        std::unique_ptr<std::FILE, int (*)(std::FILE*)> const told(std::tmpfile(), &std::fclose);
+
+        UnflushedWrites writes;
+        files.Tell(&writes);
+        files.Fail(100 + int(random() % 3000), SQLITE_IOERR, AllOperations, true);
+        EXPECT_EQ(WriteWithoutEnd(path, unsigned(random()), told.get()), 1);
+        ASSERT_TRUE(files.Recover());
+        files.Tell(nullptr);
+        writes.CutPower(random);
+
+        std::rewind(told.get());
+        WriterNews news(told.get(), before);
+        news.ReadRest();
+        QString error;
+        ASSERT_NE(SqliteDatabaseFactory::Open(path, &error), nullptr) << error.toStdString();
+        EXPECT_EQ(RawStore(path).Value("PRAGMA integrity_check"_q).toString(), "ok"_q);
+        std::vector<QByteArray> const lostNow = news.Lost(ReadRows(path));
+        EXPECT_THAT(lostNow, testing::IsEmpty());
+        answered += news.answered();
+        lost += int(lostNow.size());
+    }
+    std::cout << (UsesLog() ? "log" : "journal") << ": " << Rounds() << " power cuts, " << answered
+              << " writes acknowledged, " << lost << " lost" << std::endl;
+    EXPECT_GT(answered, 0);
+}
+
+} // namespace
