@@ -415,6 +415,7 @@ void SqliteConnection::LoseTransaction(StoreError const& error, qint64 changesBe
 
 void SqliteConnection::Rollback() noexcept
 {
+    _queue.TakenBack();
     if (sqlite3_get_autocommit(_handle.get()) == 0)
         RunOwn(_rollback);
 }
