@@ -16,6 +16,7 @@
 #include <utility>
 
 #include <fcntl.h>
+#include <sys/sysmacros.h>
 #include <unistd.h>
 
 namespace sync::database {
@@ -83,12 +84,21 @@ FileIdentity IdentityOf(struct stat const& status)
     return {status.st_dev, status.st_ino};
 }
 
+/// Asks for no time: file systems that keep fine-grained times only for files whose time was asked for would have to
+/// note one at each later write.
 std::optional<FileIdentity> IdentityAt(char const* name)
 {
+#ifdef STATX_INO
+    struct statx status = {};
+    if (::statx(AT_FDCWD, name, 0, STATX_INO, &status) == 0)
+        return FileIdentity{::makedev(status.stx_dev_major, status.stx_dev_minor), static_cast<ino_t>(status.stx_ino)};
+    return std::nullopt;
+#else
     struct stat status = {};
     if (::stat(name, &status) != 0)
         return std::nullopt;
     return IdentityOf(status);
+#endif
 }
 
 /// Something is written by way of the log: only that shows whether one works in this place.
