@@ -12,6 +12,8 @@ namespace sync::config {
 namespace {
 
 const QString NameValueXml = QStringLiteral("NameValueXml");
+/// What most rows hold: no document is made for it, neither to write nor to read it.
+const QString EmptyDocument = QStringLiteral("<!DOCTYPE NameValueXml>\n<NameValueXml/>\n");
 
 } // namespace
 
@@ -30,6 +32,9 @@ DatabaseConfigurationManager::~DatabaseConfigurationManager() = default;
 QMap<QString, QString> DatabaseConfigurationManager::ToNameValuePropertyMap(QString text) const
 {
     QMap<QString, QString> properties;
+    if (text.isEmpty() || text == EmptyDocument)
+        return properties;
+
     QDomDocument document(NameValueXml);
     LoadStoredDocument(text, document);
 
@@ -40,6 +45,9 @@ QMap<QString, QString> DatabaseConfigurationManager::ToNameValuePropertyMap(QStr
 
 QString DatabaseConfigurationManager::ToNameValuePropertyString(QMap<QString, QString> properties)
 {
+    if (properties.isEmpty())
+        return EmptyDocument;
+
     QDomDocument document(NameValueXml);
     QDomElement root = document.createElement(NameValueXml);
     document.appendChild(root);

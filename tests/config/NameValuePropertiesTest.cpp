@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <QDomDocument>
 #include <QMap>
 
 #include <memory>
@@ -46,6 +47,14 @@ TEST_F(NameValueProperties, OneEntryIsADocumentOfFourLines)
 TEST_F(NameValueProperties, EmptyMapIsAnEmptyRootAndNoEmptyText)
 {
     EXPECT_EQ(Write({}), "<!DOCTYPE NameValueXml>\n<NameValueXml/>\n"_q);
+}
+
+TEST_F(NameValueProperties, EmptyMapIsWhatADocumentMakesOfItsRootAlone)
+{
+    QDomDocument document("NameValueXml"_q);
+    document.appendChild(document.createElement("NameValueXml"_q));
+    EXPECT_EQ(Write({}), document.toString(1));
+    EXPECT_EQ(Read(document.toString(1)), Properties());
 }
 
 TEST_F(NameValueProperties, NullOrEmptyTextIsAnEmptyMap)
