@@ -6,9 +6,8 @@ namespace sync::database {
 /// Done when the library is loaded. False where somebody was faster: then all stays as it is, and works as well.
 ///
 /// - Mutexes whose threads look again before they sleep.
-/// - No statistics of memory: one lock for all allocations of all threads. Who wants them, and the limits of memory
-/// that
-///   depend on them, turns them on again before the engine is used.
+/// - No statistics of memory, which take one lock for all allocations of all threads. Who wants them, or the limits of
+///   memory that depend on them, turns them on again before the engine is used.
 bool SetUpEngine() noexcept;
 
 } // namespace sync::database

@@ -89,16 +89,14 @@ FileIdentity IdentityOf(struct stat const& status)
 std::optional<FileIdentity> IdentityAt(char const* name)
 {
 #ifdef STATX_INO
-    struct statx status = {};
-    if (::statx(AT_FDCWD, name, 0, STATX_INO, &status) == 0)
-        return FileIdentity{::makedev(status.stx_dev_major, status.stx_dev_minor), static_cast<ino_t>(status.stx_ino)};
-    return std::nullopt;
-#else
-    struct stat status = {};
+    struct statx asked = {};
+    if (::statx(AT_FDCWD, name, 0, STATX_INO, &asked) == 0)
+        return FileIdentity{::makedev(asked.stx_dev_major, asked.stx_dev_minor), static_cast<ino_t>(asked.stx_ino)};
+#endif
+    struct stat status = {}; // where the kernel, or a sandbox, doesn't know the call
     if (::stat(name, &status) != 0)
         return std::nullopt;
     return IdentityOf(status);
-#endif
 }
 
 /// Something is written by way of the log: only that shows whether one works in this place.
