@@ -19,7 +19,8 @@ namespace sync::benchmarks {
 namespace {
 
 constexpr int LookUps = 2000;
-constexpr int DurableWrites = 100;
+/// Enough that the log is worked off more than once.
+constexpr int DurableWrites = 400;
 constexpr int TreeFolders = 20000;
 
 /// Enough that the end of the bracket, a flush of the disk, is a small part.
@@ -198,7 +199,7 @@ Case StatusOfFolders(SampleRecords const& records)
 /// again but no faster for one contestant than for the other: each of its commits costs the readers their page caches.
 Case ReadersBesideWriter(SampleRecords const& records, int threads)
 {
-    constexpr int lookUpsInAll = 40000;
+    constexpr int lookUpsInAll = 100000; // enough that what the new threads' connections read first is a small part
     auto const paths = std::make_shared<std::vector<QString>>();
     Case readers;
     readers.workload = QStringLiteral("files: look-up by path beside a writer, threads: %1").arg(threads);
@@ -297,14 +298,14 @@ std::vector<Case> AccountCases()
                  LookUps,
                  anyId,
                  [](Contestant& store, int id) { return Found(store.ProductById(id).getId()); }),
-        EachRead(QStringLiteral("products: look-up by server and key"),
-                 rows,
-                 LookUps,
-                 any,
-                 [](Contestant& store, int number) {
-                     QString const key = SampleRecords::Product(number).getConsumerKey();
-                     return Found(store.ProductByKey(1 + number, key).getId());
-                 }),
+        EachRead(
+            QStringLiteral("products: look-up by server and key"),
+            rows,
+            LookUps,
+            [=](int choice) { return SampleRecords::Product(any(choice)); },
+            [](Contestant& store, config::ProductConfiguration const& product) {
+                return Found(store.ProductByKey(product.getServerId(), product.getConsumerKey()).getId());
+            }),
     };
 }
 

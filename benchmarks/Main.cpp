@@ -8,7 +8,7 @@
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
-#include <QDir>
+#include <QElapsedTimer>
 #include <QRegularExpression>
 #include <QTextStream>
 
@@ -47,11 +47,13 @@ void RunSuite(Suite const& suite, Choice const& choice, Report& report)
     for (Case const& each : suite.cases) {
         if (!choice.Takes(each))
             continue;
-        std::fprintf(stderr, "%s\n", qPrintable(each.name()));
+        QElapsedTimer timer;
+        timer.start();
         if (changed && each.changesStore && store.bytes() < BytesWorthSparing)
             store.Renew();
         report.results.push_back(Run(each, store, choice.repetitions, choice.clock));
         changed = changed || each.changesStore;
+        std::fprintf(stderr, "%s (%lld s)\n", qPrintable(each.name()), static_cast<long long>(timer.elapsed() / 1000));
     }
     if (choice.sizes.contains(suite.records.fileCount())) {
         double const bytes =
@@ -126,10 +128,12 @@ int main(int argc, char** argv)
     QCommandLineOption const processorTime(
         QStringLiteral("processor-time"),
         QStringLiteral("Compare processor time instead of elapsed time: on a busy machine. Leaves the disk out."));
-    QCommandLineOption const directory(QStringLiteral("directory"),
-                                       QStringLiteral("Make the stores below this directory, on a real disk."),
-                                       QStringLiteral("DIRECTORY"),
-                                       QDir::currentPath());
+    QCommandLineOption const directory(
+        QStringLiteral("directory"),
+        QStringLiteral("Make the stores below this directory, on a real disk. Without it "
+                       "they are made beside the program, and not among the sources."),
+        QStringLiteral("DIRECTORY"),
+        QCoreApplication::applicationDirPath());
     parser.addOptions({json, quick, list, indices, cases, rows, repetitions, processorTime, directory});
     parser.process(application);
 
