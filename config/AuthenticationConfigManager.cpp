@@ -105,13 +105,13 @@ void AuthenticationConfigManager::_PopulateAuthenticationConfiguration(
 {
     if (!query->isValid())
         return;
-    authenticationConfiguration.id = query->value(0).toInt();
+    authenticationConfiguration.id = store::Int(query->value(0));
     authenticationConfiguration.domain = query->value(1).toString();
     authenticationConfiguration.domainId = query->value(2).toString();
     authenticationConfiguration.userName = query->value(3).toString();
     authenticationConfiguration.password.clear(); // column 4 isn't read: no password leaves the store
     authenticationConfiguration.nameValueProperties = ToNameValuePropertyMap(query->value(5).toString());
-    authenticationConfiguration.serverId = query->value(6).toInt();
+    authenticationConfiguration.serverId = store::Int(query->value(6));
 }
 
 void AuthenticationConfigManager::_PopulateAuthenticationConfigurations(

@@ -101,27 +101,27 @@ void FileConfigManager::_PopulateFileConfiguration(sync::interf::IQSqlQueryWrapp
 {
     if (!query->isValid())
         return;
-    file.id = query->value(0).toInt();
-    file.folderConfigurationId = query->value(1).toInt();
+    file.id = store::Int(query->value(0));
+    file.folderConfigurationId = store::Int(query->value(1));
     file.name = query->value(2).toString();
     file.clientPath = query->value(3).toString();
     file.serverPath = query->value(4).toString();
     file.checkSum = query->value(5).toString();
     file.createdDateTime = UtcTime(query->value(6));
     file.lastModifiedDateTime = UtcTime(query->value(7));
-    file.setSyncStatus(static_cast<FileSynchronizationStatus>(query->value(8).toInt()));
+    file.setSyncStatus(static_cast<FileSynchronizationStatus>(store::Int(query->value(8))));
     file.resetSyncStatusChanged();
-    file.lastOperationType = query->value(9).toInt();
+    file.lastOperationType = store::Int(query->value(9));
     file.size = query->value(10).toLongLong();
     file.nameValueProperties = ToNameValuePropertyMap(query->value(11).toString());
     file.lastOperationTime = UtcTime(query->value(12));
-    file.rootFolderId = query->value(13).toInt();
-    file.syncOption = query->value(14).toInt();
-    file.parentFileId = query->value(15).toInt();
-    file.fileType = static_cast<FileConfigurationType>(query->value(16).toInt());
+    file.rootFolderId = store::Int(query->value(13));
+    file.syncOption = store::Int(query->value(14));
+    file.parentFileId = store::Int(query->value(15));
+    file.fileType = static_cast<FileConfigurationType>(store::Int(query->value(16)));
     file.ownerId = query->value(17).toString();
-    file.privileges = query->value(18).toInt();
-    file.productConfigurationId = query->value(19).toInt();
+    file.privileges = store::Int(query->value(18));
+    file.productConfigurationId = store::Int(query->value(19));
     file.serverFileId = query->value(20).toString();
     file.serverFileVersionId = query->value(21).toString();
     file.checkSumMD5 = query->value(22).toString();

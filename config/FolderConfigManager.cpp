@@ -64,29 +64,29 @@ void FolderConfigManager::_PopulateFolderConfiguration(IQSqlQueryWrapper* query,
 {
     if (!query->isValid())
         return;
-    folder.id = query->value(0).toInt();
-    folder.authenticationId = query->value(1).toInt();
+    folder.id = store::Int(query->value(0));
+    folder.authenticationId = store::Int(query->value(1));
     folder.name = query->value(2).toString();
     folder.remoteShortKey = query->value(3).toString();
     folder.remoteLongKey = query->value(4).toString();
     folder.clientPath = query->value(5).toString();
     folder.serverPath = query->value(6).toString();
-    folder.setSyncStatus(static_cast<FolderSynchronizationStatus>(query->value(7).toInt()));
+    folder.setSyncStatus(static_cast<FolderSynchronizationStatus>(store::Int(query->value(7))));
     folder.resetSyncStatusChanged();
     folder.nameValueProperties = ToNameValuePropertyMap(query->value(8).toString());
-    folder.parentId = query->value(9).toInt();
+    folder.parentId = store::Int(query->value(9));
     folder.lastOperationTime = query->value(10).toDateTime();
     folder.lastOperationTime.setTimeSpec(Qt::UTC);
     folder.setLastSyncTime(query->value(11).toDateTime());
-    folder.folderOption = static_cast<SynchronizationFolderOption>(query->value(12).toInt());
-    folder.lastOperationType = static_cast<FolderOperationType>(query->value(13).toInt());
-    folder.syncDriveType = static_cast<DriveType>(query->value(14).toInt());
-    folder.rootId = query->value(15).toInt();
-    folder.syncOption = static_cast<FolderSyncOption>(query->value(16).toInt());
+    folder.folderOption = static_cast<SynchronizationFolderOption>(store::Int(query->value(12)));
+    folder.lastOperationType = static_cast<FolderOperationType>(store::Int(query->value(13)));
+    folder.syncDriveType = static_cast<DriveType>(store::Int(query->value(14)));
+    folder.rootId = store::Int(query->value(15));
+    folder.syncOption = static_cast<FolderSyncOption>(store::Int(query->value(16)));
     folder.ownerId = query->value(17).toString();
-    folder.privileges = static_cast<FolderPrivileges>(query->value(18).toInt());
+    folder.privileges = static_cast<FolderPrivileges>(store::Int(query->value(18)));
     folder.serverRoot = query->value(19).toString();
-    folder.productConfigurationId = query->value(20).toInt();
+    folder.productConfigurationId = store::Int(query->value(20));
     folder.serverFolderId = query->value(21).toString();
 }
 

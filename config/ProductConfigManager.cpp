@@ -80,11 +80,11 @@ void ProductConfigManager::_PopulateProductConfiguration(sync::interf::IQSqlQuer
 {
     if (!query->isValid())
         return;
-    productConfiguration.id = query->value(0).toInt();
+    productConfiguration.id = store::Int(query->value(0));
     productConfiguration.name = query->value(1).toString();
     productConfiguration.consumerKey = query->value(2).toString();
     productConfiguration.consumerSecret = query->value(3).toString();
-    productConfiguration.serverId = query->value(4).toInt();
+    productConfiguration.serverId = store::Int(query->value(4));
     productConfiguration.nameValueProperties = ToNameValuePropertyMap(query->value(5).toString());
 }
 

@@ -53,15 +53,15 @@ void ScheduleEntryManager::_PopulateScheduleEntry(sync::interf::IQSqlQueryWrappe
 {
     if (!query->isValid())
         return;
-    scheduleEntry.id = query->value(0).toInt();
-    scheduleEntry.folderConfigId = query->value(1).toInt();
+    scheduleEntry.id = store::Int(query->value(0));
+    scheduleEntry.folderConfigId = store::Int(query->value(1));
     // Schedules keep wall-clock times, where folders and files keep UTC.
     scheduleEntry.startTime = query->value(2).toDateTime();
     scheduleEntry.startTime.setTimeSpec(Qt::LocalTime);
     scheduleEntry.expireTime = query->value(3).toDateTime();
     scheduleEntry.expireTime.setTimeSpec(Qt::LocalTime);
-    scheduleEntry.syncScheduleType = static_cast<SyncSchedule>(query->value(4).toInt());
-    scheduleEntry.syncInterval = query->value(5).toInt();
+    scheduleEntry.syncScheduleType = static_cast<SyncSchedule>(store::Int(query->value(4)));
+    scheduleEntry.syncInterval = store::Int(query->value(5));
 }
 
 void ScheduleEntryManager::_PopulateScheduleEntries(sync::interf::IQSqlQueryWrapper* query,

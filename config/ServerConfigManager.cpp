@@ -103,7 +103,7 @@ void ServerConfigManager::_PopulateServerConfig(sync::interf::IQSqlQueryWrapper*
 {
     if (!query->isValid())
         return;
-    serverConfiguration.id = query->value(0).toInt();
+    serverConfiguration.id = store::Int(query->value(0));
     serverConfiguration.alias = query->value(1).toString();
     serverConfiguration.davUrl = query->value(2).toString();
     serverConfiguration.webServiceUrl = query->value(3).toString();

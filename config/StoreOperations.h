@@ -5,7 +5,9 @@
 #include "interf/IDatabaseFactory.h"
 #include "interf/IQSqlQueryWrapper.h"
 
+#include <QMetaType>
 #include <QString>
+#include <QVariant>
 
 #include <memory>
 #include <optional>
@@ -27,6 +29,13 @@ template <class... Bound>
 auto Values(Bound const&... values)
 {
     return [&](IQSqlQueryWrapper& query) { BindAll(query, values...); };
+}
+
+/// What `toInt` gives, at once for the kind of number that stores give back.
+inline int Int(QVariant const& value)
+{
+    return value.userType() == QMetaType::LongLong ? static_cast<int>(*static_cast<qlonglong const*>(value.constData()))
+                                                   : value.toInt();
 }
 
 /// Runs a statement on a query of its own and calls `then` with the query if it succeeded. The query is gone when this
