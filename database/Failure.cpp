@@ -4,6 +4,8 @@
 
 #include <QFileInfo>
 
+#include <cerrno>
+
 namespace sync::database {
 
 namespace {
@@ -67,6 +69,12 @@ StoreError DescribeError(sqlite3* handle, int code, QString const& path, QString
     if (errorNumber != 0)
         words += QStringLiteral("; ") + SystemReason(errorNumber);
     return MakeError(path, code, words + QLatin1Char(')'), statement);
+}
+
+StoreError DescribeSystemError(QString const& path, QString const& words, int errorNumber)
+{
+    int const code = errorNumber == ENOSPC || errorNumber == EDQUOT ? SQLITE_FULL : SQLITE_CANTOPEN;
+    return MakeError(path, code, words + QStringLiteral(" (") + SystemReason(errorNumber) + QLatin1Char(')'));
 }
 
 Failure NoConnection()

@@ -21,6 +21,9 @@ StoreError MakeError(QString const& path, int code, QString const& words, QStrin
 StoreError
 DescribeError(sqlite3* handle, int code, QString const& path, QString const& statement = {}, bool engineWords = false);
 
+/// An error that the operating system told by its number.
+StoreError DescribeSystemError(QString const& path, QString const& words, int errorNumber);
+
 /// Of an operation on a thread whose own data have gone already, and its connections with them.
 Failure NoConnection();
 

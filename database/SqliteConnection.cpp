@@ -162,9 +162,7 @@ Failure SqliteConnection::Configure(bool firstOfStore)
 {
     sqlite3* const handle = _handle.get();
     _queue.Attach(handle);
-    sqlite3_db_config(handle, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
-    sqlite3_db_config(handle, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
-    sqlite3_db_config(handle, SQLITE_DBCONFIG_ENABLE_LOAD_EXTENSION, 0, nullptr);
+    Distrust(handle);
 
     int code = Execute(handle, Settings);
     if (code == SQLITE_OK) {
@@ -467,6 +465,15 @@ Failure SqliteConnection::BeginBracket()
         return Describe(code);
     _transaction = Transaction::Bracket;
     return {};
+}
+
+Failure SqliteConnection::OpenBeside()
+{
+    if (Failure failure = Open())
+        return failure;
+    if (_transaction != Transaction::None)
+        return Refuse(SQLITE_MISUSE, QStringLiteral("this thread has a bracket or a scope open that is not committed"));
+    return CheckUnmoved();
 }
 
 Failure SqliteConnection::CommitBracket()

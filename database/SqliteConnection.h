@@ -42,6 +42,9 @@ public:
     Failure Open();
     /// The same, and looks whether the file is a whole store; for the first connection.
     Failure OpenAndCheck();
+    /// Opens the connection unless it is open already, and says why no other handle of this thread should read the
+    /// store now: the file was moved, or an open transaction of the connection would lock it out or stay unseen.
+    Failure OpenBeside();
     /// Of an open connection.
     JournalMode journalMode() const { return _journalMode; }
 

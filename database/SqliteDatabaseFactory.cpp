@@ -57,6 +57,31 @@ JournalMode SqliteDatabaseFactory::journalMode() const
     return _store->journalMode();
 }
 
+template <class Operation>
+bool SqliteDatabaseFactory::Answer(QString* error, Operation const& operation)
+{
+    std::shared_ptr<SqliteConnection> const connection = _store->Connection();
+    Failure const failure = connection != nullptr ? operation(*connection) : NoConnection();
+    if (failure && connection != nullptr)
+        connection->Record(*failure);
+    if (failure && error != nullptr)
+        *error = failure->text;
+    return !failure;
+}
+
+bool SqliteDatabaseFactory::Backup(QString const& path, QString* error)
+{
+    return Answer(error, [&](SqliteConnection& connection) { return _store->Backup(connection, StoreFile(path)); });
+}
+
+std::optional<QStringList> SqliteDatabaseFactory::FindDamage(QString* error)
+{
+    QStringList damage;
+    if (!Answer(error, [&](SqliteConnection& connection) { return _store->FindDamage(connection, damage); }))
+        return std::nullopt;
+    return damage;
+}
+
 std::optional<StoreError> SqliteDatabaseFactory::LastError() const
 {
     std::shared_ptr<SqliteConnection> const connection = _store->Connection();

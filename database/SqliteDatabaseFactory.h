@@ -5,6 +5,7 @@
 #include "interf/IDatabaseFactory.h"
 
 #include <QString>
+#include <QStringList>
 
 #include <memory>
 #include <optional>
@@ -57,6 +58,10 @@ public:
     /// Null when there is no store to be had, and then `error` (if given) names the file and the reason, and the file
     /// is as it was. Refused are folders, files that are no store or another application's, damaged, emptied and newer
     /// ones, and places without rights. A new store is readable and writable by its owner only and appears whole.
+    ///
+    /// A store of an older version is first brought up to date, wholly or not at all, and a copy of what it was stays
+    /// beside it, named after the file with ".version-" and that version behind. Where no copy can be made the store is
+    /// refused, and so it is in `OpenMode::ReadOnly`.
     [[nodiscard]] static std::shared_ptr<SqliteDatabaseFactory>
     Open(QString const& path, QString* error = nullptr, OpenOptions const& options = {});
 
@@ -70,6 +75,19 @@ public:
     /// How the store keeps its transactions, whatever was asked for.
     [[nodiscard]] JournalMode journalMode() const;
 
+    /// Copies one committed state of the store into a new file, while others may write. The copy is a store of its own,
+    /// readable and writable by its owner only; it appears whole, looked through for damage and flushed to the disk.
+    ///
+    /// False when there is no copy to be had, and then `error` (if given) names the file and the reason, and there is
+    /// no file at the path unless there was one before: nothing is replaced. Refused is also a thread that has a
+    /// bracket open, or a scope that has written. `LastError` tells the reason too.
+    [[nodiscard]] bool Backup(QString const& path, QString* error = nullptr);
+
+    /// Reads the whole store and tells what is wrong in it, each fault in one text; an empty list when nothing is.
+    /// Nothing when it can't be read through, and then `error` (if given) names the file and the reason, and
+    /// `LastError` does too. A thread with a bracket open, or a scope that has written, is refused.
+    [[nodiscard]] std::optional<QStringList> FindDamage(QString* error = nullptr);
+
     /// The calling thread's first error since it called `ClearError`, or nothing. Tells a row that isn't there from one
     /// that could not be read, and a whole listing from one that broke off.
     [[nodiscard]] std::optional<StoreError> LastError() const;
@@ -82,6 +100,10 @@ Q_SIGNALS:
 
 private:
     explicit SqliteDatabaseFactory(std::shared_ptr<SqliteStore> store);
+
+    /// Runs an operation with the calling thread's connection, and tells and keeps its failure.
+    template <class Operation>
+    bool Answer(QString* error, Operation const& operation);
 
     std::shared_ptr<SqliteStore> _store;
 };

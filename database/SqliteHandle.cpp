@@ -25,6 +25,13 @@ int OpenHandle(char const* name, int flags, SqliteHandle& handle)
     return code;
 }
 
+void Distrust(sqlite3* handle)
+{
+    sqlite3_db_config(handle, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
+    sqlite3_db_config(handle, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
+    sqlite3_db_config(handle, SQLITE_DBCONFIG_ENABLE_LOAD_EXTENSION, 0, nullptr);
+}
+
 int Execute(sqlite3* handle, char const* statements)
 {
     return sqlite3_exec(handle, statements, nullptr, nullptr, nullptr);

@@ -28,6 +28,9 @@ using StatementHandle = std::unique_ptr<sqlite3_stmt, FinalizeStatement>;
 /// for the reason, unless memory ran out.
 int OpenHandle(char const* name, int flags, SqliteHandle& handle);
 
+/// Keeps what a file's schema may hold from doing harm: it could have been written by anybody.
+void Distrust(sqlite3* handle);
+
 /// Runs statements that give no rows, or whose rows don't matter.
 int Execute(sqlite3* handle, char const* statements);
 

@@ -1,7 +1,10 @@
 #include "database/SqliteStore.h"
 
 #include "database/SqliteConnection.h"
+#include "database/StoreBackup.h"
 #include "database/StoreLog.h"
+#include "database/StoreSnapshot.h"
+#include "database/StoreUpgrade.h"
 #include "database/TransactionalScope.h"
 
 #include <algorithm>
@@ -93,10 +96,35 @@ Failure SqliteStore::Open()
     std::shared_ptr<SqliteConnection> const connection = Connection();
     if (connection == nullptr)
         return NoConnection();
-    if (Failure failure = connection->OpenAndCheck())
+    // Which version a store has is known once a log or a journal that was left behind has been looked at, too.
+    Failure failure = connection->OpenAndCheck();
+    if (failure && failure->code == SQLITE_SCHEMA && !isReadOnly()) {
+        failure = StoreUpgrade(_file, _options.busyTimeoutMsec).Run();
+        if (!failure)
+            failure = connection->OpenAndCheck();
+    }
+    if (failure)
         return failure;
     _journalMode = connection->journalMode();
     return {};
+}
+
+Failure SqliteStore::Backup(SqliteConnection& connection, StoreFile const& target) const
+{
+    Failure failure = connection.OpenBeside();
+    if (failure)
+        return MakeError(target.path(), failure->code, QStringLiteral("no backup can be made: ") + failure->text);
+    return StoreBackup(_file, isReadOnly(), _options.busyTimeoutMsec).Write(target);
+}
+
+Failure SqliteStore::FindDamage(SqliteConnection& connection, QStringList& damage) const
+{
+    if (Failure failure = connection.OpenBeside())
+        return failure;
+    StoreSnapshot snapshot(_file);
+    if (Failure failure = snapshot.Open(isReadOnly(), _options.busyTimeoutMsec))
+        return failure;
+    return snapshot.FindDamage(damage);
 }
 
 Failure SqliteStore::CheckUnmoved() const

@@ -4,6 +4,8 @@
 #include "database/SqliteDatabaseFactory.h"
 #include "database/StoreFile.h"
 
+#include <QStringList>
+
 #include <atomic>
 #include <memory>
 #include <mutex>
@@ -20,8 +22,13 @@ class SqliteStore : public std::enable_shared_from_this<SqliteStore>
 public:
     SqliteStore(StoreFile file, OpenOptions const& options);
 
-    /// Makes or opens the file and remembers which one it is.
+    /// Makes or opens the file, brought up to date where it may be written, and remembers which one it is.
     Failure Open();
+
+    /// As the factory's operations of these names, for the calling thread and its connection.
+    Failure Backup(SqliteConnection& connection, StoreFile const& target) const;
+    Failure FindDamage(SqliteConnection& connection, QStringList& damage) const;
+
     /// Whom `TellLost` has send the signal. Called once, before other threads know the store.
     void SetFactory(std::weak_ptr<SqliteDatabaseFactory> factory) { _factory = std::move(factory); }
 

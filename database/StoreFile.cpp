@@ -1,5 +1,6 @@
 #include "database/StoreFile.h"
 
+#include "database/NewFile.h"
 #include "database/SqliteDatabaseFactory.h"
 #include "database/StoreSchema.h"
 
@@ -9,8 +10,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <iterator>
 #include <utility>
@@ -22,62 +21,6 @@
 namespace sync::database {
 
 namespace {
-
-/// A file descriptor that closes itself.
-class Descriptor
-{
-public:
-    explicit Descriptor(int descriptor)
-        : _descriptor(descriptor)
-    {}
-    ~Descriptor()
-    {
-        if (_descriptor >= 0)
-            ::close(_descriptor);
-    }
-    Q_DISABLE_COPY_MOVE(Descriptor)
-
-    bool isValid() const { return _descriptor >= 0; }
-    int get() const { return _descriptor; }
-
-private:
-    int _descriptor;
-};
-
-/// Removes a file, and what the engine may have put beside it, on every way out.
-class RemoveLater
-{
-public:
-    explicit RemoveLater(QByteArray name)
-        : _name(std::move(name))
-    {}
-    ~RemoveLater()
-    {
-        for (char const* suffix : {"", "-wal", "-shm", "-journal"})
-            ::unlink((_name + suffix).constData());
-    }
-    Q_DISABLE_COPY_MOVE(RemoveLater)
-
-private:
-    QByteArray _name;
-};
-
-int SyncToDisk(QByteArray const& name, int flags)
-{
-    Descriptor const descriptor(::open(name.constData(), flags | O_RDONLY | O_CLOEXEC));
-    return descriptor.isValid() && ::fsync(descriptor.get()) == 0 ? 0 : errno;
-}
-
-/// Gives the file its name unless something bears it already. 0 or the operating system's error number.
-int RenameWithoutReplacing(QByteArray const& from, char const* to)
-{
-    if (::renameat2(AT_FDCWD, from.constData(), AT_FDCWD, to, RENAME_NOREPLACE) == 0)
-        return 0;
-    if (errno != EINVAL && errno != ENOSYS)
-        return errno;
-    // File systems that know no such rename mostly know links; the first name goes with the others.
-    return ::link(from.constData(), to) == 0 ? 0 : errno;
-}
 
 FileIdentity IdentityOf(struct stat const& status)
 {
@@ -148,6 +91,17 @@ StoreFile::StoreFile(QString const& path)
     , _logName(_name + "-wal")
 {}
 
+StoreFile::StoreFile(QString const& path, QByteArray const& name)
+    : _path(path)
+    , _name(name)
+    , _logName(_name + "-wal")
+{}
+
+StoreFile StoreFile::Under(QByteArray const& name) const
+{
+    return {_path, name};
+}
+
 Failure StoreFile::CheckName() const
 {
     if (_path.isEmpty())
@@ -182,15 +136,12 @@ bool StoreFile::IsMissing() const noexcept
     return ::lstat(name(), &status) != 0 && errno == ENOENT;
 }
 
-QByteArray StoreFile::Folder() const
+bool StoreFile::IsFree() const
 {
-    return QFile::encodeName(QFileInfo(_path).absolutePath());
-}
-
-StoreError StoreFile::SystemError(QString const& words, int errorNumber) const
-{
-    int const code = errorNumber == ENOSPC || errorNumber == EDQUOT ? SQLITE_FULL : SQLITE_CANTOPEN;
-    return MakeError(_path, code, words + QStringLiteral(" (") + SystemReason(errorNumber) + QLatin1Char(')'));
+    struct stat status = {};
+    return std::all_of(std::begin(Suffixes), std::end(Suffixes), [&](char const* suffix) {
+        return ::lstat((_name + suffix).constData(), &status) != 0;
+    });
 }
 
 /// Reads through the engine's own file: a descriptor of ours would drop, when closed, the locks that another connection
@@ -213,7 +164,7 @@ Failure StoreFile::CheckHeader() const
 {
     struct stat status = {};
     if (::stat(name(), &status) != 0)
-        return SystemError(QStringLiteral("the store can't be opened"), errno);
+        return DescribeSystemError(_path, QStringLiteral("the store can't be opened"), errno);
     if (S_ISDIR(status.st_mode))
         return MakeError(_path, SQLITE_CANTOPEN, QStringLiteral("this is a folder"));
     if (!S_ISREG(status.st_mode))
@@ -233,7 +184,7 @@ Failure StoreFile::CheckHeader() const
         return MakeError(_path, SQLITE_NOTADB, QStringLiteral("the file is no SQLite database"));
     if (header.applicationId() != schema::ApplicationId)
         return MakeError(_path, SQLITE_NOTADB, QStringLiteral("the database belongs to another application"));
-    if (header.version() != schema::Version)
+    if (header.version() != schema::Version && !schema::IsOlder(header.version()))
         return MakeError(_path, SQLITE_SCHEMA, schema::OtherVersion(header.version()));
     return {};
 }
@@ -302,19 +253,16 @@ int StoreFile::ConvertToJournal() const
 
 Failure StoreFile::Make(JournalMode mode) const
 {
-    QByteArray temporary = _name + ".new-XXXXXX";
     {
-        Descriptor const descriptor(::mkostemp(temporary.data(), O_CLOEXEC)); // 0600 whatever the umask lets through
-        if (!descriptor.isValid())
-            return SystemError(QStringLiteral("the store can't be made in %1").arg(QFileInfo(_path).absolutePath()),
-                               errno);
-        ::fchmod(descriptor.get(), S_IRUSR | S_IWUSR);
-    }
-    {
-        RemoveLater const removeLater(temporary);
-        Failure failure = MakeAs(temporary, mode);
+        NewFile file(_name);
+        if (int const errorNumber = file.Make(); errorNumber != 0)
+            return DescribeSystemError(
+                _path,
+                QStringLiteral("the store can't be made in %1").arg(QFileInfo(_path).absolutePath()),
+                errorNumber);
+        Failure failure = MakeAs(file.temporaryName(), mode);
         if (!failure)
-            return PutInPlace(temporary);
+            return PutInPlace(file);
         if (mode == JournalMode::Rollback)
             return failure;
     }
@@ -336,18 +284,16 @@ Failure StoreFile::MakeAs(QByteArray const& temporary, JournalMode mode) const
     return {};
 }
 
-Failure StoreFile::PutInPlace(QByteArray const& temporary) const
+Failure StoreFile::PutInPlace(NewFile const& file) const
 {
-    int errorNumber = SyncToDisk(temporary, 0);
-    if (errorNumber == 0)
-        errorNumber = RenameWithoutReplacing(temporary, name());
+    int errorNumber = file.PutInPlace();
     if (errorNumber == EEXIST)
         return {};
     if (errorNumber != 0)
-        return SystemError(QStringLiteral("the store can't be put in place"), errorNumber);
-    errorNumber = SyncToDisk(Folder(), O_DIRECTORY);
-    if (errorNumber != 0 && errorNumber != EINVAL) // some file systems flush no folders
-        return SystemError(QStringLiteral("the store's folder can't be flushed"), errorNumber);
+        return DescribeSystemError(_path, QStringLiteral("the store can't be put in place"), errorNumber);
+    errorNumber = file.FlushFolder();
+    if (errorNumber != 0)
+        return DescribeSystemError(_path, QStringLiteral("the store's folder can't be flushed"), errorNumber);
     return {};
 }
 

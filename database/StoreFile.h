@@ -12,6 +12,7 @@
 
 namespace sync::database {
 
+class NewFile;
 enum class JournalMode;
 
 /// Which file a name stands for.
@@ -48,6 +49,9 @@ class StoreFile
 public:
     explicit StoreFile(QString const& path);
 
+    /// The file while it bears another name on the disk. Errors name the path that it is meant for.
+    StoreFile Under(QByteArray const& name) const;
+
     QString const& path() const { return _path; }
     /// The name as the operating system takes it.
     char const* name() const { return _name.constData(); }
@@ -56,13 +60,17 @@ public:
     Failure CheckName() const;
     /// Whether nothing at all stands at the path.
     bool IsMissing() const noexcept;
+    /// Whether nothing can be seen at the path, nor what the engine would take for the log or the journal of a store
+    /// there.
+    bool IsFree() const;
 
     /// Which file stands at the path, and which is its log; nothing where there is none or none can be seen.
     std::optional<FileIdentity> Identity() const noexcept;
     std::optional<FileIdentity> LogIdentity() const noexcept;
     std::optional<FileStamp> Stamp() const noexcept;
 
-    /// Why the file can be no store that this version opens, as far as its header shows. Changes nothing.
+    /// Why the file can be no store that this version opens or brings up to date, as far as its header shows. Changes
+    /// nothing.
     Failure CheckHeader() const;
     /// Whether the end of the file is missing, as far as it can't be in the log. The engine overlooks less than a page.
     Failure CheckLength(sqlite3* handle) const;
@@ -81,11 +89,11 @@ public:
 private:
     struct Header;
 
+    StoreFile(QString const& path, QByteArray const& name);
+
     Failure ReadHeader(Header& header) const;
     Failure MakeAs(QByteArray const& temporary, JournalMode mode) const;
-    Failure PutInPlace(QByteArray const& temporary) const;
-    QByteArray Folder() const;
-    StoreError SystemError(QString const& words, int errorNumber) const;
+    Failure PutInPlace(NewFile const& file) const;
 
     QString _path;
     QByteArray _name;

@@ -2,10 +2,8 @@
 
 #include "database/SqliteHandle.h"
 
-#include <QByteArray>
-
 #include <initializer_list>
-#include <vector>
+#include <iterator>
 
 namespace sync::database::schema {
 
@@ -137,9 +135,6 @@ constexpr char const* Indices[] = {
     "CREATE INDEX Schedules_folder ON Schedules (folderConfigurationId)",
 };
 
-constexpr char const* DefaultSchedule =
-    "INSERT INTO Schedules (folderConfigurationId, syncScheduleType, syncInterval) VALUES (0, 0, 30)";
-
 QByteArray CreateTable(Table const& table)
 {
     // AUTOINCREMENT: removals leave references behind, which must never come to point at a stranger. Records carry ids
@@ -151,22 +146,95 @@ QByteArray CreateTable(Table const& table)
     return text + ')';
 }
 
-QByteArray SelectOne(Table const& table)
+QByteArray ColumnsOf(Table const& table)
 {
-    QByteArray text = "SELECT id";
+    QByteArray text = "id";
     for (Column const& column : table.columns)
         text += QByteArray(", ") + column.name;
-    return text + " FROM " + table.name + " LIMIT 1";
+    return text;
+}
+
+QByteArray SelectOne(Table const& table)
+{
+    return "SELECT " + ColumnsOf(table) + " FROM " + table.name + " LIMIT 1";
+}
+
+bool IsDamage(int code)
+{
+    return (code & 0xff) == SQLITE_CORRUPT || (code & 0xff) == SQLITE_NOTADB;
+}
+
+/// The texts in the first column of all rows.
+int QueryTexts(sqlite3* handle, char const* statement, QStringList& texts)
+{
+    sqlite3_stmt* prepared = nullptr;
+    int code = sqlite3_prepare_v2(handle, statement, -1, &prepared, nullptr);
+    StatementHandle const owner(prepared);
+    if (code != SQLITE_OK)
+        return code;
+    while ((code = sqlite3_step(prepared)) == SQLITE_ROW)
+        texts.append(QString::fromUtf8(reinterpret_cast<char const*>(sqlite3_column_text(prepared, 0))));
+    return code == SQLITE_DONE ? SQLITE_OK : code;
+}
+
+/// What the engine finds. A page that can't be read is a finding for it too.
+int CheckIntegrity(sqlite3* handle, QStringList& damage)
+{
+    QStringList found;
+    int const code = QueryTexts(handle, "PRAGMA integrity_check", found);
+    // Several faults may stand in one row, with a headline.
+    for (QString const& line : found.join(QLatin1Char('\n')).split(QLatin1Char('\n'))) {
+        if (!line.isEmpty() && line != QLatin1String("ok") && !line.startsWith(QLatin1String("***")))
+            damage.append(line);
+    }
+    return code;
+}
+
+/// The indices of this version that the store lacks.
+int FindMissingIndices(sqlite3* handle, QStringList& damage)
+{
+    QStringList found;
+    int const code = QueryTexts(handle, "SELECT sql FROM sqlite_schema WHERE type = 'index'", found);
+    if (code != SQLITE_OK)
+        return code;
+    for (char const* index : Indices) {
+        QString const text = QLatin1String(index);
+        if (!found.contains(text))
+            damage.append(QStringLiteral("index %1 is missing").arg(text.section(QLatin1Char(' '), 2, 2)));
+    }
+    return SQLITE_OK;
 }
 
 } // namespace
 
 QString OtherVersion(qint64 version)
 {
-    QString const words =
-        version > Version ? QStringLiteral("the store has version %1, written by a newer program; this one knows %2")
-                          : QStringLiteral("the store has version %1, which this program, of version %2, can't read");
+    QString words = QStringLiteral("the store has version %1, which this program, of version %2, can't read");
+    if (version > Version)
+        words = QStringLiteral("the store has version %1, written by a newer program; this one knows %2");
+    else if (IsOlder(version))
+        words = QStringLiteral("the store has version %1, written by an older program; it must be opened for writing "
+                               "once, which brings it to version %2");
     return words.arg(version).arg(Version);
+}
+
+std::vector<TableText> TableTexts()
+{
+    std::vector<TableText> texts;
+    for (Table const& table : Tables())
+        texts.push_back({table.name, ColumnsOf(table), CreateTable(table)});
+    return texts;
+}
+
+std::vector<QByteArray> IndexTexts()
+{
+    return {std::begin(Indices), std::end(Indices)};
+}
+
+QByteArray DefaultScheduleText()
+{
+    return "INSERT INTO Schedules (folderConfigurationId, syncScheduleType, syncInterval) SELECT 0, 0, 30 "
+           "WHERE NOT EXISTS (SELECT 1 FROM Schedules WHERE folderConfigurationId = 0)";
 }
 
 int Create(sqlite3* handle)
@@ -176,7 +244,7 @@ int Create(sqlite3* handle)
         statements += CreateTable(table) + ';';
     for (char const* index : Indices)
         statements += QByteArray(index) + ';';
-    statements += QByteArray(DefaultSchedule) + ';';
+    statements += DefaultScheduleText() + ';';
     statements += "PRAGMA application_id = " + QByteArray::number(ApplicationId) + ';';
     statements += "PRAGMA user_version = " + QByteArray::number(Version) + ';';
     statements += "COMMIT;";
@@ -200,6 +268,28 @@ Failure Check(sqlite3* handle, QString const& path)
             return DescribeError(handle, code, path);
     }
     return {};
+}
+
+Failure FindDamage(sqlite3* handle, QString const& path, QStringList& damage)
+{
+    QStringList found;
+    int code = CheckIntegrity(handle, found);
+    if (code == SQLITE_OK && !found.isEmpty()) { // a fault of the disk that passes is no damage
+        found.clear();
+        code = CheckIntegrity(handle, found);
+    }
+    damage.append(found);
+    if (code == SQLITE_OK && QueryNumber(handle, "PRAGMA user_version") == Version) {
+        code = FindMissingIndices(handle, damage);
+        if (Failure failure = Check(handle, path)) {
+            if (!IsDamage(failure->code))
+                return failure;
+            damage.append(failure->text);
+        }
+    }
+    if (IsDamage(code) && damage.isEmpty())
+        damage.append(QString::fromUtf8(sqlite3_errstr(code)));
+    return code == SQLITE_OK || IsDamage(code) ? Failure() : DescribeError(handle, code, path);
 }
 
 } // namespace sync::database::schema

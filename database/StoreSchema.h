@@ -2,7 +2,11 @@
 
 #include "database/Failure.h"
 
+#include <QByteArray>
+#include <QStringList>
 #include <QtGlobal>
+
+#include <vector>
 
 struct sqlite3;
 
@@ -11,9 +15,29 @@ namespace sync::database::schema {
 
 /// In the file's header: "TNDY".
 constexpr qint32 ApplicationId = 0x544e4459;
-/// In the file's header. The first version there is: a store of a lesser one is to be brought up to date, step by step,
-/// before its first connection is opened.
+/// In the file's header. Who raises it adds a step to `StoreUpgrade`, which brings older stores up to date.
 constexpr qint32 Version = 1;
+
+/// Whether a store of this version can be brought up to date.
+constexpr bool IsOlder(qint64 version)
+{
+    return version >= 0 && version < Version;
+}
+
+/// A table in the words of its statements.
+struct TableText
+{
+    QByteArray name;
+    /// All columns, with commas between.
+    QByteArray columns;
+    QByteArray create;
+};
+
+std::vector<TableText> TableTexts();
+/// The statements that make the indices.
+std::vector<QByteArray> IndexTexts();
+/// Puts the default schedule into a store that has none.
+QByteArray DefaultScheduleText();
 
 /// Why a store of another version is refused.
 QString OtherVersion(qint64 version);
@@ -25,5 +49,9 @@ QString OtherVersion(qint64 version);
 /// Whether every table is there with every column and can be read at its root. The time doesn't depend on the number of
 /// rows.
 [[nodiscard]] Failure Check(sqlite3* handle, QString const& path);
+
+/// What is wrong inside a store, in the words of the engine: pages, rows and indices that don't belong together, and in
+/// a store of this version what `Check` looks for and indices that are missing. Reads the whole file.
+[[nodiscard]] Failure FindDamage(sqlite3* handle, QString const& path, QStringList& damage);
 
 } // namespace sync::database::schema

@@ -225,8 +225,8 @@ TEST_P(StoreOpening, StoreOfANewerVersionIsRefused)
 TEST_P(StoreOpening, StoreOfAVersionThatNeverWasIsRefused)
 {
     MakeStore();
-    RawStore(Path()).Run(QStringLiteral("PRAGMA user_version = 0"));
-    ExpectRefusal("version 0");
+    RawStore(Path()).Run(QStringLiteral("PRAGMA user_version = -1"));
+    ExpectRefusal("version -1");
 }
 
 TEST_P(StoreOpening, NewerVersionThatStandsInALogIsRefused)

@@ -1,0 +1,77 @@
+#include "support/ReleasedStores.h"
+
+#include <gtest/gtest.h>
+
+#include <QFile>
+
+#include <algorithm>
+
+namespace tandry::test {
+
+using sync::database::JournalMode;
+
+void ReleasedStore::CopyTo(QString const& path) const
+{
+    QString const source =
+        QStringLiteral(TANDRY_TEST_DATA "/stores/version-%1-%2.db")
+            .arg(version)
+            .arg(journalMode == JournalMode::WriteAheadLog ? QStringLiteral("log") : QStringLiteral("journal"));
+    EXPECT_TRUE(QFile::copy(source, path)) << source.toStdString();
+    EXPECT_TRUE(QFile::setPermissions(path, QFile::ReadOwner | QFile::WriteOwner));
+}
+
+std::string ReleasedStore::Name() const
+{
+    return "Version" + std::to_string(version) + (journalMode == JournalMode::WriteAheadLog ? "Log" : "Journal");
+}
+
+void PrintTo(ReleasedStore const& store, std::ostream* out)
+{
+    *out << store.Name();
+}
+
+std::vector<ReleasedStore> AllReleasedStores()
+{
+    return {{0, JournalMode::WriteAheadLog},
+            {0, JournalMode::Rollback},
+            {1, JournalMode::WriteAheadLog},
+            {1, JournalMode::Rollback}};
+}
+
+std::vector<ReleasedStore> OlderStores()
+{
+    return {{0, JournalMode::WriteAheadLog}, {0, JournalMode::Rollback}};
+}
+
+StoreRows RowsOf(RawStore& store)
+{
+    StoreRows rows;
+    for (char const* table : {"ServerConfiguration",
+                              "AuthenticationConfiguration",
+                              "ProductConfiguration",
+                              "FolderConfiguration",
+                              "FileConfiguration",
+                              "GeneratedFileConfiguration",
+                              "BaseFileConfiguration",
+                              "Schedules"})
+        rows.insert(QLatin1String(table),
+                    store.Rows(QStringLiteral("SELECT * FROM %1 ORDER BY id").arg(QLatin1String(table))));
+    return rows;
+}
+
+StoreRows UpToDate(StoreRows rows)
+{
+    std::vector<QVector<QVariant>>& schedules = rows[QStringLiteral("Schedules")];
+    bool const hasDefault = std::any_of(
+        schedules.begin(), schedules.end(), [](QVector<QVariant> const& row) { return row.value(1).toInt() == 0; });
+    if (!hasDefault)
+        schedules.push_back({schedules.back().front().toLongLong() + 1, 0LL, QVariant(), QVariant(), 0LL, 30LL});
+    return rows;
+}
+
+int VersionOf(RawStore& store)
+{
+    return store.Value(QStringLiteral("PRAGMA user_version")).toInt();
+}
+
+} // namespace tandry::test
