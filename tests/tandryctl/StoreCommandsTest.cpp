@@ -1,6 +1,7 @@
 #include "ToolFixture.h"
 
 #include "support/RawStore.h"
+#include "support/ReleasedStores.h"
 
 #include <QDir>
 #include <QFile>
@@ -141,6 +142,92 @@ TEST_F(StoreCommandsTest, ReadingCommandWorksWhileAnotherProgramWrites)
     EXPECT_EQ(Run({"list"_q, "roots"_q}).status, 1); // not committed
     other.Run("COMMIT;"_q);
     EXPECT_EQ(Json({"list"_q, "roots"_q}).size(), 1);
+}
+
+TEST_F(StoreCommandsTest, BackupIsAStoreWithTheSameRecords)
+{
+    Init();
+    AddRoot("docs"_q, "/docs"_q);
+    QString const out = Done({"backup"_q, At("copy.db")});
+    EXPECT_TRUE(out.contains(StorePath()) && out.contains(At("copy.db"))) << out.toStdString();
+    Ran const ran = RunBare({"--store"_q, At("copy.db"), "list"_q, "roots"_q, "--json"_q});
+    EXPECT_EQ(ran.status, 0) << ran.err.toStdString();
+    EXPECT_EQ(ran.json(), Json({"list"_q, "roots"_q}));
+    QFile::Permissions const others = QFile::ReadGroup | QFile::WriteGroup | QFile::ReadOther | QFile::WriteOther;
+    EXPECT_FALSE(QFile::permissions(At("copy.db")) & others);
+}
+
+TEST_F(StoreCommandsTest, BackupInJsonTellsBothFiles)
+{
+    Init();
+    EXPECT_EQ(JsonObject({"backup"_q, At("copy.db")}),
+              (QJsonObject{{"store"_q, StorePath()}, {"backup"_q, At("copy.db")}}));
+}
+
+TEST_F(StoreCommandsTest, BackupHoldsWhatAProgramThatStillWritesHasCommitted)
+{
+    Init();
+    RawStore other(StorePath());
+    other.Run("INSERT INTO FolderConfiguration (clientPath, parentId) VALUES ('/r', 0);"
+              "BEGIN IMMEDIATE; INSERT INTO FolderConfiguration (clientPath, parentId) VALUES ('/s', 0);"_q);
+    Done({"backup"_q, At("copy.db")});
+    other.Run("COMMIT"_q);
+    EXPECT_EQ(RawStore(At("copy.db")).Count("FolderConfiguration"_q), 1);
+}
+
+TEST_F(StoreCommandsTest, BackupReplacesNoFileAndSaysSo)
+{
+    Init();
+    WriteFile("copy.db"_q, "mine");
+    Ran const ran = Run({"backup"_q, At("copy.db")});
+    EXPECT_EQ(ran.status, 3);
+    EXPECT_TRUE(ran.err.contains(At("copy.db"))) << ran.err.toStdString();
+    EXPECT_EQ(ran.err.count(QLatin1Char('\n')), 1);
+    EXPECT_EQ(Content(At("copy.db")), "mine");
+}
+
+TEST_F(StoreCommandsTest, BackupNeedsAPath)
+{
+    Init();
+    EXPECT_EQ(Run({"backup"_q}).status, 2);
+}
+
+TEST_F(StoreCommandsTest, CheckOfAWholeStoreSaysSoAndChangesNothing)
+{
+    Init();
+    QByteArray const before = Content(StorePath());
+    QString const out = Done({"check"_q});
+    EXPECT_TRUE(out.contains(StorePath()) && out.contains("whole"_q)) << out.toStdString();
+    EXPECT_EQ(Json({"check"_q}), QJsonArray());
+    EXPECT_EQ(Content(StorePath()), before);
+    EXPECT_EQ(QDir(folder.path()).entryList(QDir::Files), QStringList{"store.db"_q});
+}
+
+TEST_F(StoreCommandsTest, CheckListsWhatItFindsAndFails)
+{
+    Init();
+    RawStore(StorePath()).Run("DROP INDEX FileConfiguration_root; DROP INDEX Schedules_folder"_q);
+    Ran const plain = Run({"check"_q});
+    EXPECT_EQ(plain.status, 1);
+    EXPECT_EQ(plain.err, QString());
+    EXPECT_EQ(plain.out, "damage\nindex FileConfiguration_root is missing\nindex Schedules_folder is missing\n"_q);
+    Ran const json = Run({"check"_q, "--json"_q});
+    EXPECT_EQ(json.status, 1);
+    EXPECT_EQ(json.json(),
+              (QJsonArray{QJsonObject{{"damage"_q, "index FileConfiguration_root is missing"_q}},
+                          QJsonObject{{"damage"_q, "index Schedules_folder is missing"_q}}}));
+}
+
+TEST_F(StoreCommandsTest, OlderStoreIsBroughtUpToDateByTheFirstCommandThatMayWrite)
+{
+    using tandry::test::ReleasedStore;
+    ReleasedStore{0, sync::database::JournalMode::WriteAheadLog}.CopyTo(StorePath());
+    Ran const reading = Run({"list"_q, "roots"_q});
+    EXPECT_EQ(reading.status, 3);
+    EXPECT_TRUE(reading.err.contains("opened for writing once"_q)) << reading.err.toStdString();
+    Done({"init"_q});
+    EXPECT_EQ(Json({"list"_q, "roots"_q}).size(), 1);
+    EXPECT_TRUE(QFileInfo::exists(At("store.db.version-0")));
 }
 
 TEST_F(StoreCommandsTest, StoreFileNameMayHoldOddCharacters)

@@ -11,6 +11,8 @@
 #include <QFileInfo>
 #include <QStandardPaths>
 
+#include <optional>
+
 #include <unistd.h>
 
 namespace tandryctl {
@@ -104,6 +106,22 @@ void Session::ConfirmRemoval(QString const& what)
             QStringLiteral("this would remove %1; give --yes to do so without a terminal to ask on").arg(what));
     if (!Ask(QStringLiteral("Remove %1?").arg(what)))
         throw Failure(ExitStatus::NothingFound, QStringLiteral("nothing was removed"));
+}
+
+void Session::Backup(QString const& path)
+{
+    QString error;
+    if (!_store->Backup(path, &error))
+        throw Failure(ExitStatus::StoreFailed, Printable(error));
+}
+
+QStringList Session::FindDamage()
+{
+    QString error;
+    std::optional<QStringList> const damage = _store->FindDamage(&error);
+    if (!damage)
+        throw Failure(ExitStatus::StoreFailed, Printable(error));
+    return *damage;
 }
 
 void Session::Finish()

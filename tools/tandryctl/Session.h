@@ -11,6 +11,7 @@
 
 #include <QFile>
 #include <QString>
+#include <QStringList>
 
 #include <memory>
 #include <utility>
@@ -80,6 +81,11 @@ public:
     /// Asks before something goes; throws when the answer is no, or when nobody can be asked. `what` says what will go
     /// and what will not: "folder 3 '/a' with 2 files".
     void ConfirmRemoval(QString const& what);
+
+    /// Copies the store to a new file; throws when there is no whole copy.
+    void Backup(QString const& path);
+    /// What is wrong in the store, each fault in one text; throws when it can't be looked through.
+    QStringList FindDamage();
 
     /// Hands over all output; throws when it could not be written.
     void Finish();
