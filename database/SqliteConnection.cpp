@@ -70,6 +70,18 @@ Failure SqliteConnection::CheckUsable() const
     return {};
 }
 
+/// A statement of a handle that was given up must neither write past the new one nor show what was rolled back.
+Failure SqliteConnection::CheckUsable(PreparedStatement const& statement) const
+{
+    Failure failure = CheckUsable();
+    if (!failure && (_isSpoilt || (!_store->isReadOnly() && !statement.isOf(_handle.get()))))
+        failure = Refuse(SQLITE_ABORT_ROLLBACK,
+                         QStringLiteral("the statement was prepared before a failure and must be prepared anew"));
+    if (failure)
+        failure->statement = statement.text();
+    return failure;
+}
+
 Failure SqliteConnection::Open()
 {
     return OpenFor(false);
@@ -84,6 +96,9 @@ Failure SqliteConnection::OpenFor(bool firstOfStore)
 {
     if (Failure failure = CheckUsable())
         return failure;
+    DropOutdated();
+    if (_isSpoilt)
+        return Reopen();
     if (_handle != nullptr)
         return _store->isReadOnly() ? RefreshReading() : Failure();
 
@@ -105,6 +120,7 @@ void SqliteConnection::Disconnect() noexcept
     _rollback.reset();
     _handle.reset();
     _stamp.reset();
+    _isSpoilt = false;
 }
 
 Failure SqliteConnection::OpenForWriting(bool firstOfStore)
@@ -251,9 +267,12 @@ int SqliteConnection::Authorize(
 /// A file that is read as if nobody wrote it is opened anew when somebody did.
 Failure SqliteConnection::RefreshReading()
 {
-    DropOutdated();
-    if (!_stamp || _store->file().Stamp() == _stamp)
-        return {};
+    return !_stamp || _store->file().Stamp() == _stamp ? Failure() : Reopen();
+}
+
+/// Opens a new handle. The old one stays as long as queries hold statements of it.
+Failure SqliteConnection::Reopen()
+{
     if (_cache->hasLeases())
         _outdated.push_back({std::move(_handle), std::move(_cache)});
     Disconnect();
@@ -262,12 +281,12 @@ Failure SqliteConnection::RefreshReading()
 
 void SqliteConnection::DropOutdated() noexcept
 {
-    for (auto reading = _outdated.begin(); reading != _outdated.end();) {
-        if (reading->cache->hasLeases()) {
-            ++reading;
+    for (auto outdated = _outdated.begin(); outdated != _outdated.end();) {
+        if (outdated->cache->hasLeases()) {
+            ++outdated;
             continue;
         }
-        reading = _outdated.erase(reading);
+        outdated = _outdated.erase(outdated);
     }
 }
 
@@ -309,17 +328,15 @@ Failure SqliteConnection::Prepare(QString const& text, StatementLease& statement
 Failure SqliteConnection::Run(PreparedStatement& statement, RunResult& result)
 {
     result = {};
-    if (Failure failure = CheckUsable()) {
-        failure->statement = statement.text();
+    if (Failure failure = CheckUsable(statement))
         return failure;
-    }
     return statement.isReading() ? Advance(statement, result.hasRow) : Write(statement, result);
 }
 
 Failure SqliteConnection::Advance(PreparedStatement& statement, bool& hasRow)
 {
     hasRow = false;
-    if (Failure failure = CheckUsable())
+    if (Failure failure = CheckUsable(statement))
         return failure;
     int const code = statement.Step();
     if (code == SQLITE_ROW || code == SQLITE_DONE) {
@@ -378,6 +395,8 @@ Failure SqliteConnection::Write(PreparedStatement& statement, RunResult& result)
     bool const ended = sqlite3_get_autocommit(handle) != 0;
     if (_transaction != Transaction::None && (done || ended))
         LoseTransaction(*failure, changesBefore);
+    else if (ended)
+        NoticeLeftJournal();
     return failure;
 }
 
@@ -416,6 +435,22 @@ void SqliteConnection::Rollback() noexcept
     _queue.TakenBack();
     if (sqlite3_get_autocommit(_handle.get()) == 0)
         RunOwn(_rollback);
+    NoticeLeftJournal();
+}
+
+/// An engine that could not delete its journal, because memory ran out, calls the rollback a success all the same. But
+/// it takes the pages that it changed for written ones then, and what they go into next is not kept. To others the
+/// journal means what it should: the transaction never was. So the handle is given up.
+void SqliteConnection::NoticeLeftJournal() noexcept
+{
+    if (_journalMode != JournalMode::Rollback || !_store->file().HasJournal())
+        return;
+    // A journal that another connection writes right now comes with its lock.
+    sqlite3_file* file = nullptr;
+    sqlite3_file_control(_handle.get(), "main", SQLITE_FCNTL_FILE_POINTER, &file);
+    int isAnothers = 0;
+    if (file->pMethods->xCheckReservedLock(file, &isAnothers) != SQLITE_OK || isAnothers == 0)
+        _isSpoilt = true;
 }
 
 bool SqliteConnection::CommitScope() noexcept

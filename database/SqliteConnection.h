@@ -82,14 +82,15 @@ private:
         LostBracket,
     };
 
-    /// A look at a file that has changed since, which queries still hold statements of.
-    struct OutdatedReading
+    /// A handle in place of which there is a new one, while queries still hold statements of it.
+    struct OutdatedHandle
     {
         SqliteHandle handle;
         std::unique_ptr<StatementCache> cache;
     };
 
     Failure CheckUsable() const;
+    Failure CheckUsable(PreparedStatement const& statement) const;
     Failure OpenFor(bool firstOfStore);
     Failure OpenForWriting(bool firstOfStore);
     Failure ConnectForWriting(bool firstOfStore);
@@ -99,6 +100,7 @@ private:
     Failure PrepareOwnStatements();
     void Disconnect() noexcept;
     Failure RefreshReading();
+    Failure Reopen();
     Failure CheckUnchanged(PreparedStatement const& statement) const;
     void DropOutdated() noexcept;
 
@@ -108,6 +110,7 @@ private:
     /// had been changed before the statement that failed.
     void LoseTransaction(StoreError const& error, qint64 changesBefore);
     void Rollback() noexcept;
+    void NoticeLeftJournal() noexcept;
     Failure Describe(int code, PreparedStatement const* statement = nullptr) const;
     Failure Refuse(int code, QString const& words, PreparedStatement const* statement = nullptr) const;
 
@@ -128,7 +131,8 @@ private:
     JournalMode _journalMode = JournalMode::WriteAheadLog;
     std::optional<FileIdentity> _log;
     std::optional<FileStamp> _stamp; // of a file that is read as if nobody wrote it
-    std::vector<OutdatedReading> _outdated;
+    std::vector<OutdatedHandle> _outdated;
+    bool _isSpoilt = false; // the handle, which must not be used any more
 
     Transaction _transaction = Transaction::None;
     qint64 _changesAtBegin = 0;

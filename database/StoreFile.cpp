@@ -89,6 +89,7 @@ StoreFile::StoreFile(QString const& path)
     : _path(QFileInfo(path).absoluteFilePath())
     , _name(QFile::encodeName(_path))
     , _logName(_name + "-wal")
+    , _journalName(_name + "-journal")
 {}
 
 StoreFile::StoreFile(QString const& path, QByteArray const& name)
@@ -128,6 +129,11 @@ std::optional<FileStamp> StoreFile::Stamp() const noexcept
     if (::stat(name(), &status) != 0)
         return std::nullopt;
     return FileStamp{IdentityOf(status), status.st_size, status.st_mtim, LogIdentity().has_value()};
+}
+
+bool StoreFile::HasJournal() const noexcept
+{
+    return ::access(_journalName.constData(), F_OK) == 0;
 }
 
 bool StoreFile::IsMissing() const noexcept

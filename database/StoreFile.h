@@ -68,6 +68,8 @@ public:
     std::optional<FileIdentity> Identity() const noexcept;
     std::optional<FileIdentity> LogIdentity() const noexcept;
     std::optional<FileStamp> Stamp() const noexcept;
+    /// Whether a rollback journal stands beside the file.
+    bool HasJournal() const noexcept;
 
     /// Why the file can be no store that this version opens or brings up to date, as far as its header shows. Changes
     /// nothing.
@@ -98,6 +100,7 @@ private:
     QString _path;
     QByteArray _name;
     QByteArray _logName;
+    QByteArray _journalName;
 };
 
 } // namespace sync::database

@@ -134,6 +134,107 @@ TEST_P(StoreFaults, NoFaultLosesWhatWasAnsweredWithTrueInSilence)
     EXPECT_GT(faults, 300);
 }
 
+/// The engine calls a rollback a success though it could not delete its journal, and would lose the next commit.
+class StoreWithLeftJournal : public StoreFaults
+{
+protected:
+    void SetUp() override
+    {
+        StoreFaults::SetUp();
+        ASSERT_TRUE(AddServer(*store, "before"_q));
+    }
+
+    void LeaveJournal()
+    {
+        auto const database = store->CreateDatabase();
+        ASSERT_TRUE(database->transaction());
+        ASSERT_TRUE(AddServer(*store, "taken back"_q));
+        files.Fail(1, SQLITE_NOMEM, {FileOperation::Delete}, true);
+        EXPECT_TRUE(database->rollback());
+        EXPECT_TRUE(files.Recover());
+        EXPECT_TRUE(QFile::exists(StorePath() + "-journal"_q)) << "or the test shows nothing";
+    }
+
+    void ExpectRefusal()
+    {
+        ASSERT_TRUE(store->LastError());
+        EXPECT_EQ(store->LastError()->code, SQLITE_ABORT_ROLLBACK);
+        EXPECT_TRUE(store->LastError()->text.contains("prepared anew"_q));
+        store->ClearError();
+    }
+
+    FaultyFiles files;
+};
+
+INSTANTIATE_TEST_SUITE_P(With,
+                         StoreWithLeftJournal,
+                         testing::Values(sync::database::JournalMode::Rollback),
+                         NameOfJournalMode);
+
+TEST_P(StoreWithLeftJournal, NextWriteIsKept)
+{
+    LeaveJournal();
+    EXPECT_TRUE(AddServer(*store, "after"_q));
+    EXPECT_FALSE(QFile::exists(StorePath() + "-journal"_q));
+    ReopenStore();
+    EXPECT_EQ(Column(*store, "SELECT alias FROM ServerConfiguration"_q),
+              (std::vector<QVariant>{"before"_q, "after"_q}));
+}
+
+TEST_P(StoreWithLeftJournal, StatementsFromBeforeAreRefusedAndNewOnesWork)
+{
+    {
+        auto const inserting = Prepared(*store, "INSERT INTO ServerConfiguration (alias) VALUES ('held')"_q);
+        auto const reading = Prepared(*store, "SELECT alias FROM ServerConfiguration"_q);
+        LeaveJournal();
+        EXPECT_FALSE(inserting->exec());
+        ExpectRefusal();
+        EXPECT_TRUE(AddServer(*store, "after"_q));
+        EXPECT_FALSE(inserting->exec());
+        ExpectRefusal();
+        EXPECT_FALSE(reading->exec());
+        ExpectRefusal();
+        EXPECT_TRUE(inserting->prepare("INSERT INTO ServerConfiguration (alias) VALUES ('anew')"_q));
+        EXPECT_TRUE(inserting->exec());
+    }
+    ReopenStore();
+    EXPECT_EQ(Column(*store, "SELECT alias FROM ServerConfiguration"_q),
+              (std::vector<QVariant>{"before"_q, "after"_q, "anew"_q}));
+}
+
+TEST_P(StoreWithLeftJournal, ListingThatIsBeingReadEndsWithAnError)
+{
+    ASSERT_TRUE(AddServer(*store, "second"_q));
+    {
+        auto const listing = Prepared(*store, "SELECT alias FROM ServerConfiguration"_q);
+        ASSERT_TRUE(listing->exec() && listing->next());
+        LeaveJournal();
+        EXPECT_FALSE(listing->next());
+        ExpectRefusal();
+        EXPECT_TRUE(AddServer(*store, "after"_q)) << "its lock has gone with it";
+    }
+    EXPECT_EQ(CountServers(*store), 3);
+}
+
+TEST_P(StoreWithLeftJournal, AnothersJournalSpoilsNoStatement)
+{
+    sync::database::OpenOptions options;
+    options.busyTimeoutMsec = 0;
+    store.reset();
+    OpenStore(options);
+    auto const inserting = Prepared(*store, "INSERT INTO ServerConfiguration (alias) VALUES ('held')"_q);
+    {
+        RawStore another(StorePath());
+        another.Run("BEGIN IMMEDIATE; INSERT INTO ServerConfiguration (alias) VALUES ('other')"_q);
+        ASSERT_TRUE(QFile::exists(StorePath() + "-journal"_q)) << "or the test shows nothing";
+        EXPECT_FALSE(inserting->exec());
+        store->ClearError();
+        another.Run("COMMIT"_q);
+    }
+    EXPECT_TRUE(inserting->exec());
+    EXPECT_EQ(CountServers(*store), 3);
+}
+
 TEST_P(StoreFaults, DamageAnywhereEndsInAnAnswer)
 {
     ASSERT_TRUE(Execute(*store,

@@ -423,12 +423,12 @@ std::vector<WritingOperation> const& WritingOperations()
         {"IFolderConfigManager::AddFolderAndParent",
          [](Managers& m, auto&) {
              FolderConfiguration const root = m.folders->GetFolderConfigurationById(RootId);
-             return m.folders->AddFolderAndParent(At("/sub/new/newer"), root).getId() != -1;
+             return m.folders->AddFolderAndParent(At("/sub/new"), root).getId() != -1;
          },
          Failing::PartsAndMore},
         {"IFolderConfigManager::Remove", [](Managers& m, auto&) { return m.folders->Remove(SubFolderId); }},
         {"IFolderConfigManager::RemoveFolderAndChildren",
-         [](Managers& m, auto&) { return m.folders->RemoveFolderAndChildren(RootId); },
+         [](Managers& m, auto&) { return m.folders->RemoveFolderAndChildren(SubFolderId); },
          Failing::Parts},
         {"IFolderConfigManager::CleanRootFolder",
          [](Managers& m, auto&) { return m.folders->CleanRootFolder(RootId); },
@@ -569,27 +569,27 @@ std::vector<WritingOperation> const& WritingOperations()
 
 namespace {
 
-/// For each table of a store a statement that gives a row's key and all its columns.
-QStringList const& RowStatements()
+/// Gives the key of each row in each table, and all its columns.
+QString const& RowStatement()
 {
-    static QStringList const statements = [] {
+    static QString const statement = [] {
         QTemporaryDir folder;
         QString const path = folder.filePath(QStringLiteral("store.db"));
         WriteFile(path, ScriptStore(JournalMode::Rollback));
         RawStore raw(path);
-        QStringList made;
+        QStringList statements;
         for (auto const& table : raw.Rows(QStringLiteral(
                  "SELECT name FROM sqlite_schema WHERE type = 'table' AND name NOT LIKE 'sqlite%' ORDER BY name"))) {
             QString const name = table.value(0).toString();
             QStringList columns;
             for (auto const& column : raw.Rows(QStringLiteral("SELECT name FROM pragma_table_info('%1')").arg(name)))
                 columns.append(QStringLiteral("quote(%1)").arg(column.value(0).toString()));
-            made.append(QStringLiteral("SELECT '%1 ' || id, %2 FROM %1")
-                            .arg(name, columns.join(QStringLiteral(" || ','  || "))));
+            statements.append(QStringLiteral("SELECT '%1 ' || id, %2 FROM %1")
+                                  .arg(name, columns.join(QStringLiteral(" || ',' || "))));
         }
-        return made;
+        return statements.join(QStringLiteral(" UNION ALL "));
     }();
-    return statements;
+    return statement;
 }
 
 } // namespace
@@ -597,12 +597,10 @@ QStringList const& RowStatements()
 StoreRows RowsOf(SqliteDatabaseFactory& store)
 {
     StoreRows rows;
-    for (QString const& statement : RowStatements()) {
-        auto const query = Prepared(store, statement);
-        EXPECT_TRUE(query->exec()) << query->lastError().toStdString();
-        while (query->next())
-            rows.insert(query->value(0).toString(), query->value(1).toString());
-    }
+    auto const query = Prepared(store, RowStatement());
+    EXPECT_TRUE(query->exec()) << query->lastError().toStdString();
+    while (query->next())
+        rows.insert(query->value(0).toString(), query->value(1).toString());
     return rows;
 }
 
@@ -611,10 +609,8 @@ StoreRows RowsOnDisk(QString const& path)
     RawStore raw(path);
     EXPECT_EQ(raw.Value(QStringLiteral("PRAGMA integrity_check")).toString(), QStringLiteral("ok"));
     StoreRows rows;
-    for (QString const& statement : RowStatements()) {
-        for (auto const& row : raw.Rows(statement))
-            rows.insert(row.value(0).toString(), row.value(1).toString());
-    }
+    for (auto const& row : raw.Rows(RowStatement()))
+        rows.insert(row.value(0).toString(), row.value(1).toString());
     return rows;
 }
 

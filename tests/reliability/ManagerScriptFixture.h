@@ -101,6 +101,8 @@ protected:
         bool answer = false;
         bool hasError = false;
         bool wasTold = false;
+
+        bool promised() const { return answer && !wasTold; }
     };
 
     /// Holds what is in the store against the answer of an operation.
@@ -110,11 +112,10 @@ protected:
                                            StoreRows const& after,
                                            StoreRows const& found)
     {
-        bool const promised = outcome.answer && !outcome.wasTold;
         if (!outcome.answer && !outcome.hasError)
             return testing::AssertionFailure() << "false without an error";
-        if (operation.failing == Failing::AllOrNothing || (promised && !outcome.hasError))
-            return Same(promised ? after : before, found, promised ? "promised" : "not done");
+        if (operation.failing == Failing::AllOrNothing || (outcome.promised() && !outcome.hasError))
+            return Same(outcome.promised() ? after : before, found, outcome.promised() ? "promised" : "not done");
 
         // What was done before the failure stays: each row is as before or as after.
         for (QString const& key : before.keys() + after.keys() + found.keys()) {
