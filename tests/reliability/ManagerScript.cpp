@@ -32,7 +32,7 @@ constexpr int SubFolderId = 2;
 constexpr int ListedFolderId = 3;
 constexpr int FirstFileId = 1;
 /// Enough that a listing of them goes over several pages.
-constexpr int ListedFiles = 24;
+constexpr int ListedFiles = 8;
 constexpr int NoSuchRoot = 99;
 
 /// A folder on disk, the same as long as the program runs: links to files are made only where there is a file.
@@ -212,7 +212,7 @@ void Fill(Managers& managers)
     for (int number = 0; number < ListedFiles; ++number) {
         QString const name = QString::number(number);
         FileConfiguration file = File(ListedFolderId, RootId, At("/sub/listed/") + name);
-        file.checkSum = QString(400, QLatin1Char('c'));
+        file.checkSum = QString(1500, QLatin1Char('c'));
         file.setSyncStatus(FileSyncStatusSyncing);
         addFile(file);
     }
@@ -292,7 +292,7 @@ std::vector<ReadingOperation> const& ReadingOperations()
          }},
 
         {"IFileConfigManager::GetFileConfigurationById",
-         [](Managers& m) { return Text(m.files.GetFileConfigurationById(ListedFiles)); }},
+         [](Managers& m) { return Text(m.files.GetFileConfigurationById(FirstFileId)); }},
         {"IFileConfigManager::GetFileConfigurationByServerId",
          [](Managers& m) {
              return Text(m.files.GetFileConfigurationByServerId(QStringLiteral("id of ") + At("/first")));

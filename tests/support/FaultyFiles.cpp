@@ -310,11 +310,11 @@ FaultyFiles::~FaultyFiles()
     sqlite3_vfs_unregister(&FaultyVfs());
 }
 
-void FaultyFiles::Fail(int n, int code, std::initializer_list<FileOperation> operations, bool forGood)
+void FaultyFiles::Fail(int n, int code, std::vector<FileOperation> const& operations, bool forGood)
 {
     Plan& plan = ThePlan();
     std::lock_guard<std::mutex> const lock(plan.mutex);
-    plan.operations = operations;
+    plan.operations = {operations.begin(), operations.end()};
     plan.failAt = n;
     plan.code = code;
     plan.forGood = forGood;

@@ -3,7 +3,7 @@
 #include <QtGlobal>
 
 #include <functional>
-#include <initializer_list>
+#include <vector>
 
 namespace tandry::test {
 
@@ -43,7 +43,7 @@ public:
 
     /// The nth of these operations from now on, counted from 1, gives the engine's error code, and with `forGood` every
     /// later one.
-    void Fail(int n, int code, std::initializer_list<FileOperation> operations, bool forGood = false);
+    void Fail(int n, int code, std::vector<FileOperation> const& operations, bool forGood = false);
     /// Has a function called when the planned failure is reached, before the operation answers; for one time. With
     /// SQLITE_OK as the code the operation is only watched.
     void WatchFailure(std::function<void()> watcher);
