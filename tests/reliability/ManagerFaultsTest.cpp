@@ -1,6 +1,5 @@
 #include "reliability/ManagerScriptFixture.h"
 #include "support/FaultyFiles.h"
-#include "support/Queries.h"
 
 #include <sqlite3.h>
 
@@ -53,21 +52,6 @@ protected:
     static std::string Name(char const* operation, Fault const& fault, int n)
     {
         return std::string(operation) + ", fault " + std::to_string(n) + ": " + fault.name;
-    }
-
-    /// Writes one row more to the store.
-    void Probe()
-    {
-        EXPECT_TRUE(AddServer(*store, QStringLiteral("a probe")));
-        EXPECT_FALSE(store->LastError()) << store->LastError()->text.toStdString();
-    }
-    static StoreRows WithoutProbe(StoreRows rows)
-    {
-        for (QString const& key : rows.keys()) {
-            if (rows[key].contains(QStringLiteral("'a probe'")))
-                rows.remove(key);
-        }
-        return rows;
     }
 };
 
@@ -130,6 +114,29 @@ TEST_P(ManagerFaults, NoWriteIsLostInSilenceByAnErrorOrAFullDisk)
 TEST_P(ManagerFaults, NoWriteIsLostInSilenceByALackOfMemory)
 {
     ExpectNoWriteLostInSilence({NoMemory(), NoMemoryForGood()});
+}
+
+TEST_P(ManagerFaults, FaultDuringTheCloseLosesNothing)
+{
+    FaultyFiles files;
+    bool hit = true;
+    for (int n = 1; hit; ++n) {
+        SCOPED_TRACE(Name("the close", IoError(), n));
+        PutStore();
+        OpenStore();
+        ASSERT_NE(store, nullptr) << refusal.toStdString();
+        {
+            Managers managers(store);
+            for (WritingOperation const& operation : Own(WritingOperations()))
+                EXPECT_TRUE(operation.run(managers, *store)) << operation.name;
+        }
+        StoreRows const written = RowsOf(*store);
+        Fail(files, n, IoError());
+        store.reset();
+        hit = files.Recover();
+        EXPECT_TRUE(Same(written, RowsOnDisk(StorePath()), "written"));
+        EXPECT_TRUE(hit || n > 1 || Mode() == JournalMode::Rollback) << "no fault was hit";
+    }
 }
 
 TEST_P(ManagerFaults, NoReadingTakesWhatItCouldNotReadForMissing)

@@ -526,6 +526,10 @@ std::vector<WritingOperation> const& WritingOperations()
          }},
         {"IServerConfigManager::Remove", [](Managers& m, auto&) { return m.servers.Remove(1); }},
 
+        {"IAuthenticationConfigManager::UpdatePassword",
+         [](Managers& m, auto&) {
+             return m.accounts.UpdatePassword(QStringLiteral("domain"), QStringLiteral("a"), QString()) == 1;
+         }},
         {"IAuthenticationConfigManager::Update",
          [](Managers& m, auto&) {
              AuthenticationConfiguration account = Account("changed", 2);
@@ -538,10 +542,6 @@ std::vector<WritingOperation> const& WritingOperations()
              return m.accounts.Add(account);
          }},
         {"IAuthenticationConfigManager::Remove", [](Managers& m, auto&) { return m.accounts.Remove(1); }},
-        {"IAuthenticationConfigManager::UpdatePassword",
-         [](Managers& m, auto&) {
-             return m.accounts.UpdatePassword(QStringLiteral("domain"), QStringLiteral("a"), QString()) == 1;
-         }},
 
         {"IProductConfigManager::Update",
          [](Managers& m, auto&) {

@@ -3,6 +3,7 @@
 #include "reliability/ManagerScript.h"
 #include "support/FolderContents.h"
 #include "support/QtPrinters.h"
+#include "support/Queries.h"
 #include "support/StoreFixture.h"
 #include "support/TemporarySettings.h"
 
@@ -139,6 +140,21 @@ protected:
                                                    << " instead of " << wanted.toStdString();
         }
         return testing::AssertionSuccess();
+    }
+
+    /// Writes one row more to the store.
+    void Probe()
+    {
+        EXPECT_TRUE(AddServer(*store, QStringLiteral("a probe")));
+        EXPECT_FALSE(store->LastError()) << store->LastError()->text.toStdString();
+    }
+    static StoreRows WithoutProbe(StoreRows rows)
+    {
+        for (QString const& key : rows.keys()) {
+            if (rows[key].contains(QStringLiteral("'a probe'")))
+                rows.remove(key);
+        }
+        return rows;
     }
 
     /// How many files this process has open.

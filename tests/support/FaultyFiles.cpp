@@ -9,6 +9,8 @@
 #include <set>
 #include <utility>
 
+#include <sys/stat.h>
+
 namespace tandry::test {
 
 namespace {
@@ -273,10 +275,14 @@ int Delete(sqlite3_vfs*, char const* name, int flushesFolder)
 {
     if (int const code = Ask(FileOperation::Delete); code != SQLITE_OK)
         return code;
+    struct stat status = {};
+    qint64 const size = ::stat(name, &status) == 0 ? status.st_size : 0;
     int const code = realVfs->xDelete(realVfs, name, 0);
-    if (code == SQLITE_OK)
-        Tell(&UnflushedWrites::Deleted, name, flushesFolder != 0);
-    return code;
+    if (code != SQLITE_OK)
+        return code;
+    TakeRoom(-size);
+    Tell(&UnflushedWrites::Deleted, name, flushesFolder != 0);
+    return SQLITE_OK;
 }
 
 sqlite3_vfs& FaultyVfs()
