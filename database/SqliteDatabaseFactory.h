@@ -59,9 +59,9 @@ public:
     /// is as it was. Refused are folders, files that are no store or another application's, damaged, emptied and newer
     /// ones, and places without rights. A new store is readable and writable by its owner only and appears whole.
     ///
-    /// A store of an older version is first brought up to date, wholly or not at all, and a copy of what it was stays
-    /// beside it, named after the file with ".version-" and that version behind. Where no copy can be made the store is
-    /// refused, and so it is in `OpenMode::ReadOnly`.
+    /// A store of an older version is first brought up to date, each version wholly or not at all, and a copy of what
+    /// it was stays beside it, named after the file with ".version-" and that version behind. Where no copy can be made
+    /// the store is refused, and so it is in `OpenMode::ReadOnly`.
     [[nodiscard]] static std::shared_ptr<SqliteDatabaseFactory>
     Open(QString const& path, QString* error = nullptr, OpenOptions const& options = {});
 

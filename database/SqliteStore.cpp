@@ -121,8 +121,8 @@ Failure SqliteStore::FindDamage(SqliteConnection& connection, QStringList& damag
 {
     if (Failure failure = connection.OpenBeside())
         return failure;
-    StoreSnapshot snapshot(_file);
-    if (Failure failure = snapshot.Open(isReadOnly(), _options.busyTimeoutMsec))
+    StoreSnapshot snapshot(_file, _options.busyTimeoutMsec);
+    if (Failure failure = snapshot.Open(isReadOnly()))
         return failure;
     return snapshot.FindDamage(damage);
 }

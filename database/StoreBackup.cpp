@@ -43,8 +43,8 @@ Failure LookThrough(StoreFile const& copy)
 {
     if (Failure failure = copy.CheckHeader())
         return failure;
-    StoreSnapshot snapshot(copy);
-    if (Failure failure = snapshot.Open(true, 0))
+    StoreSnapshot snapshot(copy, 0);
+    if (Failure failure = snapshot.Open(true))
         return failure;
     QStringList damage;
     if (Failure failure = snapshot.FindDamage(damage))
@@ -98,8 +98,8 @@ Failure StoreBackup::Write(StoreFile const& target) const
 
 Failure StoreBackup::Copy(StoreFile const& target, QByteArray const& name) const
 {
-    StoreSnapshot source(_source);
-    if (Failure failure = source.Open(_readOnly, _busyTimeoutMsec))
+    StoreSnapshot source(_source, _busyTimeoutMsec);
+    if (Failure failure = source.Open(_readOnly))
         return MakeError(target.path(), failure->code, QStringLiteral("no backup can be made: ") + failure->text);
 
     SqliteHandle copy;

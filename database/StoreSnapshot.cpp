@@ -6,11 +6,12 @@
 
 namespace sync::database {
 
-StoreSnapshot::StoreSnapshot(StoreFile file)
+StoreSnapshot::StoreSnapshot(StoreFile file, int busyTimeoutMsec)
     : _file(std::move(file))
+    , _queue(busyTimeoutMsec)
 {}
 
-Failure StoreSnapshot::Open(bool readOnly, int busyTimeoutMsec)
+Failure StoreSnapshot::Open(bool readOnly)
 {
     int code = SQLITE_OK;
     if (!readOnly)
@@ -18,7 +19,7 @@ Failure StoreSnapshot::Open(bool readOnly, int busyTimeoutMsec)
     else if (Failure failure = _file.OpenForReading(_handle, _stamp))
         return failure;
     if (code == SQLITE_OK) {
-        sqlite3_busy_timeout(_handle.get(), busyTimeoutMsec);
+        _queue.Attach(_handle.get());
         Distrust(_handle.get());
         code = Execute(_handle.get(), "PRAGMA mmap_size = 0; PRAGMA temp_store = MEMORY; PRAGMA cell_size_check = ON;");
     }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "database/Failure.h"
+#include "database/LockQueue.h"
 #include "database/SqliteHandle.h"
 #include "database/StoreFile.h"
 
@@ -14,10 +15,10 @@ namespace sync::database {
 class StoreSnapshot
 {
 public:
-    explicit StoreSnapshot(StoreFile file);
+    StoreSnapshot(StoreFile file, int busyTimeoutMsec);
 
-    /// Where the store must not be changed, and no file made beside it, `readOnly` keeps to that.
-    Failure Open(bool readOnly, int busyTimeoutMsec);
+    /// `readOnly` where the store must not be changed, and no file made beside it.
+    Failure Open(bool readOnly);
 
     sqlite3* handle() const { return _handle.get(); }
 
@@ -29,6 +30,7 @@ public:
 
 private:
     StoreFile const _file;
+    LockQueue _queue;
     SqliteHandle _handle;
     std::optional<FileStamp> _stamp; // of a file that is read as if nobody wrote it
 };

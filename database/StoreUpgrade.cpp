@@ -85,9 +85,8 @@ static_assert(std::size(Steps) == schema::Version, "each version but the current
 StoreUpgrade::StoreUpgrade(StoreFile file, int busyTimeoutMsec)
     : _file(std::move(file))
     , _busyTimeoutMsec(busyTimeoutMsec)
+    , _queue(busyTimeoutMsec)
 {}
-
-StoreUpgrade::~StoreUpgrade() = default;
 
 Failure StoreUpgrade::Run()
 {
@@ -123,7 +122,7 @@ Failure StoreUpgrade::Open()
         return Describe(code);
     // What a program left behind is worked off once the store has proved to be whole.
     sqlite3_db_config(_handle.get(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, hadLog ? 1 : 0, nullptr);
-    sqlite3_busy_timeout(_handle.get(), _busyTimeoutMsec);
+    _queue.Attach(_handle.get());
     Distrust(_handle.get());
     code = Execute(_handle.get(),
                    "PRAGMA mmap_size = 0; PRAGMA temp_store = MEMORY; PRAGMA cell_size_check = ON;"

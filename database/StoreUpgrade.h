@@ -1,6 +1,7 @@
 #pragma once
 
 #include "database/Failure.h"
+#include "database/LockQueue.h"
 #include "database/SqliteHandle.h"
 #include "database/StoreFile.h"
 
@@ -16,8 +17,6 @@ class StoreUpgrade
 {
 public:
     StoreUpgrade(StoreFile file, int busyTimeoutMsec);
-    ~StoreUpgrade();
-    Q_DISABLE_COPY_MOVE(StoreUpgrade)
 
     /// Nothing when the store then has the current version; or else it is as it was, or has got as far as a version
     /// between. A store of a newer version is refused, unchanged.
@@ -42,6 +41,7 @@ private:
 
     StoreFile const _file;
     int const _busyTimeoutMsec;
+    LockQueue _queue;
     SqliteHandle _handle;
     std::optional<Backup> _backup;
 };

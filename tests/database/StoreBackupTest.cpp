@@ -36,7 +36,7 @@ protected:
 
     QStringList Files() const { return FolderContents(folder.path()).keys(); }
 
-    /// A store with rows in a thousand of which each is a page long, beside the odd ones of a released store.
+    /// Servers with a thousand letters each.
     void AddRows(int count)
     {
         ASSERT_TRUE(Execute(*store,
