@@ -33,9 +33,11 @@ protected:
         static_cast<void>(ScriptStore(Mode()));                             // made ahead of any fault
     }
 
-    ~ManagerScriptFixture() override
+    ~ManagerScriptFixture() override { QLoggingCategory::setFilterRules(QString()); }
+
+    void TearDown() override
     {
-        QLoggingCategory::setFilterRules(QString());
+        store.reset();
         EXPECT_EQ(OpenFiles(), _openFiles) << "a file was left open";
     }
 
