@@ -16,6 +16,7 @@
 
 #include <atomic>
 #include <memory>
+#include <set>
 #include <thread>
 #include <vector>
 
@@ -108,23 +109,48 @@ TEST_F(StoreCreation, FilesBelongToTheirOwnerAloneWhateverTheMask)
 TEST_F(StoreCreation, FilesBelongToTheirOwnerFromTheirFirstByteOn)
 {
     mode_t const before = ::umask(0);
-    {
-        FaultyFiles files;
-        // At every write and flush that it takes to make a store, and to write to it for the first time.
-        for (int n = 1;; ++n) {
-            QTemporaryDir place;
-            files.Fail(n, SQLITE_IOERR, {FileOperation::Write, FileOperation::Sync});
-            files.WatchFailure([&] {
-                for (QString const& file : FolderContents(place.path()).keys())
-                    EXPECT_EQ(ModeOf(place.filePath(file)), 0600u) << file.toStdString();
-            });
-            if (auto const store = SqliteDatabaseFactory::Open(place.filePath(QStringLiteral("store.db"))))
-                static_cast<void>(AddServer(*store, QStringLiteral("a")));
-            if (!files.Recover())
-                break;
+    FaultyFiles files;
+    std::set<QString> seen;
+    for (JournalMode const journalMode : {JournalMode::WriteAheadLog, JournalMode::Rollback}) {
+        OpenOptions options;
+        options.journalMode = journalMode;
+        // At each operation on files that it takes to make a store, write to it, take back, close it and do so again;
+        // be it that the operation fails.
+        for (int const code : {SQLITE_OK, SQLITE_IOERR}) {
+            for (int n = 1;; ++n) {
+                QTemporaryDir place;
+                QString const path = place.filePath(QStringLiteral("store.db"));
+                files.Fail(n,
+                           code,
+                           {FileOperation::Open,
+                            FileOperation::Write,
+                            FileOperation::Truncate,
+                            FileOperation::Sync,
+                            FileOperation::Delete,
+                            FileOperation::MapMemory});
+                files.WatchFailure([&] {
+                    for (QString const& file : QDir(place.path()).entryList(QDir::Files | QDir::Hidden)) {
+                        EXPECT_EQ(ModeOf(place.filePath(file)), 0600u) << file.toStdString();
+                        seen.insert(file.mid(QStringLiteral("store.db").size()).left(4));
+                    }
+                });
+                for (int opening = 0; opening < 2; ++opening) {
+                    auto const store = SqliteDatabaseFactory::Open(path, nullptr, options);
+                    if (store == nullptr)
+                        continue;
+                    static_cast<void>(AddServer(*store, QStringLiteral("a")));
+                    static_cast<void>(store->CreateDatabase()->transaction());
+                    static_cast<void>(AddServer(*store, QStringLiteral("b")));
+                    static_cast<void>(store->CreateDatabase()->rollback());
+                }
+                if (!files.Recover())
+                    break;
+            }
         }
     }
     ::umask(before);
+    for (char const* suffix : {"", ".new", "-wal", "-shm", "-jou"})
+        EXPECT_EQ(seen.count(QString::fromUtf8(suffix)), 1u) << suffix << " was never looked at";
 }
 
 TEST_F(StoreCreation, FaultWhileAStoreIsMadeLeavesNothing)
