@@ -58,7 +58,8 @@ SqliteConnection::SqliteConnection(std::shared_ptr<SqliteStore> store)
 SqliteConnection::~SqliteConnection()
 {
     DropOutdated();
-    Disconnect(); // the engine rolls back a bracket that was left open
+    RewriteSecrets();
+    Disconnect();
 }
 
 Failure SqliteConnection::CheckUsable() const
@@ -247,11 +248,17 @@ int SqliteConnection::RunOwn(StatementHandle const& statement) noexcept
 /// Transactions are the connection's own matter: a statement that ended one would make true answers false. Nor may a
 /// statement bring in other files or change the settings.
 int SqliteConnection::Authorize(
-    void* connection, int action, char const*, char const* argument, char const*, char const*)
+    void* connection, int action, char const* name, char const* argument, char const*, char const*)
 {
-    if (static_cast<SqliteConnection*>(connection)->_runsOwnStatement)
+    auto& self = *static_cast<SqliteConnection*>(connection);
+    if (self._runsOwnStatement)
         return SQLITE_OK;
     switch (action) {
+    case SQLITE_DELETE:
+    case SQLITE_UPDATE:
+        if (qstrcmp(name, schema::SecretsTable) == 0)
+            self._store->removedSecrets() = true;
+        return SQLITE_OK;
     case SQLITE_TRANSACTION:
     case SQLITE_SAVEPOINT:
     case SQLITE_ATTACH:
@@ -451,6 +458,28 @@ void SqliteConnection::NoticeLeftJournal() noexcept
     int isAnothers = 0;
     if (file->pMethods->xCheckReservedLock(file, &isAnothers) != SQLITE_OK || isAnothers == 0)
         _isSpoilt = true;
+}
+
+/// After the last use of the connection: what was removed from the store is to be nowhere in its file. As long as the
+/// store is open this waits for nobody: the next connection to be closed tries again.
+void SqliteConnection::RewriteSecrets() noexcept
+{
+    if (_isSpoilt || _handle == nullptr || _store->isReadOnly() || CheckUnmoved())
+        return;
+    if (!_store->removedSecrets().exchange(false))
+        return;
+    _cache.reset();
+    Rollback(); // a bracket that was left open
+    if (!_store->isClosed())
+        sqlite3_busy_handler(_handle.get(), nullptr, nullptr);
+    _runsOwnStatement = true;
+    int const code = schema::RewriteSecrets(_handle.get());
+    _runsOwnStatement = false;
+    if (code == SQLITE_OK)
+        return;
+    _store->removedSecrets() = true;
+    qCWarning(StoreLog).noquote() << Describe(code)->text << "while removed secrets were being overwritten";
+    Rollback();
 }
 
 bool SqliteConnection::CommitScope() noexcept

@@ -111,6 +111,7 @@ private:
     void LoseTransaction(StoreError const& error, qint64 changesBefore);
     void Rollback() noexcept;
     void NoticeLeftJournal() noexcept;
+    void RewriteSecrets() noexcept;
     Failure Describe(int code, PreparedStatement const* statement = nullptr) const;
     Failure Refuse(int code, QString const& words, PreparedStatement const* statement = nullptr) const;
 

@@ -47,6 +47,9 @@ public:
     /// From here on every operation fails. Connections that nothing uses any more are closed.
     void Close();
 
+    /// Whether some connection may have removed secrets that are still to be overwritten.
+    std::atomic<bool>& removedSecrets() noexcept { return _removedSecrets; }
+
     /// Lets go of a connection whose thread ends; called on that thread.
     void Forget(SqliteConnection const* connection);
 
@@ -60,6 +63,7 @@ private:
     JournalMode _journalMode = JournalMode::WriteAheadLog;
     std::weak_ptr<SqliteDatabaseFactory> _factory;
     std::atomic<bool> _closed{false};
+    std::atomic<bool> _removedSecrets{false};
 
     std::mutex _mutex; // guards the list, not the connections
     std::vector<std::shared_ptr<SqliteConnection>> _connections;

@@ -292,4 +292,16 @@ Failure FindDamage(sqlite3* handle, QString const& path, QStringList& damage)
     return code == SQLITE_OK || IsDamage(code) ? Failure() : DescribeError(handle, code, path);
 }
 
+int RewriteSecrets(sqlite3* handle)
+{
+    // A table that is emptied at one go gives back its pages, and the engine overwrites those.
+    QString const statements = QStringLiteral("BEGIN IMMEDIATE;"
+                                              "CREATE TEMP TABLE Kept AS SELECT * FROM main.%1;"
+                                              "DELETE FROM main.%1;"
+                                              "INSERT INTO main.%1 SELECT * FROM temp.Kept ORDER BY id;"
+                                              "DROP TABLE temp.Kept;"
+                                              "COMMIT;");
+    return Execute(handle, statements.arg(QLatin1String(SecretsTable)).toUtf8().constData());
+}
+
 } // namespace sync::database::schema

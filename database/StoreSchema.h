@@ -54,4 +54,10 @@ QString OtherVersion(qint64 version);
 /// a store of this version what `Check` looks for and indices that are missing. Reads the whole file.
 [[nodiscard]] Failure FindDamage(sqlite3* handle, QString const& path, QStringList& damage);
 
+/// The table whose rows hold secrets.
+constexpr char const* SecretsTable = "ProductConfiguration";
+/// Writes the rows of that table anew, all or none: the engine overwrites what it removes, but where it has moved a row
+/// within its page or to another one, it may leave a copy of it in between. The engine's result code.
+[[nodiscard]] int RewriteSecrets(sqlite3* handle);
+
 } // namespace sync::database::schema

@@ -1,6 +1,8 @@
 #include "config/AuthenticationConfigManager.h"
 #include "config/ProductConfigManager.h"
 
+#include "interf/IQSqlDatabaseWrapper.h"
+#include "support/FolderContents.h"
 #include "support/QtPrinters.h"
 #include "support/StoreFixture.h"
 
@@ -46,7 +48,7 @@ private:
 
 QString const Marker = "Marker7f3a-pa55-WORD-\xc3\xa9"_q;
 
-class Secrets : public StoreFixture
+class Secrets : public EachJournalMode
 {
 protected:
     /// The files of the closed store in which a text stands, in any encoding that the engine could keep it in.
@@ -82,7 +84,9 @@ protected:
     CapturedLog log;
 };
 
-TEST_F(Secrets, PasswordReachesNeitherStoreNorLogThroughAnyOperation)
+TANDRY_IN_EACH_JOURNAL_MODE(Secrets);
+
+TEST_P(Secrets, PasswordReachesNeitherStoreNorLogThroughAnyOperation)
 {
     {
         AuthenticationConfigManager accounts(store);
@@ -110,7 +114,7 @@ TEST_F(Secrets, PasswordReachesNeitherStoreNorLogThroughAnyOperation)
     EXPECT_FALSE(CapturedLog::Text().contains(Marker));
 }
 
-TEST_F(Secrets, PasswordReachesNeitherErrorNorLogWhenTheStoreFails)
+TEST_P(Secrets, PasswordReachesNeitherErrorNorLogWhenTheStoreFails)
 {
     RawStore(StorePath()).Run("ALTER TABLE AuthenticationConfiguration RENAME TO Elsewhere"_q);
     {
@@ -129,7 +133,7 @@ TEST_F(Secrets, PasswordReachesNeitherErrorNorLogWhenTheStoreFails)
     EXPECT_EQ(FilesThatHold(Marker), QStringList());
 }
 
-TEST_F(Secrets, StoredPasswordIsOverwrittenByUpdatePasswordAndByUpdate)
+TEST_P(Secrets, StoredPasswordIsOverwrittenByUpdatePasswordAndByUpdate)
 {
     AuthenticationConfiguration account = AccountWithMarker();
     EXPECT_TRUE(AuthenticationConfigManager(store).Add(account));
@@ -146,7 +150,7 @@ TEST_F(Secrets, StoredPasswordIsOverwrittenByUpdatePasswordAndByUpdate)
     }
 }
 
-TEST_F(Secrets, ConsumerSecretIsGoneFromTheFilesAfterRemove)
+TEST_P(Secrets, ConsumerSecretIsGoneFromTheFilesAfterRemove)
 {
     ProductConfiguration product;
     product.setName("a name that stays"_q);
@@ -158,7 +162,7 @@ TEST_F(Secrets, ConsumerSecretIsGoneFromTheFilesAfterRemove)
     EXPECT_EQ(FilesThatHold(Marker), QStringList());
 }
 
-TEST_F(Secrets, ConsumerSecretIsGoneFromTheFilesAfterAddAndRemoveInOneOpening)
+TEST_P(Secrets, ConsumerSecretIsGoneFromTheFilesAfterAddAndRemoveInOneOpening)
 {
     ProductConfiguration product;
     product.setConsumerSecret(Marker);
@@ -167,7 +171,7 @@ TEST_F(Secrets, ConsumerSecretIsGoneFromTheFilesAfterAddAndRemoveInOneOpening)
     EXPECT_EQ(FilesThatHold(Marker), QStringList());
 }
 
-TEST_F(Secrets, ConsumerSecretIsGoneFromTheFilesAfterUpdate)
+TEST_P(Secrets, ConsumerSecretIsGoneFromTheFilesAfterUpdate)
 {
     ProductConfiguration product;
     product.setName("a name that stays"_q);
@@ -179,7 +183,7 @@ TEST_F(Secrets, ConsumerSecretIsGoneFromTheFilesAfterUpdate)
     EXPECT_FALSE(CapturedLog::Text().contains(Marker));
 }
 
-TEST_F(Secrets, LongConsumerSecretOnPagesOfItsOwnIsGoneFromTheFilesAfterRemove)
+TEST_P(Secrets, LongConsumerSecretOnPagesOfItsOwnIsGoneFromTheFilesAfterRemove)
 {
     ProductConfiguration product;
     product.setConsumerSecret(QString(20000, QLatin1Char('x')) + Marker);
@@ -188,6 +192,54 @@ TEST_F(Secrets, LongConsumerSecretOnPagesOfItsOwnIsGoneFromTheFilesAfterRemove)
     OpenStore();
     EXPECT_TRUE(ProductConfigManager(store).Remove(product.getId()));
     EXPECT_EQ(FilesThatHold(Marker), QStringList());
+}
+
+/// The engine moves rows within their pages and between them, and overwrites only what it removes.
+TEST_P(Secrets, ConsumerSecretsAreGoneFromTheFilesThoughTheirRowsWereMoved)
+{
+    unsigned random = 1; // always the same life
+    auto const below = [&](int limit) {
+        random = random * 1664525u + 1013904223u;
+        return static_cast<int>((random >> 8) % static_cast<unsigned>(limit));
+    };
+    auto const textUpTo = [&](int limit) { return QString(below(limit), QLatin1Char('x')); };
+    int left = 0;
+    for (int life = 0; life < 8; ++life) {
+        QVector<ProductConfiguration> kept;
+        QStringList gone;
+        {
+            ProductConfigManager products(store);
+            ASSERT_TRUE(store->CreateDatabase()->transaction()) << "or each write takes a flush";
+            for (int number = 0; number < 600; ++number) {
+                if (kept.isEmpty() || below(2) == 0) {
+                    ProductConfiguration product;
+                    product.setName(textUpTo(300));
+                    product.setConsumerSecret(QStringLiteral("%1 %2.%3;").arg(Marker).arg(life).arg(number) +
+                                              textUpTo(700));
+                    ASSERT_TRUE(products.Add(product));
+                    kept.append(product);
+                    continue;
+                }
+                int const chosen = below(kept.size());
+                ProductConfiguration product = kept.at(chosen);
+                gone.append(product.getConsumerSecret().section(QLatin1Char(';'), 0, 0) + QLatin1Char(';'));
+                if (below(5) < 2) {
+                    ASSERT_TRUE(products.Remove(product.getId()));
+                    kept.remove(chosen);
+                    continue;
+                }
+                product.setName(textUpTo(900));
+                ASSERT_TRUE(products.Update(product));
+            }
+            ASSERT_TRUE(store->CreateDatabase()->commit());
+        }
+        store.reset();
+        QByteArray const file = ReadFile(StorePath());
+        for (QString const& secret : gone)
+            left += file.contains(secret.toUtf8()) ? 1 : 0;
+        OpenStore();
+    }
+    EXPECT_EQ(left, 0);
 }
 
 } // namespace

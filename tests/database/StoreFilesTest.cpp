@@ -43,6 +43,24 @@ TEST_P(StoreFiles, RemovedAndOverwrittenSecretsAreFoundNowhereAfterACleanClose)
         EXPECT_FALSE(file.contains("short secret") || file.contains("long secret"));
 }
 
+TEST_P(StoreFiles, RowsBesideARemovedSecretStayAsTheyWereAndNoIdIsGivenTwice)
+{
+    ASSERT_TRUE(Execute(*store,
+                        "INSERT INTO ProductConfiguration (id, name, consumerKey, consumerSecret, serverId) VALUES "
+                        "(2, NULL, 'a' || char(10) || '\xc3\xa9', x'00ff', 3), (5, '', '7', 7.5, 'text'), "
+                        "(7, 'b', NULL, '007', 9), (9, 'last', 'k', 'secret', 1)"_q));
+    ASSERT_TRUE(Execute(*store, "DELETE FROM ProductConfiguration WHERE id = 9"_q));
+    QString const all =
+        "SELECT group_concat(id || ':' || quote(name) || quote(consumerKey) || quote(consumerSecret) || "
+        "quote(serverId) || quote(nameValueProperties), ';') FROM ProductConfiguration"_q;
+    QVariant const before = Single(*store, all);
+    ReopenStore();
+    EXPECT_EQ(Single(*store, all), before);
+    EXPECT_EQ(Single(*store, "PRAGMA integrity_check"_q), "ok"_q);
+    ASSERT_TRUE(Execute(*store, "INSERT INTO ProductConfiguration (name) VALUES ('new')"_q));
+    EXPECT_EQ(Single(*store, "SELECT max(id) FROM ProductConfiguration"_q), 10);
+}
+
 class StoreLogFile : public EachJournalMode
 {
 protected:
