@@ -5,7 +5,8 @@
 namespace sync::benchmarks {
 
 /// What the library sets on each of its connections, so that the others are as durable, as careful and as well supplied
-/// with memory as it is. The journal's mode stands in the file.
+/// with memory as it is. The journal's mode stands in the file, and what the library sets for the whole process holds
+/// for all of them anyway.
 inline QStringList ConnectionTerms()
 {
     return {QStringLiteral("PRAGMA cache_size = -8192"),
