@@ -13,6 +13,7 @@
 #include <initializer_list>
 #include <memory>
 #include <thread>
+#include <utility>
 
 namespace sync::benchmarks {
 
@@ -302,9 +303,12 @@ std::vector<Case> AccountCases()
             QStringLiteral("products: look-up by server and key"),
             rows,
             LookUps,
-            [=](int choice) { return SampleRecords::Product(any(choice)); },
-            [](Contestant& store, config::ProductConfiguration const& product) {
-                return Found(store.ProductByKey(product.getServerId(), product.getConsumerKey()).getId());
+            [=](int choice) {
+                int const number = any(choice);
+                return std::make_pair(1 + number, SampleRecords::Product(number).getConsumerKey());
+            },
+            [](Contestant& store, std::pair<int, QString> const& key) {
+                return Found(store.ProductByKey(key.first, key.second).getId());
             }),
     };
 }
