@@ -27,7 +27,7 @@ constexpr int TreeFolders = 20000;
 /// Enough that the end of the bracket, a flush of the disk, is a small part.
 int BracketedWrites(int rows)
 {
-    return std::clamp(2 * rows, 2000, 10000);
+    return std::clamp(2 * rows, 2000, 4000);
 }
 
 int Found(int id)

@@ -27,7 +27,7 @@ constexpr qint64 BytesWorthSparing = 256 << 20;
 struct Choice
 {
     QVector<int> sizes;
-    int repetitions = 7;
+    int repetitions = 5;
     Clock clock = Clock::Elapsed;
     QRegularExpression names;
     QString directory;
@@ -124,7 +124,7 @@ int main(int argc, char** argv)
     QCommandLineOption const repetitions(QStringLiteral("repetitions"),
                                          QStringLiteral("Repeat so often, 5 to 9 times."),
                                          QStringLiteral("NUMBER"),
-                                         QStringLiteral("7"));
+                                         QStringLiteral("5"));
     QCommandLineOption const processorTime(
         QStringLiteral("processor-time"),
         QStringLiteral("Compare processor time instead of elapsed time: on a busy machine. Leaves the disk out."));
