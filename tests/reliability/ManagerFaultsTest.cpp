@@ -26,9 +26,7 @@ protected:
     };
     static Fault IoError()
     {
-        return {"I/O error",
-                SQLITE_IOERR,
-                {Op::Read, Op::Open, Op::Write, Op::Truncate, Op::Sync, Op::Delete, Op::Lock, Op::MapMemory}};
+        return {"I/O error", SQLITE_IOERR, AllOperations};
     }
     static Fault FullDisk()
     {
