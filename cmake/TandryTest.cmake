@@ -1,5 +1,22 @@
 include(GoogleTest)
 
+# The test files of a list that hold cases with threads, and what goes with them: the thread sanitizer runs nothing else.
+function(tandry_with_threads result)
+  set(kept)
+  foreach(source IN LISTS ARGN)
+    file(STRINGS "${source}" cases REGEX "^TEST.*Thread")
+    if(cases)
+      list(APPEND kept "${source}")
+    endif()
+  endforeach()
+  if(kept)
+    set(helpers ${ARGN})
+    list(FILTER helpers EXCLUDE REGEX "Test\\.cpp$")
+    list(APPEND kept ${helpers})
+  endif()
+  set(${result} "${kept}" PARENT_SCOPE)
+endfunction()
+
 # tandry_test(<name> SOURCES <file>... [LIBRARIES <target>...] [LABELS <label>...] [TIMEOUT <seconds>])
 #
 # A test program whose cases CTest runs one by one, in any order. The time zone is one with summer time, so that a
@@ -11,6 +28,16 @@ function(tandry_test name)
     set(arg_TIMEOUT 120)
   endif()
 
+  foreach(source IN LISTS arg_SOURCES)
+    set_property(GLOBAL APPEND PROPERTY TANDRY_TEST_SOURCES "${CMAKE_CURRENT_SOURCE_DIR}/${source}")
+  endforeach()
+
+  if(TANDRY_SANITIZE STREQUAL "thread")
+    tandry_with_threads(arg_SOURCES ${arg_SOURCES})
+    if(NOT arg_SOURCES)
+      return()
+    endif()
+  endif()
   add_executable(${name} ${arg_SOURCES})
   target_link_libraries(${name} PRIVATE TandryTestSupport ${arg_LIBRARIES})
   # Optimising the cases themselves gains nothing but a longer build.
@@ -36,8 +63,4 @@ foreach(case IN LISTS discovered)
 endforeach()
 ]])
   set_property(DIRECTORY APPEND PROPERTY TEST_INCLUDE_FILES "${properties}")
-
-  foreach(source IN LISTS arg_SOURCES)
-    set_property(GLOBAL APPEND PROPERTY TANDRY_TEST_SOURCES "${CMAKE_CURRENT_SOURCE_DIR}/${source}")
-  endforeach()
 endfunction()

@@ -204,6 +204,7 @@ Failure SqliteConnection::Configure(bool firstOfStore)
     }
 
     sqlite3_set_authorizer(handle, &SqliteConnection::Authorize, this);
+    sqlite3_update_hook(handle, &SqliteConnection::NoticeChange, this);
     return {};
 }
 
@@ -248,17 +249,11 @@ int SqliteConnection::RunOwn(StatementHandle const& statement) noexcept
 /// Transactions are the connection's own matter: a statement that ended one would make true answers false. Nor may a
 /// statement bring in other files or change the settings.
 int SqliteConnection::Authorize(
-    void* connection, int action, char const* name, char const* argument, char const*, char const*)
+    void* connection, int action, char const*, char const* argument, char const*, char const*)
 {
-    auto& self = *static_cast<SqliteConnection*>(connection);
-    if (self._runsOwnStatement)
+    if (static_cast<SqliteConnection*>(connection)->_runsOwnStatement)
         return SQLITE_OK;
     switch (action) {
-    case SQLITE_DELETE:
-    case SQLITE_UPDATE:
-        if (qstrcmp(name, schema::SecretsTable) == 0)
-            self._store->removedSecrets() = true;
-        return SQLITE_OK;
     case SQLITE_TRANSACTION:
     case SQLITE_SAVEPOINT:
     case SQLITE_ATTACH:
@@ -269,6 +264,14 @@ int SqliteConnection::Authorize(
     default:
         return SQLITE_OK;
     }
+}
+
+/// Rows that go with all others of their table don't come here. They leave nothing behind.
+void SqliteConnection::NoticeChange(
+    void* connection, int action, char const*, char const* table, sqlite3_int64) noexcept
+{
+    if (action != SQLITE_INSERT && qstrcmp(table, schema::SecretsTable) == 0)
+        static_cast<SqliteConnection*>(connection)->_store->removedSecrets() = true;
 }
 
 /// A file that is read as if nobody wrote it is opened anew when somebody did.

@@ -119,6 +119,7 @@ private:
     int Commit() noexcept;
     int RunOwn(StatementHandle const& statement) noexcept;
     static int Authorize(void* connection, int action, char const*, char const* argument, char const*, char const*);
+    static void NoticeChange(void* connection, int action, char const*, char const* table, sqlite3_int64) noexcept;
 
     std::shared_ptr<SqliteStore> const _store;
     std::thread::id const _thread;

@@ -13,6 +13,8 @@
 #include <QLoggingCategory>
 #include <QTextCodec>
 
+#include <thread>
+
 namespace {
 
 using namespace tandry::test;
@@ -211,6 +213,11 @@ TEST_P(Secrets, ConsumerSecretsAreGoneFromTheFilesThoughTheirRowsWereMoved)
             ProductConfigManager products(store);
             ASSERT_TRUE(store->CreateDatabase()->transaction()) << "or each write takes a flush";
             for (int number = 0; number < 600; ++number) {
+                if (number == 300) { // another connection comes and goes
+                    ASSERT_TRUE(store->CreateDatabase()->commit());
+                    std::thread([&] { products.GetAll(); }).join();
+                    ASSERT_TRUE(store->CreateDatabase()->transaction());
+                }
                 if (kept.isEmpty() || below(2) == 0) {
                     ProductConfiguration product;
                     product.setName(textUpTo(300));
