@@ -48,8 +48,10 @@ struct Case
     /// The most that the managers may take, as a multiple of what it takes by hand; 0 where nothing is set.
     double limit = 0;
     bool changesStore = false;
-    /// Whether Qt SQL has something to do with it.
+    /// Whether Qt SQL has something to do with it, and the time for it.
     bool concernsSql = true;
+    /// Whether there is work left for more passes than were asked for.
+    bool goesOn = true;
 
     /// Once for each pass, not measured: makes the keys.
     std::function<void(int pass)> prepare = [](int) {};

@@ -23,6 +23,8 @@ constexpr int LookUps = 2000;
 /// Enough that the log is worked off more than once.
 constexpr int DurableWrites = 400;
 constexpr int TreeFolders = 20000;
+/// From here on what goes through all rows is measured without Qt SQL, which would take as long again.
+constexpr int ManyRows = 1'000'000;
 
 /// Enough that the end of the bracket, a flush of the disk, is a small part.
 int BracketedWrites(int rows)
@@ -102,6 +104,8 @@ Case RemovalOfRoot(QString const& workload, qint64 rows)
     Case removal = EachWrite(
         workload, rows, 1, [](int pass) { return 1 + pass; }, std::mem_fn(&Contestant::CleanRoot));
     removal.limit = 0;
+    removal.goesOn = false;
+    removal.concernsSql = rows < ManyRows;
     return removal;
 }
 
@@ -164,6 +168,7 @@ std::vector<Case> CasesOf(SampleRecords const& records)
             Require(size == count, "a listing is not whole");
             return size;
         }));
+    cases.back().concernsSql = rows < ManyRows;
     int const bracketed = BracketedWrites(rows);
     cases.push_back(InBracket(EachWrite(named("Update, in one bracket"), rows, bracketed, changed, update)));
     cases.push_back(EachWrite(named("Update, one by one durably"), rows, DurableWrites, changed, update));
@@ -345,6 +350,7 @@ Suite TreesSuite(int passes)
         [](int pass) { return 1 + pass; },
         std::mem_fn(&Contestant::RemoveFolderAndChildren)));
     tree.limit = 0;
+    tree.goesOn = false;
     return {SampleRecords(shape), {RemovalOfRoot(QStringLiteral("CleanRootFolder"), TreeFolders), tree}};
 }
 

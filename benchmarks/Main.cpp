@@ -122,7 +122,7 @@ int main(int argc, char** argv)
                                   QStringLiteral("NUMBER,..."),
                                   QStringLiteral("1000,10000,100000,1000000"));
     QCommandLineOption const repetitions(QStringLiteral("repetitions"),
-                                         QStringLiteral("Repeat so often, 5 to 9 times."),
+                                         QStringLiteral("Repeat so often at least, 5 to 9 times."),
                                          QStringLiteral("NUMBER"),
                                          QStringLiteral("5"));
     QCommandLineOption const processorTime(

@@ -30,7 +30,7 @@ QString Processor()
     return QSysInfo::currentCpuArchitecture();
 }
 
-std::optional<double> Median(Result const& result, Entrant entrant)
+std::optional<double> MedianOf(Result const& result, Entrant entrant)
 {
     auto const found = result.measurements.find(entrant);
     if (found == result.measurements.end())
@@ -38,14 +38,18 @@ std::optional<double> Median(Result const& result, Entrant entrant)
     return found->second.median();
 }
 
-/// How many times as long `one` took as `other`.
+/// How many times as long `one` took as `other`: in the middle one of the passes, in each of which both met the same
+/// machine.
 std::optional<double> Ratio(Result const& result, Entrant one, Entrant other)
 {
-    auto const numerator = Median(result, one);
-    auto const denominator = Median(result, other);
-    if (!numerator || !denominator)
+    auto const numerators = result.measurements.find(one);
+    auto const denominators = result.measurements.find(other);
+    if (numerators == result.measurements.end() || denominators == result.measurements.end())
         return std::nullopt;
-    return *numerator / *denominator;
+    std::vector<double> ratios;
+    for (std::size_t pass = 0; pass < numerators->second.microseconds.size(); ++pass)
+        ratios.push_back(numerators->second.microseconds[pass] / denominators->second.microseconds[pass]);
+    return Median(std::move(ratios));
 }
 
 /// What the managers take, compared with the same workload at 10,000 rows.
@@ -54,7 +58,7 @@ std::optional<double> Growth(Report const& report, Result const& result)
     constexpr int baseRows = 10000;
     for (Result const& base : report.results)
         if (base.workload == result.workload && base.rows == baseRows && result.rows > baseRows)
-            return *Median(result, Entrant::Managers) / *Median(base, Entrant::Managers);
+            return *MedianOf(result, Entrant::Managers) / *MedianOf(base, Entrant::Managers);
     return std::nullopt;
 }
 
@@ -156,8 +160,8 @@ QString ToText(Report const& report)
     for (Result const& result : report.results)
         lines.push_back({result.workload,
                          English.toString(result.rows),
-                         Readable(*Median(result, Entrant::Managers)),
-                         Readable(*Median(result, Entrant::ByHand)),
+                         Readable(*MedianOf(result, Entrant::Managers)),
+                         Readable(*MedianOf(result, Entrant::ByHand)),
                          Cell(Ratio(result, Entrant::Managers, Entrant::ByHand)),
                          Limit(result),
                          Cell(Ratio(result, Entrant::QtSqlPerCall, Entrant::Managers)),

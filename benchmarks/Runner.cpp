@@ -10,6 +10,10 @@ namespace sync::benchmarks {
 
 namespace {
 
+/// In which passes are added, in seconds of all entrants' work, and how many at most.
+constexpr double TimeToFill = 3;
+constexpr int MostPasses = 25;
+
 /// Takes what Google Benchmark measured, and prints nothing.
 class Stopwatch : public benchmark::BenchmarkReporter
 {
@@ -56,12 +60,16 @@ std::vector<std::unique_ptr<Participant>> ParticipantsOf(Case const& benchmark, 
 
 } // namespace
 
+double Median(std::vector<double> values)
+{
+    std::sort(values.begin(), values.end());
+    std::size_t const middle = values.size() / 2;
+    return values.size() % 2 == 1 ? values[middle] : (values[middle - 1] + values[middle]) / 2;
+}
+
 double Measurement::median() const
 {
-    std::vector<double> sorted = microseconds;
-    std::sort(sorted.begin(), sorted.end());
-    std::size_t const middle = sorted.size() / 2;
-    return sorted.size() % 2 == 1 ? sorted[middle] : (sorted[middle - 1] + sorted[middle]) / 2;
+    return Median(microseconds);
 }
 
 Result Run(Case const& benchmark, SampleStore& store, int repetitions, Clock clock)
@@ -78,7 +86,9 @@ Result Run(Case const& benchmark, SampleStore& store, int repetitions, Clock clo
     }
 
     Stopwatch stopwatch(clock);
-    for (int pass = 1; pass <= repetitions; ++pass) {
+    double filled = 0;
+    auto const takesMore = [&](int pass) { return benchmark.goesOn && filled < TimeToFill && pass <= MostPasses; };
+    for (int pass = 1; pass <= repetitions || takesMore(pass); ++pass) {
         benchmark.prepare(pass);
         for (auto const& participant : participants) {
             benchmark.reset(*participant);
@@ -86,6 +96,7 @@ Result Run(Case const& benchmark, SampleStore& store, int repetitions, Clock clo
                 stopwatch.Seconds(benchmark.name().toStdString(), [&] { benchmark.run(*participant); });
             result.measurements[participant->entrant].microseconds.push_back(seconds * 1e6 /
                                                                              double(benchmark.operations));
+            filled += seconds;
         }
         std::rotate(participants.begin(), participants.begin() + 1, participants.end());
     }

@@ -29,6 +29,9 @@ struct Measurement
     double median() const;
 };
 
+/// The middle one, or the mean of the two in the middle.
+double Median(std::vector<double> values);
+
 struct Result
 {
     QString workload;
@@ -39,7 +42,8 @@ struct Result
 };
 
 /// Runs a case on a sample store: after a first pass, which measures memory and warms everything up, so many passes in
-/// which the entrants take turns, each pass beginning with another one.
+/// which the entrants take turns, each pass beginning with another one. Short passes are repeated more often, since a
+/// moment's disturbance counts for more in them.
 Result Run(Case const& benchmark, SampleStore& store, int repetitions, Clock clock);
 
 } // namespace sync::benchmarks
