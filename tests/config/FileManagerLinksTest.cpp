@@ -35,9 +35,9 @@ class FileManagerLinks : public FileManagerFixture
 protected:
     FileManagerLinks()
         : base(directory.path())
-        , rootPath(base + "/root"_q)
+        , rootPath(base + "/tree"_q)
     {
-        MakeFile("root/docs/linking"_q);
+        MakeFile("tree/docs/linking"_q);
         RootIs(rootPath);
         ON_CALL(*folders, GetFolderConfigurationById(RootId)).WillByDefault([this](int) { return root; });
     }
@@ -91,7 +91,7 @@ class FileLinkDiscovery : public FileManagerLinks, public testing::WithParamInte
 
 TEST_P(FileLinkDiscovery, MakesARowOfTheClientsOwnFilesAndPutsItsIdIntoTheLink)
 {
-    MakeFile("root/new/folder/target"_q);
+    MakeFile("tree/new/folder/target"_q);
     QString const targetPath = rootPath + "/new/folder/target"_q;
     EXPECT_CALL(*folders, GetFolderConfigurationById(RootId)).Times(2);
     ExpectFolder(rootPath + "/new/folder"_q, 66);
@@ -156,7 +156,7 @@ INSTANTIATE_TEST_SUITE_P(TypesOfTheLinkingFile,
 
 TEST_F(FileManagerLinks, AnAbsoluteLinkIsFollowed)
 {
-    MakeFile("root/target"_q);
+    MakeFile("tree/target"_q);
     ExpectRoot();
     ExpectFolder(rootPath, RootId);
     FileConfiguration file = Linking({Link(rootPath + "/target"_q)});
@@ -167,7 +167,7 @@ TEST_F(FileManagerLinks, AnAbsoluteLinkIsFollowed)
 
 TEST_F(FileManagerLinks, UpdateFollowsLinksAsWellAndStoresTheirIds)
 {
-    MakeFile("root/target"_q);
+    MakeFile("tree/target"_q);
     ExpectRoot();
     ExpectFolder(rootPath, RootId);
     store->PlayInsertId(77);
@@ -178,7 +178,7 @@ TEST_F(FileManagerLinks, UpdateFollowsLinksAsWellAndStoresTheirIds)
 
 TEST_F(FileManagerLinks, ANewFileIsToldToTheShellEvenWhenTheLinkingOneIsNot)
 {
-    MakeFile("root/new/target"_q);
+    MakeFile("tree/new/target"_q);
     ExpectRoot();
     ExpectFolder(rootPath + "/new"_q, 66);
     FileConfiguration file = Linking({Link("../new/target"_q)});
@@ -188,8 +188,8 @@ TEST_F(FileManagerLinks, ANewFileIsToldToTheShellEvenWhenTheLinkingOneIsNot)
 
 TEST_F(FileManagerLinks, LinksAreFollowedInOrderAndOutsideAnyScope)
 {
-    MakeFile("root/a/one"_q);
-    MakeFile("root/b/two"_q);
+    MakeFile("tree/a/one"_q);
+    MakeFile("tree/b/two"_q);
     ExpectRoot();
     std::vector<QString> made;
     EXPECT_CALL(*folders, AddFolderAndParent(_, _))
@@ -209,7 +209,7 @@ TEST_F(FileManagerLinks, LinksAreFollowedInOrderAndOutsideAnyScope)
 
 TEST_F(FileManagerLinks, AStaleIdIsReplacedByTheFileAtThePath)
 {
-    MakeFile("root/target"_q);
+    MakeFile("tree/target"_q);
     ExpectRoot();
     ExpectFolder(rootPath, RootId);
     store->PlayInsertId(77);
@@ -225,7 +225,7 @@ TEST_F(FileManagerLinks, AStaleIdIsReplacedByTheFileAtThePath)
 
 TEST_F(FileManagerLinks, AFileThatHasARowGivesTheLinkItsIdAndItsServerId)
 {
-    MakeFile("root/target"_q);
+    MakeFile("tree/target"_q);
     ExpectRoot();
     store->PlayRows({}); // no duplicate of the linking file
     store->PlayRows({ToRow(DistinctFile())});
@@ -240,7 +240,7 @@ TEST_F(FileManagerLinks, AFileThatHasARowGivesTheLinkItsIdAndItsServerId)
 
 TEST_F(FileManagerLinks, AGoodIdTakesTheServerIdOfItsRowWhateverThePathLeadsTo)
 {
-    MakeFile("root/target"_q);
+    MakeFile("tree/target"_q);
     ExpectRoot();
     store->PlayRows({});
     store->PlayRows({ToRow(DistinctFile())});
@@ -266,10 +266,10 @@ class FileLinkOutside : public FileManagerLinks, public testing::WithParamInterf
 
 TEST_P(FileLinkOutside, LosesItsIdAndIsNotFollowed)
 {
-    MakeFile("root2/target"_q);
+    MakeFile("tree2/target"_q);
     MakeFile("ROOT/target"_q);
     MakeFile("elsewhere/target"_q);
-    MakeFile("root/target"_q);
+    MakeFile("tree/target"_q);
     QFile::link(rootPath + "/nothing"_q, rootPath + "/broken"_q);
     EXPECT_CALL(*folders, GetFolderConfigurationById(RootId)).Times(1);
 
@@ -285,16 +285,16 @@ INSTANTIATE_TEST_SUITE_P(Paths,
                          FileLinkOutside,
                          testing::Values(Outside{"AbsoluteElsewhere", "%1/elsewhere/target"},
                                          Outside{"RelativeElsewhere", "../../elsewhere/target"},
-                                         Outside{"OutThroughTheRoot", "%1/root/../elsewhere/target"},
+                                         Outside{"OutThroughTheRoot", "%1/tree/../elsewhere/target"},
                                          Outside{"MissingFile", "../missing"},
                                          Outside{"FileInAMissingFolder", "missing/target"},
                                          Outside{"BrokenSymbolicLink", "../broken"},
-                                         Outside{"TheRootItself", "%1/root"},
-                                         Outside{"TheRootItselfWithASlash", "%1/root/"},
+                                         Outside{"TheRootItself", "%1/tree"},
+                                         Outside{"TheRootItselfWithASlash", "%1/tree/"},
                                          Outside{"TheRootItselfRelative", ".."},
                                          Outside{"AboveTheRoot", "%1"},
-                                         Outside{"SiblingWithACommonPrefix", "%1/root2/target"},
-                                         Outside{"SiblingFolderWithACommonPrefix", "%1/root2"},
+                                         Outside{"SiblingWithACommonPrefix", "%1/tree2/target"},
+                                         Outside{"SiblingFolderWithACommonPrefix", "%1/tree2"},
                                          Outside{"RootInAnotherCase", "%1/ROOT/target"},
                                          Outside{"DriveRoot", "/"}),
                          [](auto const& test) { return test.param.name; });
@@ -326,7 +326,7 @@ class FileLinkRoot : public FileManagerLinks, public testing::WithParamInterface
 
 TEST_P(FileLinkRoot, HoldsTheLinkedFile)
 {
-    MakeFile("root/docs/target"_q);
+    MakeFile("tree/docs/target"_q);
     RootIs(QString::fromUtf8(GetParam().clientPath).replace("%1"_q, base));
     ExpectRoot();
     ExpectFolder(rootPath + "/docs"_q, 66);
@@ -341,10 +341,10 @@ TEST_P(FileLinkRoot, HoldsTheLinkedFile)
 
 INSTANTIATE_TEST_SUITE_P(Roots,
                          FileLinkRoot,
-                         testing::Values(RootCase{"Plain", "%1/root", "/server/docs/target"},
-                                         RootCase{"WithASlashAtItsEnd", "%1/root/", "%1/root/docs/target"},
-                                         RootCase{"Unclean", "%1//root", "%1/root/docs/target"},
-                                         RootCase{"Drive", "/", "%1/root/docs/target"}),
+                         testing::Values(RootCase{"Plain", "%1/tree", "/server/docs/target"},
+                                         RootCase{"WithASlashAtItsEnd", "%1/tree/", "%1/tree/docs/target"},
+                                         RootCase{"Unclean", "%1//tree", "%1/tree/docs/target"},
+                                         RootCase{"Drive", "/", "%1/tree/docs/target"}),
                          [](auto const& test) { return test.param.name; });
 
 TEST_F(FileManagerLinks, WithoutARootOnRecordAnyFileOnDiskIsInside)
@@ -372,7 +372,7 @@ TEST_F(FileManagerLinks, AFolderInsideTheRootCountsLikeAFile)
 
 TEST_F(FileManagerLinks, ALinkedFileThatCannotBeInsertedCostsTheLinkItsIdAndNothingElse)
 {
-    MakeFile("root/target"_q);
+    MakeFile("tree/target"_q);
     ExpectRoot();
     ExpectFolder(rootPath, RootId);
     store->FailExec(4);
@@ -387,7 +387,7 @@ TEST_F(FileManagerLinks, ALinkedFileThatCannotBeInsertedCostsTheLinkItsIdAndNoth
 
 TEST_F(FileManagerLinks, AFolderThatCannotBeMadeGivesTheNewRowWhateverIdCameBack)
 {
-    MakeFile("root/new/target"_q);
+    MakeFile("tree/new/target"_q);
     ExpectRoot();
     EXPECT_CALL(*folders, AddFolderAndParent(rootPath + "/new"_q, _)).WillOnce(Return(FolderConfiguration()));
     FileConfiguration file = Linking({Link("../new/target"_q)});
@@ -398,7 +398,7 @@ TEST_F(FileManagerLinks, AFolderThatCannotBeMadeGivesTheNewRowWhateverIdCameBack
 
 TEST_F(FileManagerLinks, AFailedInsertOfTheLinkingFileLeavesTheLinksResolved)
 {
-    MakeFile("root/target"_q);
+    MakeFile("tree/target"_q);
     ExpectRoot();
     ExpectFolder(rootPath, RootId);
     store->PlayInsertId(77);
@@ -413,7 +413,7 @@ TEST_F(FileManagerLinks, AFailedInsertOfTheLinkingFileLeavesTheLinksResolved)
 
 TEST_F(FileManagerLinks, LinksThatAreNotFollowedStayInTheListAndInTheStore)
 {
-    MakeFile("root/target"_q);
+    MakeFile("tree/target"_q);
     ExpectRoot();
     ExpectFolder(rootPath, RootId);
     FileConfiguration file = Linking({Link("../missing"_q, 9), Link(".."_q), Link("../target"_q)});
@@ -451,7 +451,7 @@ public:
 
 TEST_F(FileManagerLinks, FollowingGoesThroughOverridesOfTheLookUpAndOfAdd)
 {
-    MakeFile("root/target"_q);
+    MakeFile("tree/target"_q);
     ExpectRoot();
     ExpectFolder(rootPath, RootId);
     OverridingManager overriding(store, refresh, folders);

@@ -168,7 +168,7 @@ TEST_F(FileManagerRemoval, RefreshesTheFolderThatTheFileStoodInWhateverItsFlag)
     store->PlayRows({});
     store->PlayRows({ToRow(DistinctFile())});
     EXPECT_TRUE(manager.RemoveFileConfigurationAndLinkedConfigurations(101));
-    EXPECT_THAT(refresh->paths, ElementsAre("/root/folder"_q));
+    EXPECT_THAT(refresh->paths, ElementsAre("/tree/folder"_q));
 }
 
 TEST_F(FileManagerRemoval, OfAnUnknownIdAnswersTrueAndRefreshesTheFolderOfAnEmptyPath)

@@ -322,7 +322,7 @@ TEST_F(FileManagerWrites, AddOfAChangedStatusRefreshesTheFolderOfTheFileOnce)
 {
     FileConfiguration file = FileWithoutLinks();
     EXPECT_TRUE(manager.Add(file));
-    EXPECT_THAT(refresh->paths, ElementsAre("/root/folder"_q));
+    EXPECT_THAT(refresh->paths, ElementsAre("/tree/folder"_q));
     EXPECT_TRUE(file.getSyncStatusChanged());
 }
 
@@ -341,7 +341,7 @@ TEST_F(FileManagerWrites, UpdateRefreshesAgainForTheSameRecordUntilItIsReset)
     FileConfiguration file = FileWithoutLinks();
     EXPECT_TRUE(manager.Update(file));
     EXPECT_TRUE(manager.Update(file));
-    EXPECT_THAT(refresh->paths, ElementsAre("/root/folder"_q, "/root/folder"_q));
+    EXPECT_THAT(refresh->paths, ElementsAre("/tree/folder"_q, "/tree/folder"_q));
     file.resetSyncStatusChanged();
     EXPECT_TRUE(manager.Update(file));
     EXPECT_THAT(refresh->paths, SizeIs(2));

@@ -80,7 +80,7 @@ TEST_P(FileStoreTable, KeepsEachMemberInTheColumnOfItsName)
     EXPECT_EQ(column("id"), 1);
     EXPECT_EQ(column("folderConfigurationId"), 102);
     EXPECT_EQ(column("name"), "name"_q);
-    EXPECT_EQ(column("clientPath"), "/root/folder/client path"_q);
+    EXPECT_EQ(column("clientPath"), "/tree/folder/client path"_q);
     EXPECT_EQ(column("serverPath"), "/server path"_q);
     EXPECT_EQ(column("checkSum"), "check sum"_q);
     EXPECT_EQ(column("createdDateTime"), file.createdDateTime.toMSecsSinceEpoch());

@@ -92,7 +92,7 @@ TEST(FolderConfiguration, EachSetterReachesItsOwnGetter)
     EXPECT_EQ(folder.getName(), "name"_q);
     EXPECT_EQ(folder.getRemoteShortKey(), "short key"_q);
     EXPECT_EQ(folder.getRemoteLongKey(), "long key"_q);
-    EXPECT_EQ(folder.getClientPath(), "/root/client path"_q);
+    EXPECT_EQ(folder.getClientPath(), "/tree/client path"_q);
     EXPECT_EQ(folder.getServerPath(), "/server path"_q);
     EXPECT_EQ(folder.getParentId(), 105);
     EXPECT_EQ(folder.getLastOperationTime(), QDateTime(QDate(2024, 1, 2), QTime(3, 4, 5, 678), Qt::UTC));

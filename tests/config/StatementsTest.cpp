@@ -86,7 +86,7 @@ protected:
         FolderConfigManager folders(_store, nullptr);
         FolderConfiguration root;
         root.setParentId(0);
-        QString path = "/root"_q;
+        QString path = "/tree"_q;
         folders.GetFolderConfigurationById(1);
         folders.GetFolderConfigurationByServerId(QString());
         folders.GetFolderConfigurationByClientPath(path);
@@ -116,7 +116,7 @@ protected:
     {
         FileConfigManager files(_store, nullptr, std::make_shared<FolderConfigManager>(_store, nullptr));
         FileConfiguration file;
-        file.clientPath = "/root/file"_q;
+        file.clientPath = "/tree/file"_q;
         files.GetFileConfigurationById(1);
         files.GetFileConfigurationByServerId(QString());
         files.GetBaseFileConfigurationById(1);

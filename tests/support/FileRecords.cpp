@@ -48,7 +48,7 @@ FileConfiguration DistinctFile(FileConfigurationType fileType)
     file.folderConfigurationId = 102;
     file.productConfigurationId = 103;
     file.name = QStringLiteral("name");
-    file.clientPath = QStringLiteral("/root/folder/client path");
+    file.clientPath = QStringLiteral("/tree/folder/client path");
     file.serverPath = QStringLiteral("/server path");
     file.checkSum = QStringLiteral("check sum");
     file.checkSumMD5 = QStringLiteral("check sum MD5");

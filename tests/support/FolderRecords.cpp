@@ -37,7 +37,7 @@ FolderConfiguration DistinctFolder()
     folder.setName("name"_q);
     folder.setRemoteShortKey("short key"_q);
     folder.setRemoteLongKey("long key"_q);
-    folder.setClientPath("/root/client path"_q);
+    folder.setClientPath("/tree/client path"_q);
     folder.setServerPath("/server path"_q);
     folder.setParentId(105);
     folder.setLastOperationTime(QDateTime(QDate(2024, 1, 2), QTime(3, 4, 5, 678), Qt::UTC));
