@@ -28,6 +28,18 @@ protected:
 
     /// How many rows another connection sees, which are those that are durable.
     qlonglong Durable() const { return RawStore(StorePath()).Count(QStringLiteral("ServerConfiguration")); }
+
+    /// A second row can be written after the disk was full, and stays.
+    void ExpectRoomFor(QString const& alias)
+    {
+        {
+            TransactionalScope const scope;
+            EXPECT_TRUE(AddServer(*store, alias)) << "there is room again";
+        }
+        ReopenStore();
+        EXPECT_EQ(CountServers(*store), 2);
+        store.reset();
+    }
 };
 
 TANDRY_IN_EACH_JOURNAL_MODE(SqliteScope);
@@ -394,13 +406,7 @@ TEST_P(SqliteScopeWithLog, FullDiskShowsAtExecAndNotAtTheEnd)
     }
     EXPECT_EQ(lost, 0) << "nobody was told of a success";
     EXPECT_EQ(CountServers(*store), 1);
-    {
-        TransactionalScope const scope;
-        EXPECT_TRUE(AddServer(*store, large)) << "there is room again";
-    }
-    ReopenStore();
-    EXPECT_EQ(CountServers(*store), 2);
-    store.reset();
+    ExpectRoomFor(large);
 }
 
 TEST_P(SqliteScopeWithLog, FullDiskThatTakesEarlierWritesWithItIsTold)
@@ -499,13 +505,7 @@ TEST_P(SqliteScopeWithJournal, FullDiskThatShowsAtTheEndIsTold)
     EXPECT_EQ(store->LastError()->code & 0xff, SQLITE_FULL);
     store->ClearError();
     EXPECT_EQ(CountServers(*store), 1);
-    {
-        TransactionalScope const scope;
-        EXPECT_TRUE(AddServer(*store, large)) << "there is room again";
-    }
-    ReopenStore();
-    EXPECT_EQ(CountServers(*store), 2);
-    store.reset();
+    ExpectRoomFor(large);
 }
 
 TEST_P(SqliteScopeWithJournal, ReaderThatKeepsAWriteFromItsCommitIsTold)

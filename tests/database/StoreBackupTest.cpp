@@ -357,16 +357,7 @@ TEST_P(StoreBackup, OperationThatFailsAnywhereLeavesNothingOrTheWholeCopy)
         SCOPED_TRACE(step);
         FaultyFiles files;
         OpenStore();
-        files.Fail(step,
-                   SQLITE_IOERR,
-                   {FileOperation::Open,
-                    FileOperation::Read,
-                    FileOperation::Write,
-                    FileOperation::Truncate,
-                    FileOperation::Sync,
-                    FileOperation::Delete,
-                    FileOperation::Lock,
-                    FileOperation::MapMemory});
+        files.Fail(step, SQLITE_IOERR, AllOperations);
         QString error;
         bool const done = store->Backup(Target(), &error);
         hit = files.Recover();

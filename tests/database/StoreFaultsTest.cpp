@@ -97,17 +97,7 @@ TEST_P(StoreFaults, NoFaultLosesWhatWasAnsweredWithTrueInSilence)
                 store.get(),
                 [&] { told = true; },
                 Qt::DirectConnection);
-            // Reading needs neither room nor memory of the system.
-            files.Fail(n,
-                       code,
-                       {code == SQLITE_IOERR ? FileOperation::Read : FileOperation::Open,
-                        FileOperation::Open,
-                        FileOperation::Write,
-                        FileOperation::Truncate,
-                        FileOperation::Sync,
-                        FileOperation::Delete,
-                        FileOperation::Lock,
-                        FileOperation::MapMemory});
+            files.Fail(n, code, code == SQLITE_IOERR ? AllOperations : AllButReading);
             Work();
             bool const hit = files.Recover();
 

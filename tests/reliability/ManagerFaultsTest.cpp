@@ -24,20 +24,12 @@ protected:
         std::vector<FileOperation> operations;
         bool staysForGood = false;
     };
-    static Fault IoError()
-    {
-        return {"I/O error", SQLITE_IOERR, AllOperations};
-    }
+    static Fault IoError() { return {"I/O error", SQLITE_IOERR, AllOperations}; }
     static Fault FullDisk()
     {
         return {"full disk", SQLITE_FULL, {Op::Open, Op::Write, Op::Truncate, Op::Sync, Op::MapMemory}};
     }
-    static Fault NoMemory()
-    {
-        return {"no memory",
-                SQLITE_NOMEM,
-                {Op::Open, Op::Write, Op::Truncate, Op::Sync, Op::Delete, Op::Lock, Op::MapMemory}};
-    }
+    static Fault NoMemory() { return {"no memory", SQLITE_NOMEM, AllButReading}; }
     static Fault NoMemoryForGood() { return {"no memory from there on", SQLITE_NOMEM, NoMemory().operations, true}; }
 
     void ExpectNoWriteLostInSilence(std::vector<Fault> const& faults);

@@ -25,14 +25,6 @@ using sync::database::SqliteDatabaseFactory;
 
 std::initializer_list<FileOperation> const Changes = {
     FileOperation::Open, FileOperation::Write, FileOperation::Truncate, FileOperation::Sync, FileOperation::Delete};
-std::initializer_list<FileOperation> const All = {FileOperation::Open,
-                                                  FileOperation::Read,
-                                                  FileOperation::Write,
-                                                  FileOperation::Truncate,
-                                                  FileOperation::Sync,
-                                                  FileOperation::Delete,
-                                                  FileOperation::Lock,
-                                                  FileOperation::MapMemory};
 
 /// The upgrade of an older store is broken off at each of its places in turn.
 class UpgradeFaults : public testing::TestWithParam<ReleasedStore>
@@ -170,7 +162,7 @@ TEST_P(UpgradeFaults, ProcessKilledAtAnyOperationLeavesTheOldStoreOrTheNewOne)
 
 TEST_P(UpgradeFaults, OperationThatFailsOnceLosesNothing)
 {
-    FailEach(SQLITE_IOERR, All, false);
+    FailEach(SQLITE_IOERR, AllOperations, false);
 }
 
 TEST_P(UpgradeFaults, OperationsThatFailForGoodLoseNothing)

@@ -30,6 +30,14 @@ inline constexpr std::initializer_list<FileOperation> AllOperations{FileOperatio
                                                                     FileOperation::Delete,
                                                                     FileOperation::Lock,
                                                                     FileOperation::MapMemory};
+/// Reading needs neither room nor memory of the system.
+inline constexpr std::initializer_list<FileOperation> AllButReading{FileOperation::Open,
+                                                                    FileOperation::Write,
+                                                                    FileOperation::Truncate,
+                                                                    FileOperation::Sync,
+                                                                    FileOperation::Delete,
+                                                                    FileOperation::Lock,
+                                                                    FileOperation::MapMemory};
 
 /// While it lives, the engine reaches its files through it, and operations fail as planned. One at a time; connections
 /// that were opened meanwhile must be closed before it goes. Any thread may call any operation.
