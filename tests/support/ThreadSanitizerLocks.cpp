@@ -2,6 +2,7 @@
 // at all. These stand before the library's operations in every test program of that build, call them and tell the
 // sanitizer.
 
+#include <QLoggingCategory>
 #include <QMutex>
 #include <QTextCodec>
 #include <QtGlobal>
@@ -26,6 +27,9 @@ Function* Library(char const* symbol)
 {
     return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, symbol));
 }
+
+/// What lines of the log look like is worked out for the first of them, which is this one, ahead of all threads.
+[[maybe_unused]] QString const firstLine = qFormatLogMessage(QtDebugMsg, QMessageLogContext(), QString());
 
 } // namespace
 
