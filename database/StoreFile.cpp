@@ -86,16 +86,14 @@ bool operator==(FileStamp const& left, FileStamp const& right)
 }
 
 StoreFile::StoreFile(QString const& path)
-    : _path(QFileInfo(path).absoluteFilePath())
-    , _name(QFile::encodeName(_path))
-    , _logName(_name + "-wal")
-    , _journalName(_name + "-journal")
+    : StoreFile(QFileInfo(path).absoluteFilePath(), QFile::encodeName(QFileInfo(path).absoluteFilePath()))
 {}
 
 StoreFile::StoreFile(QString const& path, QByteArray const& name)
     : _path(path)
     , _name(name)
     , _logName(_name + "-wal")
+    , _journalName(_name + "-journal")
 {}
 
 StoreFile StoreFile::Under(QByteArray const& name) const
