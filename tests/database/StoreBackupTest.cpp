@@ -36,6 +36,17 @@ protected:
 
     QStringList Files() const { return FolderContents(folder.path()).keys(); }
 
+    /// The file's bytes, which nothing may change from here on.
+    QByteArray ReopenForReading()
+    {
+        store.reset();
+        QByteArray const contents = ReadFile(StorePath());
+        OpenOptions options;
+        options.mode = OpenMode::ReadOnly;
+        OpenStore(options);
+        return contents;
+    }
+
     /// Servers with a thousand letters each.
     void AddRows(int count)
     {
@@ -186,11 +197,7 @@ TEST_P(StoreBackup, FolderWithoutRightsIsRefused)
 TEST_P(StoreBackup, WorksOnAStoreThatIsOpenForReadingOnly)
 {
     AddRows(10);
-    store.reset();
-    QByteArray const before = ReadFile(StorePath());
-    OpenOptions options;
-    options.mode = OpenMode::ReadOnly;
-    OpenStore(options);
+    QByteArray const before = ReopenForReading();
     ASSERT_TRUE(store->Backup(Target()));
     EXPECT_EQ(Files(), (QStringList{"copy.db"_q, "store.db"_q}));
     EXPECT_EQ(ReadFile(StorePath()), before);
@@ -417,11 +424,7 @@ TEST_P(StoreDamage, IndexThatDisagreesWithItsTableIsNamed)
 TEST_P(StoreDamage, StoreThatIsOpenForReadingIsLookedThroughUnchanged)
 {
     AddRows(10);
-    store.reset();
-    QByteArray const before = ReadFile(StorePath());
-    OpenOptions options;
-    options.mode = OpenMode::ReadOnly;
-    OpenStore(options);
+    QByteArray const before = ReopenForReading();
     EXPECT_EQ(store->FindDamage(), QStringList());
     EXPECT_EQ(ReadFile(StorePath()), before);
     EXPECT_EQ(Files(), QStringList{"store.db"_q});
