@@ -1,9 +1,9 @@
 #include "database/SqliteConnection.h"
 
 #include "database/SqliteStore.h"
-#include "database/StoreLog.h"
-#include "database/StoreSchema.h"
 #include "database/TransactionalScope.h"
+#include "database/file/StoreLog.h"
+#include "database/file/StoreSchema.h"
 
 #include <utility>
 

@@ -1,12 +1,12 @@
 #pragma once
 
-#include "database/Failure.h"
-#include "database/LockQueue.h"
+#include "database/OpenOptions.h"
 #include "database/ScopeParticipant.h"
-#include "database/SqliteDatabaseFactory.h"
-#include "database/SqliteHandle.h"
-#include "database/StatementCache.h"
-#include "database/StoreFile.h"
+#include "database/file/StoreFile.h"
+#include "database/sqlite/Failure.h"
+#include "database/sqlite/LockQueue.h"
+#include "database/sqlite/SqliteHandle.h"
+#include "database/sqlite/StatementCache.h"
 
 #include <memory>
 #include <optional>

@@ -4,7 +4,7 @@
 #include "database/SqliteDatabase.h"
 #include "database/SqliteQuery.h"
 #include "database/SqliteStore.h"
-#include "database/StoreLog.h"
+#include "database/file/StoreLog.h"
 
 #include <utility>
 

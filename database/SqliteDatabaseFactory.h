@@ -1,5 +1,6 @@
 #pragma once
 
+#include "database/OpenOptions.h"
 #include "database/StoreError.h"
 #include "database/TandryDatabaseExport.h"
 #include "interf/IDatabaseFactory.h"
@@ -13,35 +14,6 @@
 namespace sync::database {
 
 class SqliteStore;
-
-/// What `SqliteDatabaseFactory::Open` does about a file that is there, or isn't.
-enum class OpenMode
-{
-    /// Opens the store, or makes a new one where there is no file.
-    OpenOrCreate,
-    /// Opens the store; a missing file is an error.
-    OpenExisting,
-    /// Opens the store for reading: changes no byte and makes no file. Writing statements fail.
-    ReadOnly,
-};
-
-/// How a store keeps what a transaction needs until it is durable. Both promise the same.
-enum class JournalMode
-{
-    /// A log beside the file: readers and a writer don't block each other, and a durable write costs one flush.
-    WriteAheadLog,
-    /// A journal that is deleted at each commit, for places where a log in shared memory doesn't work.
-    Rollback,
-};
-
-struct OpenOptions
-{
-    OpenMode mode = OpenMode::OpenOrCreate;
-    /// How long a statement waits for another thread's or program's lock before it fails, in milliseconds.
-    int busyTimeoutMsec = 5000;
-    /// For a store that is made; one that exists keeps what it has. A place that refuses a log gets a journal.
-    JournalMode journalMode = JournalMode::WriteAheadLog;
-};
 
 /// A store in one SQLite file.
 ///

@@ -1,11 +1,12 @@
 #include "database/SqliteStore.h"
 
 #include "database/SqliteConnection.h"
-#include "database/StoreBackup.h"
-#include "database/StoreLog.h"
-#include "database/StoreSnapshot.h"
-#include "database/StoreUpgrade.h"
+#include "database/SqliteDatabaseFactory.h"
 #include "database/TransactionalScope.h"
+#include "database/file/StoreBackup.h"
+#include "database/file/StoreLog.h"
+#include "database/file/StoreSnapshot.h"
+#include "database/file/StoreUpgrade.h"
 
 #include <algorithm>
 #include <utility>

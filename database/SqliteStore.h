@@ -1,8 +1,8 @@
 #pragma once
 
-#include "database/Failure.h"
-#include "database/SqliteDatabaseFactory.h"
-#include "database/StoreFile.h"
+#include "database/OpenOptions.h"
+#include "database/file/StoreFile.h"
+#include "database/sqlite/Failure.h"
 
 #include <QStringList>
 
@@ -15,6 +15,7 @@
 namespace sync::database {
 
 class SqliteConnection;
+class SqliteDatabaseFactory;
 
 /// What the connections of a factory have in common, and the list of them.
 class SqliteStore : public std::enable_shared_from_this<SqliteStore>

@@ -1,4 +1,4 @@
-#include "database/LockQueue.h"
+#include "database/sqlite/LockQueue.h"
 
 #include "support/FaultyFiles.h"
 

@@ -1,6 +1,6 @@
-#include "database/StoreSnapshot.h"
+#include "database/file/StoreSnapshot.h"
 
-#include "database/StoreSchema.h"
+#include "database/file/StoreSchema.h"
 
 #include <utility>
 

@@ -1,4 +1,4 @@
-#include "database/SqliteHandle.h"
+#include "database/sqlite/SqliteHandle.h"
 
 namespace sync::database {
 

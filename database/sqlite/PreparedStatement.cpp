@@ -1,4 +1,4 @@
-#include "database/PreparedStatement.h"
+#include "database/sqlite/PreparedStatement.h"
 
 #include <QDateTime>
 #include <QMetaType>

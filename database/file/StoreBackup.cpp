@@ -1,8 +1,8 @@
-#include "database/StoreBackup.h"
+#include "database/file/StoreBackup.h"
 
-#include "database/NewFile.h"
-#include "database/SqliteHandle.h"
-#include "database/StoreSnapshot.h"
+#include "database/file/NewFile.h"
+#include "database/file/StoreSnapshot.h"
+#include "database/sqlite/SqliteHandle.h"
 
 #include <QByteArray>
 #include <QFileInfo>

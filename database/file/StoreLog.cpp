@@ -1,4 +1,4 @@
-#include "database/StoreLog.h"
+#include "database/file/StoreLog.h"
 
 namespace sync::database {
 

@@ -1,4 +1,4 @@
-#include "database/Failure.h"
+#include "database/sqlite/Failure.h"
 
 #include <sqlite3.h>
 

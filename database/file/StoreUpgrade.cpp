@@ -1,8 +1,8 @@
-#include "database/StoreUpgrade.h"
+#include "database/file/StoreUpgrade.h"
 
-#include "database/StoreBackup.h"
-#include "database/StoreLog.h"
-#include "database/StoreSchema.h"
+#include "database/file/StoreBackup.h"
+#include "database/file/StoreLog.h"
+#include "database/file/StoreSchema.h"
 
 #include <iterator>
 #include <utility>

@@ -1,4 +1,4 @@
-#include "database/StatementCache.h"
+#include "database/sqlite/StatementCache.h"
 
 #include <algorithm>
 #include <utility>

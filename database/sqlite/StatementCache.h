@@ -1,6 +1,6 @@
 #pragma once
 
-#include "database/PreparedStatement.h"
+#include "database/sqlite/PreparedStatement.h"
 
 #include <QString>
 

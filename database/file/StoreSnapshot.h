@@ -1,9 +1,9 @@
 #pragma once
 
-#include "database/Failure.h"
-#include "database/LockQueue.h"
-#include "database/SqliteHandle.h"
-#include "database/StoreFile.h"
+#include "database/file/StoreFile.h"
+#include "database/sqlite/Failure.h"
+#include "database/sqlite/LockQueue.h"
+#include "database/sqlite/SqliteHandle.h"
 
 #include <QStringList>
 

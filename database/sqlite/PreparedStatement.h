@@ -1,6 +1,6 @@
 #pragma once
 
-#include "database/SqliteHandle.h"
+#include "database/sqlite/SqliteHandle.h"
 
 #include <QByteArray>
 #include <QString>

@@ -1,8 +1,7 @@
-#include "database/StoreFile.h"
+#include "database/file/StoreFile.h"
 
-#include "database/NewFile.h"
-#include "database/SqliteDatabaseFactory.h"
-#include "database/StoreSchema.h"
+#include "database/file/NewFile.h"
+#include "database/file/StoreSchema.h"
 
 #include <QFile>
 #include <QFileInfo>

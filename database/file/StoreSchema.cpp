@@ -1,6 +1,6 @@
-#include "database/StoreSchema.h"
+#include "database/file/StoreSchema.h"
 
-#include "database/SqliteHandle.h"
+#include "database/sqlite/SqliteHandle.h"
 
 #include <initializer_list>
 #include <iterator>

@@ -1,7 +1,8 @@
 #pragma once
 
-#include "database/Failure.h"
-#include "database/SqliteHandle.h"
+#include "database/OpenOptions.h"
+#include "database/sqlite/Failure.h"
+#include "database/sqlite/SqliteHandle.h"
 
 #include <QByteArray>
 #include <QString>
@@ -13,7 +14,6 @@
 namespace sync::database {
 
 class NewFile;
-enum class JournalMode;
 
 /// Which file a name stands for.
 struct FileIdentity

@@ -1,4 +1,4 @@
-#include "database/NewFile.h"
+#include "database/file/NewFile.h"
 
 #include <cerrno>
 #include <cstdio>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "database/Failure.h"
-#include "database/StoreFile.h"
+#include "database/file/StoreFile.h"
+#include "database/sqlite/Failure.h"
 
 class QByteArray;
 

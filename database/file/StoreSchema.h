@@ -1,6 +1,6 @@
 #pragma once
 
-#include "database/Failure.h"
+#include "database/sqlite/Failure.h"
 
 #include <QByteArray>
 #include <QStringList>
