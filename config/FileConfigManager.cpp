@@ -449,23 +449,24 @@ bool FileConfigManager::AddFileLinks(FileConfiguration& file)
 {
     auto const root = _folderConfigManager->GetFolderConfigurationById(file.rootFolderId);
     bool added = false;
-    for (FileLink& link : file.fileLinks) {
-        QString const absolutePath = ToAbsolutePath(link.path, file.clientPath);
+    // Each write goes through the list, which detaches from copies that an override or the folder side took meanwhile.
+    for (int i = 0; i < file.fileLinks.size(); ++i) {
+        QString const absolutePath = ToAbsolutePath(file.fileLinks.at(i).path, file.clientPath);
         if (!IsBelow(absolutePath, root.getClientPath()) || !QFile::exists(absolutePath)) {
-            link.fileId = -1;
+            file.fileLinks[i].fileId = -1;
             continue;
         }
 
-        FileConfiguration target = GetFileConfiguration(link, file.clientPath);
+        FileConfiguration target = GetFileConfiguration(file.fileLinks.at(i), file.clientPath);
         if (target.id != -1) {
-            link.fileId = target.id;
-            link.serverFileId = target.serverFileId;
+            file.fileLinks[i].fileId = target.id;
+            file.fileLinks[i].serverFileId = target.serverFileId;
             continue;
         }
 
-        target.serverFileId = link.serverFileId;
+        target.serverFileId = file.fileLinks.at(i).serverFileId;
         _AddLinkedFile(target, absolutePath, file, root);
-        link.fileId = target.id;
+        file.fileLinks[i].fileId = target.id;
         added = true;
     }
     return added;

@@ -461,4 +461,59 @@ TEST_F(FileManagerLinks, FollowingGoesThroughOverridesOfTheLookUpAndOfAdd)
     EXPECT_THAT(LastBound(":fileLinks").toString().toStdString(), testing::HasSubstr("FileId=\"4711\""));
 }
 
+/// Copies the client's record in the middle of `AddFileLinks`, as an application's own bookkeeping may.
+class CopyingManager : public FileConfigManager
+{
+public:
+    using FileConfigManager::FileConfigManager;
+
+    FileConfiguration GetFileConfiguration(FileLink link, QString const& linkingFilePath) override
+    {
+        copiesBeforeLookUp.append(record->fileLinks);
+        return FileConfigManager::GetFileConfiguration(link, linkingFilePath);
+    }
+    bool Add(FileConfiguration& file) override
+    {
+        if (&file != record)
+            copiesBeforeInsert.append(record->fileLinks);
+        return FileConfigManager::Add(file);
+    }
+
+    FileConfiguration* record = nullptr;
+    QList<QList<FileLink>> copiesBeforeLookUp;
+    QList<QList<FileLink>> copiesBeforeInsert;
+};
+
+QList<int> FileIdsOf(QList<FileLink> const& links)
+{
+    QList<int> ids;
+    for (FileLink const& link : links)
+        ids.append(link.fileId);
+    return ids;
+}
+
+TEST_F(FileManagerLinks, ACopyOfTheRecordTakenWhileLinksAreFollowedDoesNotChangeAfterwards)
+{
+    MakeFile("tree/one"_q);
+    MakeFile("tree/two"_q);
+    ExpectRoot();
+    EXPECT_CALL(*folders, AddFolderAndParent(_, _)).WillRepeatedly(Return(StoredFolder(66, Folder(rootPath))));
+    store->PlayInsertId(77);
+    store->PlayInsertId(78);
+    store->PlayInsertId(79);
+
+    CopyingManager copying(store, refresh, folders);
+    FileConfiguration file = Linking({Link("../one"_q), Link("../two"_q), Link("../missing"_q, 9)});
+    copying.record = &file;
+    EXPECT_TRUE(copying.Add(file));
+
+    EXPECT_EQ(FileIdsOf(file.fileLinks), (QList<int>{77, 78, -1}));
+    ASSERT_THAT(copying.copiesBeforeLookUp, SizeIs(2));
+    EXPECT_EQ(FileIdsOf(copying.copiesBeforeLookUp[0]), (QList<int>{-1, -1, 9}));
+    EXPECT_EQ(FileIdsOf(copying.copiesBeforeLookUp[1]), (QList<int>{77, -1, 9}));
+    ASSERT_THAT(copying.copiesBeforeInsert, SizeIs(2));
+    EXPECT_EQ(FileIdsOf(copying.copiesBeforeInsert[0]), (QList<int>{-1, -1, 9}));
+    EXPECT_EQ(FileIdsOf(copying.copiesBeforeInsert[1]), (QList<int>{77, -1, 9}));
+}
+
 } // namespace
