@@ -37,6 +37,12 @@ public:
                       std::shared_ptr<sync::interf::IFolderConfigManager> folderConfigManager);
     ~FileConfigManager() override;
 
+    /// Removes the rows of a root's files; generated rows stay. Returns false when the store fails.
+    ///
+    /// Declared ahead of the overrides: clients expect it directly behind the base's operations in the virtual table,
+    /// and some ABIs give overrides of the second base's operations places there, too.
+    virtual bool RemoveByRootFolderId(int rootFolderId);
+
     FileConfiguration GetFileConfigurationById(int id) override;
     FileConfiguration GetFileConfigurationByServerId(QString serverFileId) override;
     FileConfiguration GetBaseFileConfigurationById(int id) override;
@@ -79,9 +85,6 @@ public:
     bool transaction() override;
     bool commit() override;
     bool rollback() override;
-
-    /// Removes the rows of a root's files; generated rows stay. False when the store fails.
-    virtual bool RemoveByRootFolderId(int rootFolderId);
 
 private:
     template <class Bind>

@@ -1,4 +1,5 @@
 #include "config/DatabaseConfigurationManager.h"
+#include "config/FileConfigManager.h"
 #include "interf/IAuthenticationConfigManager.h"
 #include "interf/IDatabaseFactory.h"
 #include "interf/IFileConfigManager.h"
@@ -219,6 +220,13 @@ TEST(VirtualOrder, OfTheManagersBaseIsDestructorThenReadingThenWriting)
     std::ptrdiff_t const destructors = 2; // that of an object and that of one on the heap
     EXPECT_EQ(PlaceOf(&DatabaseConfigurationManager::ToNameValuePropertyMap), destructors);
     EXPECT_EQ(PlaceOf(&DatabaseConfigurationManager::ToNameValuePropertyString), destructors + 1);
+}
+
+TEST(VirtualOrder, OfTheFileManagersOwnOperationIsDirectlyBehindThoseOfItsBase)
+{
+    using sync::config::FileConfigManager;
+    EXPECT_EQ(PlaceOf(&FileConfigManager::RemoveByRootFolderId),
+              PlaceOf(&DatabaseConfigurationManager::ToNameValuePropertyString) + 1);
 }
 
 #endif
