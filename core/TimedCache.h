@@ -11,23 +11,23 @@
 
 namespace sync::core {
 
-/// Tells the time in milliseconds since the epoch. Read by several threads at once.
+/// Returns the time in milliseconds since the epoch. Several threads may call it at once.
 using Clock = qint64 (*)();
 
-/// Keeps one value for a while and fetches it anew once it is too old.
+/// Caches one value and refills it once it is older than the refresh rate.
 ///
-/// A value's age counts in whole seconds and is still good at the rate itself, so with a rate of 1000 it lives for just
-/// under two seconds. The distance to the stamp counts either way: a clock that was set back further than that makes
-/// the value old too. Whatever a refill gives is kept, be it empty because the refill failed.
+/// The age is the distance between the clock and the last refill, in either direction. Age and rate count in whole
+/// seconds, and a value as old as the rate is still fresh: at a rate of 1000 a value lives for just under two seconds.
+/// The cache keeps whatever the refill returns, even if it is empty because the refill failed.
 ///
-/// Any thread may call any operation. Whether the value is too old is asked outside the lock and not asked again inside
-/// it: two threads that find it so both refill, one after the other. A refill runs under the lock, so it must not call
-/// its own cache, and a thread that only wants the value waits for it.
+/// Any thread may call any operation. The age is checked outside the lock and not again inside it, so two threads that
+/// find the value outdated both refill it, one after the other. The refill runs under the lock: it must not call its
+/// own cache, and `GetValue` and `Clear` on other threads wait for it.
 template <class T>
 class TimedCache
 {
 public:
-    /// Runs no refill yet. The rate is in milliseconds; `clock` is for tests.
+    /// Does not call `refill`. The rate is in milliseconds. `clock` is a parameter for tests.
     explicit TimedCache(std::function<T()> refill,
                         int refreshRateMsec = 1000,
                         Clock clock = &QDateTime::currentMSecsSinceEpoch)
@@ -38,11 +38,11 @@ public:
 
     virtual ~TimedCache() = default;
 
-    /// The value, fetched first if there is none or it is too old. A `Clear` or a refill on another thread may come in
-    /// between, and the caller gets the newer state then.
+    /// Returns the value; refills it first if there is none or it is outdated. Returns an empty value if another thread
+    /// calls `Clear` between the refill and the return.
     T GetValue()
     {
-        // Read before the refill, so that a slow one eats into the value's time.
+        // Read before the refill: the value is as old as the beginning of the refill that fetched it.
         qint64 const now = _clock();
         if (!_IsFresh(now)) {
             QMutexLocker const lock(&_mutex);
@@ -53,7 +53,7 @@ public:
         return _value;
     }
 
-    /// Forgets the value, so that the next `GetValue` fetches it.
+    /// Discards the value, so that the next `GetValue` refills it.
     void Clear()
     {
         QMutexLocker const lock(&_mutex);
@@ -73,7 +73,7 @@ private:
     }
 
     T _value = T();
-    QMutex _mutex; // guards the value and the writes of the stamp
+    QMutex _mutex; // guards the value and writes to `_lastRefresh`
     std::function<T()> _refill;
     std::atomic<qint64> _lastRefresh = Never;
     int _refreshRateMsec;

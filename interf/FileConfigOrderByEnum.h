@@ -2,7 +2,10 @@
 
 namespace sync::interf {
 
-/// Sort order of a file listing. A value outside this list sorts like `FileConfigOrderById`. Never renumber.
+/// Sort order of a file listing, ascending, or descending with `Desc`. Any other value sorts like
+/// `FileConfigOrderById`.
+///
+/// Clients store the numbers: never renumber.
 enum FileConfigOrderByEnum : int
 {
     FileConfigOrderById = 0,

@@ -12,9 +12,12 @@ class AuthenticationConfiguration;
 
 namespace sync::interf {
 
-/// Keeps the accounts. No operation writes a password to the store or reads one from it.
+/// Stores the accounts. No operation writes a password to the store or reads one from it.
 ///
-/// A lookup answers with a default record (`id` -1) when nothing matches or the store fails.
+/// Records are copies that belong to the caller. A lookup returns the default record (`id` -1) both if nothing matches
+/// and if the store fails; a listing that fails returns the rows read until then, usually none. The store's factory
+/// tells a miss from a failure. Operations run on the caller's thread; several threads may share a manager if the store
+/// allows it.
 class TANDRY_INTERFACES_EXPORT IAuthenticationConfigManager : public QObject
 {
     Q_OBJECT
@@ -23,32 +26,35 @@ public:
     IAuthenticationConfigManager();
     ~IAuthenticationConfigManager() override;
 
-    /// The first account of this name, whichever server it belongs to.
+    /// Returns the first account with exactly this domain and user name, on any server. A null text matches no row; an
+    /// empty text matches empty columns only, not NULL.
     virtual sync::config::AuthenticationConfiguration
     GetAuthenticationConfigurationByDomainAndUser(QString domain, QString userName) const = 0;
 
+    /// Returns the account with this id.
     virtual sync::config::AuthenticationConfiguration
     GetAuthenticationConfigurationById(int authenticationConfigurationId) const = 0;
 
-    /// All accounts in the store's order; empty when the store fails.
+    /// Returns all accounts, in no particular order.
     virtual QVector<sync::config::AuthenticationConfiguration> GetAll() const = 0;
 
-    /// Writes the record's row and clears its password column. False when the store fails; a missing row is no
-    /// failure.
+    /// Writes all columns of the record's row, the password column as NULL. Returns false if the store fails, and true
+    /// if there is no such row.
     virtual bool Update(sync::config::AuthenticationConfiguration authenticationConfiguration) = 0;
 
-    /// Inserts a row, without a password, and writes its id into the record. False, and the record untouched, when the
-    /// store fails.
+    /// Inserts a row without a password and sets the record's id. Returns false and leaves the record unchanged if the
+    /// store fails. Does not check for duplicates.
     virtual bool Add(sync::config::AuthenticationConfiguration& authenticationConfiguration) = 0;
 
-    /// Removes one row; folders that name the account stay. False when the store fails; a missing row is no failure.
+    /// Removes one row; folders that refer to the account stay. Returns false if the store fails, and true if there is
+    /// no such row.
     virtual bool Remove(int authenticationConfigurationId) = 0;
 
-    /// One record for each pair of domain and user name, with nothing else filled; empty when the store fails.
+    /// Returns one record for each distinct pair of domain and user name; its other members keep their defaults.
     virtual QVector<sync::config::AuthenticationConfiguration> GetDistinctAuthenticationConfigurations() = 0;
 
-    /// Clears the password column of every row of this name and returns how many there were, -1 when the store fails.
-    /// The new password is not looked at.
+    /// Sets the password column to NULL for every account with exactly this domain and user name. Returns the number of
+    /// these accounts, or -1 if the store fails. Ignores `newPassword`: the store holds no passwords.
     virtual int UpdatePassword(QString domain, QString userName, QString newPassword) = 0;
 };
 

@@ -13,10 +13,15 @@ class IQSqlQueryWrapper;
 
 namespace factory {
 
-/// Hands out the objects through which the managers reach one store.
+/// Creates the objects through which the managers access one store.
 ///
-/// A client passes a shared factory to every manager; it must outlive none of them, since each keeps a share. Whether
-/// operations may be called from several threads is the store's to say.
+/// The client passes one factory to every manager, and each manager keeps a share of it. The implementation documents
+/// whether several threads may call it.
+///
+/// Managers return no reasons, so the store keeps them: a lookup returns the same record if nothing matches and if the
+/// store fails, and a listing that breaks off returns the rows read until then. A write returns true once its statement
+/// has succeeded; a commit that fails afterwards, at the end of the scope, is for the store to report. The factories of
+/// `TandryDatabase` keep each thread's first error (`LastError`) and emit the signal `CommitFailed`.
 class TANDRY_INTERFACES_EXPORT IDatabaseFactory : public QObject
 {
     Q_OBJECT
@@ -25,10 +30,10 @@ public:
     IDatabaseFactory();
     ~IDatabaseFactory() override;
 
-    /// The object for a client's own transaction bracket. Never null.
+    /// Returns an object for the client transaction of the calling thread. Never null.
     virtual std::shared_ptr<sync::interf::IQSqlDatabaseWrapper> CreateDatabase() = 0;
 
-    /// A new query object on each call. Never null: a store that can't be reached shows at the query's `exec`.
+    /// Returns a new query on each call. Never null: if the store cannot be reached, the query's `exec` returns false.
     virtual std::shared_ptr<sync::interf::IQSqlQueryWrapper> CreateQuery() = 0;
 };
 

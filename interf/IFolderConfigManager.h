@@ -12,11 +12,18 @@ class FolderConfiguration;
 
 namespace sync::interf {
 
-/// Keeps the synchronised folders, roots and sub-folders, and knows how paths relate to them.
+/// Stores the synchronised folders, roots and sub-folders, and tells how paths relate to them.
 ///
-/// A lookup of one folder answers with a default record (`id` -1), a listing with an empty vector, when nothing matches
-/// or the store fails. A write answers false when the store fails; a missing row is no failure. Paths have `/` as
-/// separator.
+/// A root is a folder whose parent id is 0. Paths have `/` as separator. Records are copies that belong to the caller.
+/// Operations run on the caller's thread; several threads may share a manager if the store allows it.
+///
+/// A lookup returns the default record (`id` -1) both if nothing matches and if the store fails; a listing that fails
+/// returns the rows read until then, usually none. The store's factory tells a miss from a failure. A null text matches
+/// no row. A write returns false if the store fails, and true if there is no such row.
+///
+/// `GetAll` and `GetAllRootFolders` return cached listings, which are up to two seconds old. `Add` and the removals
+/// clear them. `Update`, a rollback, `CommitFailed`, other managers and other programs do not, and a listing that
+/// failed is cached like any other. The operations on paths and on non-existing roots use the cached roots.
 class TANDRY_INTERFACES_EXPORT IFolderConfigManager : public QObject
 {
     Q_OBJECT
@@ -25,81 +32,119 @@ public:
     IFolderConfigManager();
     ~IFolderConfigManager() override;
 
+    /// Returns the folder with this id.
     virtual sync::config::FolderConfiguration GetFolderConfigurationById(int folderConfigurationId) = 0;
+
+    /// Returns the first folder with exactly this id on the server, `serverFolderId`.
     virtual sync::config::FolderConfiguration GetFolderConfigurationByServerId(QString serverFolderId) = 0;
 
-    /// The first folder with exactly this path, whatever its account.
+    /// Returns the first folder with exactly this path, of any account.
     virtual sync::config::FolderConfiguration GetFolderConfigurationByClientPath(QString clientPath) = 0;
+
+    /// Returns the first folder with exactly this path and account.
     virtual sync::config::FolderConfiguration
     GetFolderConfigurationByClientPathAndAuthenticationId(QString clientPath, int authenticationId) = 0;
 
+    /// Returns all folders of this account, roots and sub-folders, in no particular order.
     virtual QVector<sync::config::FolderConfiguration>
     GetFolderConfigurationsByAuthenticationId(int authenticationId) = 0;
+
+    /// Returns the root and all folders below it, in no particular order.
     virtual QVector<sync::config::FolderConfiguration> GetFolderConfigurationsByRootId(int rootFolderId) = 0;
 
-    /// Folders whose root is not on record; nothing on disk is looked at.
+    /// Returns the folders whose root id is none of the roots that `GetAllRootFolders` lists; does not access the disk.
+    ///
+    /// If that listing is outdated or failed, folders of existing roots are among them, and this thread need not have
+    /// an error. Before it removes what this returns, a client calls `ClearCaches`, clears the thread's error, repeats
+    /// the listing, checks the error, and compares `GetRootFolderConfigurationCount` with the roots that it knows.
     virtual QVector<sync::config::FolderConfiguration> GetFolderConfigurationsOfNonExistingRootFolders() = 0;
 
-    /// All folders, from a cache that lags behind `Update` by up to two seconds.
+    /// Returns all folders from the cache, in no particular order.
     virtual QVector<sync::config::FolderConfiguration> GetAll() = 0;
 
-    /// Writes all columns of the record's row; tells the shell when its status was set. The cached listings stay as
-    /// they are.
+    /// Writes all columns of the record's row, and refreshes the folder in the shell if the record's status was set.
+    /// Does not clear the cached listings.
     virtual bool Update(sync::config::FolderConfiguration folderConfiguration) = 0;
 
-    /// Inserts a row and writes its id into the record; a root (parent 0) without a root id becomes its own root.
-    /// Refuses a record without a parent, and a sub-folder without a root.
+    /// Inserts a row, sets the record's id, and refreshes the folder in the shell if the record's status was set. A
+    /// root whose root id is -1 gets its own id as root id.
+    ///
+    /// Also returns false, without accessing the store, for a parent id of -1 and for a sub-folder whose root id is -1.
+    /// If it returns false the record is unchanged. Does not check for duplicates.
     virtual bool Add(sync::config::FolderConfiguration& folderConfiguration) = 0;
 
-    /// The folder with this path, made below the root together with its missing ancestors if need be. The record has
-    /// `id` -1 when the path lies outside every folder on record or the store fails; ancestors made before a failure
-    /// stay.
+    /// Returns the folder with this path; adds it below the root if it is missing, and its missing ancestors before it.
+    ///
+    /// The nearest ancestor on record becomes the parent; unlike in `IsInExistingClientFolder`, paths are compared
+    /// exactly. Added folders get the root's account and product, a server path derived from the root's, and the status
+    /// 3, and are refreshed in the shell. The caller checks that the path lies in the root: below another root on
+    /// record the folders are added there, with `rootConfig`'s ids and with their local path as server path. A folder
+    /// of another account with exactly this path is returned as it is.
+    ///
+    /// The record's id is -1 if the path is empty or below no folder on record, or if the store fails. Ancestors that
+    /// were added before a failure stay. A look-up that fails counts as a miss, so a folder may be added twice.
     virtual sync::config::FolderConfiguration
     AddFolderAndParent(QString const& absolutePath, sync::config::FolderConfiguration const& rootConfig) = 0;
 
-    /// Removes one row; sub-folders and files stay.
+    /// Removes one row and refreshes the folder in the shell. Sub-folders, files and schedules stay.
     virtual bool Remove(int folderConfigurationId) = 0;
 
-    /// Removes a folder with all below it, deepest first, and the rows of their files. Stops at the first failure; what
-    /// was removed stays removed.
+    /// Removes a folder with all folders below it, deepest first, and the rows of their files. The id 0 removes the
+    /// trees of all roots. Rows of generated files and base files stay, as do schedules; nothing is deleted on disk.
+    ///
+    /// Stops at the first failure, and what was removed stays removed: use a client transaction for all or nothing. If
+    /// the sub-folders cannot be listed, the folder is removed without them. Recursive: parents that form a ring
+    /// overflow the stack.
     virtual bool RemoveFolderAndChildren(int folderConfigurationId) = 0;
 
-    /// Whether a local path lies in a root of this account; a negative id means any account. With `honourFolderOption`
-    /// a root whose option is 1 counts only the files directly in it.
+    /// Returns whether a local path is a root's path or lies in a root of this account, or of any account if the id is
+    /// negative. Case does not matter. The path may be relative to the working directory and need not exist.
+    ///
+    /// With `honourFolderOption`, a root whose folder option is 1, as in a new record, contains only itself and the
+    /// files directly in it; sub-folders, recognised on disk, and what lies in them do not count. If such a root
+    /// contains another such root and is listed first, the inner one's own path does not count either.
+    ///
+    /// A root whose path ends in a slash contains everything below it, whatever its option, but not its own path
+    /// without the slash. A path that contains ".{SyncTemp}" lies in no root.
     virtual bool IsInExistingClientFolder(QString const& path, int authenticationId, bool honourFolderOption) = 0;
 
-    /// Whether a root of exactly this account overlaps a server path; gives that root's server path back, or an empty
-    /// text.
+    /// Returns whether the server path of a root of exactly this account is this path, lies in it or contains it, and
+    /// sets `matchingServerFolder` to the server path of the first such root, or clears it. Case does not matter; the
+    /// id -1 is no wildcard. An empty path overlaps nothing, but a root with an empty server path contains every path
+    /// that starts with a slash.
     virtual bool AncestorOrDescendantOfServerFolderExists(QString const& serverPath,
                                                           int authenticationId,
                                                           QString& matchingServerFolder) = 0;
 
-    /// All roots, from a cache that lags behind `Update` by up to two seconds.
+    /// Returns all roots from the cache, in no particular order.
     virtual QVector<sync::config::FolderConfiguration> GetAllRootFolders() = 0;
 
-    /// The direct sub-folders, by name.
+    /// Returns the direct sub-folders, ordered by name; for the id 0 the roots.
     virtual QVector<sync::config::FolderConfiguration> GetFolderConfigurationByParentId(int folderConfigurationId) = 0;
 
-    /// Whether a folder uses this account; true when the store fails.
+    /// Returns whether a folder has this account; true if the store fails.
     virtual bool IsInExistingAuthentication(int authenticationId) = 0;
 
-    /// Whether a folder has the status 2; true when the store fails.
+    /// Returns whether a folder has the status 2; true if the store fails.
     virtual bool IsAnyFolderConfigOutOfSync() = 0;
 
-    /// How many roots there are, -1 when the store fails.
+    /// Returns the number of roots in the store, or -1 if the store fails. Not cached.
     virtual int GetRootFolderConfigurationCount() = 0;
 
-    /// Makes the next listing read the store.
+    /// Clears both cached listings, so that the next ones read the store.
     virtual void ClearCaches() = 0;
 
-    /// Removes a root, its files' rows and its sub-folders as one unit of durability. Stops at the first failure; what
-    /// was removed stays removed.
+    /// Removes a root, the rows of its files and all folders below it in one scope, and refreshes them in the shell.
+    /// Rows of generated files and base files stay, as do schedules; nothing is deleted on disk.
+    ///
+    /// For a sub-folder it removes that folder's row alone, and what lies below stays without a parent. Stops at the
+    /// first failure, and what was removed stays removed.
     virtual bool CleanRootFolder(int folderConfigurationId) = 0;
 
-    /// Asks the shell to redraw one path.
+    /// Refreshes one path in the shell; does nothing without a refresh object. The argument is not changed.
     virtual void RefreshNativeFileViewer(QString& clientPath) = 0;
 
-    /// Asks the shell to redraw every root that the store holds now.
+    /// Refreshes every root in the shell. Reads the roots from the store, not from the cache.
     virtual void RefreshNativeFileViewer() = 0;
 };
 

@@ -12,9 +12,12 @@ class ProductConfiguration;
 
 namespace sync::interf {
 
-/// Keeps the consumer products of the servers.
+/// Stores the consumer products of the servers.
 ///
-/// A lookup answers with a default record (`id` -1) when nothing matches or the store fails.
+/// Records are copies that belong to the caller. A lookup returns the default record (`id` -1) both if nothing matches
+/// and if the store fails; a listing that fails returns the rows read until then, usually none. The store's factory
+/// tells a miss from a failure. Operations run on the caller's thread; several threads may share a manager if the store
+/// allows it.
 class TANDRY_INTERFACES_EXPORT IProductConfigManager : public QObject
 {
     Q_OBJECT
@@ -23,24 +26,26 @@ public:
     IProductConfigManager();
     ~IProductConfigManager() override;
 
+    /// Returns the product with this id.
     virtual sync::config::ProductConfiguration GetProductConfigurationById(int id) = 0;
 
-    /// The first product of this server with this key.
+    /// Returns the first product of this server with exactly this key. A null key matches no row.
     virtual sync::config::ProductConfiguration GetProductConfigurationByServerIdAndConsumerKey(int serverId,
                                                                                                QString consumerKey) = 0;
 
-    /// All products in the store's order; empty when the store fails.
+    /// Returns all products, in no particular order.
     virtual QVector<sync::config::ProductConfiguration> GetAll() = 0;
 
-    /// Writes the record's row and clears its consumer secret and name-value properties. False when the store fails; a
-    /// missing row is no failure.
+    /// Writes the record's row, the consumer secret as NULL and the name-value properties as empty: only `Add` stores a
+    /// secret. Returns false if the store fails, and true if there is no such row.
     virtual bool Update(sync::config::ProductConfiguration productConfiguration) = 0;
 
-    /// Inserts a row and writes its id into the record. False, and the record untouched, when the store fails.
+    /// Inserts a row and sets the record's id. Returns false and leaves the record unchanged if the store fails. Does
+    /// not check for duplicates.
     virtual bool Add(sync::config::ProductConfiguration& productConfiguration) = 0;
 
-    /// Removes one row; folders and files that name the product stay. False when the store fails; a missing row is no
-    /// failure.
+    /// Removes one row; folders and files that refer to the product stay. Returns false if the store fails, and true if
+    /// there is no such row.
     virtual bool Remove(int productConfigurationId) = 0;
 };
 

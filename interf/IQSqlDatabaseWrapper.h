@@ -7,9 +7,10 @@
 
 namespace sync::interf {
 
-/// The calling thread's connection to a store, for a bracket of the client's own around several operations.
+/// The client transaction: groups operations of the calling thread into one unit that is committed or rolled back.
 ///
-/// Scopes that operations open inside a bracket join it and end nothing.
+/// The transaction belongs to the thread's connection and not to this object: any object of the same factory and thread
+/// may end it. Scopes that operations open inside it join it and commit nothing.
 class TANDRY_INTERFACES_EXPORT IQSqlDatabaseWrapper : public QObject
 {
     Q_OBJECT
@@ -18,20 +19,27 @@ public:
     IQSqlDatabaseWrapper();
     ~IQSqlDatabaseWrapper() override;
 
-    /// Whether the store can be reached. The default says yes.
+    /// Returns whether the store can be reached. The default implementation returns true.
     virtual bool isOpen();
 
-    /// Why the last operation of this object returned false; a null text when it didn't. The default knows nothing.
+    /// Returns why the last operation of this object returned false; null if it returned true. The default
+    /// implementation returns null.
     virtual QString lastError();
 
-    /// Opens a bracket. False when one is open already, inside an open scope, or when the store refuses.
+    /// Begins a client transaction. Returns false if the thread has one or a scope open, or if the store refuses.
     virtual bool transaction() = 0;
 
-    /// Makes durable what the bracket wrote and ends it. False without a bracket, or when the store could not: what
-    /// the bracket wrote is then gone.
+    /// Commits the client transaction: its writes are durable when this returns true. Returns false if the thread has
+    /// none, or if the store fails. A failed transaction is over, and its writes are rolled back as by `rollback`; only
+    /// if the disk failed in the final flush may they be in the store all the same.
     virtual bool commit() = 0;
 
-    /// Takes back what the bracket wrote and ends it. False without a bracket.
+    /// Rolls back the client transaction. Returns false if the thread has none.
+    ///
+    /// This restores rows only: files that operations deleted stay deleted, and the cached listings of a folder manager
+    /// show the rolled-back state for up to two seconds unless the client calls `IFolderConfigManager::ClearCaches`.
+    /// The store gives the ids of rolled-back rows to later rows, so the client must discard the records that it added
+    /// in the transaction.
     virtual bool rollback() = 0;
 };
 

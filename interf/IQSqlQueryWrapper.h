@@ -8,9 +8,10 @@
 
 namespace sync::interf {
 
-/// One statement on its way through a store: prepare, bind, exec, then walk the rows.
+/// One statement and its result: prepare, bind, exec, then read the rows.
 ///
-/// Managers make a query for one operation on the caller's thread and release it before the operation's scope ends.
+/// A query belongs to the thread that created it. Managers create one for each operation and release it before the
+/// operation's scope ends.
 class TANDRY_INTERFACES_EXPORT IQSqlQueryWrapper : public QObject
 {
     Q_OBJECT
@@ -19,39 +20,41 @@ public:
     IQSqlQueryWrapper();
     ~IQSqlQueryWrapper() override;
 
-    /// Column of the current row, counted from 0 in the order of the SELECT list; an invalid or null value where the
-    /// store holds NULL, where there is no such column and where there is no row.
+    /// Returns a column of the current row, counted from 0 in the order of the SELECT list; an invalid or null value
+    /// for NULL, if there is no such column, and if the query is not on a row.
     virtual QVariant value(int column) = 0;
 
-    /// Moves to the next row: true for the first row after `exec`, false after the last one.
+    /// Moves to the next row, after `exec` to the first one. Returns false after the last row and if the store fails;
+    /// `lastError` tells which.
     virtual bool next() = 0;
 
-    /// True while the query stands on a row.
+    /// Returns whether the query is on a row.
     virtual bool isValid() = 0;
 
-    /// Takes a statement with named placeholders. Managers don't look at the result, so a failure must show at `exec`
-    /// as well.
+    /// Prepares one statement with named placeholders. Returns false if the store refuses it; `exec` must then return
+    /// false too, because the managers ignore this result.
     virtual bool prepare(QString const& statement) = 0;
 
-    /// Binds a placeholder such as ":id". A null or default-constructed value binds NULL, and so does leaving a
-    /// placeholder out.
+    /// Binds a value to a placeholder such as ":id"; a null or invalid value binds NULL, and so does a placeholder that
+    /// is never bound. A store takes at least `int`, `qlonglong`, `QString` and `QDateTime`. If it cannot keep a value
+    /// exactly, `exec` returns false.
     virtual void bindValue(QString const& placeholder, QVariant const& value) = 0;
 
-    /// Runs the prepared statement; false on any failure, and then nothing of the statement has happened.
+    /// Runs the prepared statement. Returns false on any failure; the statement has then changed nothing.
     virtual bool exec() = 0;
 
-    /// Why the last `prepare`, `exec` or `next` failed; a null text when it didn't. Never holds a bound value. The
-    /// default knows nothing.
+    /// Returns why the last `prepare`, `exec` or `next` failed, without any bound value; null if it succeeded. The
+    /// default implementation returns null.
     virtual QString lastError();
 
-    /// Gives up the rows not yet read and whatever the store holds for them; the query can be run again. The default
-    /// does nothing.
+    /// Discards the rows not yet read and releases what the store holds for them; the query can be run again. The
+    /// default implementation does nothing.
     virtual void finish();
 
-    /// Id given to the row that the last `exec` inserted.
+    /// Returns the id of the row that the last `exec` inserted.
     virtual QVariant lastInsertId() = 0;
 
-    /// Rows changed by the last `exec`.
+    /// Returns the number of rows that the last INSERT, UPDATE or DELETE matched, whether or not their values changed.
     virtual int numRowsAffected() = 0;
 };
 

@@ -7,7 +7,7 @@
 
 namespace sync::interf {
 
-/// Asks the desktop shell to redraw what it shows about a path. The client implements it.
+/// Asks the desktop shell to redraw a path. The client implements this interface.
 class TANDRY_INTERFACES_EXPORT IRefreshNativeFileViewer : public QObject
 {
     Q_OBJECT
@@ -16,8 +16,8 @@ public:
     IRefreshNativeFileViewer();
     ~IRefreshNativeFileViewer() override;
 
-    /// Runs on the thread that called the manager, and inside the open scope of the write it reports, so it must be
-    /// quick and must not call back into a manager. The path may be a null text.
+    /// Called on the thread that called the manager. A write calls it before its scope ends, when other threads and
+    /// programs cannot write, so it should return quickly and not write to the store. The path may be null.
     virtual void Refresh(QString path) = 0;
 };
 

@@ -1,10 +1,10 @@
 #pragma once
 
-/// POSIX declares a function `sync()` in the global namespace, where C++ then allows no namespace of that name. This
-/// takes in <unistd.h> with the function under another name, so that a later #include of it changes nothing.
+/// <unistd.h> declares the POSIX function `sync()` in the global namespace, which then cannot have a namespace of that
+/// name. This header includes <unistd.h> with the function renamed, so that a later #include of it has no effect.
 ///
-/// Everything that links `Tandry::Interfaces` has it included ahead of all other headers; whoever builds by other means
-/// includes it first.
+/// It must come before all other headers. CMake and pkg-config pass the option for that to everything that links
+/// `Tandry::Interfaces`; other builds include it first.
 #if defined(__unix__) || defined(__APPLE__)
 #define sync sync_function_of_unistd
 #include <unistd.h>

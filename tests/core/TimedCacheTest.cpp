@@ -28,29 +28,29 @@ class TimedCacheTest : public testing::Test
 protected:
     FakeClock clock;
     int refills = 0;
-    /// Its value is how often it was refilled.
+    /// Its value is the number of refills.
     TimedCache<int> cache{[this] { return ++refills; }, 1000, &FakeClock::Now};
 };
 
-TEST_F(TimedCacheTest, ConstructionRunsNoRefill)
+TEST_F(TimedCacheTest, ConstructionDoesNotRefill)
 {
     EXPECT_EQ(refills, 0);
 }
 
-TEST_F(TimedCacheTest, FirstValueIsRefilled)
+TEST_F(TimedCacheTest, FirstGetValueRefills)
 {
     EXPECT_EQ(cache.GetValue(), 1);
     EXPECT_EQ(refills, 1);
 }
 
-TEST_F(TimedCacheTest, StampAtTheEpochIsAStampLikeAnyOther)
+TEST_F(TimedCacheTest, RefillAtTheEpochIsCached)
 {
     FakeClock::Move(-FakeClock::Start);
     cache.GetValue();
     EXPECT_EQ(cache.GetValue(), 1);
 }
 
-TEST_F(TimedCacheTest, ClearMakesTheNextValueFreshAtOnce)
+TEST_F(TimedCacheTest, GetValueAfterClearRefillsOnce)
 {
     cache.GetValue();
     cache.Clear();
@@ -59,13 +59,13 @@ TEST_F(TimedCacheTest, ClearMakesTheNextValueFreshAtOnce)
     EXPECT_EQ(cache.GetValue(), 2);
 }
 
-TEST_F(TimedCacheTest, ClearOfAnEmptyCacheChangesNothing)
+TEST_F(TimedCacheTest, ClearOfAnEmptyCacheDoesNothing)
 {
     cache.Clear();
     EXPECT_EQ(cache.GetValue(), 1);
 }
 
-TEST_F(TimedCacheTest, StampFollowsAClockSetBack)
+TEST_F(TimedCacheTest, RefillAfterTheClockWasSetBackIsCached)
 {
     cache.GetValue();
     FakeClock::Move(-3'600'000);
@@ -76,7 +76,7 @@ TEST_F(TimedCacheTest, StampFollowsAClockSetBack)
     EXPECT_EQ(cache.GetValue(), 3);
 }
 
-TEST_F(TimedCacheTest, HitDoesNotRenewTheStamp)
+TEST_F(TimedCacheTest, HitDoesNotExtendTheLifetime)
 {
     cache.GetValue();
     FakeClock::Move(1'500);
@@ -85,7 +85,7 @@ TEST_F(TimedCacheTest, HitDoesNotRenewTheStamp)
     EXPECT_EQ(cache.GetValue(), 2);
 }
 
-TEST_F(TimedCacheTest, SlowRefillEatsIntoTheValuesLifetime)
+TEST_F(TimedCacheTest, LifetimeStartsBeforeTheRefill)
 {
     TimedCache<int> slow(
         [this] {
@@ -101,7 +101,7 @@ TEST_F(TimedCacheTest, SlowRefillEatsIntoTheValuesLifetime)
     EXPECT_EQ(slow.GetValue(), 2);
 }
 
-TEST_F(TimedCacheTest, EmptyResultOfARefillIsKept)
+TEST_F(TimedCacheTest, EmptyRefillIsCached)
 {
     TimedCache<QVector<int>> empty(
         [this] {
@@ -140,7 +140,7 @@ TEST_F(TimedCacheTest, ClearReleasesTheValue)
     EXPECT_EQ(value.use_count(), 1);
 }
 
-TEST_F(TimedCacheTest, CopyOfAValueOutlivesClearAndRefill)
+TEST_F(TimedCacheTest, ReturnedValueIsUnaffectedByClearAndRefill)
 {
     TimedCache<QVector<int>> listing([this] { return QVector<int>(3, ++refills); }, 1000, &FakeClock::Now);
     QVector<int> const copy = listing.GetValue();
@@ -149,7 +149,7 @@ TEST_F(TimedCacheTest, CopyOfAValueOutlivesClearAndRefill)
     EXPECT_EQ(copy, QVector<int>(3, 1));
 }
 
-TEST_F(TimedCacheTest, HitSharesTheValueAndAWriteToTheCopyLeavesItAlone)
+TEST_F(TimedCacheTest, HitReturnsASharedCopyThatDetachesOnWrite)
 {
     TimedCache<QVector<int>> listing([this] { return QVector<int>(3, ++refills); }, 1000, &FakeClock::Now);
     QVector<int> copy = listing.GetValue();
@@ -158,7 +158,7 @@ TEST_F(TimedCacheTest, HitSharesTheValueAndAWriteToTheCopyLeavesItAlone)
     EXPECT_EQ(listing.GetValue(), QVector<int>(3, 1));
 }
 
-TEST_F(TimedCacheTest, RefillAloneIsEnoughToMakeACache)
+TEST_F(TimedCacheTest, UsesTheSystemClockByDefault)
 {
     TimedCache<int> real([this] { return ++refills; });
     EXPECT_EQ(real.GetValue(), 1);
@@ -182,7 +182,7 @@ void PrintTo(AgeCase const& age, std::ostream* out)
 class TimedCacheAgeTest : public TimedCacheTest, public testing::WithParamInterface<AgeCase>
 {};
 
-TEST_P(TimedCacheAgeTest, ValueIsKeptUpToItsLimitInWholeSeconds)
+TEST_P(TimedCacheAgeTest, ValueIsFreshUpToTheRateInWholeSeconds)
 {
     TimedCache<int> aging([this] { return ++refills; }, GetParam().rateMsec, &FakeClock::Now);
     aging.GetValue();
@@ -202,7 +202,7 @@ INSTANTIATE_TEST_SUITE_P(Ages,
                                          AgeCase{"ClockBackByJustUnderTwoSeconds", 1000, -1999, true},
                                          AgeCase{"ClockBackByTwoSeconds", 1000, -2000, false},
                                          AgeCase{"ClockBackByAnHour", 1000, -3'600'000, false},
-                                         AgeCase{"RateUnderASecondIsCutToNone", 999, 999, true},
+                                         AgeCase{"RateUnderASecondCountsAsZero", 999, 999, true},
                                          AgeCase{"RateUnderASecondEndsAtASecond", 999, 1000, false},
                                          AgeCase{"RateIsCutToWholeSeconds", 2500, 2999, true},
                                          AgeCase{"RateCutToTwoSecondsEndsAtThree", 2500, 3000, false}),
@@ -225,7 +225,7 @@ TEST_F(TimedCacheTest, ThreadsNeverSeeAHalfWrittenValue)
                 if (thread == 1)
                     FakeClock::Move(700);
                 std::vector<int> const value = listing.GetValue();
-                // Empty when another thread clears between a refill and the reading of the value.
+                // Empty if another thread cleared the cache between the refill and the return.
                 if (!value.empty() && value != std::vector<int>(Length, value.front()))
                     ++broken;
             }

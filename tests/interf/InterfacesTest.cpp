@@ -42,7 +42,7 @@ TYPED_TEST(AnInterface, IsAnAbstractQObject)
     EXPECT_TRUE((std::is_base_of_v<QObject, TypeParam>));
 }
 
-TYPED_TEST(AnInterface, HasAMetaObjectOfItsOwnThatDeclaresNothing)
+TYPED_TEST(AnInterface, HasItsOwnMetaObjectWithoutDeclarations)
 {
     QMetaObject const& meta = TypeParam::staticMetaObject;
     EXPECT_NE(&meta, &QObject::staticMetaObject);
@@ -60,7 +60,7 @@ public:
     bool rollback() override { return false; }
 };
 
-TEST(SpareOperations, OfADatabaseSayOpenAndKnowNoErrorUnlessOverridden)
+TEST(DefaultImplementations, DatabaseIsOpenAndHasNoError)
 {
     Database database;
     EXPECT_TRUE(database.isOpen());
@@ -80,7 +80,7 @@ public:
     int numRowsAffected() override { return 3; }
 };
 
-TEST(SpareOperations, OfAQueryKnowNoErrorAndFinishNothingUnlessOverridden)
+TEST(DefaultImplementations, QueryHasNoErrorAndFinishDoesNothing)
 {
     Query query;
     EXPECT_TRUE(query.lastError().isNull());
@@ -91,7 +91,7 @@ TEST(SpareOperations, OfAQueryKnowNoErrorAndFinishNothingUnlessOverridden)
 static_assert(std::is_same_v<decltype(&IQSqlQueryWrapper::prepare), bool (IQSqlQueryWrapper::*)(QString const&)>);
 static_assert(std::is_same_v<decltype(&IQSqlQueryWrapper::lastError), QString (IQSqlQueryWrapper::*)()>);
 
-TEST(FileConfigOrderByEnum, ValuesAreThoseThatClientsKeep)
+TEST(FileConfigOrderByEnum, ValuesAreThoseThatClientsStore)
 {
     static_assert(std::is_same_v<std::underlying_type_t<FileConfigOrderByEnum>, int>);
     EXPECT_EQ(FileConfigOrderById, 0);

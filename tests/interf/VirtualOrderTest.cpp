@@ -17,9 +17,8 @@
 #include <cstring>
 #include <vector>
 
-/// Clients are built against the order of the virtual operations, so none may move and none come between. Where
-/// pointers to virtual operations hold their place in the virtual table, as they do with GCC and Clang, it is read from
-/// there.
+/// Clients are compiled against the order of the virtual functions, so none may be moved or inserted. GCC and Clang
+/// store a virtual function's index in the pointer to it; the tests read it from there.
 namespace {
 
 using namespace sync::interf;
@@ -28,11 +27,11 @@ using sync::config::DatabaseConfigurationManager;
 #if defined(__GNUC__)
 
 template <class Operation>
-std::ptrdiff_t PlaceOf(Operation operation)
+std::ptrdiff_t IndexOf(Operation operation)
 {
     struct
     {
-        std::ptrdiff_t offset; // in bytes; its lowest bit, or that of the adjustment, marks a virtual operation
+        std::ptrdiff_t offset; // in bytes; the lowest bit of this or of `adjustment` marks a virtual function
         std::ptrdiff_t adjustment;
     } representation;
     static_assert(sizeof representation == sizeof operation);
@@ -41,185 +40,185 @@ std::ptrdiff_t PlaceOf(Operation operation)
     return (representation.offset & ~std::ptrdiff_t(1)) / static_cast<std::ptrdiff_t>(sizeof(void*));
 }
 
-class FirstBehindQObject : public QObject
+class QObjectWithOneVirtual : public QObject
 {
 public:
-    virtual void First() {}
+    virtual void Virtual() {}
 };
 
-/// Places counted from behind those that QObject has.
+/// Indices in the virtual table, counted from the first behind QObject's own.
 template <class... Operation>
-std::vector<std::ptrdiff_t> PlacesOf(Operation... operations)
+std::vector<std::ptrdiff_t> IndicesOf(Operation... operations)
 {
-    std::ptrdiff_t const first = PlaceOf(&FirstBehindQObject::First);
-    return {PlaceOf(operations) - first...};
+    std::ptrdiff_t const first = IndexOf(&QObjectWithOneVirtual::Virtual);
+    return {IndexOf(operations) - first...};
 }
 
-std::vector<std::ptrdiff_t> FirstPlaces(std::ptrdiff_t count)
+std::vector<std::ptrdiff_t> FirstIndices(std::ptrdiff_t count)
 {
-    std::vector<std::ptrdiff_t> places;
-    for (std::ptrdiff_t place = 0; place < count; ++place)
-        places.push_back(place);
-    return places;
+    std::vector<std::ptrdiff_t> indices;
+    for (std::ptrdiff_t index = 0; index < count; ++index)
+        indices.push_back(index);
+    return indices;
 }
 
-TEST(VirtualOrder, OfTheDatabaseFactory)
+TEST(VirtualOrder, DatabaseFactoryKeepsItsOrder)
 {
-    EXPECT_EQ(PlacesOf(&factory::IDatabaseFactory::CreateDatabase, &factory::IDatabaseFactory::CreateQuery),
-              FirstPlaces(2));
+    EXPECT_EQ(IndicesOf(&factory::IDatabaseFactory::CreateDatabase, &factory::IDatabaseFactory::CreateQuery),
+              FirstIndices(2));
 }
 
-TEST(VirtualOrder, OfTheDatabaseHasTwoOperationsAheadOfTheBracket)
+TEST(VirtualOrder, DatabaseKeepsItsOrder)
 {
-    EXPECT_EQ(PlacesOf(&IQSqlDatabaseWrapper::isOpen,
-                       &IQSqlDatabaseWrapper::lastError,
-                       &IQSqlDatabaseWrapper::transaction,
-                       &IQSqlDatabaseWrapper::commit,
-                       &IQSqlDatabaseWrapper::rollback),
-              FirstPlaces(5));
+    EXPECT_EQ(IndicesOf(&IQSqlDatabaseWrapper::isOpen,
+                        &IQSqlDatabaseWrapper::lastError,
+                        &IQSqlDatabaseWrapper::transaction,
+                        &IQSqlDatabaseWrapper::commit,
+                        &IQSqlDatabaseWrapper::rollback),
+              FirstIndices(5));
 }
 
-TEST(VirtualOrder, OfTheQueryHasTwoOperationsBehindExec)
+TEST(VirtualOrder, QueryKeepsItsOrder)
 {
-    EXPECT_EQ(PlacesOf(&IQSqlQueryWrapper::value,
-                       &IQSqlQueryWrapper::next,
-                       &IQSqlQueryWrapper::isValid,
-                       &IQSqlQueryWrapper::prepare,
-                       &IQSqlQueryWrapper::bindValue,
-                       &IQSqlQueryWrapper::exec,
-                       &IQSqlQueryWrapper::lastError,
-                       &IQSqlQueryWrapper::finish,
-                       &IQSqlQueryWrapper::lastInsertId,
-                       &IQSqlQueryWrapper::numRowsAffected),
-              FirstPlaces(10));
+    EXPECT_EQ(IndicesOf(&IQSqlQueryWrapper::value,
+                        &IQSqlQueryWrapper::next,
+                        &IQSqlQueryWrapper::isValid,
+                        &IQSqlQueryWrapper::prepare,
+                        &IQSqlQueryWrapper::bindValue,
+                        &IQSqlQueryWrapper::exec,
+                        &IQSqlQueryWrapper::lastError,
+                        &IQSqlQueryWrapper::finish,
+                        &IQSqlQueryWrapper::lastInsertId,
+                        &IQSqlQueryWrapper::numRowsAffected),
+              FirstIndices(10));
 }
 
-TEST(VirtualOrder, OfTheRefreshObject)
+TEST(VirtualOrder, RefreshObjectKeepsItsOrder)
 {
-    EXPECT_EQ(PlacesOf(&IRefreshNativeFileViewer::Refresh), FirstPlaces(1));
+    EXPECT_EQ(IndicesOf(&IRefreshNativeFileViewer::Refresh), FirstIndices(1));
 }
 
-TEST(VirtualOrder, OfTheServers)
+TEST(VirtualOrder, ServerManagerKeepsItsOrder)
 {
-    EXPECT_EQ(PlacesOf(&IServerConfigManager::GetServerConfigById,
-                       &IServerConfigManager::GetServerConfigByServers,
-                       &IServerConfigManager::GetAll,
-                       &IServerConfigManager::Update,
-                       &IServerConfigManager::Add,
-                       &IServerConfigManager::Remove,
-                       &IServerConfigManager::GetServerConfigByAuthenticationId,
-                       &IServerConfigManager::GetServerConfigByFolderId,
-                       &IServerConfigManager::GetServerConfigByFileId,
-                       &IServerConfigManager::GetDefaultServerConfig),
-              FirstPlaces(10));
+    EXPECT_EQ(IndicesOf(&IServerConfigManager::GetServerConfigById,
+                        &IServerConfigManager::GetServerConfigByServers,
+                        &IServerConfigManager::GetAll,
+                        &IServerConfigManager::Update,
+                        &IServerConfigManager::Add,
+                        &IServerConfigManager::Remove,
+                        &IServerConfigManager::GetServerConfigByAuthenticationId,
+                        &IServerConfigManager::GetServerConfigByFolderId,
+                        &IServerConfigManager::GetServerConfigByFileId,
+                        &IServerConfigManager::GetDefaultServerConfig),
+              FirstIndices(10));
 }
 
-TEST(VirtualOrder, OfTheAccounts)
+TEST(VirtualOrder, AuthenticationManagerKeepsItsOrder)
 {
-    EXPECT_EQ(PlacesOf(&IAuthenticationConfigManager::GetAuthenticationConfigurationByDomainAndUser,
-                       &IAuthenticationConfigManager::GetAuthenticationConfigurationById,
-                       &IAuthenticationConfigManager::GetAll,
-                       &IAuthenticationConfigManager::Update,
-                       &IAuthenticationConfigManager::Add,
-                       &IAuthenticationConfigManager::Remove,
-                       &IAuthenticationConfigManager::GetDistinctAuthenticationConfigurations,
-                       &IAuthenticationConfigManager::UpdatePassword),
-              FirstPlaces(8));
+    EXPECT_EQ(IndicesOf(&IAuthenticationConfigManager::GetAuthenticationConfigurationByDomainAndUser,
+                        &IAuthenticationConfigManager::GetAuthenticationConfigurationById,
+                        &IAuthenticationConfigManager::GetAll,
+                        &IAuthenticationConfigManager::Update,
+                        &IAuthenticationConfigManager::Add,
+                        &IAuthenticationConfigManager::Remove,
+                        &IAuthenticationConfigManager::GetDistinctAuthenticationConfigurations,
+                        &IAuthenticationConfigManager::UpdatePassword),
+              FirstIndices(8));
 }
 
-TEST(VirtualOrder, OfTheProducts)
+TEST(VirtualOrder, ProductManagerKeepsItsOrder)
 {
-    EXPECT_EQ(PlacesOf(&IProductConfigManager::GetProductConfigurationById,
-                       &IProductConfigManager::GetProductConfigurationByServerIdAndConsumerKey,
-                       &IProductConfigManager::GetAll,
-                       &IProductConfigManager::Update,
-                       &IProductConfigManager::Add,
-                       &IProductConfigManager::Remove),
-              FirstPlaces(6));
+    EXPECT_EQ(IndicesOf(&IProductConfigManager::GetProductConfigurationById,
+                        &IProductConfigManager::GetProductConfigurationByServerIdAndConsumerKey,
+                        &IProductConfigManager::GetAll,
+                        &IProductConfigManager::Update,
+                        &IProductConfigManager::Add,
+                        &IProductConfigManager::Remove),
+              FirstIndices(6));
 }
 
-TEST(VirtualOrder, OfTheSchedules)
+TEST(VirtualOrder, ScheduleManagerKeepsItsOrder)
 {
-    EXPECT_EQ(PlacesOf(&IScheduleEntryManager::GetScheduleEntryById,
-                       &IScheduleEntryManager::GetDefaultScheduleEntry,
-                       &IScheduleEntryManager::Update,
-                       &IScheduleEntryManager::Remove),
-              FirstPlaces(4));
+    EXPECT_EQ(IndicesOf(&IScheduleEntryManager::GetScheduleEntryById,
+                        &IScheduleEntryManager::GetDefaultScheduleEntry,
+                        &IScheduleEntryManager::Update,
+                        &IScheduleEntryManager::Remove),
+              FirstIndices(4));
 }
 
-TEST(VirtualOrder, OfTheFolders)
+TEST(VirtualOrder, FolderManagerKeepsItsOrder)
 {
-    EXPECT_EQ(PlacesOf(&IFolderConfigManager::GetFolderConfigurationById,
-                       &IFolderConfigManager::GetFolderConfigurationByServerId,
-                       &IFolderConfigManager::GetFolderConfigurationByClientPath,
-                       &IFolderConfigManager::GetFolderConfigurationByClientPathAndAuthenticationId,
-                       &IFolderConfigManager::GetFolderConfigurationsByAuthenticationId,
-                       &IFolderConfigManager::GetFolderConfigurationsByRootId,
-                       &IFolderConfigManager::GetFolderConfigurationsOfNonExistingRootFolders,
-                       &IFolderConfigManager::GetAll,
-                       &IFolderConfigManager::Update,
-                       &IFolderConfigManager::Add,
-                       &IFolderConfigManager::AddFolderAndParent,
-                       &IFolderConfigManager::Remove,
-                       &IFolderConfigManager::RemoveFolderAndChildren,
-                       &IFolderConfigManager::IsInExistingClientFolder,
-                       &IFolderConfigManager::AncestorOrDescendantOfServerFolderExists,
-                       &IFolderConfigManager::GetAllRootFolders,
-                       &IFolderConfigManager::GetFolderConfigurationByParentId,
-                       &IFolderConfigManager::IsInExistingAuthentication,
-                       &IFolderConfigManager::IsAnyFolderConfigOutOfSync,
-                       &IFolderConfigManager::GetRootFolderConfigurationCount,
-                       &IFolderConfigManager::ClearCaches,
-                       &IFolderConfigManager::CleanRootFolder,
-                       qOverload<QString&>(&IFolderConfigManager::RefreshNativeFileViewer),
-                       qOverload<>(&IFolderConfigManager::RefreshNativeFileViewer)),
-              FirstPlaces(24));
+    EXPECT_EQ(IndicesOf(&IFolderConfigManager::GetFolderConfigurationById,
+                        &IFolderConfigManager::GetFolderConfigurationByServerId,
+                        &IFolderConfigManager::GetFolderConfigurationByClientPath,
+                        &IFolderConfigManager::GetFolderConfigurationByClientPathAndAuthenticationId,
+                        &IFolderConfigManager::GetFolderConfigurationsByAuthenticationId,
+                        &IFolderConfigManager::GetFolderConfigurationsByRootId,
+                        &IFolderConfigManager::GetFolderConfigurationsOfNonExistingRootFolders,
+                        &IFolderConfigManager::GetAll,
+                        &IFolderConfigManager::Update,
+                        &IFolderConfigManager::Add,
+                        &IFolderConfigManager::AddFolderAndParent,
+                        &IFolderConfigManager::Remove,
+                        &IFolderConfigManager::RemoveFolderAndChildren,
+                        &IFolderConfigManager::IsInExistingClientFolder,
+                        &IFolderConfigManager::AncestorOrDescendantOfServerFolderExists,
+                        &IFolderConfigManager::GetAllRootFolders,
+                        &IFolderConfigManager::GetFolderConfigurationByParentId,
+                        &IFolderConfigManager::IsInExistingAuthentication,
+                        &IFolderConfigManager::IsAnyFolderConfigOutOfSync,
+                        &IFolderConfigManager::GetRootFolderConfigurationCount,
+                        &IFolderConfigManager::ClearCaches,
+                        &IFolderConfigManager::CleanRootFolder,
+                        qOverload<QString&>(&IFolderConfigManager::RefreshNativeFileViewer),
+                        qOverload<>(&IFolderConfigManager::RefreshNativeFileViewer)),
+              FirstIndices(24));
 }
 
-TEST(VirtualOrder, OfTheFiles)
+TEST(VirtualOrder, FileManagerKeepsItsOrder)
 {
     using sync::config::FileConfigurationType;
-    EXPECT_EQ(PlacesOf(&IFileConfigManager::GetFileConfigurationById,
-                       &IFileConfigManager::GetFileConfigurationByServerId,
-                       &IFileConfigManager::GetBaseFileConfigurationById,
-                       &IFileConfigManager::GetGeneratedFileConfigurationById,
-                       &IFileConfigManager::GetFileConfigurationByClientPath,
-                       &IFileConfigManager::GetAllFileConfigurationsByClientPath,
-                       &IFileConfigManager::GetFileConfigurationsOfNonExistingRootFolders,
-                       &IFileConfigManager::GetGeneratedFileConfigurationByClientPath,
-                       &IFileConfigManager::GetFileConfigurationByClientPathAndAuthenticationId,
-                       &IFileConfigManager::GetFileConfigurationByServerPathAndAuthenticationId,
-                       &IFileConfigManager::GetFileConfigurationsByFolderId,
-                       qOverload<int, FileConfigurationType>(&IFileConfigManager::GetFileConfigurationsByRootFolderId),
-                       qOverload<int, FileConfigOrderByEnum>(&IFileConfigManager::GetFileConfigurationsByRootFolderId),
-                       &IFileConfigManager::GetFileConfigurationsWithSyncOption,
-                       &IFileConfigManager::GetGeneratedFileConfigurationsByRootFolderId,
-                       &IFileConfigManager::GetFileConfigurationsByFolderIdAndSyncStatus,
-                       &IFileConfigManager::GetGeneratedFileConfigurationsByParentFileId,
-                       qOverload<FileConfigurationType>(&IFileConfigManager::GetAll),
-                       qOverload<>(&IFileConfigManager::GetAll),
-                       &IFileConfigManager::Update,
-                       &IFileConfigManager::Add,
-                       &IFileConfigManager::RemoveFileConfigurationAndLinkedConfigurations,
-                       &IFileConfigManager::RemoveBaseFileConfiguration,
-                       &IFileConfigManager::RemoveGeneratedFileConfiguration,
-                       &IFileConfigManager::RemoveByFolderConfigurationId,
-                       &IFileConfigManager::RemoveGeneratedFileConfigurationsByRootFolderId,
-                       &IFileConfigManager::RemoveGeneratedFileConfigurationsByRootFolderIdAndSyncStatus,
-                       &IFileConfigManager::UpdateSyncStatusFromSyncingToNotSynced,
-                       &IFileConfigManager::GetBaseFileConfigurationByParentFileId,
-                       &IFileConfigManager::GetFileConfiguration,
-                       &IFileConfigManager::transaction,
-                       &IFileConfigManager::commit,
-                       &IFileConfigManager::rollback),
-              FirstPlaces(33));
+    EXPECT_EQ(IndicesOf(&IFileConfigManager::GetFileConfigurationById,
+                        &IFileConfigManager::GetFileConfigurationByServerId,
+                        &IFileConfigManager::GetBaseFileConfigurationById,
+                        &IFileConfigManager::GetGeneratedFileConfigurationById,
+                        &IFileConfigManager::GetFileConfigurationByClientPath,
+                        &IFileConfigManager::GetAllFileConfigurationsByClientPath,
+                        &IFileConfigManager::GetFileConfigurationsOfNonExistingRootFolders,
+                        &IFileConfigManager::GetGeneratedFileConfigurationByClientPath,
+                        &IFileConfigManager::GetFileConfigurationByClientPathAndAuthenticationId,
+                        &IFileConfigManager::GetFileConfigurationByServerPathAndAuthenticationId,
+                        &IFileConfigManager::GetFileConfigurationsByFolderId,
+                        qOverload<int, FileConfigurationType>(&IFileConfigManager::GetFileConfigurationsByRootFolderId),
+                        qOverload<int, FileConfigOrderByEnum>(&IFileConfigManager::GetFileConfigurationsByRootFolderId),
+                        &IFileConfigManager::GetFileConfigurationsWithSyncOption,
+                        &IFileConfigManager::GetGeneratedFileConfigurationsByRootFolderId,
+                        &IFileConfigManager::GetFileConfigurationsByFolderIdAndSyncStatus,
+                        &IFileConfigManager::GetGeneratedFileConfigurationsByParentFileId,
+                        qOverload<FileConfigurationType>(&IFileConfigManager::GetAll),
+                        qOverload<>(&IFileConfigManager::GetAll),
+                        &IFileConfigManager::Update,
+                        &IFileConfigManager::Add,
+                        &IFileConfigManager::RemoveFileConfigurationAndLinkedConfigurations,
+                        &IFileConfigManager::RemoveBaseFileConfiguration,
+                        &IFileConfigManager::RemoveGeneratedFileConfiguration,
+                        &IFileConfigManager::RemoveByFolderConfigurationId,
+                        &IFileConfigManager::RemoveGeneratedFileConfigurationsByRootFolderId,
+                        &IFileConfigManager::RemoveGeneratedFileConfigurationsByRootFolderIdAndSyncStatus,
+                        &IFileConfigManager::UpdateSyncStatusFromSyncingToNotSynced,
+                        &IFileConfigManager::GetBaseFileConfigurationByParentFileId,
+                        &IFileConfigManager::GetFileConfiguration,
+                        &IFileConfigManager::transaction,
+                        &IFileConfigManager::commit,
+                        &IFileConfigManager::rollback),
+              FirstIndices(33));
 }
 
-TEST(VirtualOrder, OfTheManagersBaseIsDestructorThenReadingThenWriting)
+TEST(VirtualOrder, ManagersBaseKeepsItsOrder)
 {
-    std::ptrdiff_t const destructors = 2; // that of an object and that of one on the heap
-    EXPECT_EQ(PlaceOf(&DatabaseConfigurationManager::ToNameValuePropertyMap), destructors);
-    EXPECT_EQ(PlaceOf(&DatabaseConfigurationManager::ToNameValuePropertyString), destructors + 1);
+    std::ptrdiff_t const destructors = 2; // the complete-object and the deleting destructor
+    EXPECT_EQ(IndexOf(&DatabaseConfigurationManager::ToNameValuePropertyMap), destructors);
+    EXPECT_EQ(IndexOf(&DatabaseConfigurationManager::ToNameValuePropertyString), destructors + 1);
 }
 
 TEST(VirtualOrder, OfTheFileManagersOwnOperationIsDirectlyBehindThoseOfItsBase)
