@@ -221,11 +221,11 @@ TEST(VirtualOrder, ManagersBaseKeepsItsOrder)
     EXPECT_EQ(IndexOf(&DatabaseConfigurationManager::ToNameValuePropertyString), destructors + 1);
 }
 
-TEST(VirtualOrder, OfTheFileManagersOwnOperationIsDirectlyBehindThoseOfItsBase)
+TEST(VirtualOrder, FileManagersOwnFunctionFollowsThoseOfItsBase)
 {
     using sync::config::FileConfigManager;
-    EXPECT_EQ(PlaceOf(&FileConfigManager::RemoveByRootFolderId),
-              PlaceOf(&DatabaseConfigurationManager::ToNameValuePropertyString) + 1);
+    EXPECT_EQ(IndexOf(&FileConfigManager::RemoveByRootFolderId),
+              IndexOf(&DatabaseConfigurationManager::ToNameValuePropertyString) + 1);
 }
 
 #endif
