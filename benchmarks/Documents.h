@@ -5,8 +5,8 @@
 
 namespace sync::benchmarks {
 
-/// The documents inside the columns, written and read by the library's own code for all contestants: what is measured
-/// is the way to the store and back.
+/// Writes and reads the documents inside columns. All backends use the library's own code for it, because the
+/// comparison is about access to the store.
 class Documents
 {
 public:

@@ -2,16 +2,23 @@
 
 #include <QString>
 
+#include <cstdio>
+#include <cstdlib>
+
 namespace sync::benchmarks {
 
-/// Ends the program with a line on standard error: a benchmark of something that failed measures nothing.
-[[noreturn]] void Fail(QString const& reason);
-
-/// Fails unless it holds. For answers that a contestant has to get right.
-inline void Require(bool holds, char const* what)
+/// Prints the reason on standard error and ends the program: a failed operation has no meaningful time.
+[[noreturn]] inline void Fail(QString const& reason)
 {
-    if (!holds)
-        Fail(QString::fromLatin1(what));
+    std::fprintf(stderr, "benchmarks: %s\n", qPrintable(reason));
+    std::exit(EXIT_FAILURE);
+}
+
+/// Calls `Fail` with the text unless the condition holds.
+inline void Require(bool condition, char const* otherwise)
+{
+    if (!condition)
+        Fail(QString::fromLatin1(otherwise));
 }
 
 } // namespace sync::benchmarks

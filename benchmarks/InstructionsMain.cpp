@@ -1,12 +1,11 @@
-// Runs key operations, each in a stretch of its own, for callgrind to count. The script beside this starts it.
+// Runs five operations under callgrind and has it count the instructions of each. Started by the script `instructions`.
 
 #include "benchmarks/Failure.h"
-#include "benchmarks/ManagersContestant.h"
+#include "benchmarks/ManagersBackend.h"
 #include "benchmarks/SampleRecords.h"
 #include "benchmarks/SampleStore.h"
-#include "benchmarks/SqlContestant.h"
-#include "benchmarks/SqliteEngine.h"
-#include "config/FolderCaches.h"
+#include "benchmarks/SqlBackend.h"
+#include "benchmarks/SqliteApi.h"
 
 #include <QString>
 #include <QTextStream>
@@ -24,15 +23,15 @@ namespace {
 using namespace sync::benchmarks;
 
 constexpr int Files = 2000;
-constexpr int Repetitions = 40; // and as many before, which aren't counted
+constexpr int Repetitions = 40; // counted, after as many that are not
 
-using Run = std::function<void(Contestant&)>;
+using Run = std::function<void(Backend&)>;
 
 struct Operation
 {
     char const* name;
-    bool inBracket;
-    /// Makes a run with what it is called with; given a number that comes once.
+    bool inTransaction;
+    /// Makes one run with its key from a unique number.
     std::function<Run(int)> prepare;
 };
 
@@ -42,15 +41,15 @@ std::vector<Operation> OperationsOn(SampleRecords const& records)
         {"look-up by path",
          false,
          [=](int number) -> Run {
-             return [path = records.FilePath(Scattered(number, Files))](Contestant& store) {
-                 Require(store.FileByPath(path).id > 0, "a file was not found");
+             return [path = records.FilePath(Scattered(number, Files))](Backend& backend) {
+                 Require(backend.FileByPath(path).id > 0, "a file was not found");
              };
          }},
         {"listing",
          false,
          [=](int number) -> Run {
-             return [id = 1 + records.FolderWithFiles(number)](Contestant& store) {
-                 Require(store.FilesOfFolder(id).size() > 0, "a folder has no files");
+             return [id = 1 + records.FolderWithFiles(number)](Backend& backend) {
+                 Require(backend.FilesOfFolder(id).size() > 0, "a folder has no files");
              };
          }},
         {"update",
@@ -59,18 +58,18 @@ std::vector<Operation> OperationsOn(SampleRecords const& records)
              auto file = records.File(Scattered(number, Files));
              file.id = 1 + Scattered(number, Files);
              file.size += number;
-             return [file](Contestant& store) { store.UpdateFile(file); };
+             return [file](Backend& backend) { backend.UpdateFile(file); };
          }},
         {"add",
          true,
          [=](int number) -> Run {
-             return [file = records.File(Files + number)](Contestant& store) mutable { store.AddFile(file); };
+             return [file = records.File(Files + number)](Backend& backend) mutable { backend.AddFile(file); };
          }},
         {"path in a root",
          false,
          [=](int number) -> Run {
-             return [path = records.FilePath(Scattered(number, Files))](Contestant& store) {
-                 Require(store.IsInRoot(path), "a path lies in no root");
+             return [path = records.FilePath(Scattered(number, Files))](Backend& backend) {
+                 Require(backend.IsInRoot(path), "a path lies in no root");
              };
          }},
     };
@@ -84,28 +83,29 @@ std::vector<Run> PrepareFrom(int first, Operation const& operation)
     return runs;
 }
 
-void RunAll(std::vector<Run> const& runs, Operation const& operation, Contestant& store)
+void RunAll(std::vector<Run> const& runs, Operation const& operation, Backend& backend)
 {
-    if (operation.inBracket)
-        store.Begin();
+    if (operation.inTransaction)
+        backend.Begin();
     for (Run const& run : runs)
-        run(store);
-    if (operation.inBracket)
-        store.Commit();
+        run(backend);
+    if (operation.inTransaction)
+        backend.Commit();
 }
 
-void Count(Operation const& operation, Contestant& store)
+void Count(Operation const& operation, Backend& backend)
 {
-    RunAll(PrepareFrom(0, operation), operation, store);
+    backend.AllFolders(); // empties the cache of roots: the next run fills it, and it does not expire while counting
+    RunAll(PrepareFrom(0, operation), operation, backend);
     std::vector<Run> const runs = PrepareFrom(Repetitions, operation);
     CALLGRIND_START_INSTRUMENTATION;
     CALLGRIND_ZERO_STATS;
-    RunAll(runs, operation, store);
+    RunAll(runs, operation, backend);
     CALLGRIND_DUMP_STATS_AT(operation.name);
     CALLGRIND_STOP_INSTRUMENTATION;
 }
 
-/// What the counts depend on beside our own code.
+/// Identifies the build: the counts also depend on compiler, Qt and SQLite.
 QString Environment()
 {
     return QStringLiteral("%1, GCC %2, Qt %3, SQLite %4")
@@ -117,22 +117,20 @@ QString Environment()
 
 } // namespace
 
-/// Arguments: a directory for the store, and "by hand" for SQLite's C interface instead of the managers. Without
-/// arguments it prints the environment, and how often each operation runs.
+/// Arguments: a directory for the store, and optionally "by hand" for SQLite's C interface instead of the managers.
+/// Without arguments the program prints the environment and the number of runs per operation.
 int main(int argc, char** argv)
 {
     if (argc < 2) {
         QTextStream(stdout) << Environment() << '\n' << Repetitions << '\n';
         return EXIT_SUCCESS;
     }
-    sync::config::FolderCaches::UseClock([]() -> qint64 { return 1600000000000; }); // no listing ages while it counts
-
     SampleStore store(QString::fromLocal8Bit(argv[1]), SampleRecords::OfFiles(Files));
-    bool const byHand = argc > 2 && QLatin1String(argv[2]) == NameOf(Entrant::ByHand);
-    std::unique_ptr<Contestant> const contestant =
-        byHand ? std::make_unique<SqlContestant<SqliteEngine>>(store.CopyFor(Entrant::ByHand))
-               : EnterManagers(store.CopyFor(Entrant::Managers));
+    bool const byHand = argc > 2 && QLatin1String(argv[2]) == NameOf(BackendKind::ByHand);
+    std::unique_ptr<Backend> const backend =
+        byHand ? std::make_unique<SqlBackend<SqliteApi>>(store.CopyFor(BackendKind::ByHand))
+               : OpenManagersBackend(store.CopyFor(BackendKind::Managers));
     for (Operation const& operation : OperationsOn(store.records()))
-        Count(operation, *contestant);
+        Count(operation, *backend);
     return EXIT_SUCCESS;
 }

@@ -1,16 +1,13 @@
-#include "benchmarks/Agreement.h"
-#include "benchmarks/Cases.h"
 #include "benchmarks/Failure.h"
-#include "benchmarks/Indices.h"
+#include "benchmarks/IndexCosts.h"
 #include "benchmarks/Report.h"
 #include "benchmarks/Runner.h"
-#include "benchmarks/StoreSizes.h"
+#include "benchmarks/Workloads.h"
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
-#include <QElapsedTimer>
+#include <QMap>
 #include <QRegularExpression>
-#include <QTextStream>
 
 #include <algorithm>
 #include <cstdio>
@@ -19,12 +16,13 @@ namespace {
 
 using namespace sync::benchmarks;
 
-/// Roots are removed one in each pass, and the samples have ten.
-constexpr int MostRepetitions = 9;
-/// Copying a store for each case is quick below this; above it, what a case adds to it counts for nothing.
-constexpr qint64 BytesWorthSparing = 256 << 20;
+/// Each pass removes a root, and the samples have ten.
+constexpr int MaximumRepetitions = 9;
+/// Below this size, a case that changes the store gets fresh copies. Copying a larger store takes too long, and the
+/// rows that a case adds to it do not matter.
+constexpr qint64 MaximumBytesToCopyAgain = 256 << 20;
 
-struct Choice
+struct Options
 {
     QVector<int> sizes;
     int repetitions = 5;
@@ -32,62 +30,8 @@ struct Choice
     QRegularExpression names;
     QString directory;
 
-    bool Takes(Case const& benchmark) const { return names.match(benchmark.name()).hasMatch(); }
+    bool Select(Case const& benchmark) const { return names.match(benchmark.name()).hasMatch(); }
 };
-
-void RunSuite(Suite const& suite, Choice const& choice, Report& report)
-{
-    bool const wanted =
-        std::any_of(suite.cases.begin(), suite.cases.end(), [&](Case const& each) { return choice.Takes(each); });
-    if (!wanted)
-        return;
-    SampleStore store(choice.directory, suite.records);
-    RequireAgreement(store);
-    bool changed = false;
-    for (Case const& each : suite.cases) {
-        if (!choice.Takes(each))
-            continue;
-        QElapsedTimer timer;
-        timer.start();
-        if (changed && each.changesStore && store.bytes() < BytesWorthSparing)
-            store.Renew();
-        report.results.push_back(Run(each, store, choice.repetitions, choice.clock));
-        changed = changed || each.changesStore;
-        std::fprintf(stderr, "%s (%lld s)\n", qPrintable(each.name()), static_cast<long long>(timer.elapsed() / 1000));
-    }
-    if (choice.sizes.contains(suite.records.fileCount())) {
-        double const bytes =
-            double(BytesOf(QStringLiteral("FileConfiguration"), SizesIn(store.path()))) / suite.records.fileCount();
-        report.notes.push_back({QStringLiteral("A stored file row takes %1 bytes at %2 rows, indices included.")
-                                    .arg(bytes, 0, 'f', 0)
-                                    .arg(suite.records.fileCount()),
-                                QStringLiteral("bytesOfFileRow/%1").arg(suite.records.fileCount()),
-                                bytes});
-    }
-}
-
-/// How much more four threads read than one, from the two results that tell.
-void NoteThreads(Report& report)
-{
-    std::vector<Note> notes;
-    for (Result const& one : report.results) {
-        if (!one.workload.endsWith(QStringLiteral("threads: 1")))
-            continue;
-        QString const fourThreads = one.workload.chopped(1) + QLatin1Char('4');
-        for (Result const& four : report.results) {
-            if (four.workload != fourThreads || four.rows != one.rows)
-                continue;
-            double const factor =
-                one.measurements.at(Entrant::Managers).median() / four.measurements.at(Entrant::Managers).median();
-            notes.push_back({QStringLiteral("At %1 rows, 4 reading threads read %2 times as much as one.")
-                                 .arg(one.rows)
-                                 .arg(factor, 0, 'f', 2),
-                             QStringLiteral("readersOfFour/%1").arg(one.rows),
-                             factor});
-        }
-    }
-    report.notes.insert(report.notes.end(), notes.begin(), notes.end());
-}
 
 QVector<int> Sizes(QString const& text)
 {
@@ -96,9 +40,24 @@ QVector<int> Sizes(QString const& text)
         bool isNumber = false;
         sizes.append(size.toInt(&isNumber));
         if (!isNumber || sizes.last() < 1000)
-            Fail(QStringLiteral("--rows takes numbers from 1000 on, with commas between them"));
+            Fail(QStringLiteral("--rows takes numbers from 1000 on, separated by commas"));
     }
     return sizes;
+}
+
+std::vector<Suite> SelectedSuites(Options const& options)
+{
+    std::vector<Suite> suites = AllSuites(options.sizes, options.repetitions + 1);
+    for (Suite& suite : suites)
+        suite.cases.erase(std::remove_if(suite.cases.begin(),
+                                         suite.cases.end(),
+                                         [&](Case const& each) { return !options.Select(each); }),
+                          suite.cases.end());
+    suites.erase(std::remove_if(suites.begin(), suites.end(), [](Suite const& suite) { return suite.cases.empty(); }),
+                 suites.end());
+    if (suites.empty())
+        Fail(QStringLiteral("no case has such a name; --list prints the names"));
+    return suites;
 }
 
 } // namespace
@@ -108,70 +67,86 @@ int main(int argc, char** argv)
     QCoreApplication const application(argc, argv);
     QCommandLineParser parser;
     parser.setApplicationDescription(
-        QStringLiteral("Compares the managers with SQLite's C interface by hand and with Qt SQL."));
+        QStringLiteral("Measures the managers, SQLite's C interface by hand and Qt SQL on the same workloads."));
     parser.addHelpOption();
-    QCommandLineOption const json(QStringLiteral("json"), QStringLiteral("Print JSON."));
-    QCommandLineOption const quick(QStringLiteral("quick"), QStringLiteral("Take 1,000 and 10,000 rows only."));
-    QCommandLineOption const list(QStringLiteral("list"), QStringLiteral("Print the cases' names, run nothing."));
-    QCommandLineOption const indices(QStringLiteral("indices"), QStringLiteral("Print what each index costs instead."));
+    QCommandLineOption const json(
+        QStringLiteral("json"),
+        QStringLiteral("Print all results as JSON at the end, and a line per case on standard error."));
+    QCommandLineOption const quick(QStringLiteral("quick"), QStringLiteral("The same as --rows 1000,10000."));
+    QCommandLineOption const list(QStringLiteral("list"), QStringLiteral("Print the names of the cases and run none."));
+    QCommandLineOption const indices(QStringLiteral("indices"),
+                                     QStringLiteral("Measure what each index costs, and nothing else."));
     QCommandLineOption const cases(QStringLiteral("cases"),
                                    QStringLiteral("Run the cases whose names match this expression."),
                                    QStringLiteral("EXPRESSION"));
     QCommandLineOption const rows(QStringLiteral("rows"),
-                                  QStringLiteral("Take these numbers of rows."),
+                                  QStringLiteral("Use stores with these numbers of rows."),
                                   QStringLiteral("NUMBER,..."),
                                   QStringLiteral("1000,10000,100000,1000000"));
     QCommandLineOption const repetitions(QStringLiteral("repetitions"),
-                                         QStringLiteral("Repeat so often at least, 5 to 9 times."),
+                                         QStringLiteral("Run at least this number of passes per case, 5 to 9."),
                                          QStringLiteral("NUMBER"),
                                          QStringLiteral("5"));
     QCommandLineOption const processorTime(
         QStringLiteral("processor-time"),
-        QStringLiteral("Compare processor time instead of elapsed time: on a busy machine. Leaves the disk out."));
+        QStringLiteral("Measure processor time instead of elapsed time, for a busy machine. Excludes the disk."));
     QCommandLineOption const directory(
         QStringLiteral("directory"),
-        QStringLiteral("Make the stores below this directory, on a real disk. Without it "
-                       "they are made beside the program, and not among the sources."),
+        QStringLiteral("Make the stores below this directory, which should be on a disk. The default is "
+                       "the program's own directory."),
         QStringLiteral("DIRECTORY"),
         QCoreApplication::applicationDirPath());
     parser.addOptions({json, quick, list, indices, cases, rows, repetitions, processorTime, directory});
     parser.process(application);
 
-    Choice choice;
-    choice.sizes = Sizes(parser.isSet(quick) ? QStringLiteral("1000,10000") : parser.value(rows));
-    choice.repetitions = parser.value(repetitions).toInt();
-    choice.clock = parser.isSet(processorTime) ? Clock::Processor : Clock::Elapsed;
-    choice.names = QRegularExpression(parser.value(cases));
-    choice.directory = parser.value(directory);
-    if (choice.repetitions < 5 || choice.repetitions > MostRepetitions)
+    Options options;
+    options.sizes = Sizes(parser.isSet(quick) ? QStringLiteral("1000,10000") : parser.value(rows));
+    options.repetitions = parser.value(repetitions).toInt();
+    options.clock = parser.isSet(processorTime) ? Clock::Processor : Clock::Elapsed;
+    options.names = QRegularExpression(parser.value(cases));
+    options.directory = parser.value(directory);
+    if (options.repetitions < 5 || options.repetitions > MaximumRepetitions)
         Fail(QStringLiteral("--repetitions takes 5 to 9"));
-    if (!choice.names.isValid())
-        Fail(QStringLiteral("--cases: %1").arg(choice.names.errorString()));
+    if (!options.names.isValid())
+        Fail(QStringLiteral("--cases: %1").arg(options.names.errorString()));
 
-    QTextStream out(stdout);
-    out.setCodec("UTF-8");
     if (parser.isSet(indices)) {
-        out << CostOfIndices(choice.directory, parser.isSet(quick) ? 10000 : 100000, choice.repetitions);
+        QString const table = IndexCosts(options.directory, parser.isSet(quick) ? 10000 : 100000, options.repetitions);
+        std::fputs(table.toUtf8().constData(), stdout);
         return EXIT_SUCCESS;
     }
-
-    auto const suites = AllSuites(choice.sizes, choice.repetitions + 1);
+    std::vector<Suite> const suites = SelectedSuites(options);
     if (parser.isSet(list)) {
         for (Suite const& suite : suites)
             for (Case const& each : suite.cases)
-                if (choice.Takes(each))
-                    out << each.name() << '\n';
+                std::puts(qPrintable(each.name()));
         return EXIT_SUCCESS;
     }
-    Report report;
-    for (Suite const& suite : suites)
-        RunSuite(suite, choice, report);
-    if (report.results.empty())
-        Fail(QStringLiteral("no case has such a name; --list tells which there are"));
-    if (choice.clock == Clock::Elapsed)
-        NoteThreads(report);
-    else
-        report.notes.push_back({QStringLiteral("Times are processor time."), QStringLiteral("processorTime"), 1});
-    out << (parser.isSet(json) ? ToJson(report) : ToText(report));
+
+    std::vector<Result> results;
+    QMap<int, double> bytesOfFileRow;
+    for (Suite const& suite : suites) {
+        SampleStore store(options.directory, suite.records);
+        RequireSameRecords(store);
+        bool changed = false;
+        for (Case const& each : suite.cases) {
+            if (changed && each.changesStore && store.bytes() < MaximumBytesToCopyAgain)
+                store.RemoveCopies();
+            results.push_back(Run(each, store, options.repetitions, options.clock));
+            changed = changed || each.changesStore;
+            std::fprintf(parser.isSet(json) ? stderr : stdout,
+                         "%s: managers %.2f µs, by hand %.2f µs, ratio %.2f\n",
+                         qPrintable(each.name()),
+                         Median(results.back().measurements.at(BackendKind::Managers).microseconds),
+                         Median(results.back().measurements.at(BackendKind::ByHand).microseconds),
+                         MedianRatio(results.back(), BackendKind::Managers, BackendKind::ByHand));
+            std::fflush(stdout);
+        }
+        int const files = suite.records.fileCount();
+        if (options.sizes.contains(files))
+            bytesOfFileRow[files] = double(store.BytesOf(QStringLiteral("FileConfiguration"))) / files;
+    }
+    if (parser.isSet(json))
+        std::fputs(ToJson(results, options.clock, bytesOfFileRow).constData(), stdout);
     return EXIT_SUCCESS;
 }

@@ -4,10 +4,10 @@
 #include "benchmarks/PrivateMembers.h"
 #include "config/FileConfiguration.h"
 
-/// Records into statements and out of rows, for every contestant without managers.
+/// Binds records to statements and reads them from rows, for the backends without managers.
 ///
-/// A `Statement` has `Bind(placeholder, value)`, called in the order in which the placeholders first stand in the text,
-/// and for the row it is on `Int`, `Long`, `Text` and `Time` by column.
+/// `Statement` has `Bind(placeholder, value)`, called in the order of the placeholders' first occurrence in the text,
+/// and reads the current row by column number with `Int`, `Long`, `Text` and `Time`.
 namespace sync::benchmarks {
 
 template <class Statement>

@@ -1,62 +1,98 @@
 #include "benchmarks/Runner.h"
 
-#include "benchmarks/PeakMemory.h"
+#include "benchmarks/Failure.h"
+#include "benchmarks/RecordColumns.h"
+
+#include <QByteArray>
+#include <QFile>
+#include <QStringList>
+#include <QVariant>
+
+#include <malloc.h>
 
 #include <algorithm>
+#include <ctime>
 #include <memory>
-#include <string>
 
 namespace sync::benchmarks {
 
 namespace {
 
-/// In which passes are added, in seconds of all entrants' work, and how many at most.
-constexpr double TimeToFill = 3;
-constexpr int MostPasses = 25;
+/// Passes are added until all backends together have run for so many seconds, up to a number of passes: a disturbance
+/// weighs more in a short pass.
+constexpr double SecondsToFill = 3;
+constexpr int MaximumPasses = 25;
 
-/// Takes what Google Benchmark measured, and prints nothing.
-class Stopwatch : public benchmark::BenchmarkReporter
+/// Takes the place of a statement and keeps a record's columns as text.
+struct ColumnTexts
 {
-public:
-    explicit Stopwatch(Clock clock)
-        : _clock(clock)
-    {}
-
-    double Seconds(std::string const& name, std::function<void()> const& measured)
+    template <class Value>
+    void Bind(QString const& placeholder, Value const& value)
     {
-        benchmark::ClearRegisteredBenchmarks();
-        benchmark::RegisterBenchmark(name.c_str(),
-                                     [&](benchmark::State& state) {
-                                         for ([[maybe_unused]] auto const iteration : state)
-                                             measured();
-                                     })
-            ->Iterations(1)
-            ->UseRealTime()
-            ->MeasureProcessCPUTime();
-        benchmark::RunSpecifiedBenchmarks(this);
-        return _seconds;
+        texts.append(placeholder + QLatin1Char('=') + QVariant(value).toString());
     }
 
-    bool ReportContext(Context const&) override { return true; }
-    void ReportRuns(std::vector<Run> const& runs) override
-    {
-        Run const& run = runs.front();
-        _seconds = _clock == Clock::Elapsed ? run.real_accumulated_time : run.cpu_accumulated_time;
-    }
-
-private:
-    Clock const _clock;
-    double _seconds = 0;
+    QStringList texts;
 };
 
-std::vector<std::unique_ptr<Participant>> ParticipantsOf(Case const& benchmark, SampleStore& store)
+template <class Record>
+QStringList ColumnsOf(Record const& record)
 {
-    std::vector<std::unique_ptr<Participant>> participants;
-    for (Entrant const entrant : Entrants)
-        if (benchmark.concernsSql || entrant == Entrant::Managers || entrant == Entrant::ByHand)
-            participants.push_back(std::make_unique<Participant>(entrant, store.CopyFor(entrant)));
-    return participants;
+    Documents documents;
+    ColumnTexts columns;
+    Bind(columns, record, documents);
+    return columns.texts;
 }
+
+QStringList ReadSamples(BackendKind kind, SampleStore& store)
+{
+    constexpr int samples = 20;
+    auto const backend = OpenBackend(kind, store.CopyFor(kind));
+    QStringList texts;
+    for (int choice = 0; choice < samples; ++choice) {
+        texts += ColumnsOf(backend->FolderById(1 + Scattered(choice, store.records().folderCount())));
+        if (store.records().fileCount() > 0)
+            texts += ColumnsOf(backend->FileById(1 + Scattered(choice, store.records().fileCount())));
+    }
+    return texts;
+}
+
+double Seconds(Clock clock)
+{
+    timespec time = {};
+    ::clock_gettime(clock == Clock::Elapsed ? CLOCK_MONOTONIC : CLOCK_PROCESS_CPUTIME_ID, &time);
+    return double(time.tv_sec) + double(time.tv_nsec) * 1e-9;
+}
+
+/// Returns a size in bytes from /proc/self/status.
+qint64 ProcessStatus(char const* key)
+{
+    QFile status(QStringLiteral("/proc/self/status"));
+    if (!status.open(QIODevice::ReadOnly))
+        return 0;
+    for (QByteArray const& line : status.readAll().split('\n'))
+        if (line.startsWith(key))
+            return line.simplified().split(' ').value(1).toLongLong() * 1024;
+    return 0;
+}
+
+/// Resets the peak of the process's resident memory and returns the current size, or 0 where that is impossible.
+/// Memory that was freed goes back to the system first, because it would hide later use.
+qint64 ResetPeakMemory()
+{
+    ::malloc_trim(0);
+    QFile references(QStringLiteral("/proc/self/clear_refs"));
+    if (!references.open(QIODevice::WriteOnly | QIODevice::Unbuffered) || references.write("5") != 1)
+        return 0;
+    return ProcessStatus("VmRSS:");
+}
+
+struct Turn
+{
+    BackendKind kind;
+    QString path;
+    std::unique_ptr<Backend> backend = nullptr;
+};
 
 } // namespace
 
@@ -67,38 +103,60 @@ double Median(std::vector<double> values)
     return values.size() % 2 == 1 ? values[middle] : (values[middle - 1] + values[middle]) / 2;
 }
 
-double Measurement::median() const
+double MedianRatio(Result const& result, BackendKind numerator, BackendKind denominator)
 {
-    return Median(microseconds);
+    std::vector<double> ratios = result.measurements.at(numerator).microseconds;
+    std::vector<double> const& denominators = result.measurements.at(denominator).microseconds;
+    for (std::size_t pass = 0; pass < ratios.size(); ++pass)
+        ratios[pass] /= denominators[pass];
+    return Median(std::move(ratios));
+}
+
+void RequireSameRecords(SampleStore& store)
+{
+    QStringList const expected = ReadSamples(BackendKind::Managers, store);
+    for (BackendKind const kind : BackendKinds) {
+        QStringList const texts = ReadSamples(kind, store);
+        for (int i = 0; i < expected.size(); ++i)
+            if (texts.value(i) != expected[i])
+                Fail(QStringLiteral("%1 reads \"%2\" where the managers read \"%3\"")
+                         .arg(NameOf(kind), texts.value(i), expected[i]));
+    }
 }
 
 Result Run(Case const& benchmark, SampleStore& store, int repetitions, Clock clock)
 {
     Result result{benchmark.workload, benchmark.rows, benchmark.operations, benchmark.limit, {}};
-    auto participants = ParticipantsOf(benchmark, store);
+    std::vector<Turn> turns;
+    for (BackendKind const kind : BackendKinds)
+        if (benchmark.includesQtSql || kind == BackendKind::Managers || kind == BackendKind::ByHand)
+            turns.push_back({kind, store.CopyFor(kind)});
 
     benchmark.prepare(0);
-    for (auto const& participant : participants) {
-        benchmark.reset(*participant);
-        PeakMemory const memory;
-        benchmark.run(*participant);
-        result.measurements[participant->entrant].peakBytes = memory.beyondStart();
+    for (Turn& turn : turns) {
+        benchmark.reset(turn.path);
+        qint64 const memory = ResetPeakMemory();
+        turn.backend = OpenBackend(turn.kind, turn.path);
+        benchmark.run(*turn.backend);
+        if (memory > 0)
+            result.measurements[turn.kind].peakBytes = std::max<qint64>(0, ProcessStatus("VmHWM:") - memory);
     }
 
-    Stopwatch stopwatch(clock);
     double filled = 0;
-    auto const takesMore = [&](int pass) { return benchmark.goesOn && filled < TimeToFill && pass <= MostPasses; };
-    for (int pass = 1; pass <= repetitions || takesMore(pass); ++pass) {
+    auto const addPass = [&](int pass) {
+        return benchmark.canRepeatMore && filled < SecondsToFill && pass <= MaximumPasses;
+    };
+    for (int pass = 1; pass <= repetitions || addPass(pass); ++pass) {
         benchmark.prepare(pass);
-        for (auto const& participant : participants) {
-            benchmark.reset(*participant);
-            double const seconds =
-                stopwatch.Seconds(benchmark.name().toStdString(), [&] { benchmark.run(*participant); });
-            result.measurements[participant->entrant].microseconds.push_back(seconds * 1e6 /
-                                                                             double(benchmark.operations));
+        for (Turn& turn : turns) {
+            benchmark.reset(turn.path);
+            double const start = Seconds(clock);
+            benchmark.run(*turn.backend);
+            double const seconds = Seconds(clock) - start;
+            result.measurements[turn.kind].microseconds.push_back(seconds * 1e6 / double(benchmark.operations));
             filled += seconds;
         }
-        std::rotate(participants.begin(), participants.begin() + 1, participants.end());
+        std::rotate(turns.begin(), turns.begin() + 1, turns.end());
     }
     return result;
 }

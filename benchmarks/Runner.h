@@ -1,7 +1,7 @@
 #pragma once
 
-#include "benchmarks/Case.h"
 #include "benchmarks/SampleStore.h"
+#include "benchmarks/Workloads.h"
 
 #include <QString>
 
@@ -10,27 +10,20 @@
 
 namespace sync::benchmarks {
 
-/// What counts: the time that passed, or the time that processors were busy for us. The second one is of use where
-/// others keep the machine busy; waiting for the disk isn't in it.
 enum class Clock
 {
     Elapsed,
+    /// Processor time of the process: for a busy machine. Excludes waiting for the disk.
     Processor,
 };
 
-/// What one entrant took for a case.
 struct Measurement
 {
-    /// For each operation, one value for each repetition.
+    /// Per operation, one value per pass.
     std::vector<double> microseconds;
-    /// Beyond what the process had before, in a pass of its own.
+    /// Peak of the resident memory in a pass of its own, beyond its size before; 0 where the system does not tell.
     qint64 peakBytes = 0;
-
-    double median() const;
 };
-
-/// The middle one, or the mean of the two in the middle.
-double Median(std::vector<double> values);
 
 struct Result
 {
@@ -38,12 +31,21 @@ struct Result
     qint64 rows = 0;
     qint64 operations = 0;
     double limit = 0;
-    std::map<Entrant, Measurement> measurements;
+    std::map<BackendKind, Measurement> measurements;
 };
 
-/// Runs a case on a sample store: after a first pass, which measures memory and warms everything up, so many passes in
-/// which the entrants take turns, each pass beginning with another one. Short passes are repeated more often, since a
-/// moment's disturbance counts for more in them.
+/// Returns the middle value, or the mean of the two in the middle.
+double Median(std::vector<double> values);
+
+/// Returns the median over the passes of the first backend's time divided by the second one's in the same pass.
+double MedianRatio(Result const& result, BackendKind numerator, BackendKind denominator);
+
+/// Ends the program unless all backends read the same records from the store, in every column: otherwise they would not
+/// do the same work.
+void RequireSameRecords(SampleStore& store);
+
+/// Runs a case on copies of a sample store. A first pass warms up and measures memory. In each of the following passes,
+/// `repetitions` or more for short ones, the backends take turns, and each pass starts with another backend.
 Result Run(Case const& benchmark, SampleStore& store, int repetitions, Clock clock);
 
 } // namespace sync::benchmarks

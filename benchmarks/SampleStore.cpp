@@ -1,8 +1,8 @@
 #include "benchmarks/SampleStore.h"
 
 #include "benchmarks/Failure.h"
-#include "benchmarks/SqlContestant.h"
-#include "benchmarks/SqliteEngine.h"
+#include "benchmarks/SqlBackend.h"
+#include "benchmarks/SqliteApi.h"
 #include "config/AuthenticationConfigManager.h"
 #include "config/ProductConfigManager.h"
 #include "config/ServerConfigManager.h"
@@ -18,6 +18,10 @@
 namespace sync::benchmarks {
 
 namespace {
+
+const StatementText SizesOfParts(QStringLiteral("SELECT s.name, m.tbl_name, sum(s.pgsize) FROM dbstat s "
+                                                "JOIN sqlite_schema m ON m.name = s.name GROUP BY s.name "
+                                                "ORDER BY s.name"));
 
 template <class Manager, class Record>
 void AddAll(std::shared_ptr<sync::interf::factory::IDatabaseFactory> const& factory, Record (*sample)(int))
@@ -41,27 +45,27 @@ void Make(QString const& path)
     AddAll<config::ProductConfigManager>(factory, &SampleRecords::Product);
 }
 
-/// Nothing has to survive here, and it would take long if it had to.
+/// Fills the store without journal and flushes, which would only cost time here.
 void Fill(QString const& path, SampleRecords const& records)
 {
-    SqlContestant<SqliteEngine> contestant(path);
-    contestant.engine().Execute(QStringLiteral("PRAGMA journal_mode = OFF; PRAGMA synchronous = OFF;"
-                                               "PRAGMA cache_size = -1000000"));
-    contestant.Begin();
+    SqlBackend<SqliteApi> backend(path);
+    backend.api().Execute(QStringLiteral("PRAGMA journal_mode = OFF; PRAGMA synchronous = OFF;"
+                                         "PRAGMA cache_size = -1000000"));
+    backend.Begin();
     for (int number = 0; number < records.folderCount(); ++number) {
         config::FolderConfiguration folder = records.Folder(number);
-        contestant.AddFolder(folder);
+        backend.AddFolder(folder);
     }
     for (int number = 0; number < records.fileCount(); ++number) {
         config::FileConfiguration file = records.File(number);
-        contestant.InsertFile(file);
+        backend.InsertFile(file);
     }
-    contestant.Commit();
-    contestant.engine().Execute(QStringLiteral("PRAGMA journal_mode = WAL"));
+    backend.Commit();
+    backend.api().Execute(QStringLiteral("PRAGMA journal_mode = WAL"));
 }
 
-/// So that what the copies left to be written disturbs nobody's measurement.
-void WaitForDisk(QString const& path)
+/// Flushes what the copies have left in memory, which would otherwise be written during a measurement.
+void FlushFileSystem(QString const& path)
 {
     int const file = ::open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC);
     ::syncfs(file);
@@ -90,20 +94,39 @@ qint64 SampleStore::bytes() const
     return QFileInfo(path()).size();
 }
 
-QString SampleStore::CopyFor(Entrant entrant)
+std::vector<SampleStore::Part> SampleStore::Parts() const
 {
-    auto const known = _copies.find(entrant);
-    if (known != _copies.end())
-        return known->second;
-    QString const copy = _directory.filePath(NameOf(entrant) + QStringLiteral(".store"));
-    Require(QFile::copy(path(), copy), "copying a sample store failed");
-    WaitForDisk(copy);
-    return _copies[entrant] = copy;
+    std::vector<Part> parts;
+    SqliteApi api(path());
+    auto statement = api.Use(SizesOfParts);
+    while (statement.Next())
+        parts.push_back({statement.Text(0), statement.Text(1), statement.Long(2)});
+    return parts;
 }
 
-void SampleStore::Renew()
+qint64 SampleStore::BytesOf(QString const& table) const
 {
-    for (auto const& [entrant, copy] : _copies)
+    qint64 bytes = 0;
+    for (Part const& part : Parts())
+        if (part.table == table)
+            bytes += part.bytes;
+    return bytes;
+}
+
+QString SampleStore::CopyFor(BackendKind kind)
+{
+    auto const known = _copies.find(kind);
+    if (known != _copies.end())
+        return known->second;
+    QString const copy = _directory.filePath(NameOf(kind) + QStringLiteral(".store"));
+    Require(QFile::copy(path(), copy), "copying a sample store failed");
+    FlushFileSystem(copy);
+    return _copies[kind] = copy;
+}
+
+void SampleStore::RemoveCopies()
+{
+    for (auto const& [kind, copy] : _copies)
         for (char const* suffix : {"", "-wal", "-shm"})
             QFile::remove(copy + QLatin1String(suffix));
     _copies.clear();

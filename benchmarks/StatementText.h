@@ -7,7 +7,8 @@
 
 namespace sync::benchmarks {
 
-/// A statement with a number of its own, by which an engine finds what it has prepared for it.
+/// A statement's text and a number unique in the process, the index under which connections keep the prepared
+/// statement.
 class StatementText
 {
 public:

@@ -13,24 +13,25 @@
 
 namespace sync::benchmarks {
 
-enum class Preparing
+/// How often a statement is prepared.
+enum class Prepare
 {
     Once,
     PerCall,
 };
 
-/// Qt SQL as one writes it: values bound by name, read by column, queries forward only.
+/// A connection through Qt SQL: values bound by name and read by column number, queries forward only.
 ///
-/// Dates go as the numbers that the store's rows hold. Qt would write them as text by itself, which costs it more.
-template <Preparing When>
-class QtSqlEngine
+/// Dates are bound as integers, as the store keeps them. Qt SQL's own form is text, which is slower.
+template <Prepare When>
+class QtSqlApi
 {
 public:
-    /// Opens the store, on the same terms as the library does.
-    explicit QtSqlEngine(QString const& path);
-    ~QtSqlEngine();
+    /// Opens the store with the library's pragmas.
+    explicit QtSqlApi(QString const& path);
+    ~QtSqlApi();
 
-    /// One run of a statement.
+    /// One execution of a statement; its end finishes the query.
     class Statement
     {
     public:
@@ -86,7 +87,7 @@ public:
     void Commit();
 
 private:
-    Q_DISABLE_COPY_MOVE(QtSqlEngine)
+    Q_DISABLE_COPY_MOVE(QtSqlApi)
 
     std::shared_ptr<QSqlQuery> _Prepare(QString const& sql);
 
@@ -95,7 +96,7 @@ private:
     std::vector<std::shared_ptr<QSqlQuery>> _prepared;
 };
 
-extern template class QtSqlEngine<Preparing::Once>;
-extern template class QtSqlEngine<Preparing::PerCall>;
+extern template class QtSqlApi<Prepare::Once>;
+extern template class QtSqlApi<Prepare::PerCall>;
 
 } // namespace sync::benchmarks

@@ -1,6 +1,6 @@
-#include "benchmarks/SqliteEngine.h"
+#include "benchmarks/SqliteApi.h"
 
-#include "benchmarks/ConnectionTerms.h"
+#include "benchmarks/ConnectionPragmas.h"
 #include "benchmarks/Failure.h"
 
 namespace sync::benchmarks {
@@ -17,43 +17,43 @@ const StatementText CommitText(QStringLiteral("COMMIT"));
 
 } // namespace
 
-SqliteEngine::SqliteEngine(QString const& path)
+SqliteApi::SqliteApi(QString const& path)
 {
     int const flags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX;
     if (sqlite3_open_v2(path.toUtf8().constData(), &_database, flags, nullptr) != SQLITE_OK)
         FailWith(_database);
-    for (QString const& pragma : ConnectionTerms())
+    for (QString const& pragma : ConnectionPragmas())
         Execute(pragma);
 }
 
-SqliteEngine::~SqliteEngine()
+SqliteApi::~SqliteApi()
 {
     _prepared.clear();
     sqlite3_close(_database);
 }
 
-void SqliteEngine::Statement::_Fail() const
+void SqliteApi::Statement::_Fail() const
 {
     FailWith(_database);
 }
 
-void SqliteEngine::Execute(QString const& sql)
+void SqliteApi::Execute(QString const& sql)
 {
     if (sqlite3_exec(_database, sql.toUtf8().constData(), nullptr, nullptr, nullptr) != SQLITE_OK)
         FailWith(_database);
 }
 
-void SqliteEngine::Begin()
+void SqliteApi::Begin()
 {
     Use(BeginText).Run();
 }
 
-void SqliteEngine::Commit()
+void SqliteApi::Commit()
 {
     Use(CommitText).Run();
 }
 
-void SqliteEngine::_Prepare(StatementText const& text)
+void SqliteApi::_Prepare(StatementText const& text)
 {
     if (text.number >= _prepared.size())
         _prepared.resize(text.number + 1);

@@ -1,4 +1,4 @@
-#include "benchmarks/ManagersContestant.h"
+#include "benchmarks/ManagersBackend.h"
 
 #include "benchmarks/Failure.h"
 #include "config/AuthenticationConfigManager.h"
@@ -47,72 +47,93 @@ struct AllManagers
     ProductConfigManager products;
 };
 
-class ManagersContestant : public Contestant
+class ManagersBackend : public Backend
 {
 public:
-    explicit ManagersContestant(std::shared_ptr<AllManagers> managers)
-        : _managers(std::move(managers))
-        , _folders(*_managers->folders)
-        , _files(_managers->files)
+    explicit ManagersBackend(QString const& path)
+        : _path(path)
+        , _managers(std::make_shared<AllManagers>(path))
+    {}
+    ManagersBackend(QString path, std::shared_ptr<AllManagers> managers)
+        : _path(std::move(path))
+        , _managers(std::move(managers))
     {}
 
-    std::unique_ptr<Contestant> ForThread() override { return std::make_unique<ManagersContestant>(_managers); }
+    std::unique_ptr<Backend> ForThread() override { return std::make_unique<ManagersBackend>(_path, _managers); }
+    void Reopen() override
+    {
+        _managers.reset();
+        _managers = std::make_shared<AllManagers>(_path);
+    }
 
-    void Begin() override { Require(_files.transaction(), "transaction() failed"); }
-    void Commit() override { Require(_files.commit(), "commit() failed"); }
+    void Begin() override { Require(_managers->files.transaction(), "transaction() failed"); }
+    void Commit() override { Require(_managers->files.commit(), "commit() failed"); }
 
-    void AddFile(FileConfiguration& file) override { Require(_files.Add(file), "adding a file failed"); }
-    void UpdateFile(FileConfiguration const& file) override { Require(_files.Update(file), "updating a file failed"); }
-    FileConfiguration FileById(int id) override { return _files.GetFileConfigurationById(id); }
+    void AddFile(FileConfiguration& file) override { Require(_managers->files.Add(file), "adding a file failed"); }
+    void UpdateFile(FileConfiguration const& file) override
+    {
+        Require(_managers->files.Update(file), "updating a file failed");
+    }
+    FileConfiguration FileById(int id) override { return _managers->files.GetFileConfigurationById(id); }
     FileConfiguration FileByPath(QString const& clientPath) override
     {
-        return _files.GetFileConfigurationByClientPath(clientPath);
+        return _managers->files.GetFileConfigurationByClientPath(clientPath);
     }
     FileConfiguration FileByServerId(QString const& serverFileId) override
     {
-        return _files.GetFileConfigurationByServerId(serverFileId);
+        return _managers->files.GetFileConfigurationByServerId(serverFileId);
     }
     QVector<FileConfiguration> FilesOfFolder(int folderId) override
     {
-        return _files.GetFileConfigurationsByFolderId(folderId, interf::FileConfigOrderByName);
+        return _managers->files.GetFileConfigurationsByFolderId(folderId, interf::FileConfigOrderByName);
     }
-    QVector<FileConfiguration> AllFiles() override { return _files.GetAll(); }
+    QVector<FileConfiguration> AllFiles() override { return _managers->files.GetAll(); }
     void SyncingToNotSynced(int folderId) override
     {
-        Require(_files.UpdateSyncStatusFromSyncingToNotSynced(folderId), "changing a folder's status failed");
+        Require(_managers->files.UpdateSyncStatusFromSyncingToNotSynced(folderId), "changing a folder's status failed");
     }
 
-    void AddFolder(FolderConfiguration& folder) override { Require(_folders.Add(folder), "adding a folder failed"); }
+    void AddFolder(FolderConfiguration& folder) override
+    {
+        Require(_managers->folders->Add(folder), "adding a folder failed");
+    }
     void UpdateFolder(FolderConfiguration const& folder) override
     {
-        Require(_folders.Update(folder), "updating a folder failed");
+        Require(_managers->folders->Update(folder), "updating a folder failed");
     }
-    FolderConfiguration FolderById(int id) override { return _folders.GetFolderConfigurationById(id); }
+    FolderConfiguration FolderById(int id) override { return _managers->folders->GetFolderConfigurationById(id); }
     FolderConfiguration FolderByPath(QString const& clientPath) override
     {
-        return _folders.GetFolderConfigurationByClientPath(clientPath);
+        return _managers->folders->GetFolderConfigurationByClientPath(clientPath);
     }
     FolderConfiguration FolderByServerId(QString const& serverFolderId) override
     {
-        return _folders.GetFolderConfigurationByServerId(serverFolderId);
+        return _managers->folders->GetFolderConfigurationByServerId(serverFolderId);
     }
     QVector<FolderConfiguration> SubFolders(int folderId) override
     {
-        return _folders.GetFolderConfigurationByParentId(folderId);
+        return _managers->folders->GetFolderConfigurationByParentId(folderId);
     }
     QVector<FolderConfiguration> AllFolders() override
     {
-        _folders.ClearCaches();
-        QVector<FolderConfiguration> folders = _folders.GetAll();
-        _folders.ClearCaches(); // so that the caller's list ends with the caller
+        FolderConfigManager& manager = *_managers->folders;
+        manager.ClearCaches();
+        QVector<FolderConfiguration> folders = manager.GetAll();
+        manager.ClearCaches(); // so that destroying the returned list frees its records
         return folders;
     }
     void RemoveFolderAndChildren(int folderId) override
     {
-        Require(_folders.RemoveFolderAndChildren(folderId), "removing a tree failed");
+        Require(_managers->folders->RemoveFolderAndChildren(folderId), "removing a tree failed");
     }
-    void CleanRoot(int rootId) override { Require(_folders.CleanRootFolder(rootId), "removing a root failed"); }
-    bool IsInRoot(QString const& path) override { return _folders.IsInExistingClientFolder(path, -1, false); }
+    void CleanRoot(int rootId) override
+    {
+        Require(_managers->folders->CleanRootFolder(rootId), "removing a root failed");
+    }
+    bool IsInRoot(QString const& path) override
+    {
+        return _managers->folders->IsInExistingClientFolder(path, -1, false);
+    }
 
     ServerConfiguration ServerById(int id) override { return _managers->servers.GetServerConfigById(id); }
     ServerConfiguration ServerByUrls(QString const& davUrl, QString const& webServiceUrl) override
@@ -135,16 +156,15 @@ public:
     }
 
 private:
-    std::shared_ptr<AllManagers> const _managers;
-    FolderConfigManager& _folders;
-    FileConfigManager& _files;
+    QString const _path;
+    std::shared_ptr<AllManagers> _managers;
 };
 
 } // namespace
 
-std::unique_ptr<Contestant> EnterManagers(QString const& path)
+std::unique_ptr<Backend> OpenManagersBackend(QString const& path)
 {
-    return std::make_unique<ManagersContestant>(std::make_shared<AllManagers>(path));
+    return std::make_unique<ManagersBackend>(path);
 }
 
 } // namespace sync::benchmarks

@@ -4,10 +4,9 @@
 
 namespace sync::benchmarks {
 
-/// What the library sets on each of its connections, so that the others are as durable, as careful and as well supplied
-/// with memory as it is. The journal's mode stands in the file, and what the library sets for the whole process holds
-/// for all of them anyway.
-inline QStringList ConnectionTerms()
+/// The pragmas that the library runs on each of its connections, so that every backend is as durable and has the same
+/// cache. The file keeps the journal mode, and settings of the process apply to all backends.
+inline QStringList ConnectionPragmas()
 {
     return {QStringLiteral("PRAGMA cache_size = -8192"),
             QStringLiteral("PRAGMA mmap_size = 0"),

@@ -15,23 +15,23 @@
 
 namespace sync::benchmarks {
 
-/// SQLite's C interface by hand: one connection, statements kept by number, values bound and read in place.
-class SqliteEngine
+/// A connection through SQLite's C interface: statements stay prepared, values are bound by position and read in place.
+class SqliteApi
 {
     struct Prepared
     {
         ~Prepared() { sqlite3_finalize(statement); }
 
         sqlite3_stmt* statement = nullptr;
-        std::array<QByteArray, 16> texts; // what is bound stays here until the statement has run
+        std::array<QByteArray, 16> texts; // bound without a copy, so they live until the statement has run
     };
 
 public:
-    /// Opens the store, on the same terms as the library does.
-    explicit SqliteEngine(QString const& path);
-    ~SqliteEngine();
+    /// Opens the store with the library's pragmas.
+    explicit SqliteApi(QString const& path);
+    ~SqliteApi();
 
-    /// One run of a statement, which is ready for the next one when this goes.
+    /// One execution of a statement; its end resets the statement.
     class Statement
     {
     public:
@@ -57,7 +57,7 @@ public:
         }
         void Bind(QString const&, QDateTime const& value)
         {
-            if (value.isValid()) // in UTC, as all the samples are
+            if (value.isValid()) // all samples are in UTC
                 sqlite3_bind_int64(_statement, ++_bound, value.toMSecsSinceEpoch());
             else
                 sqlite3_bind_null(_statement, ++_bound);
@@ -109,14 +109,14 @@ public:
         return {_database, *_prepared[text.number]};
     }
 
-    /// Runs statements of which nothing is read and nothing kept.
+    /// Runs one or more statements, ignores their rows and does not keep them prepared.
     void Execute(QString const& sql);
 
     void Begin();
     void Commit();
 
 private:
-    Q_DISABLE_COPY_MOVE(SqliteEngine)
+    Q_DISABLE_COPY_MOVE(SqliteApi)
 
     void _Prepare(StatementText const& text);
 

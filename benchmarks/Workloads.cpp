@@ -1,10 +1,10 @@
-#include "benchmarks/Cases.h"
+#include "benchmarks/Workloads.h"
 
 #include "benchmarks/Failure.h"
 #include "benchmarks/PrivateMembers.h"
-#include "benchmarks/SqliteEngine.h"
+#include "benchmarks/SqliteApi.h"
 
-#include <QVector>
+#include <QStringList>
 
 #include <algorithm>
 #include <atomic>
@@ -20,37 +20,103 @@ namespace sync::benchmarks {
 namespace {
 
 constexpr int LookUps = 2000;
-/// Enough that the log is worked off more than once.
+/// Enough for more than one checkpoint of the log.
 constexpr int DurableWrites = 400;
 constexpr int TreeFolders = 20000;
-/// From here on what goes through all rows is measured without Qt SQL, which would take as long again.
+/// From this size on, workloads over all rows leave Qt SQL out: it would double the time of the whole run.
 constexpr int ManyRows = 1'000'000;
 
-/// Enough that the end of the bracket, a flush of the disk, is a small part.
-int BracketedWrites(int rows)
+/// Enough for the commit, a flush of the disk, to be a small part.
+int WritesPerTransaction(int rows)
 {
     return std::clamp(2 * rows, 2000, 4000);
 }
 
-int Found(int id)
+/// Runs the statements on the store in one transaction of another connection and empties the log, so that every backend
+/// starts with an empty one.
+void ExecuteOn(QString const& path, QStringList const& statements)
 {
-    Require(id > 0, "a row of the sample store was not found");
-    return id;
+    SqliteApi api(path);
+    api.Begin();
+    for (QString const& statement : statements)
+        api.Execute(statement);
+    api.Commit();
+    api.Execute(QStringLiteral("PRAGMA wal_checkpoint(TRUNCATE)"));
 }
 
-/// What files and folders have in common, by their own names.
+/// A case that calls `step` with one key after the other. `makeKey` is called with a number that no other pass gets.
+template <class MakeKey, class Step>
+Case Each(QString const& workload, qint64 rows, int operations, MakeKey makeKey, Step step)
+{
+    using Key = decltype(makeKey(0));
+    auto const keys = std::make_shared<std::vector<Key>>();
+
+    Case each;
+    each.workload = workload;
+    each.rows = rows;
+    each.operations = operations;
+    each.prepare = [=](int pass) {
+        keys->clear();
+        for (int i = 0; i < operations; ++i)
+            keys->push_back(makeKey(pass * operations + i));
+    };
+    each.run = [=](Backend& backend) {
+        for (Key& key : *keys)
+            step(backend, key);
+    };
+    return each;
+}
+
+/// Reads; each one checks that it found something.
+template <class MakeKey, class Read>
+Case EachRead(QString const& workload, qint64 rows, int operations, MakeKey makeKey, Read read)
+{
+    Case each = Each(workload, rows, operations, makeKey, read);
+    each.limit = 1.3;
+    return each;
+}
+
+/// Writes that are durable when they return.
+template <class MakeKey, class Step>
+Case EachWrite(QString const& workload, qint64 rows, int operations, MakeKey makeKey, Step step)
+{
+    Case each = Each(workload, rows, operations, makeKey, step);
+    each.changesStore = true;
+    each.limit = 1.1;
+    each.reset = [](QString const& path) { ExecuteOn(path, {}); };
+    return each;
+}
+
+/// The same in one transaction, with its commit.
+Case InTransaction(Case each)
+{
+    each.limit = 1.3;
+    each.run = [run = std::move(each.run)](Backend& backend) {
+        backend.Begin();
+        run(backend);
+        backend.Commit();
+    };
+    return each;
+}
+
+void RequireFound(int id)
+{
+    Require(id > 0, "a row of the sample store was not found");
+}
+
+/// The operations and samples of one record kind, under names that both kinds share.
 struct Files
 {
     using Record = config::FileConfiguration;
     static constexpr char const* name = "files";
     static constexpr char const* table = "FileConfiguration";
-    static constexpr auto Add = &Contestant::AddFile;
-    static constexpr auto Update = &Contestant::UpdateFile;
-    static constexpr auto ById = &Contestant::FileById;
-    static constexpr auto ByPath = &Contestant::FileByPath;
-    static constexpr auto ByServerId = &Contestant::FileByServerId;
-    static constexpr auto Listing = &Contestant::FilesOfFolder;
-    static constexpr auto All = &Contestant::AllFiles;
+    static constexpr auto Add = &Backend::AddFile;
+    static constexpr auto Update = &Backend::UpdateFile;
+    static constexpr auto ById = &Backend::FileById;
+    static constexpr auto ByPath = &Backend::FileByPath;
+    static constexpr auto ByServerId = &Backend::FileByServerId;
+    static constexpr auto Listing = &Backend::FilesOfFolder;
+    static constexpr auto All = &Backend::AllFiles;
 
     static int Rows(SampleRecords const& records) { return records.fileCount(); }
     static Record Sample(SampleRecords const& records, int number) { return records.File(number); }
@@ -74,13 +140,13 @@ struct Folders
     using Record = config::FolderConfiguration;
     static constexpr char const* name = "folders";
     static constexpr char const* table = "FolderConfiguration";
-    static constexpr auto Add = &Contestant::AddFolder;
-    static constexpr auto Update = &Contestant::UpdateFolder;
-    static constexpr auto ById = &Contestant::FolderById;
-    static constexpr auto ByPath = &Contestant::FolderByPath;
-    static constexpr auto ByServerId = &Contestant::FolderByServerId;
-    static constexpr auto Listing = &Contestant::SubFolders;
-    static constexpr auto All = &Contestant::AllFolders;
+    static constexpr auto Add = &Backend::AddFolder;
+    static constexpr auto Update = &Backend::UpdateFolder;
+    static constexpr auto ById = &Backend::FolderById;
+    static constexpr auto ByPath = &Backend::FolderByPath;
+    static constexpr auto ByServerId = &Backend::FolderByServerId;
+    static constexpr auto Listing = &Backend::SubFolders;
+    static constexpr auto All = &Backend::AllFolders;
 
     static int Rows(SampleRecords const& records) { return records.folderCount(); }
     static Record Sample(SampleRecords const& records, int number) { return records.Folder(number); }
@@ -98,37 +164,36 @@ struct Folders
     }
 };
 
-/// Removal of a whole root, another one in each pass.
+/// Removal of a whole root, a different one in each pass.
 Case RemovalOfRoot(QString const& workload, qint64 rows)
 {
     Case removal = EachWrite(
-        workload, rows, 1, [](int pass) { return 1 + pass; }, std::mem_fn(&Contestant::CleanRoot));
+        workload, rows, 1, [](int pass) { return 1 + pass; }, std::mem_fn(&Backend::CleanRoot));
     removal.limit = 0;
-    removal.goesOn = false;
-    removal.concernsSql = rows < ManyRows;
+    removal.canRepeatMore = false;
+    removal.includesQtSql = rows < ManyRows;
     return removal;
 }
 
-template <class Family>
+template <class Kind>
 std::vector<Case> CasesOf(SampleRecords const& records)
 {
-    int const rows = Family::Rows(records);
+    int const rows = Kind::Rows(records);
     auto const named = [](char const* what) {
-        return QStringLiteral("%1: %2").arg(QLatin1String(Family::name), QLatin1String(what));
+        return QStringLiteral("%1: %2").arg(QLatin1String(Kind::name), QLatin1String(what));
     };
     auto const any = [rows](int choice) { return Scattered(choice, rows); };
-    auto const fresh = [=](int number) { return Family::Sample(records, rows + number); };
+    auto const fresh = [=](int number) { return Kind::Sample(records, rows + number); };
     auto const changed = [=](int choice) {
         int const number = any(choice);
-        return Family::Changed(Family::Sample(records, number), number);
+        return Kind::Changed(Kind::Sample(records, number), number);
     };
-    auto const add = std::mem_fn(Family::Add);
-    auto const update = std::mem_fn(Family::Update);
-    // Each pass finds as many rows as the first one did.
+    auto const add = std::mem_fn(Kind::Add);
+    auto const update = std::mem_fn(Kind::Update);
+    // So that each pass starts with the same number of rows.
     auto const withoutAdded = [=](Case each) {
-        each.reset = [=](Participant& participant) {
-            ExecuteOn(participant,
-                      {QStringLiteral("DELETE FROM %1 WHERE id > %2").arg(QLatin1String(Family::table)).arg(rows)});
+        each.reset = [=](QString const& path) {
+            ExecuteOn(path, {QStringLiteral("DELETE FROM %1 WHERE id > %2").arg(QLatin1String(Kind::table)).arg(rows)});
         };
         return each;
     };
@@ -138,46 +203,44 @@ std::vector<Case> CasesOf(SampleRecords const& records)
         named("look-up by path"),
         rows,
         LookUps,
-        [=](int choice) { return Family::Path(records, any(choice)); },
-        [](Contestant& store, QString const& path) { return Found(Family::Id((store.*Family::ByPath)(path))); }));
+        [=](int choice) { return Kind::Path(records, any(choice)); },
+        [](Backend& backend, QString const& path) { RequireFound(Kind::Id((backend.*Kind::ByPath)(path))); }));
     cases.push_back(EachRead(
         named("look-up by id"),
         rows,
         LookUps,
         [=](int choice) { return 1 + any(choice); },
-        [](Contestant& store, int id) { return Found(Family::Id((store.*Family::ById)(id))); }));
+        [](Backend& backend, int id) { RequireFound(Kind::Id((backend.*Kind::ById)(id))); }));
     cases.push_back(EachRead(
         named("look-up by server id"),
         rows,
         LookUps,
-        [=](int choice) { return Family::ServerId(any(choice)); },
-        [](Contestant& store, QString const& id) { return Found(Family::Id((store.*Family::ByServerId)(id))); }));
+        [=](int choice) { return Kind::ServerId(any(choice)); },
+        [](Backend& backend, QString const& id) { RequireFound(Kind::Id((backend.*Kind::ByServerId)(id))); }));
     cases.push_back(EachRead(
         named("listing of one folder"),
         rows,
         LookUps / 20,
-        [=](int choice) { return Family::Listed(records, choice); },
-        [](Contestant& store, int id) { return Found((store.*Family::Listing)(id).size()); }));
+        [=](int choice) { return Kind::Listed(records, choice); },
+        [](Backend& backend, int id) { RequireFound((backend.*Kind::Listing)(id).size()); }));
     cases.push_back(EachRead(
         named("GetAll"),
         rows,
         std::max(1, 10000 / rows),
         [=](int) { return rows; },
-        [](Contestant& store, int count) {
-            int const size = (store.*Family::All)().size();
-            Require(size == count, "a listing is not whole");
-            return size;
+        [](Backend& backend, int count) {
+            Require((backend.*Kind::All)().size() == count, "a listing is incomplete");
         }));
-    cases.back().concernsSql = rows < ManyRows;
-    int const bracketed = BracketedWrites(rows);
-    cases.push_back(InBracket(EachWrite(named("Update, in one bracket"), rows, bracketed, changed, update)));
+    cases.back().includesQtSql = rows < ManyRows;
+    int const writes = WritesPerTransaction(rows);
+    cases.push_back(InTransaction(EachWrite(named("Update, in one bracket"), rows, writes, changed, update)));
     cases.push_back(EachWrite(named("Update, one by one durably"), rows, DurableWrites, changed, update));
-    cases.push_back(withoutAdded(InBracket(EachWrite(named("add, in one bracket"), rows, bracketed, fresh, add))));
+    cases.push_back(withoutAdded(InTransaction(EachWrite(named("add, in one bracket"), rows, writes, fresh, add))));
     cases.push_back(withoutAdded(EachWrite(named("add, one by one durably"), rows, DurableWrites, fresh, add)));
     return cases;
 }
 
-/// The folders of a pass are the same in each pass, and their files are set to syncing again before it.
+/// Every pass takes the same folders; `reset` sets their files back to syncing.
 Case StatusOfFolders(SampleRecords const& records)
 {
     int const folders = records.folderCount() - 10;
@@ -185,46 +248,44 @@ Case StatusOfFolders(SampleRecords const& records)
     int const step = folders / operations;
     auto const folderId = [=](int number) { return 11 + (number % operations) * step; };
 
-    Case status = InBracket(EachWrite(QStringLiteral("files: UpdateSyncStatusFromSyncingToNotSynced"),
-                                      records.fileCount(),
-                                      operations,
-                                      folderId,
-                                      std::mem_fn(&Contestant::SyncingToNotSynced)));
-    status.reset = [=](Participant& participant) {
+    Case status = InTransaction(EachWrite(QStringLiteral("files: UpdateSyncStatusFromSyncingToNotSynced"),
+                                          records.fileCount(),
+                                          operations,
+                                          folderId,
+                                          std::mem_fn(&Backend::SyncingToNotSynced)));
+    status.reset = [=](QString const& path) {
         QStringList statements;
         for (int number = 0; number < operations; ++number)
             statements.append(QStringLiteral("UPDATE FileConfiguration SET syncStatus = 1 "
                                              "WHERE folderConfigurationId = %1 AND id % 5 = 1")
                                   .arg(folderId(number)));
-        ExecuteOn(participant, statements);
+        ExecuteOn(path, statements);
     };
     return status;
 }
 
-/// Look-ups by path on so many threads at once, each with its share, while another thread updates durably, again and
-/// again but no faster for one contestant than for the other: each of its commits costs the readers their page caches.
+/// Look-ups by path, divided among threads, while another thread updates durably. The writer's pace is fixed and so the
+/// same for all backends: each commit invalidates the readers' page caches.
 Case ReadersBesideWriter(SampleRecords const& records, int threads)
 {
-    constexpr int lookUpsInAll = 100000; // enough that what the new threads' connections read first is a small part
+    constexpr int allLookUps = 100000; // enough for the cost of new connections to be a small part
     auto const paths = std::make_shared<std::vector<QString>>();
     Case readers;
     readers.workload = QStringLiteral("files: look-up by path beside a writer, threads: %1").arg(threads);
     readers.rows = records.fileCount();
-    readers.operations = lookUpsInAll;
+    readers.operations = allLookUps;
     readers.limit = 1.3;
     readers.changesStore = true;
-    readers.concernsSql =
-        false; // Qt's threads would take most of the run's time, and the look-up alone shows the ratio
+    readers.includesQtSql = false; // it would take most of the run, and the plain look-up shows its ratio
     readers.prepare = [=](int pass) {
         paths->clear();
-        for (int choice = 0; choice < lookUpsInAll; ++choice)
-            paths->push_back(records.FilePath(Scattered(pass * lookUpsInAll + choice, records.fileCount())));
+        for (int choice = 0; choice < allLookUps; ++choice)
+            paths->push_back(records.FilePath(Scattered(pass * allLookUps + choice, records.fileCount())));
     };
-    readers.run = [=](Participant& participant) {
-        Contestant& store = participant.store();
+    readers.run = [=](Backend& backend) {
         std::atomic<bool> done = false;
         std::thread writer([&] {
-            auto const own = store.ForThread();
+            auto const own = backend.ForThread();
             for (int choice = 0; !done; ++choice) {
                 int const number = Scattered(choice, records.fileCount());
                 own->UpdateFile(Files::Changed(records.File(number), number));
@@ -234,9 +295,9 @@ Case ReadersBesideWriter(SampleRecords const& records, int threads)
         std::vector<std::thread> readerThreads;
         for (int thread = 0; thread < threads; ++thread)
             readerThreads.emplace_back([&, thread] {
-                auto const own = store.ForThread();
+                auto const own = backend.ForThread();
                 for (auto choice = std::size_t(thread); choice < paths->size(); choice += std::size_t(threads))
-                    Found(own->FileByPath((*paths)[choice]).id);
+                    RequireFound(own->FileByPath((*paths)[choice]).id);
             });
         for (std::thread& reader : readerThreads)
             reader.join();
@@ -246,7 +307,7 @@ Case ReadersBesideWriter(SampleRecords const& records, int threads)
     return readers;
 }
 
-/// Opening, a first look-up, and closing.
+/// Closing and opening a store, with one look-up.
 Case Opening(SampleRecords const& records)
 {
     constexpr int operations = 20;
@@ -254,11 +315,10 @@ Case Opening(SampleRecords const& records)
     opening.workload = QStringLiteral("opening a store");
     opening.rows = records.fileCount();
     opening.operations = operations;
-    opening.reset = std::mem_fn(&Participant::Close);
-    opening.run = [](Participant& participant) {
+    opening.run = [](Backend& backend) {
         for (int i = 0; i < operations; ++i) {
-            Found(participant.store().FileById(1).id);
-            participant.Close();
+            backend.Reopen();
+            RequireFound(backend.FileById(1).id);
         }
     };
     return opening;
@@ -274,38 +334,38 @@ std::vector<Case> AccountCases()
                  rows,
                  LookUps,
                  anyId,
-                 [](Contestant& store, int id) { return Found(store.ServerById(id).getId()); }),
+                 [](Backend& backend, int id) { RequireFound(backend.ServerById(id).getId()); }),
         EachRead(
             QStringLiteral("servers: look-up by URLs"),
             rows,
             LookUps,
             [=](int choice) { return SampleRecords::Server(any(choice)); },
-            [](Contestant& store, config::ServerConfiguration const& server) {
-                return Found(store.ServerByUrls(server.getDavUrl(), server.getWebServiceUrl()).getId());
+            [](Backend& backend, config::ServerConfiguration const& server) {
+                RequireFound(backend.ServerByUrls(server.getDavUrl(), server.getWebServiceUrl()).getId());
             }),
         EachRead(QStringLiteral("servers: look-up by file"),
                  rows,
                  LookUps,
                  anyId,
-                 [](Contestant& store, int id) { return Found(store.ServerOfFile(id).getId()); }),
+                 [](Backend& backend, int id) { RequireFound(backend.ServerOfFile(id).getId()); }),
         EachRead(QStringLiteral("accounts: look-up by id"),
                  rows,
                  LookUps,
                  anyId,
-                 [](Contestant& store, int id) { return Found(store.AccountById(id).getId()); }),
+                 [](Backend& backend, int id) { RequireFound(backend.AccountById(id).getId()); }),
         EachRead(
             QStringLiteral("accounts: look-up by domain and user"),
             rows,
             LookUps,
             [=](int choice) { return SampleRecords::Account(any(choice)); },
-            [](Contestant& store, config::AuthenticationConfiguration const& account) {
-                return Found(store.AccountByUser(account.getDomain(), account.getUserName()).getId());
+            [](Backend& backend, config::AuthenticationConfiguration const& account) {
+                RequireFound(backend.AccountByUser(account.getDomain(), account.getUserName()).getId());
             }),
         EachRead(QStringLiteral("products: look-up by id"),
                  rows,
                  LookUps,
                  anyId,
-                 [](Contestant& store, int id) { return Found(store.ProductById(id).getId()); }),
+                 [](Backend& backend, int id) { RequireFound(backend.ProductById(id).getId()); }),
         EachRead(
             QStringLiteral("products: look-up by server and key"),
             rows,
@@ -314,8 +374,8 @@ std::vector<Case> AccountCases()
                 int const number = any(choice);
                 return std::make_pair(1 + number, SampleRecords::Product(number).getConsumerKey());
             },
-            [](Contestant& store, std::pair<int, QString> const& key) {
-                return Found(store.ProductByKey(key.first, key.second).getId());
+            [](Backend& backend, std::pair<int, QString> const& key) {
+                RequireFound(backend.ProductByKey(key.first, key.second).getId());
             }),
     };
 }
@@ -331,26 +391,26 @@ Suite RootsSuite(int roots)
         roots,
         LookUps,
         [=](int) { return path; },
-        [](Contestant& store, QString const& sought) { return Found(store.IsInRoot(sought) ? 1 : 0); });
-    inRoot.concernsSql = false;
+        [](Backend& backend, QString const& sought) { RequireFound(backend.IsInRoot(sought) ? 1 : 0); });
+    inRoot.includesQtSql = false;
     return {records, {inRoot}};
 }
 
-/// A tree of folders with a file in each, one for each pass.
+/// One tree per pass, of folders with one file each.
 Suite TreesSuite(int passes)
 {
     SampleRecords::Shape shape;
     shape.roots = passes;
     shape.subFoldersOfRoot = TreeFolders;
     shape.filesOfSubFolder = 1;
-    Case tree = InBracket(EachWrite(
+    Case tree = InTransaction(EachWrite(
         QStringLiteral("RemoveFolderAndChildren, in one bracket"),
         TreeFolders,
         1,
         [](int pass) { return 1 + pass; },
-        std::mem_fn(&Contestant::RemoveFolderAndChildren)));
+        std::mem_fn(&Backend::RemoveFolderAndChildren)));
     tree.limit = 0;
-    tree.goesOn = false;
+    tree.canRepeatMore = false;
     return {SampleRecords(shape), {RemovalOfRoot(QStringLiteral("CleanRootFolder"), TreeFolders), tree}};
 }
 

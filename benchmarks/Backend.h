@@ -1,6 +1,5 @@
 #pragma once
 
-#include "benchmarks/Entrant.h"
 #include "config/AuthenticationConfiguration.h"
 #include "config/FileConfiguration.h"
 #include "config/FolderConfiguration.h"
@@ -11,21 +10,48 @@
 #include <QVector>
 #include <QtGlobal>
 
+#include <array>
 #include <memory>
 
 namespace sync::benchmarks {
 
-/// What the workloads ask for. Each operation ends the program when it fails, so that nobody is fast by failing.
+/// The implementations under comparison. All work on stores made by the library, with the same rows, and fill the same
+/// records.
+enum class BackendKind
+{
+    Managers,
+    /// SQLite's C interface at its fastest: statements stay prepared, text is read as UTF-8, columns by number.
+    ByHand,
+    /// Qt SQL with one query object per statement, prepared once.
+    QtSqlReused,
+    /// Qt SQL with a query object constructed and prepared for each call.
+    QtSqlPerCall,
+};
+
+inline constexpr std::array BackendKinds{
+    BackendKind::Managers, BackendKind::ByHand, BackendKind::QtSqlReused, BackendKind::QtSqlPerCall};
+
+/// The name in results and file names.
+inline QString NameOf(BackendKind kind)
+{
+    constexpr std::array names{"managers", "by hand", "Qt SQL reused", "Qt SQL per call"};
+    return QLatin1String(names.at(std::size_t(kind)));
+}
+
+/// The operations that workloads consist of. An operation that fails ends the program.
 ///
-/// Writes outside `Begin` and `Commit` are durable when they return. For one thread; `ForThread` makes another for the
-/// same store, to be used on the calling thread.
-class Contestant
+/// Writes outside `Begin` and `Commit` are durable when they return. An object serves one thread; `ForThread` returns
+/// another one for the same store, for use on the calling thread.
+class Backend
 {
 public:
-    Contestant() = default;
-    virtual ~Contestant() = default;
+    Backend() = default;
+    virtual ~Backend() = default;
 
-    virtual std::unique_ptr<Contestant> ForThread() = 0;
+    virtual std::unique_ptr<Backend> ForThread() = 0;
+
+    /// Closes the store and opens it again.
+    virtual void Reopen() = 0;
 
     virtual void Begin() = 0;
     virtual void Commit() = 0;
@@ -45,11 +71,11 @@ public:
     virtual config::FolderConfiguration FolderByPath(QString const& clientPath) = 0;
     virtual config::FolderConfiguration FolderByServerId(QString const& serverFolderId) = 0;
     virtual QVector<config::FolderConfiguration> SubFolders(int folderId) = 0;
-    /// From the store, whatever is cached.
+    /// Reads the store and bypasses caches.
     virtual QVector<config::FolderConfiguration> AllFolders() = 0;
     virtual void RemoveFolderAndChildren(int folderId) = 0;
     virtual void CleanRoot(int rootId) = 0;
-    /// By the roots that are in memory already.
+    /// Compares with the roots in memory; reads them when there are none.
     virtual bool IsInRoot(QString const& path) = 0;
 
     virtual config::ServerConfiguration ServerById(int id) = 0;
@@ -61,10 +87,10 @@ public:
     virtual config::ProductConfiguration ProductByKey(int serverId, QString const& consumerKey) = 0;
 
 private:
-    Q_DISABLE_COPY_MOVE(Contestant)
+    Q_DISABLE_COPY_MOVE(Backend)
 };
 
 /// Opens the store at this path.
-std::unique_ptr<Contestant> Enter(Entrant entrant, QString const& path);
+std::unique_ptr<Backend> OpenBackend(BackendKind kind, QString const& path);
 
 } // namespace sync::benchmarks

@@ -1,6 +1,6 @@
-#include "benchmarks/QtSqlEngine.h"
+#include "benchmarks/QtSqlApi.h"
 
-#include "benchmarks/ConnectionTerms.h"
+#include "benchmarks/ConnectionPragmas.h"
 #include "benchmarks/Failure.h"
 
 #include <QSqlError>
@@ -11,11 +11,11 @@ namespace sync::benchmarks {
 
 namespace {
 
-/// A connection's name is known to the whole process.
+/// Connection names are global to the process.
 QString NewConnectionName()
 {
     static std::atomic<int> count{0};
-    return QStringLiteral("contestant %1").arg(++count);
+    return QStringLiteral("benchmark %1").arg(++count);
 }
 
 [[noreturn]] void FailWith(QSqlError const& error)
@@ -25,23 +25,23 @@ QString NewConnectionName()
 
 } // namespace
 
-template <Preparing When>
-QtSqlEngine<When>::QtSqlEngine(QString const& path)
+template <Prepare When>
+QtSqlApi<When>::QtSqlApi(QString const& path)
     : _connection(NewConnectionName())
     , _database(QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), _connection))
 {
     _database.setDatabaseName(path);
     if (!_database.open())
         FailWith(_database.lastError());
-    for (QString const& pragma : ConnectionTerms()) {
+    for (QString const& pragma : ConnectionPragmas()) {
         QSqlQuery query(_database);
         if (!query.exec(pragma))
             FailWith(query.lastError());
     }
 }
 
-template <Preparing When>
-QtSqlEngine<When>::~QtSqlEngine()
+template <Prepare When>
+QtSqlApi<When>::~QtSqlApi()
 {
     _prepared.clear();
     _database.close();
@@ -49,16 +49,16 @@ QtSqlEngine<When>::~QtSqlEngine()
     QSqlDatabase::removeDatabase(_connection);
 }
 
-template <Preparing When>
-void QtSqlEngine<When>::Statement::_Fail() const
+template <Prepare When>
+void QtSqlApi<When>::Statement::_Fail() const
 {
     FailWith(_query->lastError());
 }
 
-template <Preparing When>
-typename QtSqlEngine<When>::Statement QtSqlEngine<When>::Use(StatementText const& text)
+template <Prepare When>
+typename QtSqlApi<When>::Statement QtSqlApi<When>::Use(StatementText const& text)
 {
-    if constexpr (When == Preparing::PerCall) {
+    if constexpr (When == Prepare::PerCall) {
         return Statement(_Prepare(text.sql));
     }
     else {
@@ -71,22 +71,22 @@ typename QtSqlEngine<When>::Statement QtSqlEngine<When>::Use(StatementText const
     }
 }
 
-template <Preparing When>
-void QtSqlEngine<When>::Begin()
+template <Prepare When>
+void QtSqlApi<When>::Begin()
 {
     if (!_database.transaction())
         FailWith(_database.lastError());
 }
 
-template <Preparing When>
-void QtSqlEngine<When>::Commit()
+template <Prepare When>
+void QtSqlApi<When>::Commit()
 {
     if (!_database.commit())
         FailWith(_database.lastError());
 }
 
-template <Preparing When>
-std::shared_ptr<QSqlQuery> QtSqlEngine<When>::_Prepare(QString const& sql)
+template <Prepare When>
+std::shared_ptr<QSqlQuery> QtSqlApi<When>::_Prepare(QString const& sql)
 {
     auto query = std::make_shared<QSqlQuery>(_database);
     query->setForwardOnly(true);
@@ -95,7 +95,7 @@ std::shared_ptr<QSqlQuery> QtSqlEngine<When>::_Prepare(QString const& sql)
     return query;
 }
 
-template class QtSqlEngine<Preparing::Once>;
-template class QtSqlEngine<Preparing::PerCall>;
+template class QtSqlApi<Prepare::Once>;
+template class QtSqlApi<Prepare::PerCall>;
 
 } // namespace sync::benchmarks

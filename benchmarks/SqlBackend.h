@@ -1,44 +1,102 @@
 #pragma once
 
-#include "benchmarks/Contestant.h"
+#include "benchmarks/Backend.h"
 #include "benchmarks/Documents.h"
 #include "benchmarks/Failure.h"
 #include "benchmarks/RecordColumns.h"
-#include "benchmarks/SqlTexts.h"
+#include "benchmarks/StatementText.h"
+#include "config/AuthenticationStatements.h"
+#include "config/FileStatements.h"
+#include "config/FolderStatements.h"
+#include "config/ProductStatements.h"
+#include "config/ServerStatements.h"
 
 #include <QDir>
 #include <QString>
 #include <QVector>
 
 #include <memory>
+#include <optional>
 #include <utility>
 
 namespace sync::benchmarks {
 
-/// A contestant without managers: the managers' statements, run by an engine straight into the records.
-template <class Engine>
-class SqlContestant : public Contestant
+/// The managers' statements.
+namespace text {
+
+namespace files = config::file_sql;
+namespace folders = config::folders_sql;
+
+inline const StatementText AddFile(files::Files.add);
+inline const StatementText UpdateFile(files::Files.update);
+inline const StatementText FileById(files::GetById);
+inline const StatementText FileByPath(files::GetByClientPath);
+inline const StatementText FileByServerId(files::GetByServerId);
+inline const StatementText FilesOfFolder(files::GetByFolderId + QStringLiteral("ORDER BY Name"));
+inline const StatementText AllFiles(files::Files.getAll);
+inline const StatementText SyncingToNotSynced(files::UpdateSyncStatus);
+
+inline const StatementText AddFolder(folders::Add);
+inline const StatementText UpdateFolder(folders::Update);
+inline const StatementText FolderById(folders::GetById);
+inline const StatementText FolderByPath(folders::GetByClientPath);
+inline const StatementText FolderByServerId(folders::GetByServerId);
+inline const StatementText SubFolders(folders::GetByParentId);
+inline const StatementText AllFolders(folders::GetAll);
+inline const StatementText Roots(folders::GetAllRoots);
+inline const StatementText RemoveFolder(folders::Remove);
+inline const StatementText RemoveFoldersOfRoot(folders::RemoveByRootId);
+inline const StatementText RemoveFilesOfRoot(folders::RemoveFilesByRootId);
+inline const StatementText RemoveFilesOfFolder(folders::RemoveFilesByFolderId);
+/// The ids suffice for the walk; the managers read whole records here.
+inline const StatementText
+    SubFolderIds(QStringLiteral("SELECT id FROM FolderConfiguration WHERE parentId = :parentId ORDER BY name"));
+
+inline const StatementText ServerById(config::server_sql::GetById);
+inline const StatementText ServerByUrls(config::server_sql::GetByServers);
+inline const StatementText ServerOfFile(config::server_sql::GetByFileId);
+inline const StatementText AccountById(config::authentication_sql::GetById);
+inline const StatementText AccountByUser(config::authentication_sql::GetByDomainAndUser);
+inline const StatementText ProductById(config::product_sql::GetById);
+inline const StatementText ProductByKey(config::product_sql::GetByServerIdAndConsumerKey);
+
+} // namespace text
+
+/// Runs the managers' statements without the managers, through SQLite's C interface or Qt SQL, and reads rows directly
+/// into records.
+///
+/// `Api` is a connection: it opens the store at a path, its `Use` returns a statement that is ready to bind and run,
+/// and it has `Begin` and `Commit`.
+template <class Api>
+class SqlBackend : public Backend
 {
 public:
-    explicit SqlContestant(QString path)
+    explicit SqlBackend(QString path)
         : _path(std::move(path))
-        , _engine(_path)
+        , _api(std::in_place, _path)
     {}
 
-    Engine& engine() { return _engine; }
+    Api& api() { return *_api; }
 
-    std::unique_ptr<Contestant> ForThread() override { return std::make_unique<SqlContestant>(_path); }
+    std::unique_ptr<Backend> ForThread() override { return std::make_unique<SqlBackend>(_path); }
+    void Reopen() override
+    {
+        _api.reset();
+        _api.emplace(_path);
+        _roots.clear();
+    }
 
-    void Begin() override { _engine.Begin(); }
-    void Commit() override { _engine.Commit(); }
+    void Begin() override { _api->Begin(); }
+    void Commit() override { _api->Commit(); }
 
     void AddFile(config::FileConfiguration& file) override
     {
         for (config::FileConfiguration const& other :
              _All<config::FileConfiguration>(text::FileByPath, QStringLiteral(":clientPath"), file.clientPath))
-            Require(other.folderConfigurationId != file.folderConfigurationId, "the sample files are not new");
+            Require(other.folderConfigurationId != file.folderConfigurationId, "a sample file exists already");
         InsertFile(file);
     }
+    /// Adds without looking for a duplicate.
     void InsertFile(config::FileConfiguration& file) { file.id = _Insert(text::AddFile, file); }
     void UpdateFile(config::FileConfiguration const& file) override { _Update(text::UpdateFile, file, file.id); }
     config::FileConfiguration FileById(int id) override
@@ -60,7 +118,7 @@ public:
     QVector<config::FileConfiguration> AllFiles() override { return _All<config::FileConfiguration>(text::AllFiles); }
     void SyncingToNotSynced(int folderId) override
     {
-        auto statement = _engine.Use(text::SyncingToNotSynced);
+        auto statement = _api->Use(text::SyncingToNotSynced);
         statement.Bind(QStringLiteral(":syncStatusNotSynced"), int(config::FileSyncStatusNotSynced));
         statement.Bind(QStringLiteral(":folderConfigurationId"), folderId);
         statement.Bind(QStringLiteral(":syncStatusSyncing"), int(config::FileSyncStatusSyncing));
@@ -105,11 +163,11 @@ public:
     }
     void CleanRoot(int rootId) override
     {
-        _engine.Begin();
+        _api->Begin();
         _Run(text::RemoveFolder, QStringLiteral(":id"), rootId);
         _Run(text::RemoveFilesOfRoot, QStringLiteral(":folderConfigurationId"), rootId);
         _Run(text::RemoveFoldersOfRoot, QStringLiteral(":folderConfigurationId"), rootId);
-        _engine.Commit();
+        _api->Commit();
     }
     bool IsInRoot(QString const& path) override
     {
@@ -161,7 +219,7 @@ public:
     }
 
 private:
-    /// Binds placeholder, value, placeholder, value and so on.
+    /// Binds pairs of placeholder and value.
     template <class Statement>
     static void _Bind(Statement&)
     {}
@@ -176,7 +234,7 @@ private:
     Record _One(StatementText const& text, Bound const&... bound)
     {
         Record record;
-        auto statement = _engine.Use(text);
+        auto statement = _api->Use(text);
         _Bind(statement, bound...);
         if (statement.Next())
             Fill(record, statement, _documents);
@@ -187,10 +245,10 @@ private:
     QVector<Record> _All(StatementText const& text, Bound const&... bound)
     {
         QVector<Record> records;
-        auto statement = _engine.Use(text);
+        auto statement = _api->Use(text);
         _Bind(statement, bound...);
         while (statement.Next()) {
-            records.resize(records.size() + 1); // grows like an append, but copies no record
+            records.resize(records.size() + 1); // unlike append, copies no record
             Fill(records.last(), statement, _documents);
         }
         return records;
@@ -199,7 +257,7 @@ private:
     template <class Record>
     int _Insert(StatementText const& text, Record const& record)
     {
-        auto statement = _engine.Use(text);
+        auto statement = _api->Use(text);
         Bind(statement, record, _documents);
         statement.Run();
         return statement.InsertedId();
@@ -208,7 +266,7 @@ private:
     template <class Record>
     void _Update(StatementText const& text, Record const& record, int id)
     {
-        auto statement = _engine.Use(text);
+        auto statement = _api->Use(text);
         Bind(statement, record, _documents);
         statement.Bind(QStringLiteral(":id"), id);
         statement.Run();
@@ -216,7 +274,7 @@ private:
 
     void _Run(StatementText const& text, QString const& placeholder, int value)
     {
-        auto statement = _engine.Use(text);
+        auto statement = _api->Use(text);
         statement.Bind(placeholder, value);
         statement.Run();
     }
@@ -224,7 +282,7 @@ private:
     QVector<int> _SubFolderIds(int folderId)
     {
         QVector<int> ids;
-        auto statement = _engine.Use(text::SubFolderIds);
+        auto statement = _api->Use(text::SubFolderIds);
         statement.Bind(QStringLiteral(":parentId"), folderId);
         while (statement.Next())
             ids.append(statement.Int(0));
@@ -232,7 +290,7 @@ private:
     }
 
     QString const _path;
-    Engine _engine;
+    std::optional<Api> _api;
     Documents _documents;
     QVector<config::FolderConfiguration> _roots;
 };
