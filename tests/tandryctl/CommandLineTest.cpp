@@ -21,7 +21,7 @@ class CommandLineTest : public ToolTest
 protected:
     CommandLineTest() { tandryctl::DeclareCommands(commandLine); }
 
-    /// The manual page without its mark-up.
+    /// Returns the manual page without its markup.
     static QString Manual()
     {
         QFile file(QStringLiteral(TANDRYCTL_MANUAL));
@@ -33,8 +33,8 @@ protected:
         return text;
     }
 
-    /// Commands that are no mere groups.
-    QStringList Leaves() const
+    /// Returns the commands that are not groups.
+    QStringList LeafCommands() const
     {
         QStringList leaves;
         QStringList const all = commandLine.Commands();
@@ -54,7 +54,7 @@ protected:
 
 TEST_F(CommandLineTest, ManualNamesEveryCommand)
 {
-    QStringList const commands = Leaves();
+    QStringList const commands = LeafCommands();
     EXPECT_GT(commands.size(), 30);
     QString const manual = Manual();
     for (QString const& command : commands)
@@ -74,7 +74,7 @@ TEST_F(CommandLineTest, ManualNamesEveryOption)
         EXPECT_TRUE(manual.contains(option.section(QLatin1Char(' '), -1))) << option.toStdString();
 }
 
-TEST_F(CommandLineTest, ManualNamesNoOptionThatIsNotThere)
+TEST_F(CommandLineTest, ManualNamesNoUnknownOption)
 {
     QSet<QString> known;
     for (QString const& option : commandLine.Options())
@@ -89,8 +89,8 @@ TEST_F(CommandLineTest, ManualNamesNoOptionThatIsNotThere)
 
 TEST_F(CommandLineTest, EveryCommandHasHelpWithAnExample)
 {
-    for (QString const& command : Leaves()) {
-        Ran const ran = RunBare(command.split(QLatin1Char(' ')) + QStringList{"--help"_q});
+    for (QString const& command : LeafCommands()) {
+        RunResult const ran = RunWithoutStore(command.split(QLatin1Char(' ')) + QStringList{"--help"_q});
         EXPECT_EQ(ran.status, 0) << command.toStdString();
         EXPECT_TRUE(ran.out.contains("Examples:\n  tandryctl "_q)) << command.toStdString();
         EXPECT_TRUE(ran.out.contains("tandryctl "_q + command)) << command.toStdString();
@@ -98,9 +98,9 @@ TEST_F(CommandLineTest, EveryCommandHasHelpWithAnExample)
     }
 }
 
-TEST_F(CommandLineTest, HelpOfTheProgramNamesEveryGroupAndTheExitStatus)
+TEST_F(CommandLineTest, ProgramHelpListsEveryGroupAndTheExitStatus)
 {
-    Ran const ran = RunBare({"--help"_q});
+    RunResult const ran = RunWithoutStore({"--help"_q});
     EXPECT_EQ(ran.status, 0);
     for (QString const& command : commandLine.Commands()) {
         if (!command.contains(QLatin1Char(' '))) {
@@ -111,14 +111,14 @@ TEST_F(CommandLineTest, HelpOfTheProgramNamesEveryGroupAndTheExitStatus)
     EXPECT_TRUE(ran.out.contains("TANDRY_STORE"_q));
 }
 
-TEST_F(CommandLineTest, VersionIsThatOfTheProject)
+TEST_F(CommandLineTest, VersionIsTheProjectsVersion)
 {
-    Ran const ran = RunBare({"--version"_q});
+    RunResult const ran = RunWithoutStore({"--version"_q});
     EXPECT_EQ(ran.status, 0);
     EXPECT_EQ(ran.out, "tandryctl " TANDRYCTL_VERSION "\n"_q);
 }
 
-TEST_F(CommandLineTest, WrongUsageIsOneLineThatPointsAtTheHelp)
+TEST_F(CommandLineTest, WrongUsageIsOneLineThatRefersToTheHelp)
 {
     QVector<QStringList> const wrong{{},
                                      {"nonsense"_q},
@@ -134,7 +134,7 @@ TEST_F(CommandLineTest, WrongUsageIsOneLineThatPointsAtTheHelp)
                                      {"root"_q, "remove"_q, "2147483648"_q},
                                      {"--store"_q}};
     for (QStringList const& arguments : wrong) {
-        Ran const ran = RunBare(arguments);
+        RunResult const ran = RunWithoutStore(arguments);
         EXPECT_EQ(ran.status, 2) << arguments.join(QLatin1Char(' ')).toStdString();
         EXPECT_EQ(ran.out, QString());
         EXPECT_EQ(ran.err.count(QLatin1Char('\n')), 1) << ran.err.toStdString();
@@ -145,29 +145,29 @@ TEST_F(CommandLineTest, WrongUsageIsOneLineThatPointsAtTheHelp)
 
 TEST_F(CommandLineTest, UnknownWordIsNamed)
 {
-    EXPECT_TRUE(RunBare({"nonsense"_q}).err.contains("'nonsense'"_q));
-    EXPECT_TRUE(RunBare({"list"_q, "gods\n"_q}).err.contains("'gods\\n'"_q));
+    EXPECT_TRUE(RunWithoutStore({"nonsense"_q}).err.contains("'nonsense'"_q));
+    EXPECT_TRUE(RunWithoutStore({"list"_q, "gods\n"_q}).err.contains("'gods\\n'"_q));
 }
 
-TEST_F(CommandLineTest, ArgumentThatIsNoTextIsAWrongUsage)
+TEST_F(CommandLineTest, ArgumentThatIsNotUtf8IsWrongUsage)
 {
     char const* const arguments[] = {"tandryctl", "where", "caf\xe9"};
     testing::internal::CaptureStderr();
     EXPECT_EQ(commandLine.Run(3, arguments), ExitStatus::WrongUsage);
-    std::string const complaint = testing::internal::GetCapturedStderr();
-    EXPECT_NE(complaint.find("UTF-8"), std::string::npos) << complaint;
+    std::string const message = testing::internal::GetCapturedStderr();
+    EXPECT_NE(message.find("UTF-8"), std::string::npos) << message;
 }
 
-TEST_F(CommandLineTest, CommonOptionsStandBeforeOrBehindTheCommand)
+TEST_F(CommandLineTest, CommonOptionsMayPrecedeOrFollowTheCommand)
 {
-    EXPECT_EQ(RunBare({"init"_q, "--store"_q, StorePath()}).status, 0);
+    EXPECT_EQ(RunWithoutStore({"init"_q, "--store"_q, StorePath()}).status, 0);
     for (QStringList const& arguments : {QStringList{"--store"_q, StorePath(), "--json"_q, "list"_q, "schedules"_q},
                                          QStringList{"list"_q, "--json"_q, "schedules"_q, "--store"_q, StorePath()},
                                          QStringList{"list"_q, "schedules"_q, "--json"_q, "--store="_q + StorePath()}})
-        EXPECT_EQ(RunBare(arguments).json().size(), 1);
+        EXPECT_EQ(RunWithoutStore(arguments).json().size(), 1);
 }
 
-TEST_F(CommandLineTest, OutputThatCannotBeWrittenIsNoSuccess)
+TEST_F(CommandLineTest, OutputThatCannotBeWrittenFails)
 {
     Init();
     QProcess process;

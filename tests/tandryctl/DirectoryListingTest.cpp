@@ -33,7 +33,7 @@ protected:
         ASSERT_EQ(file.write(content), content.size());
     }
 
-    /// Makes a file whose name is no text.
+    /// Creates a file whose name need not be valid UTF-8.
     void WriteRaw(QByteArray const& name) const
     {
         QByteArray const path = folder.path().toUtf8() + '/' + name;
@@ -96,7 +96,7 @@ TEST_F(DirectoryListingTest, FileFromBefore1970HasItsTime)
     EXPECT_EQ(List().files.at(0).modifiedMsec, -1500);
 }
 
-TEST_F(DirectoryListingTest, OddNamesComeAsTheyAre)
+TEST_F(DirectoryListingTest, OddNamesAreUnchanged)
 {
     QStringList const names{"a\nb"_q, "c'd\"e"_q, "日本 👩‍👧"_q, " blank "_q, "-rf"_q};
     for (QString const& name : names) {
@@ -111,7 +111,7 @@ TEST_F(DirectoryListingTest, OddNamesComeAsTheyAre)
     EXPECT_EQ(found, expected);
 }
 
-TEST_F(DirectoryListingTest, NameThatIsNoTextIsReportedAndTheRestIsListed)
+TEST_F(DirectoryListingTest, NameThatIsNotUtf8IsReportedAndTheRestIsListed)
 {
     WriteRaw("caf\xe9");
     Write("good", "");
@@ -119,7 +119,7 @@ TEST_F(DirectoryListingTest, NameThatIsNoTextIsReportedAndTheRestIsListed)
     ASSERT_EQ(listing.files.size(), 1U);
     ASSERT_EQ(listing.problems.size(), 1);
     EXPECT_TRUE(listing.problems.first().contains("caf\\xe9"_q));
-    EXPECT_TRUE(listing.complete); // nothing that could be on record is missing
+    EXPECT_TRUE(listing.complete); // such a file cannot be on record
 }
 
 TEST_F(DirectoryListingTest, LinkToAFileIsAFileWithItsTarget)
@@ -130,7 +130,7 @@ TEST_F(DirectoryListingTest, LinkToAFileIsAFileWithItsTarget)
     ASSERT_EQ(listing.files.size(), 2U);
     EXPECT_EQ(listing.files[0].name, "link"_q);
     EXPECT_EQ(listing.files[0].linkTarget, "target"_q);
-    EXPECT_EQ(listing.files[0].size, 6); // of the link itself
+    EXPECT_EQ(listing.files[0].size, 6); // the link's own size
 }
 
 TEST_F(DirectoryListingTest, LinkToALinkToAFileIsAFile)
@@ -152,7 +152,7 @@ TEST_F(DirectoryListingTest, LinkToADirectoryIsCounted)
     EXPECT_EQ(listing.linksToDirectories, 1);
 }
 
-TEST_F(DirectoryListingTest, LinkToNothingAndLinkToItselfAreCounted)
+TEST_F(DirectoryListingTest, BrokenLinkAndLinkToItselfAreCounted)
 {
     ASSERT_EQ(::symlink("missing", At("broken").toUtf8().constData()), 0);
     ASSERT_EQ(::symlink("loop", At("loop").toUtf8().constData()), 0);
@@ -168,7 +168,7 @@ TEST_F(DirectoryListingTest, PipeAndLinkToItAreCounted)
     ASSERT_EQ(::symlink("pipe", At("link").toUtf8().constData()), 0);
     DirectoryListing const listing = List();
     EXPECT_TRUE(listing.files.empty());
-    EXPECT_EQ(listing.specials, 2);
+    EXPECT_EQ(listing.specialFiles, 2);
 }
 
 TEST_F(DirectoryListingTest, MissingDirectoryIsAProblemAndIncomplete)

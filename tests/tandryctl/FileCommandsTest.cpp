@@ -12,14 +12,14 @@ namespace {
 class FileCommandsTest : public ToolTest
 {
 protected:
-    /// Root 1 on docs with the file 1, "a", and the link 2, "link", to it.
+    /// Records root 1, docs, with the file 1, "a", and the link 2, "link", to it.
     void SetUp() override
     {
         Init();
         AddRoot("docs"_q, "/s"_q);
         WriteFile("docs/a"_q, "12345");
         Link("a", "docs/link"_q);
-        Done({"scan"_q});
+        RunSuccessfully({"scan"_q});
     }
 
     void Sql(QString const& statements) { RawStore(StorePath()).Run(statements); }
@@ -27,26 +27,27 @@ protected:
 
 } // namespace
 
-TEST_F(FileCommandsTest, ShowTakesAnIdOrAPath)
+TEST_F(FileCommandsTest, ShowAcceptsAnIdOrAPath)
 {
     QJsonObject const byId = JsonObject({"file"_q, "show"_q, "1"_q});
     EXPECT_EQ(byId.value("clientPath"_q).toString(), At("docs/a"));
     EXPECT_EQ(JsonObject({"file"_q, "show"_q, At("docs/a")}), byId);
-    Ran const relative = RunBare({"--store"_q, StorePath(), "--json"_q, "file"_q, "show"_q, "docs/../docs/a"_q});
+    RunResult const relative =
+        RunWithoutStore({"--store"_q, StorePath(), "--json"_q, "file"_q, "show"_q, "docs/../docs/a"_q});
     EXPECT_EQ(relative.json().first().toObject(), byId);
 }
 
-TEST_F(FileCommandsTest, ShowTakesTheFileNamedLikeANumberByItsPath)
+TEST_F(FileCommandsTest, ShowFindsAFileNamedLikeANumberByItsPath)
 {
     WriteFile("docs/1"_q);
-    Done({"scan"_q});
+    RunSuccessfully({"scan"_q});
     EXPECT_EQ(JsonObject({"file"_q, "show"_q, At("docs/1")}).value("name"_q).toString(), "1"_q);
     EXPECT_EQ(JsonObject({"file"_q, "show"_q, "1"_q}).value("name"_q).toString(), "a"_q);
 }
 
 TEST_F(FileCommandsTest, ShowHasALineForEachColumn)
 {
-    QString const out = Done({"file"_q, "show"_q, "1"_q});
+    QString const out = RunSuccessfully({"file"_q, "show"_q, "1"_q});
     EXPECT_TRUE(out.contains("size                    5\n"_q)) << out.toStdString();
     EXPECT_TRUE(out.contains("folder                  "_q + At("docs"))) << out.toStdString();
 }
@@ -57,8 +58,8 @@ TEST_F(FileCommandsTest, ShowNamesTheAccountAndTheServer)
     EXPECT_TRUE(without.value("account"_q).isNull());
     EXPECT_TRUE(without.value("serverId"_q).isNull());
 
-    Done({"server"_q, "add"_q, "--web-service-url"_q, "https://office.example/api"_q});
-    Done({"account"_q, "add"_q, "--user"_q, "anna"_q, "--domain"_q, "corp"_q, "--server"_q, "1"_q});
+    RunSuccessfully({"server"_q, "add"_q, "--web-service-url"_q, "https://office.example/api"_q});
+    RunSuccessfully({"account"_q, "add"_q, "--user"_q, "anna"_q, "--domain"_q, "corp"_q, "--server"_q, "1"_q});
     Sql("UPDATE FolderConfiguration SET authenticationId = 1;"_q);
     QJsonObject const with = JsonObject({"file"_q, "show"_q, "1"_q});
     EXPECT_EQ(with.value("accountId"_q).toInt(), 1);
@@ -72,10 +73,10 @@ TEST_F(FileCommandsTest, ShowResolvesLinks)
     EXPECT_EQ(JsonObject({"file"_q, "show"_q, "2"_q}).value("linksTo"_q).toString(), At("docs/a") + " (file 1)"_q);
 }
 
-TEST_F(FileCommandsTest, ShowOfWhatIsNotOnRecordFindsNothing)
+TEST_F(FileCommandsTest, ShowOfAFileThatIsNotOnRecordFindsNothing)
 {
     for (QString const& file : {"77"_q, At("docs/missing"), "-1"_q}) {
-        Ran const ran = Run({"file"_q, "show"_q, "--"_q, file});
+        RunResult const ran = Run({"file"_q, "show"_q, "--"_q, file});
         EXPECT_EQ(ran.status, 1) << file.toStdString();
         EXPECT_EQ(ran.err.count(QLatin1Char('\n')), 1);
     }
@@ -93,7 +94,7 @@ TEST_F(FileCommandsTest, ShowOfGeneratedAndBaseFiles)
     EXPECT_EQ(Run({"file"_q, "show"_q, "/b"_q, "--type"_q, "generated"_q}).status, 1);
 }
 
-TEST_F(FileCommandsTest, LinksListsEachLinkWithWhatItLeadsTo)
+TEST_F(FileCommandsTest, LinksListsEachLinkWithItsTarget)
 {
     QJsonArray const links = Json({"file"_q, "links"_q, At("docs/link")});
     ASSERT_EQ(links.size(), 1);
@@ -105,7 +106,7 @@ TEST_F(FileCommandsTest, LinksListsEachLinkWithWhatItLeadsTo)
                            {"linksTo"_q, At("docs/a")}}));
 }
 
-TEST_F(FileCommandsTest, LinksToWhatIsNotOnRecordLeadNowhere)
+TEST_F(FileCommandsTest, LinkToAFileThatIsNotOnRecordHasNoTarget)
 {
     Sql("UPDATE FileConfiguration SET fileLinks = '<F><L FileId=\"-1\" Path=\"gone\"/></F>' WHERE id = 2;"_q);
     QJsonObject const link = JsonObject({"file"_q, "links"_q, "2"_q});
@@ -114,30 +115,30 @@ TEST_F(FileCommandsTest, LinksToWhatIsNotOnRecordLeadNowhere)
     EXPECT_EQ(JsonObject({"file"_q, "show"_q, "2"_q}).value("linksTo"_q).toString(), "gone (not on record)"_q);
 }
 
-TEST_F(FileCommandsTest, LinksOfAFileWithoutAnyFindNothing)
+TEST_F(FileCommandsTest, LinksOfAFileWithoutLinksFindsNothing)
 {
     EXPECT_EQ(Run({"file"_q, "links"_q, "1"_q}).status, 1);
 }
 
-TEST_F(FileCommandsTest, RemoveTakesTheRecordAndLeavesTheFile)
+TEST_F(FileCommandsTest, RemoveRemovesTheRecordAndKeepsTheFile)
 {
-    Done({"file"_q, "remove"_q, "1"_q, "--yes"_q});
+    RunSuccessfully({"file"_q, "remove"_q, "1"_q, "--yes"_q});
     EXPECT_EQ(Json({"list"_q, "files"_q}).size(), 1);
     EXPECT_TRUE(QFile::exists(At("docs/a")));
 }
 
-TEST_F(FileCommandsTest, RemoveTakesGeneratedFilesFromTheStoreAndTheDiskAndSaysSo)
+TEST_F(FileCommandsTest, RemoveReportsAndDeletesGeneratedFilesInStoreAndOnDisk)
 {
     WriteFile("made"_q);
     Sql("INSERT INTO GeneratedFileConfiguration (clientPath, parentFileId, fileType) VALUES ('%1', 1, 1);"_q.arg(
         At("made")));
-    Ran const refused = Run({"file"_q, "remove"_q, "1"_q});
+    RunResult const refused = Run({"file"_q, "remove"_q, "1"_q});
     EXPECT_EQ(refused.status, 2);
     EXPECT_TRUE(refused.err.contains("1 generated file"_q) && refused.err.contains("disk"_q))
         << refused.err.toStdString();
     EXPECT_TRUE(QFile::exists(At("made")));
 
-    Done({"file"_q, "remove"_q, "1"_q, "--yes"_q});
+    RunSuccessfully({"file"_q, "remove"_q, "1"_q, "--yes"_q});
     EXPECT_FALSE(QFile::exists(At("made")));
     EXPECT_EQ(Run({"list"_q, "files"_q, "--type"_q, "generated"_q}).status, 1);
 }
@@ -160,7 +161,7 @@ TEST_F(FileCommandsTest, RemoveOfAnUnknownFileFindsNothing)
     EXPECT_EQ(Run({"file"_q, "remove"_q, "77"_q, "--yes"_q}).status, 1);
 }
 
-TEST_F(FileCommandsTest, RemoveTellsThatTheStoreRefusesToWrite)
+TEST_F(FileCommandsTest, RemoveReportsThatTheStoreRefusesToWrite)
 {
     Sql("CREATE TRIGGER refuse BEFORE DELETE ON FileConfiguration BEGIN SELECT RAISE(ABORT, 'no'); END;"_q);
     EXPECT_EQ(Run({"file"_q, "remove"_q, "1"_q, "--yes"_q}).status, 3);

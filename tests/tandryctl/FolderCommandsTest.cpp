@@ -22,7 +22,7 @@ protected:
         MakeDirectory("docs/a/b/c"_q);
         WriteFile("docs/a/b/file"_q);
         WriteFile("docs/a/b/c/file"_q);
-        Done({"scan"_q});
+        RunSuccessfully({"scan"_q});
     }
 };
 
@@ -40,28 +40,28 @@ TEST_F(FolderCommandsTest, AddRecordsAFolderAndItsMissingParents)
     EXPECT_EQ(added.value("parentId"_q), all.at(2).toObject().value("id"_q));
 }
 
-TEST_F(FolderCommandsTest, AddTellsHowManyItRecorded)
+TEST_F(FolderCommandsTest, AddReportsHowManyItRecorded)
 {
-    EXPECT_TRUE(Done({"folder"_q, "add"_q, At("docs/a/b")}).contains("and 1 folder above it"_q));
+    EXPECT_TRUE(RunSuccessfully({"folder"_q, "add"_q, At("docs/a/b")}).contains("and 1 folder above it"_q));
 }
 
-TEST_F(FolderCommandsTest, AddOfAFolderOnRecordSaysSo)
+TEST_F(FolderCommandsTest, AddOfARecordedFolderReportsThat)
 {
-    Done({"folder"_q, "add"_q, At("docs/a")});
-    EXPECT_TRUE(Done({"folder"_q, "add"_q, At("docs/a")}).contains("already on record"_q));
+    RunSuccessfully({"folder"_q, "add"_q, At("docs/a")});
+    EXPECT_TRUE(RunSuccessfully({"folder"_q, "add"_q, At("docs/a")}).contains("already on record"_q));
     EXPECT_EQ(Json({"list"_q, "folders"_q}).size(), 2);
 }
 
-TEST_F(FolderCommandsTest, AddOutsideOfEveryRootFindsNothing)
+TEST_F(FolderCommandsTest, AddOutsideOfAllRootsFindsNothing)
 {
     EXPECT_EQ(Run({"folder"_q, "add"_q, At("elsewhere")}).status, 1);
     EXPECT_EQ(Run({"folder"_q, "add"_q, At("docs2")}).status, 1);
     EXPECT_EQ(Json({"list"_q, "folders"_q}).size(), 1);
 }
 
-TEST_F(FolderCommandsTest, AddInAnotherCaseThanTheRootsFindsNoPlace)
+TEST_F(FolderCommandsTest, AddInAnotherCaseThanTheRootsFails)
 {
-    Ran const ran = Run({"folder"_q, "add"_q, At("DOCS/a")});
+    RunResult const ran = Run({"folder"_q, "add"_q, At("DOCS/a")});
     EXPECT_EQ(ran.status, 1);
     EXPECT_EQ(Json({"list"_q, "folders"_q}).size(), 1);
 }
@@ -73,15 +73,15 @@ TEST_F(FolderCommandsTest, AddRefusesAFile)
     EXPECT_EQ(Json({"list"_q, "folders"_q}).size(), 1);
 }
 
-TEST_F(FolderCommandsTest, AddLooksAtTheGivenAccountAlone)
+TEST_F(FolderCommandsTest, AddConsidersOnlyTheGivenAccount)
 {
-    Done({"server"_q, "add"_q, "--dav-url"_q, "https://a.example/d"_q});
-    Done({"account"_q, "add"_q, "--user"_q, "anna"_q, "--server"_q, "1"_q});
+    RunSuccessfully({"server"_q, "add"_q, "--dav-url"_q, "https://a.example/d"_q});
+    RunSuccessfully({"account"_q, "add"_q, "--user"_q, "anna"_q, "--server"_q, "1"_q});
     EXPECT_EQ(Run({"folder"_q, "add"_q, At("docs/a"), "--account"_q, "1"_q}).status, 1);
     EXPECT_EQ(Run({"folder"_q, "add"_q, At("docs/a"), "--account"_q, "2"_q}).status, 1);
 }
 
-TEST_F(FolderCommandsTest, AddTellsThatTheStoreRefusesToWrite)
+TEST_F(FolderCommandsTest, AddReportsThatTheStoreRefusesToWrite)
 {
     RawStore(StorePath())
         .Run("CREATE TRIGGER refuse BEFORE INSERT ON FolderConfiguration "
@@ -89,31 +89,31 @@ TEST_F(FolderCommandsTest, AddTellsThatTheStoreRefusesToWrite)
     EXPECT_EQ(Run({"folder"_q, "add"_q, At("docs/a")}).status, 3);
 }
 
-TEST_F(FolderCommandsTest, RemoveTakesTheFoldersRowAloneAndNamesWhatIsLeft)
+TEST_F(FolderCommandsTest, RemoveRemovesOnlyTheFoldersRowAndListsTheOrphans)
 {
     ScanTree();
-    QString const out = Done({"folder"_q, "remove"_q, "3"_q, "--yes"_q});
+    QString const out = RunSuccessfully({"folder"_q, "remove"_q, "3"_q, "--yes"_q});
     EXPECT_TRUE(out.contains("leaving 1 sub-folder and 1 file that belong to nothing"_q)) << out.toStdString();
     EXPECT_EQ(Json({"list"_q, "folders"_q}).size(), 3);
     EXPECT_EQ(Json({"list"_q, "files"_q}).size(), 2);
 }
 
-TEST_F(FolderCommandsTest, RemoveRecursivelyTakesAllBelow)
+TEST_F(FolderCommandsTest, RemoveRecursivelyRemovesEverythingBelow)
 {
     ScanTree();
-    QString const out = Done({"folder"_q, "remove"_q, "2"_q, "--recursive"_q, "--yes"_q});
+    QString const out = RunSuccessfully({"folder"_q, "remove"_q, "2"_q, "--recursive"_q, "--yes"_q});
     EXPECT_TRUE(out.contains("with 2 sub-folders and 2 files"_q)) << out.toStdString();
     EXPECT_EQ(Json({"list"_q, "folders"_q}).size(), 1);
     EXPECT_EQ(Run({"list"_q, "files"_q}).status, 1);
 }
 
-TEST_F(FolderCommandsTest, RemoveRecursivelyNamesSchedulesAndGeneratedFilesThatAreLeft)
+TEST_F(FolderCommandsTest, RemoveRecursivelyListsOrphanedSchedulesAndGeneratedFiles)
 {
     ScanTree();
     RawStore(StorePath())
         .Run("INSERT INTO Schedules (folderConfigurationId) VALUES (4);"
              "INSERT INTO GeneratedFileConfiguration (folderConfigurationId) VALUES (3), (4);"_q);
-    QString const out = Done({"folder"_q, "remove"_q, "2"_q, "-r"_q, "--yes"_q});
+    QString const out = RunSuccessfully({"folder"_q, "remove"_q, "2"_q, "-r"_q, "--yes"_q});
     EXPECT_TRUE(out.contains("leaving 2 generated files and 1 schedule"_q)) << out.toStdString();
 }
 
@@ -132,9 +132,9 @@ TEST_F(FolderCommandsTest, RemoveAsksOnATerminal)
     EXPECT_EQ(Json({"list"_q, "folders"_q}).size(), 3);
 }
 
-TEST_F(FolderCommandsTest, RemoveOfARootPointsAtTheOtherCommand)
+TEST_F(FolderCommandsTest, RemoveOfARootRefersToTheOtherCommand)
 {
-    Ran const ran = Run({"folder"_q, "remove"_q, "1"_q, "--yes"_q});
+    RunResult const ran = Run({"folder"_q, "remove"_q, "1"_q, "--yes"_q});
     EXPECT_EQ(ran.status, 1);
     EXPECT_TRUE(ran.err.contains("root remove 1"_q));
     EXPECT_EQ(Json({"list"_q, "folders"_q}).size(), 1);
@@ -145,7 +145,7 @@ TEST_F(FolderCommandsTest, RemoveOfAnUnknownFolderFindsNothing)
     EXPECT_EQ(Run({"folder"_q, "remove"_q, "77"_q, "--yes"_q}).status, 1);
 }
 
-TEST_F(FolderCommandsTest, RemoveThatFailsMidwayLeavesTheWholeTree)
+TEST_F(FolderCommandsTest, RemoveThatFailsMidwayKeepsTheWholeTree)
 {
     ScanTree();
     RawStore(StorePath())

@@ -50,7 +50,8 @@ protected:
 class ProductCommandsTest : public AccountCommandsTest
 {
 protected:
-    Ran AddProduct(QString const& name, QString const& key, QStringList const& more = {}, QByteArray const& input = {})
+    RunResult
+    AddProduct(QString const& name, QString const& key, QStringList const& more = {}, QByteArray const& input = {})
     {
         return Run(QStringList{"product"_q, "add"_q, "--name"_q, name, "--key"_q, key, "--server"_q, "2"_q} + more,
                    input);
@@ -61,14 +62,14 @@ protected:
 
 TEST_F(ServerCommandsTest, AddedServerIsShownWithADerivedAlias)
 {
-    EXPECT_TRUE(Done({"server"_q,
-                      "add"_q,
-                      "--dav-url"_q,
-                      "https://files.example/dav/"_q,
-                      "--web-service-url"_q,
-                      "https://files.example/api"_q,
-                      "--encoder"_q,
-                      "e"_q})
+    EXPECT_TRUE(RunSuccessfully({"server"_q,
+                                 "add"_q,
+                                 "--dav-url"_q,
+                                 "https://files.example/dav/"_q,
+                                 "--web-service-url"_q,
+                                 "https://files.example/api"_q,
+                                 "--encoder"_q,
+                                 "e"_q})
                     .contains("server 1 'files'"_q));
     EXPECT_EQ(JsonObject({"server"_q, "show"_q, "1"_q}),
               (QJsonObject{{"id"_q, 1},
@@ -78,7 +79,7 @@ TEST_F(ServerCommandsTest, AddedServerIsShownWithADerivedAlias)
                            {"binaryDiffEncoder"_q, "e"_q}}));
 }
 
-TEST_F(ServerCommandsTest, AddWithoutAUrlIsAWrongUsage)
+TEST_F(ServerCommandsTest, AddWithoutAUrlIsWrongUsage)
 {
     EXPECT_EQ(Run({"server"_q, "add"_q, "--alias"_q, "x"_q}).status, 2);
     EXPECT_EQ(Run({"server"_q, "list"_q}).status, 1);
@@ -87,12 +88,12 @@ TEST_F(ServerCommandsTest, AddWithoutAUrlIsAWrongUsage)
 TEST_F(ServerCommandsTest, AddRefusesTheSameUrlsTwiceWithOrWithoutASlash)
 {
     AddServer("a"_q);
-    Ran const ran = Run({"server"_q,
-                         "add"_q,
-                         "--dav-url"_q,
-                         "https://a.example/dav/"_q,
-                         "--web-service-url"_q,
-                         "https://a.example/api/"_q});
+    RunResult const ran = Run({"server"_q,
+                               "add"_q,
+                               "--dav-url"_q,
+                               "https://a.example/dav/"_q,
+                               "--web-service-url"_q,
+                               "https://a.example/api/"_q});
     EXPECT_EQ(ran.status, 1);
     EXPECT_TRUE(ran.err.contains("server 1 'a'"_q)) << ran.err.toStdString();
 }
@@ -102,7 +103,7 @@ TEST_F(ServerCommandsTest, ListShowsAllServers)
     AddServer("a"_q);
     AddServer("b"_q);
     EXPECT_EQ(Json({"server"_q, "list"_q}).size(), 2);
-    EXPECT_EQ(Done({"server"_q, "list"_q}).count(QLatin1Char('\n')), 3);
+    EXPECT_EQ(RunSuccessfully({"server"_q, "list"_q}).count(QLatin1Char('\n')), 3);
 }
 
 TEST_F(ServerCommandsTest, ListOfNoneFindsNothing)
@@ -110,29 +111,29 @@ TEST_F(ServerCommandsTest, ListOfNoneFindsNothing)
     EXPECT_EQ(Run({"server"_q, "list"_q}).status, 1);
 }
 
-TEST_F(ServerCommandsTest, UpdateChangesWhatIsGivenAlone)
+TEST_F(ServerCommandsTest, UpdateChangesOnlyWhatIsGiven)
 {
     AddServer("a"_q);
     Sql("UPDATE ServerConfiguration SET nameValueProperties = '<N><K>v</K></N>';"_q);
-    Done({"server"_q, "update"_q, "1"_q, "--alias"_q, "Office"_q});
+    RunSuccessfully({"server"_q, "update"_q, "1"_q, "--alias"_q, "Office"_q});
     QJsonObject const server = JsonObject({"server"_q, "show"_q, "1"_q});
     EXPECT_EQ(server.value("alias"_q).toString(), "Office"_q);
     EXPECT_EQ(server.value("davUrl"_q).toString(), "https://a.example/dav"_q);
     EXPECT_TRUE(Value("SELECT nameValueProperties FROM ServerConfiguration"_q).toString().contains("[v]"_q));
 }
 
-TEST_F(ServerCommandsTest, UpdateCutsTheSlashThatLookUpsCut)
+TEST_F(ServerCommandsTest, UpdateCutsTheTrailingSlash)
 {
     AddServer("a"_q);
-    Done({"server"_q, "update"_q, "1"_q, "--dav-url"_q, "https://new.example/dav/"_q});
+    RunSuccessfully({"server"_q, "update"_q, "1"_q, "--dav-url"_q, "https://new.example/dav/"_q});
     EXPECT_EQ(JsonObject({"server"_q, "show"_q, "1"_q}).value("davUrl"_q).toString(), "https://new.example/dav"_q);
 }
 
 TEST_F(ServerCommandsTest, UpdateToAnEmptyAliasDerivesOneAgain)
 {
     AddServer("a"_q);
-    Done({"server"_q, "update"_q, "1"_q, "--alias"_q, "Office"_q});
-    Done({"server"_q, "update"_q, "1"_q, "--alias"_q, ""_q});
+    RunSuccessfully({"server"_q, "update"_q, "1"_q, "--alias"_q, "Office"_q});
+    RunSuccessfully({"server"_q, "update"_q, "1"_q, "--alias"_q, ""_q});
     EXPECT_EQ(JsonObject({"server"_q, "show"_q, "1"_q}).value("alias"_q).toString(), "a"_q);
 }
 
@@ -159,18 +160,18 @@ TEST_F(ServerCommandsTest, ShowUpdateAndRemoveOfAnUnknownServerFindNothing)
     EXPECT_EQ(Run({"server"_q, "remove"_q, "7"_q, "--yes"_q}).status, 1);
 }
 
-TEST_F(ServerCommandsTest, RemoveSaysHowManyAccountsAndProductsAreLeft)
+TEST_F(ServerCommandsTest, RemoveListsOrphanedAccountsAndProducts)
 {
     AddServer("a"_q);
-    Done({"account"_q, "add"_q, "--user"_q, "anna"_q, "--server"_q, "1"_q});
-    Done({"account"_q, "add"_q, "--user"_q, "bert"_q, "--server"_q, "1"_q});
-    Done({"product"_q, "add"_q, "--name"_q, "n"_q, "--key"_q, "k"_q, "--server"_q, "1"_q});
-    Ran const refused = Run({"server"_q, "remove"_q, "1"_q});
+    RunSuccessfully({"account"_q, "add"_q, "--user"_q, "anna"_q, "--server"_q, "1"_q});
+    RunSuccessfully({"account"_q, "add"_q, "--user"_q, "bert"_q, "--server"_q, "1"_q});
+    RunSuccessfully({"product"_q, "add"_q, "--name"_q, "n"_q, "--key"_q, "k"_q, "--server"_q, "1"_q});
+    RunResult const refused = Run({"server"_q, "remove"_q, "1"_q});
     EXPECT_EQ(refused.status, 2);
     EXPECT_TRUE(refused.err.contains(
         "leaving 2 accounts (account 1 'anna' and account 2 'bert') and 1 product (product 1 'n') that belong to nothing"_q))
         << refused.err.toStdString();
-    Done({"server"_q, "remove"_q, "1"_q, "--yes"_q});
+    RunSuccessfully({"server"_q, "remove"_q, "1"_q, "--yes"_q});
     EXPECT_EQ(Run({"server"_q, "list"_q}).status, 1);
     EXPECT_EQ(Json({"account"_q, "list"_q}).size(), 2);
 }
@@ -183,7 +184,7 @@ TEST_F(ServerCommandsTest, RemoveAsksOnATerminal)
     EXPECT_EQ(Run({"server"_q, "list"_q}).status, 1);
 }
 
-TEST_F(ServerCommandsTest, DefaultIsServerOneWithoutASettingAndSaysSo)
+TEST_F(ServerCommandsTest, DefaultWithoutASettingIsServerOne)
 {
     AddServer("a"_q);
     QJsonObject const server = JsonObject({"server"_q, "default"_q});
@@ -191,7 +192,7 @@ TEST_F(ServerCommandsTest, DefaultIsServerOneWithoutASettingAndSaysSo)
     EXPECT_TRUE(server.value("setting"_q).toString().startsWith("server 1, since '"_q));
 }
 
-TEST_F(ServerCommandsTest, DefaultFollowsTheUsersSettingAndNamesItsFile)
+TEST_F(ServerCommandsTest, DefaultFollowsTheUsersSettingAndShowsItsFile)
 {
     AddServer("a"_q);
     AddServer("b"_q);
@@ -208,7 +209,7 @@ TEST_F(ServerCommandsTest, DefaultThatIsNotOnRecordFindsNothing)
     EXPECT_EQ(Run({"server"_q, "default"_q}).status, 1);
 }
 
-TEST_F(ServerCommandsTest, WritesTellThatTheStoreRefuses)
+TEST_F(ServerCommandsTest, WritesReportThatTheStoreRefuses)
 {
     AddServer("a"_q);
     Sql("CREATE TRIGGER refuse1 BEFORE INSERT ON ServerConfiguration BEGIN SELECT RAISE(ABORT, 'no'); END;"
@@ -233,12 +234,12 @@ TEST_F(AccountCommandsTest, AddedAccountIsShownWithItsServer)
 
 TEST_F(AccountCommandsTest, AddAsksForNoPasswordOnATerminal)
 {
-    Ran const ran = RunOnTerminal({"account"_q, "add"_q, "--user"_q, "anna"_q, "--server"_q, "1"_q});
+    RunResult const ran = RunOnTerminal({"account"_q, "add"_q, "--user"_q, "anna"_q, "--server"_q, "1"_q});
     EXPECT_EQ(ran.status, 0);
     EXPECT_FALSE(ran.out.contains("assword"_q)) << ran.out.toStdString();
 }
 
-TEST_F(AccountCommandsTest, AddWithoutUserOrServerIsAWrongUsage)
+TEST_F(AccountCommandsTest, AddWithoutUserOrServerIsWrongUsage)
 {
     EXPECT_EQ(Run({"account"_q, "add"_q, "--server"_q, "1"_q}).status, 2);
     EXPECT_EQ(Run({"account"_q, "add"_q, "--user"_q, "anna"_q}).status, 2);
@@ -259,10 +260,10 @@ TEST_F(AccountCommandsTest, AddRefusesTheSameUserOnTheSameServerTwice)
     EXPECT_EQ(Run({"account"_q, "add"_q, "--user"_q, "anna"_q, "--domain"_q, "corp"_q, "--server"_q, "1"_q}).status, 0);
 }
 
-TEST_F(AccountCommandsTest, UpdateChangesWhatIsGivenAlone)
+TEST_F(AccountCommandsTest, UpdateChangesOnlyWhatIsGiven)
 {
     AddAccount("anna"_q, {"--domain"_q, "corp"_q});
-    Done({"account"_q, "update"_q, "1"_q, "--server"_q, "2"_q});
+    RunSuccessfully({"account"_q, "update"_q, "1"_q, "--server"_q, "2"_q});
     QJsonObject const account = JsonObject({"account"_q, "show"_q, "1"_q});
     EXPECT_EQ(account.value("serverId"_q).toInt(), 2);
     EXPECT_EQ(account.value("userName"_q).toString(), "anna"_q);
@@ -283,24 +284,24 @@ TEST_F(AccountCommandsTest, ShowUpdateAndRemoveOfAnUnknownAccountFindNothing)
     EXPECT_EQ(Run({"account"_q, "remove"_q, "7"_q, "--yes"_q}).status, 1);
 }
 
-TEST_F(AccountCommandsTest, RemoveSaysHowManyFoldersAreLeft)
+TEST_F(AccountCommandsTest, RemoveCountsOrphanedFolders)
 {
     AddAccount("anna"_q);
     MakeDirectory("docs/a"_q);
-    Done({"root"_q, "add"_q, At("docs"), "--server-path"_q, "/s"_q, "--account"_q, "1"_q});
-    Done({"scan"_q});
-    Ran const refused = Run({"account"_q, "remove"_q, "1"_q});
+    RunSuccessfully({"root"_q, "add"_q, At("docs"), "--server-path"_q, "/s"_q, "--account"_q, "1"_q});
+    RunSuccessfully({"scan"_q});
+    RunResult const refused = Run({"account"_q, "remove"_q, "1"_q});
     EXPECT_EQ(refused.status, 2);
     EXPECT_TRUE(refused.err.contains("leaving 2 folders (root 1 '%1') that belong to nothing"_q.arg(At("docs"))))
         << refused.err.toStdString();
-    Done({"account"_q, "remove"_q, "1"_q, "--yes"_q});
+    RunSuccessfully({"account"_q, "remove"_q, "1"_q, "--yes"_q});
     EXPECT_EQ(Run({"account"_q, "list"_q}).status, 1);
 }
 
-TEST_F(AccountCommandsTest, ShowOfAnAccountWhoseServerIsGoneNamesNone)
+TEST_F(AccountCommandsTest, ShowOfAnAccountWhoseServerIsMissingShowsNone)
 {
     AddAccount("anna"_q);
-    Done({"server"_q, "remove"_q, "1"_q, "--yes"_q});
+    RunSuccessfully({"server"_q, "remove"_q, "1"_q, "--yes"_q});
     EXPECT_TRUE(JsonObject({"account"_q, "show"_q, "1"_q}).value("server"_q).isNull());
 }
 
@@ -325,17 +326,17 @@ TEST_F(ProductCommandsTest, SecretComesFromAFileOrStandardInput)
     EXPECT_EQ(Value("SELECT consumerSecret FROM ProductConfiguration WHERE id = 2"_q).toString(), "from-input"_q);
 }
 
-TEST_F(ProductCommandsTest, SecretFileThatIsMissingAddsNothing)
+TEST_F(ProductCommandsTest, MissingSecretFileAddsNothing)
 {
     EXPECT_EQ(AddProduct("A"_q, "a"_q, {"--secret-file"_q, At("missing")}).status, 1);
     EXPECT_EQ(Run({"product"_q, "list"_q}).status, 1);
 }
 
-TEST_F(ProductCommandsTest, SecretIsShownOnDemandAlone)
+TEST_F(ProductCommandsTest, SecretIsShownOnlyOnDemand)
 {
     EXPECT_EQ(AddProduct("A"_q, "a"_q, {"--secret-file"_q, "-"_q}, "s3cret\n").status, 0);
     for (QStringList const& command : {QStringList{"product"_q, "list"_q}, QStringList{"product"_q, "show"_q, "1"_q}}) {
-        EXPECT_FALSE(Done(command).contains("s3cret"_q));
+        EXPECT_FALSE(RunSuccessfully(command).contains("s3cret"_q));
         EXPECT_FALSE(Run(command + QStringList{"--json"_q}).out.contains("s3cret"_q));
     }
     EXPECT_EQ(JsonObject({"product"_q, "show"_q, "1"_q, "--show-secret"_q}).value("consumerSecret"_q).toString(),
@@ -345,13 +346,13 @@ TEST_F(ProductCommandsTest, SecretIsShownOnDemandAlone)
 TEST_F(ProductCommandsTest, AddRefusesTheSameKeyOnTheSameServerTwice)
 {
     AddProduct("A"_q, "k"_q);
-    Ran const ran = AddProduct("B"_q, "k"_q);
+    RunResult const ran = AddProduct("B"_q, "k"_q);
     EXPECT_EQ(ran.status, 1);
     EXPECT_TRUE(ran.err.contains("product 1 'A'"_q)) << ran.err.toStdString();
     EXPECT_EQ(Run({"product"_q, "add"_q, "--name"_q, "B"_q, "--key"_q, "k"_q, "--server"_q, "1"_q}).status, 0);
 }
 
-TEST_F(ProductCommandsTest, AddWithoutNameKeyOrServerIsAWrongUsage)
+TEST_F(ProductCommandsTest, AddWithoutNameKeyOrServerIsWrongUsage)
 {
     EXPECT_EQ(Run({"product"_q, "add"_q, "--key"_q, "k"_q, "--server"_q, "1"_q}).status, 2);
     EXPECT_EQ(Run({"product"_q, "add"_q, "--name"_q, "A"_q, "--server"_q, "1"_q}).status, 2);
@@ -359,25 +360,25 @@ TEST_F(ProductCommandsTest, AddWithoutNameKeyOrServerIsAWrongUsage)
     EXPECT_EQ(AddProduct(""_q, "k"_q).status, 2);
 }
 
-TEST_F(ProductCommandsTest, UpdateChangesWhatIsGivenAlone)
+TEST_F(ProductCommandsTest, UpdateChangesOnlyWhatIsGiven)
 {
     AddProduct("A"_q, "k"_q);
-    Done({"product"_q, "update"_q, "1"_q, "--name"_q, "B"_q});
+    RunSuccessfully({"product"_q, "update"_q, "1"_q, "--name"_q, "B"_q});
     QJsonObject const product = JsonObject({"product"_q, "show"_q, "1"_q});
     EXPECT_EQ(product.value("name"_q).toString(), "B"_q);
     EXPECT_EQ(product.value("consumerKey"_q).toString(), "k"_q);
     EXPECT_EQ(product.value("serverId"_q).toInt(), 2);
 }
 
-TEST_F(ProductCommandsTest, UpdateAsksBeforeASecretGoes)
+TEST_F(ProductCommandsTest, UpdateAsksBeforeItRemovesASecret)
 {
     AddProduct("A"_q, "k"_q, {"--secret-file"_q, "-"_q}, "s3cret\n");
-    Ran const refused = Run({"product"_q, "update"_q, "1"_q, "--name"_q, "B"_q});
+    RunResult const refused = Run({"product"_q, "update"_q, "1"_q, "--name"_q, "B"_q});
     EXPECT_EQ(refused.status, 2);
     EXPECT_TRUE(refused.err.contains("consumer secret"_q));
     EXPECT_EQ(RunOnTerminal({"product"_q, "update"_q, "1"_q, "--name"_q, "B"_q}, "n\n").status, 1);
     EXPECT_EQ(Value("SELECT consumerSecret FROM ProductConfiguration"_q).toString(), "s3cret"_q);
-    Done({"product"_q, "update"_q, "1"_q, "--name"_q, "B"_q, "--yes"_q});
+    RunSuccessfully({"product"_q, "update"_q, "1"_q, "--name"_q, "B"_q, "--yes"_q});
     EXPECT_TRUE(Value("SELECT consumerSecret FROM ProductConfiguration"_q).isNull());
 }
 
@@ -388,18 +389,18 @@ TEST_F(ProductCommandsTest, UpdateRefusesTheKeyOfAnotherProductOnItsServer)
     EXPECT_EQ(Run({"product"_q, "update"_q, "2"_q, "--key"_q, "a"_q}).status, 1);
 }
 
-TEST_F(ProductCommandsTest, RemoveSaysWhatIsLeft)
+TEST_F(ProductCommandsTest, RemoveListsOrphans)
 {
     AddProduct("A"_q, "k"_q);
     AddRoot("docs"_q, "/s"_q);
     Sql("UPDATE FolderConfiguration SET productConfigurationId = 1;"
         "INSERT INTO FileConfiguration (productConfigurationId) VALUES (1), (1);"_q);
-    Ran const refused = Run({"product"_q, "remove"_q, "1"_q});
+    RunResult const refused = Run({"product"_q, "remove"_q, "1"_q});
     EXPECT_EQ(refused.status, 2);
     EXPECT_TRUE(
         refused.err.contains("leaving 1 folder (root 1 '%1') and 2 files that belong to nothing"_q.arg(At("docs"))))
         << refused.err.toStdString();
-    Done({"product"_q, "remove"_q, "1"_q, "--yes"_q});
+    RunSuccessfully({"product"_q, "remove"_q, "1"_q, "--yes"_q});
     EXPECT_EQ(Run({"product"_q, "list"_q}).status, 1);
 }
 

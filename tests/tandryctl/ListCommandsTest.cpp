@@ -24,7 +24,8 @@ protected:
         return values;
     }
 
-    /// Root 1 with the folder 2, and the files c (1 byte), a (3) and b (2), of which a is out of sync.
+    /// Inserts root 1, folder 2 and the files c (1 byte), a (3 bytes, out of sync) and b (2 bytes), and a file of
+    /// another root.
     void AddFiles()
     {
         Sql("INSERT INTO FolderConfiguration (id, name, clientPath, serverPath, parentId, rootId) VALUES "
@@ -37,10 +38,10 @@ protected:
 
 } // namespace
 
-TEST_F(ListCommandsTest, EmptyStoreHasNothingAndSaysSo)
+TEST_F(ListCommandsTest, EmptyStoreReportsThatNothingIsOnRecord)
 {
     for (char const* what : {"roots", "folders", "files"}) {
-        Ran const ran = Run({"list"_q, QString::fromUtf8(what)});
+        RunResult const ran = Run({"list"_q, QString::fromUtf8(what)});
         EXPECT_EQ(ran.status, 1) << what;
         EXPECT_EQ(ran.out, QString());
         EXPECT_EQ(ran.err, "tandryctl: no %1 on record\n"_q.arg(QString::fromUtf8(what)));
@@ -49,7 +50,7 @@ TEST_F(ListCommandsTest, EmptyStoreHasNothingAndSaysSo)
 
 TEST_F(ListCommandsTest, EmptyStoreInJsonIsAnEmptyArray)
 {
-    Ran const ran = Run({"list"_q, "files"_q, "--json"_q});
+    RunResult const ran = Run({"list"_q, "files"_q, "--json"_q});
     EXPECT_EQ(ran.status, 1);
     EXPECT_EQ(ran.json().size(), 0);
 }
@@ -171,7 +172,7 @@ TEST_F(ListCommandsTest, RootsAreThoseWithoutAParent)
     EXPECT_EQ(Column({"list"_q, "roots"_q}, "id"), QStringList{"1"_q});
 }
 
-TEST_F(ListCommandsTest, FoldersOfARootAlone)
+TEST_F(ListCommandsTest, FoldersOfOneRoot)
 {
     AddFiles();
     Sql("INSERT INTO FolderConfiguration (id, clientPath, parentId, rootId) VALUES (3, '/q', 0, 3);"_q);
@@ -193,7 +194,7 @@ TEST_F(ListCommandsTest, FilesByFolderRootAndStatus)
 
 TEST_F(ListCommandsTest, FilesOfAnUnknownFolderOrRootFindNothing)
 {
-    Ran const unknown = Run({"list"_q, "files"_q, "--folder"_q, "77"_q});
+    RunResult const unknown = Run({"list"_q, "files"_q, "--folder"_q, "77"_q});
     EXPECT_EQ(unknown.status, 1);
     EXPECT_TRUE(unknown.err.contains("folder 77"_q));
     EXPECT_EQ(Run({"list"_q, "files"_q, "--root"_q, "77"_q}).status, 1);
@@ -214,7 +215,7 @@ TEST_F(ListCommandsTest, FilesByKind)
 
 TEST_F(ListCommandsTest, FilesInEveryOrder)
 {
-    // Each column orders the three files differently from the order of their ids, where it can.
+    // Every column sorts the files differently from their ids.
     Sql("INSERT INTO FileConfiguration (id, folderConfigurationId, name, clientPath, serverPath, checkSum, "
         "createdDateTime, lastModifiedDateTime, syncStatus, lastOperationType, size) VALUES "
         "(1, 2, 'b', 'b', 'b', 'b', 2, 2, 2, 2, 2), (2, 3, 'c', 'c', 'c', 'c', 3, 3, 3, 3, 3), "
@@ -240,7 +241,7 @@ TEST_F(ListCommandsTest, FilesInEveryOrder)
     EXPECT_EQ(Column({"list"_q, "files"_q, "--order"_q, "id"_q}, "id"), QStringList({"1"_q, "2"_q, "3"_q}));
 }
 
-TEST_F(ListCommandsTest, UnknownKindOrderOrNumberIsAWrongUsage)
+TEST_F(ListCommandsTest, UnknownKindOrderOrNumberIsWrongUsage)
 {
     EXPECT_EQ(Run({"list"_q, "files"_q, "--type"_q, "nonsense"_q}).status, 2);
     EXPECT_EQ(Run({"list"_q, "files"_q, "--order"_q, "1"_q}).status, 2);
@@ -250,10 +251,10 @@ TEST_F(ListCommandsTest, UnknownKindOrderOrNumberIsAWrongUsage)
     EXPECT_EQ(Run({"list"_q, "files"_q, "--folder"_q, "1"_q, "--root"_q, "1"_q}).status, 2);
 }
 
-TEST_F(ListCommandsTest, PlainListingEscapesWhatATerminalWouldActOn)
+TEST_F(ListCommandsTest, PlainListingEscapesControlCharacters)
 {
     AddRoot("a\n\x1b[31mb"_q, "/s"_q);
-    QString const out = Done({"list"_q, "roots"_q});
+    QString const out = RunSuccessfully({"list"_q, "roots"_q});
     EXPECT_EQ(out.count(QLatin1Char('\n')), 2) << out.toStdString();
     EXPECT_TRUE(out.contains("a\\n\\x1b[31mb"_q));
     EXPECT_EQ(JsonObject({"list"_q, "roots"_q}).value("name"_q).toString(), "a\n\x1b[31mb"_q);
@@ -278,22 +279,22 @@ TEST_F(ListCommandsTest, SchedulesAreAllListed)
 TEST_F(ListCommandsTest, DefaultScheduleIsShown)
 {
     EXPECT_EQ(JsonObject({"schedule"_q, "default"_q}).value("syncInterval"_q).toInt(), 30);
-    EXPECT_TRUE(Done({"schedule"_q, "default"_q}).contains("syncInterval           30"_q));
+    EXPECT_TRUE(RunSuccessfully({"schedule"_q, "default"_q}).contains("syncInterval           30"_q));
 }
 
-TEST_F(ListCommandsTest, MissingDefaultScheduleIsToldFromOneOfThirty)
+TEST_F(ListCommandsTest, MissingDefaultScheduleFindsNothing)
 {
     Sql("DELETE FROM Schedules;"_q);
     EXPECT_EQ(Run({"schedule"_q, "default"_q}).status, 1);
 }
 
-TEST_F(ListCommandsTest, TreeIndentsFoldersBelowTheirParentsByName)
+TEST_F(ListCommandsTest, TreeIndentsFoldersBelowTheirParentsSortedByName)
 {
     AddRoot("docs"_q, "/s"_q);
     for (char const* name : {"docs/b/z", "docs/a", "docs/b/y/x"})
         MakeDirectory(QString::fromUtf8(name));
-    Done({"scan"_q});
-    EXPECT_EQ(Done({"tree"_q}), At("docs") + "\n  a\n  b\n    y\n      x\n    z\n"_q);
+    RunSuccessfully({"scan"_q});
+    EXPECT_EQ(RunSuccessfully({"tree"_q}), At("docs") + "\n  a\n  b\n    y\n      x\n    z\n"_q);
 }
 
 TEST_F(ListCommandsTest, TreeInJsonHasTheSameOrderWithDepths)
@@ -311,27 +312,27 @@ TEST_F(ListCommandsTest, TreeInJsonHasTheSameOrderWithDepths)
                            {"serverPath"_q, "/s/f"_q}}));
 }
 
-TEST_F(ListCommandsTest, TreeOfOneRootAlone)
+TEST_F(ListCommandsTest, TreeOfOneRoot)
 {
     AddRoot("a"_q, "/a"_q);
     AddRoot("b"_q, "/b"_q);
-    EXPECT_EQ(Done({"tree"_q, "2"_q}), At("b") + "\n"_q);
-    EXPECT_EQ(Done({"tree"_q}), At("a") + "\n"_q + At("b") + "\n"_q);
+    EXPECT_EQ(RunSuccessfully({"tree"_q, "2"_q}), At("b") + "\n"_q);
+    EXPECT_EQ(RunSuccessfully({"tree"_q}), At("a") + "\n"_q + At("b") + "\n"_q);
     EXPECT_EQ(Run({"tree"_q, "77"_q}).status, 1);
 }
 
-TEST_F(ListCommandsTest, TreeHidesNoFolderWhoseParentIsMissing)
+TEST_F(ListCommandsTest, TreeShowsFoldersWhoseParentIsMissing)
 {
     Sql("INSERT INTO FolderConfiguration (id, name, clientPath, parentId, rootId) VALUES "
         "(1, 'r', '/r', 0, 1), (3, 'c', '/r/b/c', 2, 1), (4, 'd', '/r/b/c/d', 3, 1);"_q);
-    EXPECT_EQ(Done({"tree"_q}), "/r\n  c\n    d\n"_q);
+    EXPECT_EQ(RunSuccessfully({"tree"_q}), "/r\n  c\n    d\n"_q);
 }
 
-TEST_F(ListCommandsTest, TreeEndsWhenFoldersAreEachOthersParents)
+TEST_F(ListCommandsTest, TreeEndsWhenParentsFormARing)
 {
     Sql("INSERT INTO FolderConfiguration (id, name, clientPath, parentId, rootId) VALUES "
         "(1, 'r', '/r', 0, 1), (2, 'b', '/r/b', 3, 1), (3, 'c', '/r/c', 2, 1), (4, 'self', '/r/d', 4, 1);"_q);
-    EXPECT_EQ(Done({"tree"_q}).count(QLatin1Char('\n')), 4);
+    EXPECT_EQ(RunSuccessfully({"tree"_q}).count(QLatin1Char('\n')), 4);
 }
 
 TEST_F(ListCommandsTest, TreeWithoutARootFindsNothing)
@@ -348,7 +349,7 @@ TEST_F(ListCommandsTest, ListingThatBreaksOffFails)
     RawStore raw(StorePath());
     raw.Run("PRAGMA wal_checkpoint(TRUNCATE);"_q);
     int const pageSize = raw.Value("PRAGMA page_size"_q).toInt();
-    // The last page of the table's own: its rows are reached after all others.
+    // Damages the last leaf page of the table, so that the rows before it can be read.
     int const page =
         raw.Value("SELECT max(pageno) FROM dbstat WHERE name = 'FileConfiguration' AND pagetype = 'leaf'"_q).toInt();
     ASSERT_GT(page, 1);
@@ -358,8 +359,8 @@ TEST_F(ListCommandsTest, ListingThatBreaksOffFails)
     ASSERT_EQ(file.write(QByteArray(pageSize, '\xff')), pageSize);
     file.close();
 
-    Ran const ran = Run({"list"_q, "files"_q});
+    RunResult const ran = Run({"list"_q, "files"_q});
     EXPECT_EQ(ran.status, 3);
     EXPECT_EQ(ran.err.count(QLatin1Char('\n')), 1) << ran.err.toStdString();
-    EXPECT_EQ(Run({"list"_q, "schedules"_q}).status, 0); // the rest can be read
+    EXPECT_EQ(Run({"list"_q, "schedules"_q}).status, 0); // another table
 }

@@ -35,17 +35,17 @@ class OutputTest : public testing::Test
 protected:
     OutputTest() { buffer.open(QIODevice::WriteOnly); }
 
-    QByteArray List(Form form, QVector<Thing> const& things)
+    QByteArray List(OutputFormat format, QVector<Thing> const& things)
     {
-        Output output(buffer, form);
+        Output output(buffer, format);
         output.List(ThingColumns(), things);
-        EXPECT_TRUE(output.Finish());
+        EXPECT_TRUE(output.Flush());
         return buffer.data();
     }
 
     QJsonArray Json(QVector<Thing> const& things)
     {
-        QJsonDocument const document = QJsonDocument::fromJson(List(Form::Json, things));
+        QJsonDocument const document = QJsonDocument::fromJson(List(OutputFormat::Json, things));
         EXPECT_TRUE(document.isArray());
         return document.array();
     }
@@ -53,7 +53,7 @@ protected:
     QBuffer buffer;
 };
 
-/// A device whose disk is full.
+/// A device on which every write fails.
 class FullDevice : public QIODevice
 {
 public:
@@ -66,10 +66,10 @@ protected:
 
 } // namespace
 
-TEST_F(OutputTest, PlainListingShowsTheMainColumnsBelowEachOther)
+TEST_F(OutputTest, PlainListingAlignsTheMainColumns)
 {
     QVector<Thing> const things{{1, "a"_q, {}}, {12, "letters"_q, {}}};
-    EXPECT_EQ(List(Form::Plain, things),
+    EXPECT_EQ(List(OutputFormat::Plain, things),
               "id  name\n"
               " 1  a\n"
               "12  letters\n");
@@ -77,7 +77,7 @@ TEST_F(OutputTest, PlainListingShowsTheMainColumnsBelowEachOther)
 
 TEST_F(OutputTest, PlainListingKeepsARowOnOneLine)
 {
-    EXPECT_EQ(List(Form::Plain, {{1, "a\nb\x1b"_q, {}}}),
+    EXPECT_EQ(List(OutputFormat::Plain, {{1, "a\nb\x1b"_q, {}}}),
               "id  name\n"
               " 1  a\\nb\\x1b\n");
 }
@@ -86,9 +86,9 @@ TEST_F(OutputTest, PlainListingMeasuresWideCharacters)
 {
     Columns<Thing> const columns{{"name", Shown::Always, [](Thing const& thing) { return thing.name; }},
                                  {"id", Shown::Always, [](Thing const& thing) { return thing.id; }}};
-    Output output(buffer, Form::Plain);
+    Output output(buffer, OutputFormat::Plain);
     output.List(columns, QVector<Thing>{{1, "日本語"_q, {}}, {2, "abcdef"_q, {}}});
-    EXPECT_TRUE(output.Finish());
+    EXPECT_TRUE(output.Flush());
     EXPECT_EQ(buffer.data(),
               "name    id\n"
               "日本語   1\n"
@@ -97,7 +97,7 @@ TEST_F(OutputTest, PlainListingMeasuresWideCharacters)
 
 TEST_F(OutputTest, PlainListingOfNothingIsEmpty)
 {
-    EXPECT_EQ(List(Form::Plain, {}), "");
+    EXPECT_EQ(List(OutputFormat::Plain, {}), "");
 }
 
 TEST_F(OutputTest, JsonListingOfNothingIsAnEmptyArray)
@@ -117,7 +117,7 @@ TEST_F(OutputTest, JsonListingHasAllColumns)
     EXPECT_EQ(object.value("time"_q).toString(), "2024-02-29T12:30:05.007Z"_q);
 }
 
-TEST_F(OutputTest, JsonListingTellsNullFromEmpty)
+TEST_F(OutputTest, JsonListingDistinguishesNullFromEmpty)
 {
     QJsonArray const array = Json({{1, QString(), {}}, {2, ""_q, {}}});
     EXPECT_TRUE(array.at(0).toObject().value("name"_q).isNull());
@@ -125,12 +125,12 @@ TEST_F(OutputTest, JsonListingTellsNullFromEmpty)
     EXPECT_TRUE(array.at(1).toObject().value("name"_q).isString());
 }
 
-TEST_F(OutputTest, JsonListingHasOneObjectALine)
+TEST_F(OutputTest, JsonListingHasOneObjectPerLine)
 {
-    EXPECT_EQ(List(Form::Json, {{1, {}, {}}, {2, {}, {}}}).count('\n'), 4);
+    EXPECT_EQ(List(OutputFormat::Json, {{1, {}, {}}, {2, {}, {}}}).count('\n'), 4);
 }
 
-TEST_F(OutputTest, LocalDatesCarryNoZone)
+TEST_F(OutputTest, LocalDatesHaveNoZone)
 {
     QDateTime const time(QDate(2024, 7, 1), QTime(9, 0), Qt::LocalTime);
     EXPECT_EQ(CellText(time), "2024-07-01T09:00:00.000"_q);
@@ -138,9 +138,9 @@ TEST_F(OutputTest, LocalDatesCarryNoZone)
 
 TEST_F(OutputTest, ShownRecordHasALineForEachColumnAndExtra)
 {
-    Output output(buffer, Form::Plain);
+    Output output(buffer, OutputFormat::Plain);
     output.Show(ThingColumns(), Thing{7, "x"_q, {}, 5}, {{"server", "office"_q}});
-    EXPECT_TRUE(output.Finish());
+    EXPECT_TRUE(output.Flush());
     EXPECT_EQ(buffer.data(),
               "id      7\n"
               "name    x\n"
@@ -151,9 +151,9 @@ TEST_F(OutputTest, ShownRecordHasALineForEachColumnAndExtra)
 
 TEST_F(OutputTest, ShownRecordInJsonIsAnArrayOfOneWithTheExtras)
 {
-    Output output(buffer, Form::Json);
+    Output output(buffer, OutputFormat::Json);
     output.Show(ThingColumns(), Thing{7, "x"_q, {}, 5}, {{"serverId", QVariant()}});
-    EXPECT_TRUE(output.Finish());
+    EXPECT_TRUE(output.Flush());
     QJsonArray const array = QJsonDocument::fromJson(buffer.data()).array();
     ASSERT_EQ(array.size(), 1);
     EXPECT_TRUE(array.first().toObject().value("serverId"_q).isNull());
@@ -162,40 +162,40 @@ TEST_F(OutputTest, ShownRecordInJsonIsAnArrayOfOneWithTheExtras)
 
 TEST_F(OutputTest, ReportIsASentenceInPlainAndARecordInJson)
 {
-    Output plain(buffer, Form::Plain);
+    Output plain(buffer, OutputFormat::Plain);
     plain.Report("done it"_q, ThingColumns(), Thing{7, "x"_q, {}});
-    EXPECT_TRUE(plain.Finish());
+    EXPECT_TRUE(plain.Flush());
     EXPECT_EQ(buffer.data(), "done it\n");
 
     buffer.buffer().clear();
     buffer.seek(0);
-    Output json(buffer, Form::Json);
+    Output json(buffer, OutputFormat::Json);
     json.Report("done it"_q, ThingColumns(), Thing{7, "x"_q, {}});
-    EXPECT_TRUE(json.Finish());
+    EXPECT_TRUE(json.Flush());
     EXPECT_EQ(QJsonDocument::fromJson(buffer.data()).array().size(), 1);
 }
 
-TEST_F(OutputTest, LineIsLeftOutOfJson)
+TEST_F(OutputTest, LineIsNotPartOfJson)
 {
-    Output output(buffer, Form::Json);
-    output.Line("for people"_q);
-    EXPECT_TRUE(output.Finish());
+    Output output(buffer, OutputFormat::Json);
+    output.PrintLine("for people"_q);
+    EXPECT_TRUE(output.Flush());
     EXPECT_EQ(buffer.data(), "");
 }
 
-TEST_F(OutputTest, FinishTellsThatADiskIsFull)
+TEST_F(OutputTest, FlushReportsAFullDisk)
 {
     FullDevice device;
-    Output output(device, Form::Plain);
-    output.Line("lost"_q);
-    EXPECT_FALSE(output.Finish());
+    Output output(device, OutputFormat::Plain);
+    output.PrintLine("lost"_q);
+    EXPECT_FALSE(output.Flush());
 }
 
-TEST_F(OutputTest, FinishTellsOfAFailureLongBeforeTheEnd)
+TEST_F(OutputTest, FlushReportsAnEarlierFailure)
 {
     FullDevice device;
-    Output output(device, Form::Plain);
+    Output output(device, OutputFormat::Plain);
     for (int i = 0; i < 100'000; ++i)
-        output.Line("lost"_q);
-    EXPECT_FALSE(output.Finish());
+        output.PrintLine("lost"_q);
+    EXPECT_FALSE(output.Flush());
 }

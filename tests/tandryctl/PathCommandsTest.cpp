@@ -10,15 +10,15 @@ namespace {
 class PathCommandsTest : public ToolTest
 {
 protected:
-    /// Root 1 on docs with the folder 2, docs/a; it belongs to account 1 on server 1.
+    /// Records root 1, docs, with the folder 2, docs/a. The root belongs to account 1 on server 1.
     void SetUp() override
     {
         Init();
-        Done({"server"_q, "add"_q, "--web-service-url"_q, "https://office.example/api"_q});
-        Done({"account"_q, "add"_q, "--user"_q, "anna"_q, "--server"_q, "1"_q});
+        RunSuccessfully({"server"_q, "add"_q, "--web-service-url"_q, "https://office.example/api"_q});
+        RunSuccessfully({"account"_q, "add"_q, "--user"_q, "anna"_q, "--server"_q, "1"_q});
         MakeDirectory("docs/a"_q);
-        Done({"root"_q, "add"_q, At("docs"), "--server-path"_q, "/team/docs"_q, "--account"_q, "1"_q});
-        Done({"scan"_q});
+        RunSuccessfully({"root"_q, "add"_q, At("docs"), "--server-path"_q, "/team/docs"_q, "--account"_q, "1"_q});
+        RunSuccessfully({"scan"_q});
     }
 
     QJsonObject Where(QString const& path, QStringList const& more = {})
@@ -29,7 +29,7 @@ protected:
 
 } // namespace
 
-TEST_F(PathCommandsTest, WhereTellsRootFolderServerPathAccountAndServer)
+TEST_F(PathCommandsTest, WhereShowsRootFolderServerPathAccountAndServer)
 {
     EXPECT_EQ(Where(At("docs/a/new/file")),
               (QJsonObject{{"path"_q, At("docs/a/new/file")},
@@ -53,70 +53,71 @@ TEST_F(PathCommandsTest, WhereOfAFileDirectlyInTheRootIsInsideByItsOptionToo)
     EXPECT_EQ(place.value("folderId"_q).toInt(), 1);
 }
 
-TEST_F(PathCommandsTest, WhereOfTheRootItselfIsItsServerPath)
+TEST_F(PathCommandsTest, WhereOfTheRootShowsItsServerPath)
 {
     QJsonObject const place = Where(At("docs"));
     EXPECT_EQ(place.value("serverPath"_q).toString(), "/team/docs"_q);
     EXPECT_TRUE(place.value("inside"_q).toBool());
 }
 
-TEST_F(PathCommandsTest, WhereOfAFolderOnRecordTakesTheServerPathThatIsRecorded)
+TEST_F(PathCommandsTest, WhereOfARecordedFolderShowsItsRecordedServerPath)
 {
     RawStore(StorePath()).Run("UPDATE FolderConfiguration SET serverPath = '/moved' WHERE id = 2;"_q);
     EXPECT_EQ(Where(At("docs/a")).value("serverPath"_q).toString(), "/moved"_q);
 }
 
-TEST_F(PathCommandsTest, WhereOfAFileWithTheMarkOfATransferDoesNotCountAsInside)
+TEST_F(PathCommandsTest, WhereOfATemporaryFileDoesNotCountAsInside)
 {
     QJsonObject const place = Where(At("docs/a.{synctemp}"));
     EXPECT_FALSE(place.value("inside"_q).toBool());
     EXPECT_EQ(place.value("rootId"_q).toInt(), 1);
 }
 
-TEST_F(PathCommandsTest, WhereInAnotherCaseIsInsideButMapsNowhere)
+TEST_F(PathCommandsTest, WhereInAnotherCaseIsInsideButHasNoServerPath)
 {
     QJsonObject const place = Where(At("DOCS/a"));
     EXPECT_TRUE(place.value("inside"_q).toBool());
     EXPECT_TRUE(place.value("serverPath"_q).isNull());
 }
 
-TEST_F(PathCommandsTest, WhereOutsideOfEveryRootFindsNothing)
+TEST_F(PathCommandsTest, WhereOutsideOfAllRootsFindsNothing)
 {
     for (char const* name : {"elsewhere", "docs2", "."}) {
-        Ran const ran = Run({"where"_q, At(name)});
+        RunResult const ran = Run({"where"_q, At(name)});
         EXPECT_EQ(ran.status, 1) << name;
         EXPECT_TRUE(ran.err.contains("lies in no root"_q));
     }
 }
 
-TEST_F(PathCommandsTest, WhereLooksAtTheGivenAccountAlone)
+TEST_F(PathCommandsTest, WhereConsidersOnlyTheGivenAccount)
 {
-    Done({"account"_q, "add"_q, "--user"_q, "bert"_q, "--server"_q, "1"_q});
+    RunSuccessfully({"account"_q, "add"_q, "--user"_q, "bert"_q, "--server"_q, "1"_q});
     EXPECT_EQ(Where(At("docs/a"), {"--account"_q, "1"_q}).value("rootId"_q).toInt(), 1);
-    Ran const other = Run({"where"_q, At("docs/a"), "--account"_q, "2"_q});
+    RunResult const other = Run({"where"_q, At("docs/a"), "--account"_q, "2"_q});
     EXPECT_EQ(other.status, 1);
     EXPECT_TRUE(other.err.contains("account 2"_q));
     EXPECT_EQ(Run({"where"_q, At("docs/a"), "--account"_q, "77"_q}).status, 1);
 }
 
-TEST_F(PathCommandsTest, WhereTakesOddNames)
+TEST_F(PathCommandsTest, WhereAcceptsOddNames)
 {
     QString const name = "docs/{} 'x'\n日本"_q;
     EXPECT_EQ(Where(At(name)).value("path"_q).toString(), At(name));
-    QString const out = Done({"where"_q, At(name)});
+    QString const out = RunSuccessfully({"where"_q, At(name)});
     EXPECT_TRUE(out.contains("'x'\\n日本"_q)) << out.toStdString();
 }
 
-TEST_F(PathCommandsTest, WhereOfNothingIsAWrongUsage)
+TEST_F(PathCommandsTest, WhereOfNothingIsWrongUsage)
 {
     EXPECT_EQ(Run({"where"_q, ""_q}).status, 2);
     EXPECT_EQ(Run({"where"_q}).status, 2);
 }
 
-TEST_F(PathCommandsTest, OverlapFindsTheRootThatIsHoldsOrLiesInAServerPath)
+TEST_F(PathCommandsTest, OverlapFindsTheRootThatIsContainsOrLiesInAServerPath)
 {
     for (char const* path : {"/team", "/team/docs", "/TEAM/Docs", "/team/docs/deeper", "/team//docs/"}) {
-        EXPECT_EQ(Done({"overlap"_q, QString::fromUtf8(path), "--account"_q, "1"_q}), "/team/docs\n"_q) << path;
+        EXPECT_EQ(RunSuccessfully({"overlap"_q, QString::fromUtf8(path), "--account"_q, "1"_q}), "/team/docs\n"_q)
+            << path;
     }
     EXPECT_EQ(JsonObject({"overlap"_q, "/team"_q, "--account"_q, "1"_q}),
               (QJsonObject{{"serverPath"_q, "/team/docs"_q}}));
@@ -128,14 +129,14 @@ TEST_F(PathCommandsTest, OverlapWithoutARootFindsNothing)
     EXPECT_EQ(Run({"overlap"_q, "/other"_q, "--account"_q, "1"_q}).status, 1);
 }
 
-TEST_F(PathCommandsTest, OverlapLooksAtOneAccountAlone)
+TEST_F(PathCommandsTest, OverlapConsidersOnlyOneAccount)
 {
-    Done({"account"_q, "add"_q, "--user"_q, "bert"_q, "--server"_q, "1"_q});
+    RunSuccessfully({"account"_q, "add"_q, "--user"_q, "bert"_q, "--server"_q, "1"_q});
     EXPECT_EQ(Run({"overlap"_q, "/team/docs"_q, "--account"_q, "2"_q}).status, 1);
     EXPECT_EQ(Run({"overlap"_q, "/team/docs"_q, "--account"_q, "77"_q}).status, 1);
 }
 
-TEST_F(PathCommandsTest, OverlapWithoutAnAccountOrAPathIsAWrongUsage)
+TEST_F(PathCommandsTest, OverlapWithoutAnAccountOrAPathIsWrongUsage)
 {
     EXPECT_EQ(Run({"overlap"_q, "/team"_q}).status, 2);
     EXPECT_EQ(Run({"overlap"_q, ""_q, "--account"_q, "1"_q}).status, 2);

@@ -41,7 +41,7 @@ class RootConflictTest : public testing::TestWithParam<ConflictRow>
 
 } // namespace
 
-TEST_P(RootConflictTest, TellsHowTheTwoLie)
+TEST_P(RootConflictTest, ReturnsHowDirectoryAndRootOverlap)
 {
     auto const conflict = FindRootConflict(FromUtf8(GetParam().directory), {Root(FromUtf8(GetParam().root))});
     EXPECT_EQ(conflict ? std::string(conflict->relation) : std::string(), GetParam().relation);
@@ -75,14 +75,14 @@ TEST(FindRootConflict, SkipsARootWithoutAPath)
     EXPECT_FALSE(FindRootConflict("/r"_q, {Root(QString())}));
 }
 
-TEST(FindRootConflict, NamesTheRootInTheWay)
+TEST(FindRootConflict, ReturnsTheConflictingRoot)
 {
     auto const conflict = FindRootConflict("/b/c"_q, {Root("/a"_q), Root("/b"_q)});
     ASSERT_TRUE(conflict);
     EXPECT_EQ(conflict->root.getClientPath(), "/b"_q);
 }
 
-TEST(FindRootConflict, SeesThroughASymbolicLink)
+TEST(FindRootConflict, ResolvesSymbolicLinks)
 {
     QTemporaryDir const folder;
     ASSERT_TRUE(QDir(folder.path()).mkpath("real/sub"_q));
@@ -92,7 +92,7 @@ TEST(FindRootConflict, SeesThroughASymbolicLink)
     EXPECT_STREQ(conflict->relation, "lies inside");
 }
 
-TEST(FindRootOf, TakesTheLongestRoot)
+TEST(FindRootOf, ReturnsTheLongestRoot)
 {
     auto const root = FindRootOf("/a/b/c"_q, {Root("/a"_q), Root("/a/b"_q)}, {});
     ASSERT_TRUE(root);
@@ -106,12 +106,12 @@ TEST(FindRootOf, PrefersARootThatMatchesInCase)
     EXPECT_EQ(root->getClientPath(), "/a"_q);
 }
 
-TEST(FindRootOf, TakesARootInOtherCaseWhenThereIsNoOther)
+TEST(FindRootOf, FallsBackToARootInAnotherCase)
 {
     EXPECT_TRUE(FindRootOf("/data/x"_q, {Root("/Data"_q)}, {}));
 }
 
-TEST(FindRootOf, LooksAtTheGivenAccountAlone)
+TEST(FindRootOf, ConsidersOnlyTheGivenAccount)
 {
     QVector<FolderConfiguration> const roots{Root("/a"_q, 1), Root("/b"_q, 2)};
     EXPECT_FALSE(FindRootOf("/a/x"_q, roots, 2));
@@ -119,7 +119,7 @@ TEST(FindRootOf, LooksAtTheGivenAccountAlone)
     EXPECT_TRUE(FindRootOf("/a/x"_q, roots, {}));
 }
 
-TEST(FindRootOf, DoesNotTakeASiblingWithTheSameBeginning)
+TEST(FindRootOf, IgnoresASiblingWithTheSamePrefix)
 {
     EXPECT_FALSE(FindRootOf("/r2/x"_q, {Root("/r"_q)}, {}));
 }
@@ -134,12 +134,12 @@ TEST(AbsolutePath, IsCleaned)
     EXPECT_EQ(AbsolutePath("/a//b/./c/../"_q), "/a/b"_q);
 }
 
-TEST(AbsolutePath, OfANameThatBeginsWithAColonIsAName)
+TEST(AbsolutePath, OfANameThatBeginsWithAColonIsAFilePath)
 {
     EXPECT_EQ(AbsolutePath(":/a"_q), QDir::currentPath() + "/:/a"_q);
 }
 
-TEST(AbsolutePath, OfNothingIsAWrongUsage)
+TEST(AbsolutePath, OfNothingIsWrongUsage)
 {
     try {
         static_cast<void>(AbsolutePath(QString()));
@@ -163,7 +163,7 @@ struct ServerPathRow
     char const* root;
     char const* server;
     char const* path;
-    /// Null where the path is mapped nowhere.
+    /// Null if the path has no server path.
     char const* expected;
 };
 
@@ -172,7 +172,7 @@ class ServerPathTest : public testing::TestWithParam<ServerPathRow>
 
 } // namespace
 
-TEST_P(ServerPathTest, IsThatOfTheStore)
+TEST_P(ServerPathTest, FollowsTheManagersRule)
 {
     FolderConfiguration root = Root(FromUtf8(GetParam().root));
     root.setServerPath(FromUtf8(GetParam().server));

@@ -9,7 +9,7 @@ namespace {
 
 QString Line(qint64 done, qint64 total, qint64 elapsedMsec)
 {
-    return Progress::Line(QStringLiteral("recording"), "files", done, total, elapsedMsec);
+    return Progress::FormatLine(QStringLiteral("recording"), "files", done, total, elapsedMsec);
 }
 
 } // namespace
@@ -19,7 +19,7 @@ TEST(ProgressLine, AtTheStartHasAnEmptyBarAndNoForecast)
     EXPECT_EQ(Line(0, 200, 0), QStringLiteral("recording [....................] 0% of 200 files, 0/s"));
 }
 
-TEST(ProgressLine, HalfWayTellsRateAndWhatRemains)
+TEST(ProgressLine, HalfWayShowsRateAndRemainingTime)
 {
     EXPECT_EQ(Line(100, 200, 2000),
               QStringLiteral("recording [##########..........] 50% of 200 files, 50/s, 2 s to go"));

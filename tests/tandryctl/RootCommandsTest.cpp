@@ -14,7 +14,7 @@ class RootCommandsTest : public ToolTest
 protected:
     void SetUp() override { Init(); }
 
-    Ran Add(QString const& directory, QStringList const& more = {})
+    RunResult Add(QString const& directory, QStringList const& more = {})
     {
         return Run(QStringList{"root"_q, "add"_q, directory, "--server-path"_q, "/s"_q} + more);
     }
@@ -22,7 +22,7 @@ protected:
 
 } // namespace
 
-TEST_F(RootCommandsTest, AddRecordsADirectoryAsARootOfItsOwn)
+TEST_F(RootCommandsTest, AddRecordsADirectoryAsARoot)
 {
     MakeDirectory("docs"_q);
     QJsonObject const root = JsonObject({"root"_q, "add"_q, At("docs"), "--server-path"_q, "/team/docs"_q});
@@ -35,11 +35,11 @@ TEST_F(RootCommandsTest, AddRecordsADirectoryAsARootOfItsOwn)
     EXPECT_EQ(JsonObject({"list"_q, "roots"_q}), root);
 }
 
-TEST_F(RootCommandsTest, AddTakesANameAndAnAccount)
+TEST_F(RootCommandsTest, AddAcceptsANameAndAnAccount)
 {
     MakeDirectory("docs"_q);
-    Done({"server"_q, "add"_q, "--dav-url"_q, "https://a.example/d"_q});
-    Done({"account"_q, "add"_q, "--user"_q, "anna"_q, "--server"_q, "1"_q});
+    RunSuccessfully({"server"_q, "add"_q, "--dav-url"_q, "https://a.example/d"_q});
+    RunSuccessfully({"account"_q, "add"_q, "--user"_q, "anna"_q, "--server"_q, "1"_q});
     QJsonObject const root = JsonObject(
         {"root"_q, "add"_q, At("docs"), "--server-path"_q, "/s"_q, "--account"_q, "1"_q, "--name"_q, "Papers"_q});
     EXPECT_EQ(root.value("name"_q).toString(), "Papers"_q);
@@ -49,14 +49,14 @@ TEST_F(RootCommandsTest, AddTakesANameAndAnAccount)
 TEST_F(RootCommandsTest, AddMakesTheDirectoryAbsoluteAndCleansBothPaths)
 {
     MakeDirectory("docs"_q);
-    QJsonObject const root = RunBare({"--store"_q,
-                                      StorePath(),
-                                      "--json"_q,
-                                      "root"_q,
-                                      "add"_q,
-                                      "./docs/../docs/"_q,
-                                      "--server-path"_q,
-                                      "/s//t/"_q})
+    QJsonObject const root = RunWithoutStore({"--store"_q,
+                                              StorePath(),
+                                              "--json"_q,
+                                              "root"_q,
+                                              "add"_q,
+                                              "./docs/../docs/"_q,
+                                              "--server-path"_q,
+                                              "/s//t/"_q})
                                  .json()
                                  .first()
                                  .toObject();
@@ -64,11 +64,11 @@ TEST_F(RootCommandsTest, AddMakesTheDirectoryAbsoluteAndCleansBothPaths)
     EXPECT_EQ(root.value("serverPath"_q).toString(), "/s/t"_q);
 }
 
-TEST_F(RootCommandsTest, AddRefusesWhatIsNoDirectory)
+TEST_F(RootCommandsTest, AddRefusesAPathThatIsNoDirectory)
 {
     WriteFile("file"_q);
     for (char const* name : {"file", "missing"}) {
-        Ran const ran = Add(At(name));
+        RunResult const ran = Add(At(name));
         EXPECT_EQ(ran.status, 1);
         EXPECT_TRUE(ran.err.contains(At(name)));
         EXPECT_EQ(ran.err.count(QLatin1Char('\n')), 1);
@@ -76,19 +76,19 @@ TEST_F(RootCommandsTest, AddRefusesWhatIsNoDirectory)
     EXPECT_EQ(Run({"list"_q, "roots"_q}).status, 1);
 }
 
-TEST_F(RootCommandsTest, AddRefusesWhatIsARootOrLiesInOneOrEnclosesOneAndNamesIt)
+TEST_F(RootCommandsTest, AddRefusesAnOverlappingDirectoryAndNamesTheRoot)
 {
     MakeDirectory("a/docs/sub/deep"_q);
-    Done({"root"_q, "add"_q, At("a/docs"), "--server-path"_q, "/s"_q});
+    RunSuccessfully({"root"_q, "add"_q, At("a/docs"), "--server-path"_q, "/s"_q});
     for (char const* name : {"a/docs", "a/docs/sub", "a/docs/sub/deep", "a", "."}) {
-        Ran const ran = Add(At(name));
+        RunResult const ran = Add(At(name));
         EXPECT_EQ(ran.status, 1) << name;
         EXPECT_TRUE(ran.err.contains("root 1 '"_q + At("a/docs"))) << ran.err.toStdString();
     }
     EXPECT_EQ(Json({"list"_q, "roots"_q}).size(), 1);
 }
 
-TEST_F(RootCommandsTest, AddTakesASiblingWithTheSameBeginning)
+TEST_F(RootCommandsTest, AddAcceptsASiblingWithTheSamePrefix)
 {
     AddRoot("docs"_q, "/a"_q);
     AddRoot("docs2"_q, "/b"_q);
@@ -105,86 +105,86 @@ TEST_F(RootCommandsTest, AddRefusesALinkIntoARoot)
 TEST_F(RootCommandsTest, AddRefusesAnUnknownAccount)
 {
     MakeDirectory("docs"_q);
-    Ran const ran = Add(At("docs"), {"--account"_q, "9"_q});
+    RunResult const ran = Add(At("docs"), {"--account"_q, "9"_q});
     EXPECT_EQ(ran.status, 1);
     EXPECT_TRUE(ran.err.contains("account 9"_q));
     EXPECT_EQ(Run({"list"_q, "roots"_q}).status, 1);
 }
 
-TEST_F(RootCommandsTest, AddWithoutAServerPathIsAWrongUsage)
+TEST_F(RootCommandsTest, AddWithoutAServerPathIsWrongUsage)
 {
     MakeDirectory("docs"_q);
     EXPECT_EQ(Run({"root"_q, "add"_q, At("docs")}).status, 2);
     EXPECT_EQ(Run({"root"_q, "add"_q, At("docs"), "--server-path"_q, ""_q}).status, 2);
 }
 
-TEST_F(RootCommandsTest, AddTellsThatTheStoreRefusesToWrite)
+TEST_F(RootCommandsTest, AddReportsThatTheStoreRefusesToWrite)
 {
     RawStore(StorePath())
         .Run("CREATE TRIGGER refuse BEFORE INSERT ON FolderConfiguration "
              "BEGIN SELECT RAISE(ABORT, 'refused by a trigger'); END;"_q);
     MakeDirectory("docs"_q);
-    Ran const ran = Add(At("docs"));
+    RunResult const ran = Add(At("docs"));
     EXPECT_EQ(ran.status, 3);
     EXPECT_TRUE(ran.err.contains("refused by a trigger"_q)) << ran.err.toStdString();
     EXPECT_EQ(ran.err.count(QLatin1Char('\n')), 1);
 }
 
-TEST_F(RootCommandsTest, RemoveTakesTheRootWithEverythingInIt)
+TEST_F(RootCommandsTest, RemoveRemovesTheRootWithEverythingInIt)
 {
     AddRoot("docs"_q, "/a"_q);
     AddRoot("other"_q, "/b"_q);
     MakeDirectory("docs/sub"_q);
     WriteFile("docs/sub/file"_q, "x");
     WriteFile("other/file"_q, "x");
-    Done({"scan"_q});
+    RunSuccessfully({"scan"_q});
     RawStore(StorePath())
         .Run("INSERT INTO GeneratedFileConfiguration (clientPath, rootFolderId, fileType) VALUES ('/g', 1, 1);"_q);
 
-    QString const out = Done({"root"_q, "remove"_q, "1"_q, "--yes"_q});
+    QString const out = RunSuccessfully({"root"_q, "remove"_q, "1"_q, "--yes"_q});
     EXPECT_TRUE(out.contains("with 1 folder, 1 file and 1 generated file"_q)) << out.toStdString();
 
     EXPECT_EQ(Json({"list"_q, "folders"_q}).size(), 1);
     EXPECT_EQ(Json({"list"_q, "files"_q}).size(), 1);
     EXPECT_EQ(Run({"list"_q, "files"_q, "--type"_q, "generated"_q}).status, 1);
-    EXPECT_TRUE(QFile::exists(At("docs/sub/file"))); // nothing on disk goes
+    EXPECT_TRUE(QFile::exists(At("docs/sub/file"))); // nothing is deleted on disk
 }
 
-TEST_F(RootCommandsTest, RemoveNamesWhatIsLeftBehind)
+TEST_F(RootCommandsTest, RemoveListsOrphans)
 {
     AddRoot("docs"_q, "/a"_q);
     RawStore(StorePath())
         .Run("INSERT INTO Schedules (folderConfigurationId) VALUES (1);"
              "INSERT INTO BaseFileConfiguration (rootFolderId) VALUES (1);"_q);
-    QString const out = Done({"root"_q, "remove"_q, "1"_q, "--yes"_q});
+    QString const out = RunSuccessfully({"root"_q, "remove"_q, "1"_q, "--yes"_q});
     EXPECT_TRUE(out.contains("leaving 1 base file and 1 schedule that belong to nothing"_q)) << out.toStdString();
 }
 
-TEST_F(RootCommandsTest, RemoveWithoutTerminalAndYesRefusesAndSaysWhatWouldGo)
+TEST_F(RootCommandsTest, RemoveWithoutTerminalAndYesRefusesAndShowsWhatItWouldRemove)
 {
     AddRoot("docs"_q, "/a"_q);
     MakeDirectory("docs/sub"_q);
-    Done({"scan"_q});
-    Ran const ran = Run({"root"_q, "remove"_q, "1"_q}, "y\n");
+    RunSuccessfully({"scan"_q});
+    RunResult const ran = Run({"root"_q, "remove"_q, "1"_q}, "y\n");
     EXPECT_EQ(ran.status, 2);
     EXPECT_TRUE(ran.err.contains("1 folder"_q) && ran.err.contains("--yes"_q)) << ran.err.toStdString();
     EXPECT_EQ(Json({"list"_q, "folders"_q}).size(), 2);
 }
 
-TEST_F(RootCommandsTest, RemoveAsksOnATerminalAndTakesYes)
+TEST_F(RootCommandsTest, RemoveOnATerminalAcceptsYes)
 {
     AddRoot("docs"_q, "/a"_q);
-    Ran const ran = RunOnTerminal({"root"_q, "remove"_q, "1"_q}, "y\n");
+    RunResult const ran = RunOnTerminal({"root"_q, "remove"_q, "1"_q}, "y\n");
     EXPECT_EQ(ran.status, 0) << ran.out.toStdString();
     EXPECT_TRUE(ran.out.contains("Remove root 1 '"_q)) << ran.out.toStdString();
     EXPECT_EQ(Run({"list"_q, "roots"_q}).status, 1);
 }
 
-TEST_F(RootCommandsTest, RemoveOnATerminalTakesAnythingElseForANo)
+TEST_F(RootCommandsTest, RemoveOnATerminalTreatsAnyOtherAnswerAsNo)
 {
     AddRoot("docs"_q, "/a"_q);
     for (char const* answer : {"n\n", "\n", "perhaps\n", "\x04"}) {
-        Ran const ran = RunOnTerminal({"root"_q, "remove"_q, "1"_q}, answer);
+        RunResult const ran = RunOnTerminal({"root"_q, "remove"_q, "1"_q}, answer);
         EXPECT_EQ(ran.status, 1);
         EXPECT_TRUE(ran.out.contains("nothing was removed"_q)) << ran.out.toStdString();
     }
@@ -194,27 +194,27 @@ TEST_F(RootCommandsTest, RemoveOnATerminalTakesAnythingElseForANo)
 TEST_F(RootCommandsTest, RemoveWithYesAsksNothingOnATerminal)
 {
     AddRoot("docs"_q, "/a"_q);
-    Ran const ran = RunOnTerminal({"root"_q, "remove"_q, "1"_q, "-y"_q});
+    RunResult const ran = RunOnTerminal({"root"_q, "remove"_q, "1"_q, "-y"_q});
     EXPECT_EQ(ran.status, 0);
     EXPECT_FALSE(ran.out.contains(QLatin1Char('?'))) << ran.out.toStdString();
 }
 
-TEST_F(RootCommandsTest, RemoveOfAnUnknownRootOrAFolderThatIsNoneFindsNothing)
+TEST_F(RootCommandsTest, RemoveOfAnUnknownRootOrASubFolderFindsNothing)
 {
     AddRoot("docs"_q, "/a"_q);
     MakeDirectory("docs/sub"_q);
-    Done({"scan"_q});
+    RunSuccessfully({"scan"_q});
     EXPECT_EQ(Run({"root"_q, "remove"_q, "77"_q, "--yes"_q}).status, 1);
     EXPECT_EQ(Run({"root"_q, "remove"_q, "2"_q, "--yes"_q}).status, 1);
     EXPECT_EQ(Json({"list"_q, "folders"_q}).size(), 2);
 }
 
-TEST_F(RootCommandsTest, RemoveThatFailsMidwayLeavesEverything)
+TEST_F(RootCommandsTest, RemoveThatFailsMidwayKeepsEverything)
 {
     AddRoot("docs"_q, "/a"_q);
     MakeDirectory("docs/sub"_q);
     WriteFile("docs/file"_q);
-    Done({"scan"_q});
+    RunSuccessfully({"scan"_q});
     RawStore(StorePath())
         .Run("CREATE TRIGGER refuse BEFORE DELETE ON FileConfiguration "
              "BEGIN SELECT RAISE(ABORT, 'no'); END;"_q);
@@ -223,16 +223,16 @@ TEST_F(RootCommandsTest, RemoveThatFailsMidwayLeavesEverything)
     EXPECT_EQ(Json({"list"_q, "files"_q}).size(), 1);
 }
 
-TEST_F(RootCommandsTest, MessagesShowPlaceholdersInNamesAsTheyAre)
+TEST_F(RootCommandsTest, MessagesShowPercentSignsInNamesUnchanged)
 {
     MakeDirectory("%1%2%3 %L1/%2"_q);
-    EXPECT_EQ(Done({"root"_q, "add"_q, At("%1%2%3 %L1"), "--server-path"_q, "/%1"_q}),
+    EXPECT_EQ(RunSuccessfully({"root"_q, "add"_q, At("%1%2%3 %L1"), "--server-path"_q, "/%1"_q}),
               "recorded root 1 '"_q + At("%1%2%3 %L1") + "'; 'tandryctl scan 1' records what is in it\n"_q);
-    Ran const inside = Add(At("%1%2%3 %L1/%2"));
+    RunResult const inside = Add(At("%1%2%3 %L1/%2"));
     EXPECT_TRUE(
         inside.err.contains("'"_q + At("%1%2%3 %L1/%2") + "' lies inside root 1 '"_q + At("%1%2%3 %L1") + "';"_q))
         << inside.err.toStdString();
-    Ran const folder1 = Run({"folder"_q, "remove"_q, "1"_q});
+    RunResult const folder1 = Run({"folder"_q, "remove"_q, "1"_q});
     EXPECT_TRUE(folder1.err.contains("folder 1 '"_q + At("%1%2%3 %L1") + "' is a root"_q)) << folder1.err.toStdString();
     EXPECT_TRUE(Run({"root"_q, "remove"_q, "1"_q}).err.contains("root 1 '"_q + At("%1%2%3 %L1") + "'"_q));
 }

@@ -27,7 +27,7 @@ protected:
         AddRoot("docs"_q, "/s"_q);
     }
 
-    /// The counts of one scan.
+    /// Scans and returns the counts.
     QJsonObject Scan(QStringList const& more = {}) { return JsonObject(QStringList{"scan"_q} + more); }
 
     QHash<QString, QJsonObject> FilesByPath()
@@ -49,7 +49,7 @@ protected:
         return paths;
     }
 
-    /// A file whose name may be no text.
+    /// Creates a file whose name need not be valid UTF-8.
     void WriteRaw(QByteArray const& name) const
     {
         int const file = ::open((folder.path().toUtf8() + '/' + name).constData(), O_CREAT | O_WRONLY, 0600);
@@ -57,7 +57,7 @@ protected:
         ::close(file);
     }
 
-    /// How many entries `find` counts.
+    /// Returns the number of entries that `find` prints.
     int Find(QStringList const& conditions) const
     {
         QProcess find;
@@ -112,7 +112,7 @@ TEST_F(ScanTest, RecordsAFilesNamePathsSizeTimesAndStatus)
     EXPECT_EQ(file.value("fileLinks"_q).toArray().size(), 0);
 }
 
-TEST_F(ScanTest, FilesTakeTheRootsProduct)
+TEST_F(ScanTest, FilesGetTheRootsProduct)
 {
     RawStore(StorePath()).Run("UPDATE FolderConfiguration SET productConfigurationId = 7;"_q);
     MakeDirectory("docs/a"_q);
@@ -141,21 +141,21 @@ TEST_F(ScanTest, SecondScanAddsAndChangesNothing)
     EXPECT_EQ(FilesByPath(), before);
 }
 
-TEST_F(ScanTest, CountsAreThoseOfFind)
+TEST_F(ScanTest, CountsMatchFind)
 {
     for (int i = 0; i < 40; ++i) {
         QString const directory = "docs/%1/%2/%3"_q.arg(i % 3).arg(i % 7).arg(i);
         MakeDirectory(directory);
         for (int j = 0; j < i % 5; ++j)
             WriteFile(directory + "/f%1"_q.arg(j), QByteArray(j, 'x'));
-        Link("f0", directory + "/link"_q); // leads nowhere where i % 5 is 0
+        Link("f0", directory + "/link"_q); // broken if i % 5 is 0
         Link(".", directory + "/loop"_q);
     }
     Scan();
     EXPECT_EQ(Json({"list"_q, "folders"_q}).size(), Find({"-type"_q, "d"_q}));
     EXPECT_EQ(Json({"list"_q, "files"_q}).size(),
               Find({"-type"_q, "f"_q}) + Find({"-type"_q, "l"_q, "-xtype"_q, "f"_q}));
-    EXPECT_EQ(Done({"tree"_q}).count(QLatin1Char('\n')), Find({"-type"_q, "d"_q}));
+    EXPECT_EQ(RunSuccessfully({"tree"_q}).count(QLatin1Char('\n')), Find({"-type"_q, "d"_q}));
 }
 
 TEST_F(ScanTest, ChangedFileIsOutOfSyncAgainAndKeepsItsOtherColumns)
@@ -181,7 +181,7 @@ TEST_F(ScanTest, ChangedFileIsOutOfSyncAgainAndKeepsItsOtherColumns)
     }
 }
 
-TEST_F(ScanTest, OddNamesAreRecordedAsTheyAre)
+TEST_F(ScanTest, OddNamesAreRecordedUnchanged)
 {
     QStringList const names{"a 'single' and \"double\""_q,
                             "line\nbreak"_q,
@@ -206,24 +206,24 @@ TEST_F(ScanTest, OddNamesAreRecordedAsTheyAre)
         EXPECT_EQ(file.value("name"_q).toString(), name);
         EXPECT_EQ(file.value("serverPath"_q).toString(), "/s/"_q + name + "/"_q + name);
     }
-    EXPECT_EQ(Done({"tree"_q}).count(QLatin1Char('\n')), names.size() + 1);
+    EXPECT_EQ(RunSuccessfully({"tree"_q}).count(QLatin1Char('\n')), names.size() + 1);
     EXPECT_EQ(Scan().value("filesUnchanged"_q).toInt(), names.size());
 }
 
 TEST_F(ScanTest, LocaleDoesNotChangeNames)
 {
     WriteFile("docs/日本"_q);
-    Ran const ran = RunBare({"--store"_q, StorePath(), "scan"_q, "--json"_q}, {"LC_ALL=C"_q, "LANG=C"_q});
+    RunResult const ran = RunWithoutStore({"--store"_q, StorePath(), "scan"_q, "--json"_q}, {"LC_ALL=C"_q, "LANG=C"_q});
     EXPECT_EQ(ran.status, 0) << ran.err.toStdString();
     EXPECT_EQ(File("docs/日本"_q).value("name"_q).toString(), "日本"_q);
 }
 
-TEST_F(ScanTest, NameThatIsNoTextIsReportedAndTheRestIsRecorded)
+TEST_F(ScanTest, NameThatIsNotUtf8IsReportedAndTheRestIsRecorded)
 {
     WriteRaw("docs/caf\xe9");
     ASSERT_EQ(::mkdir((folder.path().toUtf8() + "/docs/\xff").constData(), 0700), 0);
     WriteFile("docs/good"_q);
-    Ran const ran = Run({"scan"_q});
+    RunResult const ran = Run({"scan"_q});
     EXPECT_EQ(ran.status, 1);
     EXPECT_TRUE(ran.err.contains("caf\\xe9"_q)) << ran.err.toStdString();
     EXPECT_TRUE(ran.err.contains("\\xff"_q)) << ran.err.toStdString();
@@ -231,7 +231,7 @@ TEST_F(ScanTest, NameThatIsNoTextIsReportedAndTheRestIsRecorded)
     EXPECT_EQ(FilesByPath().size(), 1);
 }
 
-TEST_F(ScanTest, UnreadableDirectoryIsReportedAtTheEndAndTheWalkGoesOn)
+TEST_F(ScanTest, UnreadableDirectoryIsReportedAtTheEndAndTheScanContinues)
 {
     MakeDirectory("docs/a-closed"_q);
     WriteFile("docs/a-closed/hidden"_q);
@@ -267,7 +267,7 @@ TEST_F(ScanTest, LinkToAFileBecomesAFileWithOneLinkToItsRecord)
 {
     MakeDirectory("docs/z"_q);
     WriteFile("docs/z/target"_q);
-    Link("z/target", "docs/link"_q); // its name comes first, and the target is on record all the same
+    Link("z/target", "docs/link"_q); // sorts before its target
     Scan();
     auto const files = FilesByPath();
     ASSERT_EQ(files.size(), 2);
@@ -311,7 +311,7 @@ TEST_F(ScanTest, LinkOutOfTheRootIsRecordedWithoutAnId)
     EXPECT_EQ(FilesByPath().size(), 1);
 }
 
-TEST_F(ScanTest, LinkThroughALinkedFolderMakesNoFolderOfIt)
+TEST_F(ScanTest, LinkThroughALinkedFolderRecordsNoSuchFolder)
 {
     MakeDirectory("docs/real"_q);
     WriteFile("docs/real/file"_q);
@@ -325,19 +325,19 @@ TEST_F(ScanTest, LinkThroughALinkedFolderMakesNoFolderOfIt)
     EXPECT_EQ(Scan({"--prune"_q}).value("foldersPruned"_q).toInt(), 0);
 }
 
-TEST_F(ScanTest, LinksToFoldersBrokenLinksAndPipesAreLeftOutAndCounted)
+TEST_F(ScanTest, LinksToFoldersBrokenLinksAndPipesAreCountedButNotRecorded)
 {
     Link("/", "docs/folder"_q);
     Link("missing", "docs/broken"_q);
     ASSERT_EQ(::mkfifo(At("docs/pipe").toUtf8().constData(), 0600), 0);
-    QString const out = Done({"scan"_q});
+    QString const out = RunSuccessfully({"scan"_q});
     EXPECT_TRUE(out.contains("left out: 1 link to a folder, 1 link to nothing and 1 special file"_q))
         << out.toStdString();
     EXPECT_EQ(FolderPaths().size(), 1);
     EXPECT_EQ(FilesByPath().size(), 0);
 }
 
-TEST_F(ScanTest, FileThatBecameALinkAndBackFollows)
+TEST_F(ScanTest, FileThatBecomesALinkAndBackIsUpdated)
 {
     WriteFile("docs/target"_q, "12345");
     WriteFile("docs/entry"_q, "1");
@@ -352,7 +352,7 @@ TEST_F(ScanTest, FileThatBecameALinkAndBackFollows)
     EXPECT_EQ(File("docs/entry"_q).value("fileLinks"_q).toArray().size(), 0);
 }
 
-TEST_F(ScanTest, WithoutPruneVanishedFilesStayOnRecord)
+TEST_F(ScanTest, WithoutPruneMissingFilesStayOnRecord)
 {
     WriteFile("docs/file"_q);
     Scan();
@@ -361,7 +361,7 @@ TEST_F(ScanTest, WithoutPruneVanishedFilesStayOnRecord)
     EXPECT_EQ(FilesByPath().size(), 1);
 }
 
-TEST_F(ScanTest, PruneRemovesVanishedFilesAndFolders)
+TEST_F(ScanTest, PruneRemovesMissingFilesAndFolders)
 {
     MakeDirectory("docs/gone/deep"_q);
     WriteFile("docs/gone/deep/file"_q);
@@ -379,7 +379,7 @@ TEST_F(ScanTest, PruneRemovesVanishedFilesAndFolders)
     EXPECT_EQ(FilesByPath().keys(), QStringList{At("docs/kept/file")});
 }
 
-TEST_F(ScanTest, PruneTakesWhatWasGeneratedFromAVanishedFile)
+TEST_F(ScanTest, PruneRemovesFilesGeneratedFromAMissingFile)
 {
     WriteFile("docs/file"_q);
     WriteFile("made"_q);
@@ -404,23 +404,23 @@ TEST_F(ScanTest, PruneOfAFileThatBecameAFolderReplacesIt)
     EXPECT_EQ(counts.value("filesPruned"_q).toInt(), 1);
 }
 
-TEST_F(ScanTest, RootThatIsGoneIsReportedAndNotPruned)
+TEST_F(ScanTest, MissingRootIsReportedAndNotPruned)
 {
     WriteFile("docs/file"_q);
     Scan();
     ASSERT_TRUE(QDir(At("docs")).removeRecursively());
-    Ran const ran = Run({"scan"_q, "--prune"_q});
+    RunResult const ran = Run({"scan"_q, "--prune"_q});
     EXPECT_EQ(ran.status, 1);
     EXPECT_TRUE(ran.err.contains(At("docs"))) << ran.err.toStdString();
     EXPECT_EQ(FilesByPath().size(), 1);
 }
 
-TEST_F(ScanTest, FilesOfARemovedFolderAreFoundAgainAndNotDoubled)
+TEST_F(ScanTest, FilesOfARemovedFolderAreFoundAgainWithoutDuplicates)
 {
     MakeDirectory("docs/a/b"_q);
     WriteFile("docs/a/file"_q);
     Scan();
-    Done({"folder"_q, "remove"_q, "2"_q, "--yes"_q});
+    RunSuccessfully({"folder"_q, "remove"_q, "2"_q, "--yes"_q});
     QJsonObject const counts = Scan();
     EXPECT_EQ(counts.value("foldersAdded"_q).toInt(), 1);
     EXPECT_EQ(counts.value("foldersChanged"_q).toInt(), 1);
@@ -435,7 +435,7 @@ TEST_F(ScanTest, FilesOfARemovedFolderAreFoundAgainAndNotDoubled)
     EXPECT_EQ(Scan().value("filesUnchanged"_q).toInt(), 1);
 }
 
-TEST_F(ScanTest, ScansTheGivenRootAlone)
+TEST_F(ScanTest, ScansOnlyTheGivenRoot)
 {
     AddRoot("other"_q, "/o"_q);
     WriteFile("docs/file"_q);
@@ -444,12 +444,12 @@ TEST_F(ScanTest, ScansTheGivenRootAlone)
     EXPECT_EQ(FilesByPath().keys(), QStringList{At("other/file")});
 }
 
-TEST_F(ScanTest, ScansAllRootsAndAddsUp)
+TEST_F(ScanTest, ScansAllRootsAndPrintsTotals)
 {
     AddRoot("other"_q, "/o"_q);
     WriteFile("docs/file"_q);
     WriteFile("other/file"_q);
-    EXPECT_TRUE(Done({"scan"_q}).contains("files: 2 added, 0 changed, 0 unchanged"_q));
+    EXPECT_TRUE(RunSuccessfully({"scan"_q}).contains("files: 2 added, 0 changed, 0 unchanged"_q));
     EXPECT_EQ(Json({"scan"_q}).size(), 2);
 }
 
@@ -458,21 +458,21 @@ TEST_F(ScanTest, UnknownRootFindsNothing)
     EXPECT_EQ(Run({"scan"_q, "77"_q}).status, 1);
 }
 
-TEST_F(ScanTest, FolderOnRecordInAnotherRootIsReported)
+TEST_F(ScanTest, FolderRecordedInAnotherRootIsReported)
 {
     AddRoot("other"_q, "/o"_q);
     MakeDirectory("docs/a/b"_q);
     WriteFile("docs/a/file"_q);
     RawStore(StorePath())
         .Run("INSERT INTO FolderConfiguration (clientPath, parentId, rootId) VALUES ('%1', 2, 2);"_q.arg(At("docs/a")));
-    Ran const ran = Run({"scan"_q, "1"_q});
+    RunResult const ran = Run({"scan"_q, "1"_q});
     EXPECT_EQ(ran.status, 1);
     EXPECT_TRUE(ran.err.contains(At("docs/a")) && ran.err.contains("root 2"_q)) << ran.err.toStdString();
     EXPECT_EQ(ran.err.count(QLatin1Char('\n')), 1);
     EXPECT_EQ(FilesByPath().size(), 0);
 }
 
-TEST_F(ScanTest, RootIsWrittenAsAWholeOrNotAtAll)
+TEST_F(ScanTest, RootIsWrittenCompletelyOrNotAtAll)
 {
     for (int i = 0; i < 20; ++i)
         WriteFile("docs/%1"_q.arg(i));
@@ -480,7 +480,7 @@ TEST_F(ScanTest, RootIsWrittenAsAWholeOrNotAtAll)
     RawStore(StorePath())
         .Run("CREATE TRIGGER refuse BEFORE INSERT ON FileConfiguration WHEN new.name = '7' "
              "BEGIN SELECT RAISE(ABORT, 'no'); END;"_q);
-    Ran const ran = Run({"scan"_q});
+    RunResult const ran = Run({"scan"_q});
     EXPECT_EQ(ran.status, 3);
     EXPECT_EQ(ran.err.count(QLatin1Char('\n')), 1) << ran.err.toStdString();
     EXPECT_EQ(FilesByPath().size(), 0);
@@ -490,17 +490,17 @@ TEST_F(ScanTest, RootIsWrittenAsAWholeOrNotAtAll)
 TEST_F(ScanTest, TotalsEndWithTimeAndRate)
 {
     WriteFile("docs/file"_q);
-    QString const last = Done({"scan"_q}).trimmed().section(QLatin1Char('\n'), -1);
+    QString const last = RunSuccessfully({"scan"_q}).trimmed().section(QLatin1Char('\n'), -1);
     EXPECT_TRUE(QRegularExpression("^elapsed: [0-9]+\\.[0-9]{3} s, [0-9]+ files/s$"_q).match(last).hasMatch())
         << last.toStdString();
 }
 
-TEST_F(ScanTest, ProgressIsDrawnOnATerminalAlone)
+TEST_F(ScanTest, ProgressIsShownOnlyOnATerminal)
 {
     WriteFile("docs/file"_q);
     EXPECT_EQ(Run({"scan"_q}).err, QString());
     WriteFile("docs/another"_q);
-    Ran const ran = RunOnTerminal({"scan"_q});
+    RunResult const ran = RunOnTerminal({"scan"_q});
     EXPECT_EQ(ran.status, 0);
     EXPECT_TRUE(ran.out.contains("recording ["_q)) << ran.out.toStdString();
     EXPECT_TRUE(ran.out.contains("files: 1 added"_q)) << ran.out.toStdString();
@@ -508,18 +508,18 @@ TEST_F(ScanTest, ProgressIsDrawnOnATerminalAlone)
 
 TEST_F(ScanTest, WithoutARootFindsNothing)
 {
-    Done({"root"_q, "remove"_q, "1"_q, "--yes"_q});
-    Ran const ran = Run({"scan"_q});
+    RunSuccessfully({"root"_q, "remove"_q, "1"_q, "--yes"_q});
+    RunResult const ran = Run({"scan"_q});
     EXPECT_EQ(ran.status, 1);
     EXPECT_TRUE(ran.err.contains("root add"_q));
 }
 
-TEST_F(ScanTest, TreeThatIsVeryDeepIsWalked)
+TEST_F(ScanTest, VeryDeepTreeIsScanned)
 {
     QString deep = "docs"_q;
     for (int i = 0; i < 400; ++i)
         deep += "/d"_q;
     MakeDirectory(deep);
     EXPECT_EQ(Scan().value("foldersAdded"_q).toInt(), 400);
-    EXPECT_EQ(Done({"tree"_q}).count(QLatin1Char('\n')), 401);
+    EXPECT_EQ(RunSuccessfully({"tree"_q}).count(QLatin1Char('\n')), 401);
 }

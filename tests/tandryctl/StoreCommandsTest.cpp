@@ -25,44 +25,44 @@ protected:
 
 } // namespace
 
-TEST_F(StoreCommandsTest, InitMakesAStoreForItsOwnerAlone)
+TEST_F(StoreCommandsTest, InitCreatesAStoreForItsOwnerOnly)
 {
-    EXPECT_TRUE(Done({"init"_q}).contains(StorePath()));
+    EXPECT_TRUE(RunSuccessfully({"init"_q}).contains(StorePath()));
     QFile::Permissions const others = QFile::ReadGroup | QFile::WriteGroup | QFile::ReadOther | QFile::WriteOther;
     EXPECT_FALSE(QFile::permissions(StorePath()) & others);
 }
 
-TEST_F(StoreCommandsTest, InitOfAStoreThatIsThereSaysSoAndLeavesIt)
+TEST_F(StoreCommandsTest, InitOfAnExistingStoreReportsThatAndKeepsIt)
 {
     Init();
     AddRoot("docs"_q, "/docs"_q);
-    EXPECT_TRUE(Done({"init"_q}).contains("is there already"_q));
+    EXPECT_TRUE(RunSuccessfully({"init"_q}).contains("is there already"_q));
     EXPECT_EQ(Json({"list"_q, "roots"_q}).size(), 1);
 }
 
-TEST_F(StoreCommandsTest, InitInJsonTellsWhetherItMadeTheStore)
+TEST_F(StoreCommandsTest, InitInJsonShowsWhetherItCreatedTheStore)
 {
     EXPECT_EQ(JsonObject({"init"_q}), (QJsonObject{{"store"_q, StorePath()}, {"made"_q, true}}));
     EXPECT_EQ(JsonObject({"init"_q}), (QJsonObject{{"store"_q, StorePath()}, {"made"_q, false}}));
 }
 
-TEST_F(StoreCommandsTest, InitMakesTheUsersOwnStoreWithItsFolder)
+TEST_F(StoreCommandsTest, InitCreatesTheUsersOwnStoreWithItsFolder)
 {
-    Ran const ran = RunBare({"init"_q}, {"XDG_DATA_HOME="_q + At("data")});
+    RunResult const ran = RunWithoutStore({"init"_q}, {"XDG_DATA_HOME="_q + At("data")});
     EXPECT_EQ(ran.status, 0) << ran.err.toStdString();
     EXPECT_TRUE(QFileInfo::exists(At("data/tandry/tandry.db")));
-    EXPECT_EQ(RunBare({"list"_q, "schedules"_q}, {"XDG_DATA_HOME="_q + At("data")}).status, 0);
+    EXPECT_EQ(RunWithoutStore({"list"_q, "schedules"_q}, {"XDG_DATA_HOME="_q + At("data")}).status, 0);
 }
 
 TEST_F(StoreCommandsTest, StoreComesFromTheEnvironment)
 {
-    EXPECT_EQ(RunBare({"init"_q}, {"TANDRY_STORE="_q + StorePath()}).status, 0);
+    EXPECT_EQ(RunWithoutStore({"init"_q}, {"TANDRY_STORE="_q + StorePath()}).status, 0);
     EXPECT_TRUE(QFileInfo::exists(StorePath()));
 }
 
-TEST_F(StoreCommandsTest, StoreOptionGoesBeforeTheEnvironment)
+TEST_F(StoreCommandsTest, StoreOptionOverridesTheEnvironment)
 {
-    Ran const ran = RunBare({"init"_q, "--store"_q, StorePath()}, {"TANDRY_STORE="_q + At("other.db")});
+    RunResult const ran = RunWithoutStore({"init"_q, "--store"_q, StorePath()}, {"TANDRY_STORE="_q + At("other.db")});
     EXPECT_EQ(ran.status, 0);
     EXPECT_TRUE(QFileInfo::exists(StorePath()));
     EXPECT_FALSE(QFileInfo::exists(At("other.db")));
@@ -70,32 +70,32 @@ TEST_F(StoreCommandsTest, StoreOptionGoesBeforeTheEnvironment)
 
 TEST_F(StoreCommandsTest, EmptyEnvironmentVariableCountsAsNone)
 {
-    EXPECT_EQ(RunBare({"init"_q}, {"TANDRY_STORE="_q}).status, 0);
+    EXPECT_EQ(RunWithoutStore({"init"_q}, {"TANDRY_STORE="_q}).status, 0);
     EXPECT_TRUE(QFileInfo::exists(At(".local/share/tandry/tandry.db")));
 }
 
-TEST_F(StoreCommandsTest, MissingStoreFailsAndNoneIsMade)
+TEST_F(StoreCommandsTest, MissingStoreFailsAndIsNotCreated)
 {
-    Ran const ran = Run({"list"_q, "roots"_q});
+    RunResult const ran = Run({"list"_q, "roots"_q});
     EXPECT_EQ(ran.status, 3);
     EXPECT_TRUE(ran.err.contains(StorePath()));
-    EXPECT_TRUE(ran.err.contains("init"_q)); // what to do
+    EXPECT_TRUE(ran.err.contains("init"_q)); // the command that helps
     EXPECT_EQ(ran.err.count(QLatin1Char('\n')), 1);
     EXPECT_FALSE(QFileInfo::exists(StorePath()));
 }
 
-TEST_F(StoreCommandsTest, WritingCommandMakesNoStoreEither)
+TEST_F(StoreCommandsTest, WritingCommandCreatesNoStore)
 {
     MakeDirectory("docs"_q);
     EXPECT_EQ(Run({"root"_q, "add"_q, At("docs"), "--server-path"_q, "/d"_q}).status, 3);
     EXPECT_FALSE(QFileInfo::exists(StorePath()));
 }
 
-TEST_F(StoreCommandsTest, FileThatIsNoStoreFailsAndStaysAsItIs)
+TEST_F(StoreCommandsTest, FileThatIsNoStoreFailsAndIsUnchanged)
 {
     WriteFile("store.db"_q, "not a database, but long enough to look at, as a letter would be");
     for (QStringList const& command : {QStringList{"init"_q}, QStringList{"list"_q, "roots"_q}}) {
-        Ran const ran = Run(command);
+        RunResult const ran = Run(command);
         EXPECT_EQ(ran.status, 3);
         EXPECT_EQ(ran.err.count(QLatin1Char('\n')), 1) << ran.err.toStdString();
     }
@@ -108,9 +108,9 @@ TEST_F(StoreCommandsTest, FolderInsteadOfAStoreFails)
     EXPECT_EQ(Run({"init"_q}).status, 3);
 }
 
-TEST_F(StoreCommandsTest, StoreInAFolderThatIsMissingFails)
+TEST_F(StoreCommandsTest, StoreInAMissingFolderFails)
 {
-    EXPECT_EQ(RunBare({"--store"_q, At("missing/store.db"), "init"_q}).status, 3);
+    EXPECT_EQ(RunWithoutStore({"--store"_q, At("missing/store.db"), "init"_q}).status, 3);
     EXPECT_FALSE(QFileInfo::exists(At("missing")));
 }
 
@@ -120,16 +120,16 @@ TEST_F(StoreCommandsTest, ReadingCommandChangesNoByteAndLeavesNoFile)
     AddRoot("docs"_q, "/docs"_q);
     QByteArray const before = Content(StorePath());
     QStringList const files = QDir(folder.path()).entryList(QDir::Files);
-    Done({"list"_q, "folders"_q});
-    Done({"tree"_q});
+    RunSuccessfully({"list"_q, "folders"_q});
+    RunSuccessfully({"tree"_q});
     EXPECT_EQ(Content(StorePath()), before);
     EXPECT_EQ(QDir(folder.path()).entryList(QDir::Files), files);
 }
 
-TEST_F(StoreCommandsTest, ReadingCommandSeesWhatAnotherProgramHasJustWritten)
+TEST_F(StoreCommandsTest, ReadingCommandSeesTheLastCommitOfAnotherProgram)
 {
     Init();
-    RawStore other(StorePath()); // still open, so that the row stands in the log alone
+    RawStore other(StorePath()); // stays open, so that the row is only in the log
     other.Run("INSERT INTO FolderConfiguration (clientPath, parentId) VALUES ('/r', 0);"_q);
     EXPECT_EQ(Json({"list"_q, "roots"_q}).size(), 1);
 }
@@ -148,38 +148,38 @@ TEST_F(StoreCommandsTest, BackupIsAStoreWithTheSameRecords)
 {
     Init();
     AddRoot("docs"_q, "/docs"_q);
-    QString const out = Done({"backup"_q, At("copy.db")});
+    QString const out = RunSuccessfully({"backup"_q, At("copy.db")});
     EXPECT_TRUE(out.contains(StorePath()) && out.contains(At("copy.db"))) << out.toStdString();
-    Ran const ran = RunBare({"--store"_q, At("copy.db"), "list"_q, "roots"_q, "--json"_q});
+    RunResult const ran = RunWithoutStore({"--store"_q, At("copy.db"), "list"_q, "roots"_q, "--json"_q});
     EXPECT_EQ(ran.status, 0) << ran.err.toStdString();
     EXPECT_EQ(ran.json(), Json({"list"_q, "roots"_q}));
     QFile::Permissions const others = QFile::ReadGroup | QFile::WriteGroup | QFile::ReadOther | QFile::WriteOther;
     EXPECT_FALSE(QFile::permissions(At("copy.db")) & others);
 }
 
-TEST_F(StoreCommandsTest, BackupInJsonTellsBothFiles)
+TEST_F(StoreCommandsTest, BackupInJsonShowsBothFiles)
 {
     Init();
     EXPECT_EQ(JsonObject({"backup"_q, At("copy.db")}),
               (QJsonObject{{"store"_q, StorePath()}, {"backup"_q, At("copy.db")}}));
 }
 
-TEST_F(StoreCommandsTest, BackupHoldsWhatAProgramThatStillWritesHasCommitted)
+TEST_F(StoreCommandsTest, BackupHoldsWhatAnotherProgramHasCommitted)
 {
     Init();
     RawStore other(StorePath());
     other.Run("INSERT INTO FolderConfiguration (clientPath, parentId) VALUES ('/r', 0);"
               "BEGIN IMMEDIATE; INSERT INTO FolderConfiguration (clientPath, parentId) VALUES ('/s', 0);"_q);
-    Done({"backup"_q, At("copy.db")});
+    RunSuccessfully({"backup"_q, At("copy.db")});
     other.Run("COMMIT"_q);
     EXPECT_EQ(RawStore(At("copy.db")).Count("FolderConfiguration"_q), 1);
 }
 
-TEST_F(StoreCommandsTest, BackupReplacesNoFileAndSaysSo)
+TEST_F(StoreCommandsTest, BackupReplacesNoFile)
 {
     Init();
     WriteFile("copy.db"_q, "mine");
-    Ran const ran = Run({"backup"_q, At("copy.db")});
+    RunResult const ran = Run({"backup"_q, At("copy.db")});
     EXPECT_EQ(ran.status, 3);
     EXPECT_TRUE(ran.err.contains(At("copy.db"))) << ran.err.toStdString();
     EXPECT_EQ(ran.err.count(QLatin1Char('\n')), 1);
@@ -192,49 +192,49 @@ TEST_F(StoreCommandsTest, BackupNeedsAPath)
     EXPECT_EQ(Run({"backup"_q}).status, 2);
 }
 
-TEST_F(StoreCommandsTest, CheckOfAWholeStoreSaysSoAndChangesNothing)
+TEST_F(StoreCommandsTest, CheckOfAnUndamagedStoreReportsThatAndChangesNothing)
 {
     Init();
     QByteArray const before = Content(StorePath());
-    QString const out = Done({"check"_q});
+    QString const out = RunSuccessfully({"check"_q});
     EXPECT_TRUE(out.contains(StorePath()) && out.contains("whole"_q)) << out.toStdString();
     EXPECT_EQ(Json({"check"_q}), QJsonArray());
     EXPECT_EQ(Content(StorePath()), before);
     EXPECT_EQ(QDir(folder.path()).entryList(QDir::Files), QStringList{"store.db"_q});
 }
 
-TEST_F(StoreCommandsTest, CheckListsWhatItFindsAndFails)
+TEST_F(StoreCommandsTest, CheckListsDamageAndFails)
 {
     Init();
     RawStore(StorePath()).Run("DROP INDEX FileConfiguration_root; DROP INDEX Schedules_folder"_q);
-    Ran const plain = Run({"check"_q});
+    RunResult const plain = Run({"check"_q});
     EXPECT_EQ(plain.status, 1);
     EXPECT_EQ(plain.err, QString());
     EXPECT_EQ(plain.out, "damage\nindex FileConfiguration_root is missing\nindex Schedules_folder is missing\n"_q);
-    Ran const json = Run({"check"_q, "--json"_q});
+    RunResult const json = Run({"check"_q, "--json"_q});
     EXPECT_EQ(json.status, 1);
     EXPECT_EQ(json.json(),
               (QJsonArray{QJsonObject{{"damage"_q, "index FileConfiguration_root is missing"_q}},
                           QJsonObject{{"damage"_q, "index Schedules_folder is missing"_q}}}));
 }
 
-TEST_F(StoreCommandsTest, OlderStoreIsBroughtUpToDateByTheFirstCommandThatMayWrite)
+TEST_F(StoreCommandsTest, OlderStoreIsUpgradedByTheFirstWritingCommand)
 {
     using tandry::test::ReleasedStore;
     ReleasedStore{0, sync::database::JournalMode::WriteAheadLog}.CopyTo(StorePath());
-    Ran const reading = Run({"list"_q, "roots"_q});
+    RunResult const reading = Run({"list"_q, "roots"_q});
     EXPECT_EQ(reading.status, 3);
     EXPECT_TRUE(reading.err.contains("opened for writing once"_q)) << reading.err.toStdString();
-    Done({"init"_q});
+    RunSuccessfully({"init"_q});
     EXPECT_EQ(Json({"list"_q, "roots"_q}).size(), 1);
     EXPECT_TRUE(QFileInfo::exists(At("store.db.version-0")));
 }
 
-TEST_F(StoreCommandsTest, StoreFileNameMayHoldOddCharacters)
+TEST_F(StoreCommandsTest, StoreFileNameMayContainOddCharacters)
 {
     QString const path = At("a 'b'\n日本?.db");
-    EXPECT_EQ(RunBare({"--store"_q, path, "init"_q}).status, 0);
+    EXPECT_EQ(RunWithoutStore({"--store"_q, path, "init"_q}).status, 0);
     EXPECT_TRUE(QFileInfo::exists(path));
-    Ran const ran = RunBare({"--store"_q, path, "list"_q, "schedules"_q});
+    RunResult const ran = RunWithoutStore({"--store"_q, path, "list"_q, "schedules"_q});
     EXPECT_EQ(ran.status, 0) << ran.err.toStdString();
 }

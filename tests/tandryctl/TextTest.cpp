@@ -28,7 +28,7 @@ QString Unit(ushort unit)
 
 } // namespace
 
-TEST_P(PrintableTest, GivesOneSafeLine)
+TEST_P(PrintableTest, ReturnsOneSafeLine)
 {
     EXPECT_EQ(Printable(GetParam().text), GetParam().printable);
 }
@@ -54,7 +54,7 @@ INSTANTIATE_TEST_SUITE_P(
                     PrintableRow{"lone low surrogate", "x"_q + Unit(0xdc00), "x\\udc00"_q},
                     PrintableRow{"high surrogate at the end", "x"_q + Unit(0xdbff), "x\\udbff"_q}));
 
-TEST(Quoted, PutsThePrintableTextBetweenQuotes)
+TEST(Quoted, PutsThePrintableTextInQuotes)
 {
     EXPECT_EQ(Quoted("a\nb"_q), "'a\\nb'"_q);
 }
@@ -74,51 +74,51 @@ TEST(DisplayWidth, OfWideCharactersIsTwoEach)
     EXPECT_EQ(DisplayWidth("日本"_q), 4);
 }
 
-TEST(Counted, TakesTheSingularForOneAlone)
+TEST(Counted, UsesTheSingularForOne)
 {
     EXPECT_EQ(Counted(0, "folder", "folders"), "0 folders"_q);
     EXPECT_EQ(Counted(1, "folder", "folders"), "1 folder"_q);
     EXPECT_EQ(Counted(2, "folder", "folders"), "2 folders"_q);
 }
 
-TEST(Enumerated, JoinsWithCommasAndAnAnd)
+TEST(JoinWithAnd, JoinsWithCommasAndAFinalAnd)
 {
     QString const a = "a"_q;
     QString const b = "b"_q;
     QString const c = "c"_q;
-    EXPECT_EQ(Enumerated({}), QString());
-    EXPECT_EQ(Enumerated({a}), "a"_q);
-    EXPECT_EQ(Enumerated({a, b}), "a and b"_q);
-    EXPECT_EQ(Enumerated({a, b, c}), "a, b and c"_q);
+    EXPECT_EQ(JoinWithAnd({}), QString());
+    EXPECT_EQ(JoinWithAnd({a}), "a"_q);
+    EXPECT_EQ(JoinWithAnd({a, b}), "a and b"_q);
+    EXPECT_EQ(JoinWithAnd({a, b, c}), "a, b and c"_q);
 }
 
-TEST(Decoded, KeepsAByteOrderMarkAtTheFront)
+TEST(DecodeUtf8, KeepsAByteOrderMarkAtTheFront)
 {
-    EXPECT_EQ(Decoded("\xef\xbb\xbfname"), Unit(0xfeff) + "name"_q);
+    EXPECT_EQ(DecodeUtf8("\xef\xbb\xbfname"), Unit(0xfeff) + "name"_q);
 }
 
-TEST(Decoded, KeepsAReplacementCharacterThatStandsInTheBytes)
+TEST(DecodeUtf8, KeepsAnEncodedReplacementCharacter)
 {
-    EXPECT_EQ(Decoded("\xef\xbf\xbd"), Unit(0xfffd));
+    EXPECT_EQ(DecodeUtf8("\xef\xbf\xbd"), Unit(0xfffd));
 }
 
-TEST(Decoded, RefusesBytesOfAnotherEncoding)
+TEST(DecodeUtf8, RefusesBytesOfAnotherEncoding)
 {
-    EXPECT_FALSE(Decoded("caf\xe9"));
-    EXPECT_FALSE(Decoded("\xe9tude"));
+    EXPECT_FALSE(DecodeUtf8("caf\xe9"));
+    EXPECT_FALSE(DecodeUtf8("\xe9tude"));
 }
 
-TEST(Decoded, RefusesACharacterThatBreaksOff)
+TEST(DecodeUtf8, RefusesAnIncompleteCharacter)
 {
-    EXPECT_FALSE(Decoded("a\xe2\x82"));
+    EXPECT_FALSE(DecodeUtf8("a\xe2\x82"));
 }
 
-TEST(Decoded, RefusesAnEncodedSurrogate)
+TEST(DecodeUtf8, RefusesAnEncodedSurrogate)
 {
-    EXPECT_FALSE(Decoded("\xed\xa0\x80"));
+    EXPECT_FALSE(DecodeUtf8("\xed\xa0\x80"));
 }
 
-TEST(Decoded, RefusesAnOverlongSlash)
+TEST(DecodeUtf8, RefusesAnOverlongSlash)
 {
-    EXPECT_FALSE(Decoded("\xc0\xaf"));
+    EXPECT_FALSE(DecodeUtf8("\xc0\xaf"));
 }

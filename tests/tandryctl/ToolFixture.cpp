@@ -35,7 +35,7 @@ class UnprivilegedProcess : public QProcess
 protected:
     void setupChildProcess() override
     {
-        // The superuser passes by permissions; without these two it is bound by them like the owner of a file.
+        // Without these capabilities, permissions apply to root as to the owner of a file.
         ::prctl(PR_CAPBSET_DROP, CAP_DAC_OVERRIDE);
         ::prctl(PR_CAPBSET_DROP, CAP_DAC_READ_SEARCH);
     }
@@ -52,12 +52,12 @@ QProcessEnvironment Environment(QString const& home, QStringList const& more)
     return environment;
 }
 
-Ran RunProcess(QProcess& process, QStringList const& arguments, QByteArray const& input)
+RunResult RunProcess(QProcess& process, QStringList const& arguments, QByteArray const& input)
 {
     process.start(Program, arguments);
     process.write(input);
     process.closeWriteChannel();
-    Ran ran;
+    RunResult ran;
     EXPECT_TRUE(process.waitForFinished(TimeoutMsec)) << process.errorString().toStdString();
     EXPECT_EQ(process.exitStatus(), QProcess::NormalExit);
     ran.status = process.exitCode();
@@ -68,7 +68,7 @@ Ran RunProcess(QProcess& process, QStringList const& arguments, QByteArray const
 
 } // namespace
 
-QJsonArray Ran::json() const
+QJsonArray RunResult::json() const
 {
     QJsonDocument const document = QJsonDocument::fromJson(out.toUtf8());
     EXPECT_TRUE(document.isArray()) << out.toStdString() << err.toStdString();
@@ -80,14 +80,14 @@ QStringList ToolTest::_OnStore(QStringList const& arguments) const
     return QStringList{"--store"_q, StorePath()} + arguments;
 }
 
-Ran ToolTest::Run(QStringList const& arguments, QByteArray const& input)
+RunResult ToolTest::Run(QStringList const& arguments, QByteArray const& input)
 {
-    return RunBare(_OnStore(arguments), {}, input);
+    return RunWithoutStore(_OnStore(arguments), {}, input);
 }
 
-QString ToolTest::Done(QStringList const& arguments)
+QString ToolTest::RunSuccessfully(QStringList const& arguments)
 {
-    Ran const ran = Run(arguments);
+    RunResult const ran = Run(arguments);
     EXPECT_EQ(ran.status, 0) << arguments.join(QLatin1Char(' ')).toStdString() << ": " << ran.err.toStdString();
     EXPECT_EQ(ran.err, QString());
     return ran.out;
@@ -95,7 +95,7 @@ QString ToolTest::Done(QStringList const& arguments)
 
 QJsonArray ToolTest::Json(QStringList const& arguments)
 {
-    Ran const ran = Run(arguments + QStringList{"--json"_q});
+    RunResult const ran = Run(arguments + QStringList{"--json"_q});
     EXPECT_EQ(ran.status, 0) << ran.err.toStdString();
     return ran.json();
 }
@@ -107,7 +107,8 @@ QJsonObject ToolTest::JsonObject(QStringList const& arguments)
     return array.first().toObject();
 }
 
-Ran ToolTest::RunBare(QStringList const& arguments, QStringList const& environment, QByteArray const& input)
+RunResult
+ToolTest::RunWithoutStore(QStringList const& arguments, QStringList const& environment, QByteArray const& input)
 {
     QProcess process;
     process.setProcessEnvironment(Environment(folder.path(), environment));
@@ -115,7 +116,7 @@ Ran ToolTest::RunBare(QStringList const& arguments, QStringList const& environme
     return RunProcess(process, arguments, input);
 }
 
-std::optional<Ran> ToolTest::RunWithoutPrivileges(QStringList const& arguments)
+std::optional<RunResult> ToolTest::RunWithoutPrivileges(QStringList const& arguments)
 {
     if (::geteuid() == 0 && ::prctl(PR_CAPBSET_READ, CAP_SETPCAP) != 1)
         return std::nullopt;
@@ -124,7 +125,7 @@ std::optional<Ran> ToolTest::RunWithoutPrivileges(QStringList const& arguments)
     return RunProcess(process, _OnStore(arguments), {});
 }
 
-Ran ToolTest::RunOnTerminal(QStringList const& arguments, QByteArray const& typed)
+RunResult ToolTest::RunOnTerminal(QStringList const& arguments, QByteArray const& typed)
 {
     std::vector<std::string> words{Program.toStdString()};
     QStringList const onStore = _OnStore(arguments);
@@ -141,7 +142,7 @@ Ran ToolTest::RunOnTerminal(QStringList const& arguments, QByteArray const& type
         ::execv(argv.front(), argv.data());
         ::_exit(127);
     }
-    Ran ran;
+    RunResult ran;
     if (child == -1 || ::write(terminal, typed.constData(), size_t(typed.size())) != typed.size()) {
         ADD_FAILURE() << "no terminal to run on";
         return ran;
@@ -149,7 +150,7 @@ Ran ToolTest::RunOnTerminal(QStringList const& arguments, QByteArray const& type
     QByteArray shown;
     char buffer[4096];
     ssize_t count = 0;
-    while ((count = ::read(terminal, buffer, sizeof buffer)) > 0) // fails once the program has closed its side
+    while ((count = ::read(terminal, buffer, sizeof buffer)) > 0) // fails after the program has exited
         shown.append(buffer, int(count));
     ::close(terminal);
     int status = 0;
@@ -179,13 +180,13 @@ void ToolTest::Link(char const* target, QString const& name) const
 
 void ToolTest::Init()
 {
-    Done({"init"_q});
+    RunSuccessfully({"init"_q});
 }
 
 void ToolTest::AddRoot(QString const& name, QString const& serverPath)
 {
     MakeDirectory(name);
-    Done({"root"_q, "add"_q, At(name), "--server-path"_q, serverPath});
+    RunSuccessfully({"root"_q, "add"_q, At(name), "--server-path"_q, serverPath});
 }
 
 } // namespace tandryctl::test

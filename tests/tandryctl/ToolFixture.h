@@ -14,25 +14,25 @@
 #include <optional>
 #include <ostream>
 
-/// Readable in the messages of failed expectations.
+/// Makes failure messages readable.
 void PrintTo(QJsonObject const& object, std::ostream* out);
 
 namespace tandryctl::test {
 
 using tandry::test::operator""_q;
 
-/// How a run of the program ended.
-struct Ran
+/// The result of a run of the program.
+struct RunResult
 {
     int status = -1;
     QString out;
     QString err;
 
-    /// The parsed output; fails the test when it is no array.
+    /// Returns the parsed output. Fails the test if it is not an array.
     QJsonArray json() const;
 };
 
-/// A test that runs the built program, with a folder of its own as the user's home and the place of a store.
+/// A test that runs the built program. Its temporary folder is the user's home and contains the store.
 class ToolTest : public testing::Test
 {
 protected:
@@ -40,32 +40,34 @@ protected:
     QString At(char const* name) const { return At(QString::fromUtf8(name)); }
     QString At(QString const& name) const { return folder.filePath(name); }
 
-    /// Runs the program on the test's store, with neither standard stream a terminal.
-    Ran Run(QStringList const& arguments, QByteArray const& input = {});
+    /// Runs the program on the test's store. No standard stream is a terminal.
+    RunResult Run(QStringList const& arguments, QByteArray const& input = {});
 
-    /// The same, expecting success.
-    QString Done(QStringList const& arguments);
+    /// The same, but expects success and returns the output.
+    QString RunSuccessfully(QStringList const& arguments);
 
-    /// The same with --json, and the objects that it printed.
+    /// The same with --json; returns the printed objects.
     QJsonArray Json(QStringList const& arguments);
-    /// The only one of them.
+    /// The same, but expects exactly one object.
     QJsonObject JsonObject(QStringList const& arguments);
 
-    /// Runs the program without naming a store, with more environment variables ("NAME=value").
-    Ran RunBare(QStringList const& arguments, QStringList const& environment = {}, QByteArray const& input = {});
+    /// Runs the program without --store, with additional environment variables ("NAME=value").
+    RunResult
+    RunWithoutStore(QStringList const& arguments, QStringList const& environment = {}, QByteArray const& input = {});
 
-    /// Runs the program as a user whom permissions bind; nothing where that can't be done.
-    std::optional<Ran> RunWithoutPrivileges(QStringList const& arguments);
+    /// Runs the program so that file permissions apply to it, even for root. Returns nothing if that is not possible.
+    std::optional<RunResult> RunWithoutPrivileges(QStringList const& arguments);
 
-    /// Runs the program on a terminal and types into it. `out` holds both streams as the terminal showed them.
-    Ran RunOnTerminal(QStringList const& arguments, QByteArray const& typed = {});
+    /// Runs the program on a terminal with this input. `out` contains both streams as shown by the terminal.
+    RunResult RunOnTerminal(QStringList const& arguments, QByteArray const& typed = {});
 
     void MakeDirectory(QString const& name) const;
     void WriteFile(QString const& name, QByteArray const& content = {}) const;
     void Link(char const* target, QString const& name) const;
 
-    /// Makes a store, and in it a root on a new directory.
+    /// Creates the store.
     void Init();
+    /// Creates a directory and adds it as a root.
     void AddRoot(QString const& name, QString const& serverPath);
 
     QTemporaryDir folder;

@@ -5,7 +5,7 @@
 #include "Lookups.h"
 #include "RecordColumns.h"
 #include "Removal.h"
-#include "StoreQuestions.h"
+#include "StoreQueries.h"
 #include "Text.h"
 
 namespace tandryctl {
@@ -24,9 +24,9 @@ struct Arguments
     std::optional<int> server;
 };
 
-QString Title(AuthenticationConfiguration const& account)
+QString LabelOf(AuthenticationConfiguration const& account)
 {
-    return Titled("account", account.getId(), NameOf(account));
+    return Label("account", account.getId(), NameOf(account));
 }
 
 void Fill(Session& session, AuthenticationConfiguration& account, Arguments const& arguments)
@@ -43,89 +43,90 @@ void Fill(Session& session, AuthenticationConfiguration& account, Arguments cons
         throw Failure(ExitStatus::WrongUsage, QStringLiteral("the user name is empty; give one with --user"));
 }
 
-void RefuseDouble(Session& session, AuthenticationConfiguration const& account)
+void RefuseDuplicate(Session& session, AuthenticationConfiguration const& account)
 {
-    for (AuthenticationConfiguration const& other : session.Read(session.accounts().GetAll())) {
+    for (AuthenticationConfiguration const& other : session.Checked(session.accounts().GetAll())) {
         if (other.getId() != account.getId() && other.getServerId() == account.getServerId() &&
             other.getDomain() == account.getDomain() && other.getUserName() == account.getUserName())
-            throw Failure(ExitStatus::NothingFound,
-                          QStringLiteral("%1 is this user on this server already; see 'tandryctl account list'")
-                              .arg(Title(other)));
+            throw Failure(
+                ExitStatus::NothingFound,
+                QStringLiteral("%1 already has this domain, user name and server; see 'tandryctl account list'")
+                    .arg(LabelOf(other)));
     }
 }
 
 ExitStatus Add(Session& session, Arguments const& arguments)
 {
-    Bracket bracket(session);
+    ClientTransaction transaction(session);
     AuthenticationConfiguration account;
     Fill(session, account, arguments);
-    RefuseDouble(session, account);
-    session.Wrote(session.accounts().Add(account));
-    bracket.Commit();
-    session.output().Report(QStringLiteral("added ") + Title(account), AccountColumns(), account);
+    RefuseDuplicate(session, account);
+    session.CheckWritten(session.accounts().Add(account));
+    transaction.Commit();
+    session.output().Report(QStringLiteral("added ") + LabelOf(account), AccountColumns(), account);
     return ExitStatus::Done;
 }
 
 ExitStatus ListAll(Session& session)
 {
-    return List(session, AccountColumns(), session.Read(session.accounts().GetAll()), "accounts");
+    return List(session, AccountColumns(), session.Checked(session.accounts().GetAll()), "accounts");
 }
 
 ExitStatus Show(Session& session, Arguments const& arguments)
 {
     AuthenticationConfiguration const account = FindAccount(session, arguments.id);
-    auto const server = session.Read(session.servers().GetServerConfigByAuthenticationId(account.getId()));
+    auto const server = session.Checked(session.servers().GetServerConfigByAuthenticationId(account.getId()));
     session.output().Show(AccountColumns(), account, {{"server", server.getId() == -1 ? QString() : NameOf(server)}});
     return ExitStatus::Done;
 }
 
 ExitStatus Update(Session& session, Arguments const& arguments)
 {
-    Bracket bracket(session);
+    ClientTransaction transaction(session);
     AuthenticationConfiguration account = FindAccount(session, arguments.id);
     Fill(session, account, arguments);
-    RefuseDouble(session, account);
-    session.Wrote(session.accounts().Update(account));
-    bracket.Commit();
-    session.output().Report(QStringLiteral("updated ") + Title(account), AccountColumns(), account);
+    RefuseDuplicate(session, account);
+    session.CheckWritten(session.accounts().Update(account));
+    transaction.Commit();
+    session.output().Report(QStringLiteral("updated ") + LabelOf(account), AccountColumns(), account);
     return ExitStatus::Done;
 }
 
 ExitStatus Remove(Session& session, Arguments const& arguments)
 {
     AuthenticationConfiguration const account = FindAccount(session, arguments.id);
-    Removal removal(Title(account));
-    removal.Leaves(
-        session.Read(session.questions().CountNaming("FolderConfiguration", "authenticationId", account.getId())),
+    Removal removal(LabelOf(account));
+    removal.AddOrphaned(
+        session.Checked(session.queries().CountReferences("FolderConfiguration", "authenticationId", account.getId())),
         "folder",
         "folders",
-        NamesOfRoots(session,
-                     [&](FolderConfiguration const& root) { return root.getAuthenticationId() == account.getId(); }));
+        LabelsOfRoots(session,
+                      [&](FolderConfiguration const& root) { return root.getAuthenticationId() == account.getId(); }));
     session.ConfirmRemoval(removal.text());
-    session.Wrote(session.accounts().Remove(account.getId()));
+    session.CheckWritten(session.accounts().Remove(account.getId()));
     session.output().Report(QStringLiteral("removed ") + removal.text(), AccountColumns(), account);
     return ExitStatus::Done;
 }
 
-Command& TakeFields(Command& command, Arguments& arguments)
+Command& AddFieldOptions(Command& command, Arguments& arguments)
 {
-    return command.Option("--domain", arguments.domain, "NAME", "The domain that the user belongs to")
-        .Option("--domain-id", arguments.domainId, "ID", "The domain's own identifier")
-        .Option("--server", arguments.server, "The server that the account is on");
+    return command.Option("--domain", arguments.domain, "NAME", "The user's domain")
+        .Option("--domain-id", arguments.domainId, "ID", "The domain's identifier")
+        .Option("--server", arguments.server, "The account's server");
 }
 
 } // namespace
 
 void AddAccountCommands(Command& top)
 {
-    Command accounts = top.Add("account", "Look after the accounts on the servers");
+    Command accounts = top.Add("account", "Manage accounts");
     auto const arguments = std::make_shared<Arguments>();
 
     Command add = accounts.Add("add", "Add an account");
-    TakeFields(add.Option("--user", arguments->user, "NAME", "The user's name"), *arguments)
-        .Demands("--user")
-        .Demands("--server")
-        .Remark("No password is asked for, and none is ever stored.")
+    AddFieldOptions(add.Option("--user", arguments->user, "NAME", "The user's name"), *arguments)
+        .Require("--user")
+        .Require("--server")
+        .Remark("Asks for no password: the store holds none.")
         .Example("account add --user anna --domain example --server 1", "add an account on server 1")
         .Run(StoreAccess::Write, [arguments](Session& session) { return Add(session, *arguments); });
 
@@ -141,15 +142,15 @@ void AddAccountCommands(Command& top)
     Command update = accounts.Add("update", "Change an account");
     update.Argument("ID", arguments->id, "The account's id")
         .Option("--user", arguments->user, "NAME", "The user's name");
-    TakeFields(update, *arguments)
-        .Remark("What is not given stays as it is.")
+    AddFieldOptions(update, *arguments)
+        .Remark("Options that are not given leave their values unchanged.")
         .Example("account update 1 --server 2", "move account 1 to server 2")
         .Run(StoreAccess::Write, [arguments](Session& session) { return Update(session, *arguments); });
 
     accounts.Add("remove", "Remove an account")
         .Argument("ID", arguments->id, "The account's id")
-        .Remark("Says how many folders would be left without an account, and asks first.")
-        .Example("account remove 1", "remove account 1 after a question")
+        .Remark("Counts the folders that will be left without an account, and asks for confirmation.")
+        .Example("account remove 1", "remove account 1 after confirmation")
         .Run(StoreAccess::Write, [arguments](Session& session) { return Remove(session, *arguments); });
 }
 

@@ -18,11 +18,11 @@ namespace {
 
 constexpr int HelpColumn = 34;
 
-QString DecodedOrRefused(std::string const& argument)
+QString DecodeOrThrow(std::string const& argument)
 {
-    std::optional<QString> const text = Decoded(QByteArray::fromStdString(argument));
+    std::optional<QString> const text = DecodeUtf8(QByteArray::fromStdString(argument));
     if (!text)
-        throw CLI::ValidationError("an argument is no valid UTF-8 text");
+        throw CLI::ValidationError("an argument is not valid UTF-8");
     return *text;
 }
 
@@ -30,10 +30,10 @@ template <class Target>
 CLI::Option* AddText(CLI::App& app, char const* name, Target& target, char const* help)
 {
     return app.add_option_function<std::string>(
-        name, [&target](std::string const& argument) { target = DecodedOrRefused(argument); }, help);
+        name, [&target](std::string const& argument) { target = DecodeOrThrow(argument); }, help);
 }
 
-/// A whole number, and one from 1 on where it is an id.
+/// Adds an option for a whole number; an id must be 1 or greater.
 template <class Target>
 CLI::Option* AddNumber(CLI::App& app, char const* name, Target& target, char const* help, bool isId = true)
 {
@@ -42,13 +42,13 @@ CLI::Option* AddNumber(CLI::App& app, char const* name, Target& target, char con
         int const number = QString::fromStdString(argument).toInt(&isNumber);
         if (!isNumber || (isId && number < 1))
             throw CLI::ValidationError(argument +
-                                       (isId ? " is no id, a whole number from 1 on" : " is no whole number"));
+                                       (isId ? " is not an id, a whole number from 1 up" : " is not a whole number"));
         target = number;
     };
     return app.add_option_function<std::string>(name, take, help);
 }
 
-/// A parser's message in one line, without the capital and the full stop that some of them have.
+/// Returns CLI11's message on one line and without a full stop.
 QString OneLine(std::string const& message)
 {
     QString line = QString::fromStdString(message).simplified();
@@ -57,7 +57,7 @@ QString OneLine(std::string const& message)
     return Printable(line);
 }
 
-CLI::App const& Deepest(CLI::App const& app)
+CLI::App const& DeepestSubcommand(CLI::App const& app)
 {
     CLI::App const* deepest = &app;
     while (!deepest->get_subcommands().empty())
@@ -87,8 +87,8 @@ Command Command::Add(char const* name, char const* summary)
 {
     _app->require_subcommand(1);
     CLI::App* const command = _app->add_subcommand(name, summary);
-    command->footer("");    // not the parent's
-    command->fallthrough(); // the options of all commands may stand behind the command as well
+    command->footer("");    // CLI11 copies the parent's footer
+    command->fallthrough(); // accepts the common options behind the command too
     return {*_line, *command};
 }
 
@@ -150,18 +150,18 @@ Command& Command::Choice(
     char const* option, std::optional<int>& chosen, QStringList const& words, char const* value, char const* help)
 {
     auto const take = [&chosen, words, value](std::string const& argument) {
-        int const place = words.indexOf(QRegularExpression(
-            QRegularExpression::anchoredPattern(QRegularExpression::escape(DecodedOrRefused(argument))),
-            QRegularExpression::CaseInsensitiveOption));
+        int const place = words.indexOf(
+            QRegularExpression(QRegularExpression::anchoredPattern(QRegularExpression::escape(DecodeOrThrow(argument))),
+                               QRegularExpression::CaseInsensitiveOption));
         if (place < 0)
-            throw CLI::ValidationError(argument + " is no " + value + " of this command");
+            throw CLI::ValidationError(argument + " is not a valid " + value);
         chosen = place;
     };
     _app->add_option_function<std::string>(option, take, help)->type_name(value);
     return *this;
 }
 
-Command& Command::Demands(char const* option)
+Command& Command::Require(char const* option)
 {
     _app->get_option(option)->required();
     return *this;
@@ -190,18 +190,18 @@ Command& Command::Remark(char const* text)
 
 void Command::Run(StoreAccess access, std::function<ExitStatus(Session&)> action)
 {
-    _app->footer(_app->get_footer() + "\nAll commands take --store, --json and --yes as well: see 'tandryctl --help'.");
-    _app->final_callback([line = _line, chosen = CommandLine::Chosen{access, std::move(action)}] {
-        line->_chosen = chosen; // run when parsing has ended: a failure of the command is none of the parser
+    _app->footer(_app->get_footer() + "\nAll commands accept --store, --json and --yes too: see 'tandryctl --help'.");
+    _app->final_callback([line = _line, chosen = CommandLine::ChosenCommand{access, std::move(action)}] {
+        line->_chosen = chosen; // run after parsing, so that its failures are not caught as errors of the parser
     });
 }
 
 CommandLine::CommandLine()
-    : _app(std::make_unique<CLI::App>("Looks into and looks after a store of synchronised folders.", "tandryctl"))
+    : _app(std::make_unique<CLI::App>("Inspects and manages a store of synchronised folders.", "tandryctl"))
 {
     _app->get_formatter()->column_width(HelpColumn);
     _app->set_version_flag("--version", "tandryctl " TANDRYCTL_VERSION, "Print the version and exit");
-    AddText(*_app, "--store", _options.storePath, "The store file; without it the user's own store")
+    AddText(*_app, "--store", _options.storePath, "The store file; the user's own store by default")
         ->type_name("FILE")
         ->envname("TANDRY_STORE");
     _app->add_flag("--json", _options.json, "Print an array of objects instead of text");
@@ -210,7 +210,7 @@ CommandLine::CommandLine()
 
 CommandLine::~CommandLine() = default;
 
-Command CommandLine::Top()
+Command CommandLine::TopLevel()
 {
     return {*this, *_app};
 }
@@ -225,7 +225,7 @@ ExitStatus CommandLine::Run(int argc, char const* const* argv)
         return ExitStatus::Done;
     }
     catch (CLI::ParseError const& error) {
-        Complain(QStringLiteral("%1; see '%2 --help'").arg(_Reason(error), FullName(Deepest(*_app))));
+        PrintError(QStringLiteral("%1; see '%2 --help'").arg(_ErrorText(error), FullName(DeepestSubcommand(*_app))));
         return ExitStatus::WrongUsage;
     }
 
@@ -233,17 +233,17 @@ ExitStatus CommandLine::Run(int argc, char const* const* argv)
         return _RunChosen();
     }
     catch (Failure const& failure) {
-        Complain(failure.text());
+        PrintError(failure.text());
         return failure.status();
     }
 }
 
-QString CommandLine::_Reason(CLI::ParseError const& error) const
+QString CommandLine::_ErrorText(CLI::ParseError const& error) const
 {
-    // A word that is no command leaves a command missing as well, and it is the word that has to be named.
+    // CLI11 reports an unknown word as a missing command.
     std::vector<std::string> const unknown = _app->remaining(true);
     if (!unknown.empty())
-        return Quoted(QString::fromStdString(unknown.front())) + QStringLiteral(" is not understood here");
+        return QStringLiteral("unexpected argument ") + Quoted(QString::fromStdString(unknown.front()));
     return OneLine(error.what());
 }
 
@@ -251,7 +251,7 @@ ExitStatus CommandLine::_RunChosen()
 {
     Session session(_options, _chosen->access);
     ExitStatus const status = _chosen->action(session);
-    session.Finish();
+    session.Flush();
     return status;
 }
 

@@ -20,15 +20,15 @@ namespace tandryctl {
 
 class CommandLine;
 
-/// A command that is being declared: its arguments and options, examples for its help, and what it does.
+/// Declares a command: its arguments and options, the examples in its help, and its action.
 ///
-/// The places that arguments and options are written to must live until the command has run; a command that runs
-/// usually holds them. Optional ones stay empty when they are not given. Names follow the library of the parser:
-/// "--long" for options, a word in capitals for positional arguments.
+/// The variables that receive arguments and options must outlive the run of the command; usually its action owns them.
+/// Optional ones stay empty if they are not given. Names have CLI11's form: "--long" for an option, a word in capitals
+/// for a positional argument.
 class Command
 {
 public:
-    /// A sub-command, or a group of sub-commands when it is never given a `Run`.
+    /// Adds a sub-command. One without `Run` is a group of sub-commands.
     Command Add(char const* name, char const* summary);
 
     Command& Argument(char const* name, QString& target, char const* help);
@@ -38,25 +38,25 @@ public:
     Command& Required(char const* option, QString& target, char const* value, char const* help);
     Command& Required(char const* option, int& id, char const* help);
     Command& Option(char const* option, std::optional<QString>& target, char const* value, char const* help);
-    /// An id: a whole number from 1 on.
+    /// Takes an id, a whole number from 1 up.
     Command& Option(char const* option, std::optional<int>& id, char const* help);
-    /// Any whole number.
+    /// Takes any whole number.
     Command& Number(char const* option, std::optional<int>& number, char const* help);
     Command& Flag(char const* option, bool& target, char const* help);
-    /// One of these words, in any case; `chosen` gets its place in the list. The help has to name them.
+    /// Takes one of these words, in any case, and sets `chosen` to its index. The help text must list them.
     Command& Choice(
         char const* option, std::optional<int>& chosen, QStringList const& words, char const* value, char const* help);
-    /// Makes an option that was declared before one that has to be given.
-    Command& Demands(char const* option);
-    /// Forbids the two options together.
+    /// Makes an option required that has been declared as optional.
+    Command& Require(char const* option);
+    /// Refuses the two options in one command line.
     Command& Excludes(char const* option, char const* other);
 
-    /// A command line without the program's name, shown in the help.
+    /// Adds an example to the help: a command line without the program's name.
     Command& Example(char const* line, char const* purpose);
-    /// A paragraph of the help behind the options.
+    /// Adds a paragraph to the help, behind the options. Call it before `Example`.
     Command& Remark(char const* text);
 
-    /// What the command does, with a session that has opened the store as `access` says.
+    /// Sets the action. It gets a session whose store was opened as `access` says.
     void Run(StoreAccess access, std::function<ExitStatus(Session&)> action);
 
 private:
@@ -71,39 +71,39 @@ private:
     CLI::App* _app;
 };
 
-/// The program's command line: the options of all commands, the tree of commands, and the way from arguments to an
-/// exit status.
+/// The program's command line: the common options and the tree of commands.
 class CommandLine
 {
 public:
     CommandLine();
     ~CommandLine();
 
-    Command Top();
+    Command TopLevel();
 
-    /// Parses the arguments and runs the command that they name. Every failure is one line on standard error.
+    /// Parses the arguments and runs their command. Reports a failure as one line on standard error.
     ExitStatus Run(int argc, char const* const* argv);
 
-    /// Every command with its sub-commands spelt out ("root add"), and every option of each ("root add --name").
+    /// Returns all commands and groups by their full names, such as "root add".
     QStringList Commands() const;
+    /// Returns all options behind their commands, such as "root add --name".
     QStringList Options() const;
 
 private:
     friend class Command;
     Q_DISABLE_COPY_MOVE(CommandLine)
 
-    struct Chosen
+    struct ChosenCommand
     {
         StoreAccess access;
         std::function<ExitStatus(Session&)> action;
     };
 
-    QString _Reason(CLI::ParseError const& error) const;
+    QString _ErrorText(CLI::ParseError const& error) const;
     ExitStatus _RunChosen();
 
     std::unique_ptr<CLI::App> _app;
     SessionOptions _options;
-    std::optional<Chosen> _chosen;
+    std::optional<ChosenCommand> _chosen;
 };
 
 } // namespace tandryctl

@@ -4,7 +4,7 @@ namespace tandryctl {
 
 class Command;
 
-/// The command families. Each declares its commands below the given one and writes what they do beside it.
+// One function for each family of commands, defined in the family's source file. It adds the commands to `top`.
 
 void AddStoreCommands(Command& top);
 void AddRootCommands(Command& top);

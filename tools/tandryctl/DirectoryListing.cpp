@@ -36,16 +36,16 @@ FileOnDisk DescribeFile(QString const& name, struct statx const& facts)
     file.size = static_cast<qint64>(facts.stx_size);
     file.modifiedMsec = Milliseconds(facts.stx_mtime);
     qint64 const createdMsec = Milliseconds(facts.stx_btime);
-    if ((facts.stx_mask & STATX_BTIME) != 0 && createdMsec != 0) // some layered file systems claim to know, and say 0
+    if ((facts.stx_mask & STATX_BTIME) != 0 && createdMsec != 0) // some layered file systems report 0 as known
         file.createdMsec = createdMsec;
     return file;
 }
 
-/// A name that may hold bytes which are no text, for a message.
-QString Shown(std::string const& bytes)
+/// Returns a name for a message, with bytes that are not valid UTF-8 as escapes.
+QString QuotedBytes(std::string const& bytes)
 {
     QByteArray const name = QByteArray::fromStdString(bytes);
-    if (std::optional<QString> const text = Decoded(name))
+    if (std::optional<QString> const text = DecodeUtf8(name))
         return Quoted(*text);
 
     QString shown;
@@ -69,9 +69,9 @@ public:
         std::error_code error;
         filesystem::directory_iterator entry(_path, error);
         for (; !error && entry != filesystem::directory_iterator(); entry.increment(error))
-            _Take(entry->path().native(), entry->path().filename().native());
+            _AddEntry(entry->path().native(), entry->path().filename().native());
         if (error)
-            _Miss(QStringLiteral("the directory %1 can't be read: %2").arg(Shown(_path), Reason(error)));
+            _AddFailure(QStringLiteral("the directory %1 cannot be read: %2").arg(QuotedBytes(_path), Reason(error)));
 
         _listing.directories.sort();
         std::sort(_listing.files.begin(), _listing.files.end(), [](FileOnDisk const& left, FileOnDisk const& right) {
@@ -81,30 +81,30 @@ public:
     }
 
 private:
-    void _Take(std::string const& path, std::string const& bytes)
+    void _AddEntry(std::string const& path, std::string const& bytes)
     {
         struct statx facts = {};
         unsigned const wanted = STATX_TYPE | STATX_SIZE | STATX_MTIME | STATX_BTIME;
         if (::statx(AT_FDCWD, path.c_str(), AT_SYMLINK_NOFOLLOW, wanted, &facts) != 0) {
             std::error_code const error(errno, std::generic_category());
-            if (error != std::errc::no_such_file_or_directory) // else gone since it was listed
-                _Miss(QStringLiteral("%1 can't be looked at: %2").arg(Shown(path), Reason(error)));
+            if (error != std::errc::no_such_file_or_directory) // removed since it was listed
+                _AddFailure(QStringLiteral("%1 cannot be examined: %2").arg(QuotedBytes(path), Reason(error)));
             return;
         }
 
         bool const isDirectory = S_ISDIR(facts.stx_mode);
         bool const isLink = S_ISLNK(facts.stx_mode);
         if (!isDirectory && !isLink && !S_ISREG(facts.stx_mode)) {
-            ++_listing.specials;
+            ++_listing.specialFiles;
             return;
         }
         if (isLink && !_LeadsToFile(path))
             return;
 
-        std::optional<QString> const name = Decoded(QByteArray::fromStdString(bytes));
+        std::optional<QString> const name = DecodeUtf8(QByteArray::fromStdString(bytes));
         if (!name) {
             _listing.problems.append(
-                QStringLiteral("%1 is left out: its name is no valid UTF-8 text").arg(Shown(path)));
+                QStringLiteral("%1 is left out: its name is not valid UTF-8").arg(QuotedBytes(path)));
         }
         else if (isDirectory) {
             _listing.directories.append(*name);
@@ -116,7 +116,7 @@ private:
         }
     }
 
-    /// Counts a link that leads elsewhere.
+    /// Returns whether the link leads to a regular file; counts it otherwise.
     bool _LeadsToFile(std::string const& path)
     {
         std::error_code error;
@@ -132,7 +132,7 @@ private:
             ++_listing.brokenLinks;
             return false;
         default:
-            ++_listing.specials;
+            ++_listing.specialFiles;
             return false;
         }
     }
@@ -141,19 +141,20 @@ private:
     {
         std::error_code error;
         std::string const bytes = filesystem::read_symlink(path, error).native();
-        std::optional<QString> const text = Decoded(QByteArray::fromStdString(bytes));
+        std::optional<QString> const text = DecodeUtf8(QByteArray::fromStdString(bytes));
         if (!error && text) {
             target = *text;
             return true;
         }
-        _listing.problems.append(error ? QStringLiteral("the link %1 can't be read: %2").arg(Shown(path), Reason(error))
-                                       : QStringLiteral("%1 is left out: the link leads to %2, which is no valid "
-                                                        "UTF-8 text")
-                                             .arg(Shown(path), Shown(bytes)));
+        _listing.problems.append(
+            error ? QStringLiteral("the link %1 cannot be read: %2").arg(QuotedBytes(path), Reason(error))
+                  : QStringLiteral("%1 is left out: its target %2 is not valid "
+                                   "UTF-8")
+                        .arg(QuotedBytes(path), QuotedBytes(bytes)));
         return false;
     }
 
-    void _Miss(QString const& problem)
+    void _AddFailure(QString const& problem)
     {
         _listing.problems.append(problem);
         _listing.complete = false;

@@ -9,35 +9,35 @@
 
 namespace tandryctl {
 
-/// A file as the file system tells of it; of a symbolic link, the link itself. Times in milliseconds UTC since 1970.
+/// A regular file or a symbolic link on disk; for a link, size and times are those of the link itself. Times are in
+/// milliseconds since 1970, UTC.
 struct FileOnDisk
 {
     QString name;
     qint64 size = 0;
     qint64 modifiedMsec = 0;
-    /// Nothing where the file system keeps no time of birth.
+    /// Empty if the file system does not store creation times.
     std::optional<qint64> createdMsec;
-    /// Where a symbolic link points, as it stands there; null for a regular file.
+    /// The link's target as stored in it; null for a regular file.
     QString linkTarget;
 };
 
-/// What stands directly in one directory, in the order of names. Symbolic links to directories are counted and not
-/// followed.
+/// The entries of one directory, sorted by name. Symbolic links to directories are counted but not followed.
 struct DirectoryListing
 {
     QStringList directories;
     std::vector<FileOnDisk> files;
     int linksToDirectories = 0;
     int brokenLinks = 0;
-    /// Sockets, pipes and devices, and links to them.
-    int specials = 0;
-    /// What could not be read or can't be recorded, in words for the user.
+    /// The number of sockets, pipes and devices, and of links to them.
+    int specialFiles = 0;
+    /// Messages for the user on what could not be read or cannot be recorded.
     QStringList problems;
-    /// False when there may be more in the directory than stands here.
+    /// False if the directory may have entries that are missing here.
     bool complete = true;
 };
 
-/// A directory that is gone or can't be read gives an empty listing with a problem.
+/// Reads a directory. If it is missing or unreadable, returns an empty listing with a message.
 DirectoryListing ListDirectory(QString const& path);
 
 } // namespace tandryctl

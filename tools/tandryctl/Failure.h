@@ -9,9 +9,10 @@
 
 namespace tandryctl {
 
-/// Why a command ends early: thrown by the commands and caught in `CommandLine::Run`, never across the libraries.
+/// Ends a command with an exit status and a message. Thrown by commands and caught in `CommandLine::Run`; no exception
+/// passes through the libraries.
 ///
-/// The text is one line that says what is wrong and what to do about it.
+/// The message is one line that says what is wrong and what to do about it.
 class Failure : public std::exception
 {
 public:

@@ -29,7 +29,7 @@ struct RemoveArguments
     int id = 0;
 };
 
-/// A link and the file that it leads to, which has the id -1 where that is not on record.
+/// A link and its target, which has the id -1 if it is not on record.
 struct ResolvedLink
 {
     FileLink link;
@@ -40,7 +40,7 @@ QVector<ResolvedLink> Resolve(Session& session, FileConfiguration const& file)
 {
     QVector<ResolvedLink> links;
     for (FileLink const& link : file.fileLinks)
-        links.append({link, session.Read(session.files().GetFileConfiguration(link, file.clientPath))});
+        links.append({link, session.Checked(session.files().GetFileConfiguration(link, file.clientPath))});
     return links;
 }
 
@@ -64,7 +64,7 @@ QString DescribeLinks(QVector<ResolvedLink> const& links)
 ExitStatus Show(Session& session, Arguments const& arguments)
 {
     FileConfiguration const file = FindFile(session, arguments.file, FileConfigurationType(arguments.type.value_or(0)));
-    auto const folder = session.Read(session.folders().GetFolderConfigurationById(file.folderConfigurationId));
+    auto const folder = session.Checked(session.folders().GetFolderConfigurationById(file.folderConfigurationId));
     QVector<Extra> extras{{"folder", folder.getClientPath()}};
     extras += AccountAndServerOf(session, folder);
     extras.append({"linksTo", DescribeLinks(Resolve(session, file))});
@@ -89,15 +89,15 @@ ExitStatus Remove(Session& session, RemoveArguments const& arguments)
 {
     FileConfiguration const file =
         FindFile(session, QString::number(arguments.id), sync::config::FileConfigurationTypeFile);
-    int const generated = session.Read(session.files().GetGeneratedFileConfigurationsByParentFileId(file.id)).size();
+    int const generated = session.Checked(session.files().GetGeneratedFileConfigurationsByParentFileId(file.id)).size();
 
-    Removal removal(Titled("file", file.id, file.clientPath));
-    removal.Takes(generated, "generated file", "generated files");
+    Removal removal(Label("file", file.id, file.clientPath));
+    removal.AddRemoved(generated, "generated file", "generated files");
     QString what = removal.text();
     if (generated > 0)
         what += QStringLiteral(", and the generated ones from the disk too");
     session.ConfirmRemoval(what);
-    session.Wrote(session.files().RemoveFileConfigurationAndLinkedConfigurations(file.id));
+    session.CheckWritten(session.files().RemoveFileConfigurationAndLinkedConfigurations(file.id));
     session.output().Report(QStringLiteral("removed ") + what, FileColumns(), file);
     return ExitStatus::Done;
 }
@@ -106,30 +106,30 @@ ExitStatus Remove(Session& session, RemoveArguments const& arguments)
 
 void AddFileCommands(Command& top)
 {
-    Command files = top.Add("file", "Look at files and remove them");
+    Command files = top.Add("file", "Show and remove files");
 
     auto const arguments = std::make_shared<Arguments>();
     files.Add("show", "Show everything about a file")
         .Argument("ID|PATH", arguments->file, "The file's id or its path; ./7 is the path of a file named 7")
-        .Choice("--type", arguments->type, FileTypeWords(), "KIND", "file, generated or base; file without it")
-        .Remark("All columns, with the folder, the account, the server and what its links lead to.")
-        .Example("file show ~/Documents/a.txt", "show what is on record about a.txt")
-        .Example("file show 12 --json", "print file 12 for a program")
+        .Choice("--type", arguments->type, FileTypeNames(), "KIND", "file, generated or base; file by default")
+        .Remark("Shows all columns, and the folder, the account, the server and the targets of the links.")
+        .Example("file show ~/Documents/a.txt", "show the record of a.txt")
+        .Example("file show 12 --json", "print the record of file 12 as JSON")
         .Run(StoreAccess::Read, [arguments](Session& session) { return Show(session, *arguments); });
 
-    files.Add("links", "List the links of a file and what they lead to")
+    files.Add("links", "List a file's links and their targets")
         .Argument("ID|PATH", arguments->file, "The file's id or its path")
-        .Choice("--type", arguments->type, FileTypeWords(), "KIND", "file, generated or base; file without it")
-        .Remark("A link that leads out of the root, or to a file that is not on record, has the fileId -1.")
-        .Example("file links ~/Documents/shortcut", "show where a symbolic link leads")
+        .Choice("--type", arguments->type, FileTypeNames(), "KIND", "file, generated or base; file by default")
+        .Remark("A link out of the root or to a file that is not on record has the fileId -1.")
+        .Example("file links ~/Documents/shortcut", "show the target of a symbolic link")
         .Run(StoreAccess::Read, [arguments](Session& session) { return ShowLinks(session, *arguments); });
 
     auto const remove = std::make_shared<RemoveArguments>();
     files.Add("remove", "Remove a file and the files generated from it")
         .Argument("ID", remove->id, "The file's id")
-        .Remark("Says what will go and asks first. The file itself stays on disk; files that were generated from it\n"
-                "are deleted there too.")
-        .Example("file remove 12", "remove file 12 after a question")
+        .Remark("Shows what will be removed and asks for confirmation. The file itself stays on disk; files that were\n"
+                "generated from it are deleted from the disk too.")
+        .Example("file remove 12", "remove file 12 after confirmation")
         .Run(StoreAccess::Write, [remove](Session& session) { return Remove(session, *remove); });
 }
 

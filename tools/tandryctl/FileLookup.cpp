@@ -38,7 +38,7 @@ auto By(Member FileConfiguration::*member)
     };
 }
 
-/// In the order of `FileConfigOrderByEnum`, each for two of its values.
+/// In the order of `FileConfigOrderByEnum`; each key stands for its ascending and its descending value.
 QVector<SortKey> const& SortKeys()
 {
     using File = FileConfiguration;
@@ -61,22 +61,22 @@ QVector<SortKey> const& SortKeys()
 FileConfiguration FindById(Session& session, int id, FileConfigurationType type)
 {
     if (type == FileConfigurationTypeGenerated)
-        return session.Read(session.files().GetGeneratedFileConfigurationById(id));
-    return session.Read(session.files().GetFileConfigurationById(id));
+        return session.Checked(session.files().GetGeneratedFileConfigurationById(id));
+    return session.Checked(session.files().GetFileConfigurationById(id));
 }
 
 FileConfiguration FindByPath(Session& session, QString const& path, FileConfigurationType type)
 {
     if (type == FileConfigurationTypeGenerated)
-        return session.Read(session.files().GetGeneratedFileConfigurationByClientPath(path));
-    return session.Read(session.files().GetFileConfigurationByClientPath(path));
+        return session.Checked(session.files().GetGeneratedFileConfigurationByClientPath(path));
+    return session.Checked(session.files().GetFileConfigurationByClientPath(path));
 }
 
-/// Base files have no look-up of their own.
+/// The managers cannot look up a base file, so this searches the listing.
 template <class Matches>
-FileConfiguration FindBase(Session& session, Matches const& matches)
+FileConfiguration FindBaseFile(Session& session, Matches const& matches)
 {
-    for (FileConfiguration const& file : session.Read(session.files().GetAll(FileConfigurationTypeBase))) {
+    for (FileConfiguration const& file : session.Checked(session.files().GetAll(FileConfigurationTypeBase))) {
         if (matches(file))
             return file;
     }
@@ -85,13 +85,13 @@ FileConfiguration FindBase(Session& session, Matches const& matches)
 
 } // namespace
 
-QStringList const& FileTypeWords()
+QStringList const& FileTypeNames()
 {
     static QStringList const words{QStringLiteral("file"), QStringLiteral("generated"), QStringLiteral("base")};
     return words;
 }
 
-QStringList const& FileOrderWords()
+QStringList const& FileOrderNames()
 {
     static QStringList const words = [] {
         QStringList all;
@@ -119,10 +119,10 @@ QVector<FileConfiguration> FindFiles(Session& session, FileFilter const& filter)
     auto& manager = session.files();
     bool const narrowedByFolder = filter.folder && filter.type == FileConfigurationTypeFile;
     QVector<FileConfiguration> files =
-        narrowedByFolder
-            ? session.Read(manager.GetFileConfigurationsByFolderId(*filter.folder, sync::interf::FileConfigOrderById))
-        : filter.root ? session.Read(manager.GetFileConfigurationsByRootFolderId(*filter.root, filter.type))
-                      : session.Read(manager.GetAll(filter.type));
+        narrowedByFolder ? session.Checked(manager.GetFileConfigurationsByFolderId(*filter.folder,
+                                                                                   sync::interf::FileConfigOrderById))
+        : filter.root    ? session.Checked(manager.GetFileConfigurationsByRootFolderId(*filter.root, filter.type))
+                         : session.Checked(manager.GetAll(filter.type));
 
     auto const isUnwanted = [&](FileConfiguration const& file) {
         return (filter.folder && file.folderConfigurationId != *filter.folder) ||
@@ -141,7 +141,7 @@ FileConfiguration FindFile(Session& session, QString const& idOrPath, FileConfig
 
     FileConfiguration file;
     if (type == FileConfigurationTypeBase)
-        file = FindBase(session, [&](FileConfiguration const& candidate) {
+        file = FindBaseFile(session, [&](FileConfiguration const& candidate) {
             return isId ? candidate.id == id : candidate.clientPath == path;
         });
     else
@@ -151,9 +151,9 @@ FileConfiguration FindFile(Session& session, QString const& idOrPath, FileConfig
         throw Failure(ExitStatus::NothingFound,
                       QStringLiteral("there is no %1 %2 on record; see 'tandryctl list files --type %3'")
                           .arg(type == FileConfigurationTypeFile ? QStringLiteral("file")
-                                                                 : FileTypeWords().at(type) + QStringLiteral(" file"),
+                                                                 : FileTypeNames().at(type) + QStringLiteral(" file"),
                                isId ? idOrPath : Quoted(path),
-                               FileTypeWords().at(type)));
+                               FileTypeNames().at(type)));
     return file;
 }
 

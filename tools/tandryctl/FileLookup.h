@@ -12,17 +12,17 @@ namespace tandryctl {
 
 class Session;
 
-/// The words for `FileConfigurationType`, in the order of its values.
-QStringList const& FileTypeWords();
+/// Returns the names of the `FileConfigurationType` values, by value.
+QStringList const& FileTypeNames();
 
-/// The words for the sort orders of a file listing, in the order of `FileConfigOrderByEnum`: a column's name, with
-/// "-desc" behind it for the largest first.
-QStringList const& FileOrderWords();
+/// Returns the names of the `FileConfigOrderByEnum` values, by value: the column, with "-desc" appended for descending
+/// order.
+QStringList const& FileOrderNames();
 
-/// Sorts as one of `FileOrderWords` says; files that are alike keep their order.
+/// Sorts by a `FileConfigOrderByEnum` value. The sort is stable.
 void SortFiles(QVector<sync::config::FileConfiguration>& files, int order);
 
-/// Which files a listing asks for; without a condition, all files of the type.
+/// Selects files for a listing. Without a condition, all files of the type match.
 struct FileFilter
 {
     sync::config::FileConfigurationType type = sync::config::FileConfigurationTypeFile;
@@ -31,9 +31,10 @@ struct FileFilter
     std::optional<int> status;
 };
 
+/// Returns the files that match the filter. Throws if the store fails.
 QVector<sync::config::FileConfiguration> FindFiles(Session& session, FileFilter const& filter);
 
-/// The file with this id, or with this path when the text is no number; throws when there is none.
+/// Returns the file with this id or, if the text is not a number, with this path. Throws if there is none.
 sync::config::FileConfiguration
 FindFile(Session& session, QString const& idOrPath, sync::config::FileConfigurationType type);
 

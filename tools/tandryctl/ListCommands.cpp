@@ -4,7 +4,7 @@
 #include "Listing.h"
 #include "Lookups.h"
 #include "RecordColumns.h"
-#include "StoreQuestions.h"
+#include "StoreQueries.h"
 #include "Text.h"
 
 #include <QHash>
@@ -42,15 +42,15 @@ struct TreeArguments
 
 ExitStatus ListRoots(Session& session)
 {
-    return List(session, FolderColumns(), session.Read(session.folders().GetAllRootFolders()), "roots");
+    return List(session, FolderColumns(), session.Checked(session.folders().GetAllRootFolders()), "roots");
 }
 
 ExitStatus ListFolders(Session& session, FolderArguments const& arguments)
 {
-    QVector<FolderConfiguration> const folders = arguments.root
-                                                     ? session.Read(session.folders().GetFolderConfigurationsByRootId(
-                                                           FindRoot(session, *arguments.root).getId()))
-                                                     : session.Read(session.folders().GetAll());
+    QVector<FolderConfiguration> const folders =
+        arguments.root ? session.Checked(session.folders().GetFolderConfigurationsByRootId(
+                             FindRoot(session, *arguments.root).getId()))
+                       : session.Checked(session.folders().GetAll());
     return List(session, FolderColumns(), folders, "folders");
 }
 
@@ -75,8 +75,8 @@ ExitStatus ListFiles(Session& session, FileArguments const& arguments)
 ExitStatus ListSchedules(Session& session)
 {
     QVector<ScheduleEntry> schedules;
-    for (int const id : session.Read(session.questions().ScheduleIds()))
-        schedules.append(session.Read(session.schedules().GetScheduleEntryById(id)));
+    for (int const id : session.Checked(session.queries().ScheduleIds()))
+        schedules.append(session.Checked(session.schedules().GetScheduleEntryById(id)));
     return List(session, ScheduleColumns(), schedules, "schedules");
 }
 
@@ -99,7 +99,7 @@ Columns<TreeNode> const& TreeColumns()
     return columns;
 }
 
-/// The folders of a root, each behind its parent and among its siblings by name.
+/// The folders of a root, parents before children and siblings sorted by name.
 class Tree
 {
 public:
@@ -113,18 +113,18 @@ public:
                 _children[folder.getParentId()].append(folder);
         }
         _Append(root);
-        // What is left hangs on no folder of the root: shown below it all the same, since nothing may go unseen.
+        // The folders that are left have no parent in this root. They are shown directly below it.
         while (!_children.isEmpty()) {
-            for (FolderConfiguration const& stray : _children.take(_StrayParent()))
-                _Append(stray, 1);
+            for (FolderConfiguration const& orphan : _children.take(_OrphanParent()))
+                _Append(orphan, 1);
         }
     }
 
     QVector<TreeNode> const& nodes() const { return _nodes; }
 
 private:
-    /// A parent that is itself no child of another one that is left; any one where the rows go round in a circle.
-    int _StrayParent() const
+    /// Returns a parent that is not itself a remaining child, or any parent if the parents form a ring.
+    int _OrphanParent() const
     {
         QSet<int> children;
         for (QVector<FolderConfiguration> const& siblings : _children) {
@@ -140,7 +140,7 @@ private:
 
     void _Append(FolderConfiguration const& top, int depth = 0)
     {
-        QVector<TreeNode> open{{depth, top}}; // no recursion: a store can hold a tree of any depth
+        QVector<TreeNode> open{{depth, top}}; // not recursive: a tree may be too deep for the stack
         while (!open.isEmpty()) {
             TreeNode const node = open.takeLast();
             _nodes.append(node);
@@ -158,15 +158,15 @@ ExitStatus ShowTree(Session& session, TreeArguments const& arguments)
 {
     QVector<TreeNode> nodes;
     for (FolderConfiguration const& root : FindRoots(session, arguments.root))
-        nodes += Tree(root, session.Read(session.folders().GetFolderConfigurationsByRootId(root.getId()))).nodes();
+        nodes += Tree(root, session.Checked(session.folders().GetFolderConfigurationsByRootId(root.getId()))).nodes();
 
-    if (session.output().form() == Form::Json) {
+    if (session.output().format() == OutputFormat::Json) {
         session.output().List(TreeColumns(), nodes);
         return ExitStatus::Done;
     }
     for (TreeNode const& node : qAsConst(nodes)) {
         QString const label = node.depth == 0 ? node.folder.getClientPath() : node.folder.getName();
-        session.output().Line(QString(2 * node.depth, QLatin1Char(' ')) + Printable(label));
+        session.output().PrintLine(QString(2 * node.depth, QLatin1Char(' ')) + Printable(label));
     }
     return ExitStatus::Done;
 }
@@ -175,38 +175,38 @@ ExitStatus ShowTree(Session& session, TreeArguments const& arguments)
 
 void AddListCommands(Command& top)
 {
-    Command lists = top.Add("list", "List what is on record");
-    lists.Remark("A listing shows the columns that matter most; with --json it holds all of them. Names are shown on\n"
-                 "one line, with line breaks and other controls as escapes such as \\n.");
+    Command lists = top.Add("list", "List records");
+    lists.Remark("A listing shows the most important columns; with --json it has all of them. Line breaks and other\n"
+                 "control characters in names are shown as escapes such as \\n.");
 
     lists.Add("roots", "List the roots")
-        .Example("list roots", "show what is synchronised with what")
+        .Example("list roots", "show the local and server paths of the roots")
         .Run(StoreAccess::Read, ListRoots);
 
     auto const folders = std::make_shared<FolderArguments>();
-    lists.Add("folders", "List the folders, roots among them")
-        .Option("--root", folders->root, "Only this root and the folders in it")
-        .Example("list folders --root 1", "show root 1 and all folders in it")
+    lists.Add("folders", "List the folders, including the roots")
+        .Option("--root", folders->root, "Only this root and its folders")
+        .Example("list folders --root 1", "show root 1 and its folders")
         .Example("list folders --json", "print all folders with all columns")
         .Run(StoreAccess::Read, [folders](Session& session) { return ListFolders(session, *folders); });
 
     auto const files = std::make_shared<FileArguments>();
     lists.Add("files", "List the files")
-        .Option("--folder", files->folder, "Only those directly in this folder")
-        .Option("--root", files->root, "Only those in this root")
+        .Option("--folder", files->folder, "Only files directly in this folder")
+        .Option("--root", files->root, "Only files in this root")
         .Excludes("--folder", "--root")
-        .Choice("--type", files->type, FileTypeWords(), "KIND", "file, generated or base; file without it")
+        .Choice("--type", files->type, FileTypeNames(), "KIND", "file, generated or base; file by default")
         .Choice("--order",
                 files->order,
-                FileOrderWords(),
+                FileOrderNames(),
                 "COLUMN",
-                "Sort by this column; COLUMN-desc for the largest first")
-        .Number("--status", files->status, "Only those with this syncStatus; 2 is out of sync")
+                "Sort by this column; COLUMN-desc for descending order")
+        .Number("--status", files->status, "Only files with this syncStatus; 2 is out of sync")
         .Remark(
             "Columns to sort by: id, name, folderConfigurationId, clientPath, serverPath, checkSum, createdDateTime,\n"
             "lastModifiedDateTime, syncStatus, lastOperationType, size.")
-        .Example("list files --folder 3 --order size-desc", "show the files of folder 3, the largest first")
-        .Example("list files --status 2", "show what is out of sync")
+        .Example("list files --folder 3 --order size-desc", "show the files of folder 3 in descending order of size")
+        .Example("list files --status 2", "show the files that are out of sync")
         .Run(StoreAccess::Read, [files](Session& session) { return ListFiles(session, *files); });
 
     lists.Add("schedules", "List the schedules")
@@ -216,9 +216,10 @@ void AddListCommands(Command& top)
     auto const tree = std::make_shared<TreeArguments>();
     top.Add("tree", "Print the folders as a tree")
         .OptionalArgument("ROOT_ID", tree->root, "Only the tree of this root")
-        .Remark("One line for each folder, indented by two blanks a level; with --json the same order with depths.")
+        .Remark(
+            "Prints one line per folder, indented by two blanks per level; with --json in the same order, with depths.")
         .Example("tree", "print the trees of all roots")
-        .Example("tree 1 --json", "print root 1 for a program")
+        .Example("tree 1 --json", "print the tree of root 1 as JSON")
         .Run(StoreAccess::Read, [tree](Session& session) { return ShowTree(session, *tree); });
 }
 

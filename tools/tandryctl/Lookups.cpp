@@ -13,7 +13,7 @@ using sync::config::ServerConfiguration;
 
 namespace {
 
-[[noreturn]] void ThrowUnknown(char const* kind, int id, char const* listing)
+[[noreturn]] void ThrowNotFound(char const* kind, int id, char const* listing)
 {
     throw Failure(ExitStatus::NothingFound,
                   QStringLiteral("there is no %1 %2; see 'tandryctl %3'")
@@ -23,10 +23,10 @@ namespace {
 }
 
 template <class Record>
-Record KnownOrThrow(Record const& record, char const* kind, int id, char const* listing)
+Record FoundOrThrow(Record const& record, char const* kind, int id, char const* listing)
 {
     if (record.getId() == -1)
-        ThrowUnknown(kind, id, listing);
+        ThrowNotFound(kind, id, listing);
     return record;
 }
 
@@ -34,53 +34,54 @@ Record KnownOrThrow(Record const& record, char const* kind, int id, char const* 
 
 FolderConfiguration FindFolder(Session& session, int id)
 {
-    return KnownOrThrow(session.Read(session.folders().GetFolderConfigurationById(id)), "folder", id, "list folders");
+    return FoundOrThrow(
+        session.Checked(session.folders().GetFolderConfigurationById(id)), "folder", id, "list folders");
 }
 
 FolderConfiguration FindRoot(Session& session, int id)
 {
-    FolderConfiguration const folder = session.Read(session.folders().GetFolderConfigurationById(id));
+    FolderConfiguration const folder = session.Checked(session.folders().GetFolderConfigurationById(id));
     if (!folder.isRoot())
-        ThrowUnknown("root", id, "list roots");
+        ThrowNotFound("root", id, "list roots");
     return folder;
 }
 
 AuthenticationConfiguration FindAccount(Session& session, int id)
 {
-    return KnownOrThrow(
-        session.Read(session.accounts().GetAuthenticationConfigurationById(id)), "account", id, "account list");
+    return FoundOrThrow(
+        session.Checked(session.accounts().GetAuthenticationConfigurationById(id)), "account", id, "account list");
 }
 
 ServerConfiguration FindServer(Session& session, int id)
 {
-    return KnownOrThrow(session.Read(session.servers().GetServerConfigById(id)), "server", id, "server list");
+    return FoundOrThrow(session.Checked(session.servers().GetServerConfigById(id)), "server", id, "server list");
 }
 
 ProductConfiguration FindProduct(Session& session, int id)
 {
-    return KnownOrThrow(
-        session.Read(session.products().GetProductConfigurationById(id)), "product", id, "product list");
+    return FoundOrThrow(
+        session.Checked(session.products().GetProductConfigurationById(id)), "product", id, "product list");
 }
 
 QVector<FolderConfiguration> FindRoots(Session& session, std::optional<int> id)
 {
     if (id)
         return {FindRoot(session, *id)};
-    QVector<FolderConfiguration> const roots = session.Read(session.folders().GetAllRootFolders());
+    QVector<FolderConfiguration> const roots = session.Checked(session.folders().GetAllRootFolders());
     if (roots.isEmpty())
         throw Failure(ExitStatus::NothingFound,
                       QStringLiteral("there is no root yet; add one with 'tandryctl root add DIR --server-path PATH'"));
     return roots;
 }
 
-QStringList NamesOfRoots(Session& session, std::function<bool(FolderConfiguration const&)> const& picks)
+QStringList LabelsOfRoots(Session& session, std::function<bool(FolderConfiguration const&)> const& predicate)
 {
-    QStringList names;
-    for (FolderConfiguration const& root : session.Read(session.folders().GetAllRootFolders())) {
-        if (picks(root))
-            names.append(Titled("root", root.getId(), root.getClientPath()));
+    QStringList labels;
+    for (FolderConfiguration const& root : session.Checked(session.folders().GetAllRootFolders())) {
+        if (predicate(root))
+            labels.append(Label("root", root.getId(), root.getClientPath()));
     }
-    return names;
+    return labels;
 }
 
 QString NameOf(AuthenticationConfiguration const& account)
@@ -98,7 +99,7 @@ QString NameOf(ServerConfiguration const& server)
     return server.getDavUrl();
 }
 
-QString Titled(char const* kind, int id, QString const& name)
+QString Label(char const* kind, int id, QString const& name)
 {
     return QStringLiteral("%1 %2 %3").arg(QLatin1String(kind)).arg(id).arg(Quoted(name));
 }
@@ -106,8 +107,8 @@ QString Titled(char const* kind, int id, QString const& name)
 QVector<Extra> AccountAndServerOf(Session& session, FolderConfiguration const& folder)
 {
     auto const account =
-        session.Read(session.accounts().GetAuthenticationConfigurationById(folder.getAuthenticationId()));
-    auto const server = session.Read(session.servers().GetServerConfigByFolderId(folder.getId()));
+        session.Checked(session.accounts().GetAuthenticationConfigurationById(folder.getAuthenticationId()));
+    auto const server = session.Checked(session.servers().GetServerConfigByFolderId(folder.getId()));
 
     QVector<Extra> extras{{"accountId", {}}, {"account", {}}, {"serverId", {}}, {"server", {}}};
     if (account.getId() != -1) {

@@ -18,7 +18,8 @@ namespace tandryctl {
 
 class Session;
 
-/// The record with this id. All throw when there is none, with the command that lists what there is.
+// The record with this id. If there is none, these functions throw a message that names the command to list what there
+// is.
 
 sync::config::FolderConfiguration FindFolder(Session& session, int id);
 sync::config::FolderConfiguration FindRoot(Session& session, int id);
@@ -26,20 +27,21 @@ sync::config::AuthenticationConfiguration FindAccount(Session& session, int id);
 sync::config::ServerConfiguration FindServer(Session& session, int id);
 sync::config::ProductConfiguration FindProduct(Session& session, int id);
 
-/// The roots, or the one with this id; throws when there are none.
+/// Returns all roots, or the one with this id. Throws if there is none.
 QVector<sync::config::FolderConfiguration> FindRoots(Session& session, std::optional<int> id);
 
-/// The roots that a test picks, each with its id, for the question ahead of a removal.
-QStringList NamesOfRoots(Session& session, std::function<bool(sync::config::FolderConfiguration const&)> const& picks);
+/// Returns the labels of the roots that match the predicate.
+QStringList LabelsOfRoots(Session& session,
+                          std::function<bool(sync::config::FolderConfiguration const&)> const& predicate);
 
-/// For people: "domain\user" or the user alone, and a server's alias or else its URL.
+/// Returns a readable name: "domain\user" or the user name alone; a server's alias, or its URL if it has none.
 QString NameOf(sync::config::AuthenticationConfiguration const& account);
 QString NameOf(sync::config::ServerConfiguration const& server);
 
-/// "root 3 '/home/me/docs'".
-QString Titled(char const* kind, int id, QString const& name);
+/// Returns a label for messages, such as "root 3 '/home/me/docs'".
+QString Label(char const* kind, int id, QString const& name);
 
-/// The account and the server behind a folder, for where one record is shown whole; NULL where there is none.
+/// Returns the account and the server of a folder as extra lines of a shown record; NULL values if there is none.
 QVector<Extra> AccountAndServerOf(Session& session, sync::config::FolderConfiguration const& folder);
 
 } // namespace tandryctl

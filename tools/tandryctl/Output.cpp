@@ -75,18 +75,18 @@ QString CellText(QVariant const& value)
     }
 }
 
-Output::Output(QIODevice& device, Form form)
+Output::Output(QIODevice& device, OutputFormat format)
     : _device(device)
-    , _form(form)
+    , _format(format)
 {}
 
-void Output::Line(QString const& text)
+void Output::PrintLine(QString const& text)
 {
-    if (_form == Form::Plain)
+    if (_format == OutputFormat::Plain)
         _Write(text.toUtf8() + '\n');
 }
 
-bool Output::Finish()
+bool Output::Flush()
 {
     if (!_buffer.isEmpty() && _device.write(_buffer) != _buffer.size())
         _failed = true;
@@ -98,7 +98,7 @@ void Output::_Write(QByteArray const& bytes)
 {
     _buffer += bytes;
     if (_buffer.size() >= BufferBytes)
-        static_cast<void>(Finish()); // a failure is kept for the last call
+        static_cast<void>(Flush()); // the last call reports a failure
 }
 
 void Output::_BeginRows(QVector<QString> const& names)
@@ -107,13 +107,13 @@ void Output::_BeginRows(QVector<QString> const& names)
     _cells.clear();
     _numeric = QVector<bool>(names.size(), true);
     _firstObject = true;
-    if (_form == Form::Json)
+    if (_format == OutputFormat::Json)
         _Write("[");
 }
 
-void Output::_Row(QVector<QVariant> const& values)
+void Output::_AddRow(QVector<QVariant> const& values)
 {
-    if (_form == Form::Json) {
+    if (_format == OutputFormat::Json) {
         _WriteObject(values);
         return;
     }
@@ -128,7 +128,7 @@ void Output::_Row(QVector<QVariant> const& values)
 
 void Output::_EndRows()
 {
-    if (_form == Form::Json) {
+    if (_format == OutputFormat::Json) {
         _Write(_firstObject ? "]\n" : "\n]\n");
         return;
     }
@@ -148,16 +148,16 @@ void Output::_EndRows()
                 line += QStringLiteral("  ");
             line += Padded(cells.at(column), widths.at(column), _numeric.at(column));
         }
-        Line(WithoutTrailingBlanks(line));
+        PrintLine(WithoutTrailingBlanks(line));
     }
     _cells.clear();
 }
 
 void Output::_ShowRow(QVector<QString> const& names, QVector<QVariant> const& values)
 {
-    if (_form == Form::Json) {
+    if (_format == OutputFormat::Json) {
         _BeginRows(names);
-        _Row(values);
+        _AddRow(values);
         _EndRows();
         return;
     }
@@ -165,7 +165,8 @@ void Output::_ShowRow(QVector<QString> const& names, QVector<QVariant> const& va
     for (QString const& name : names)
         width = std::max(width, DisplayWidth(name));
     for (int i = 0; i < names.size(); ++i)
-        Line(WithoutTrailingBlanks(Padded(names.at(i), width, false) + QStringLiteral("  ") + CellText(values.at(i))));
+        PrintLine(
+            WithoutTrailingBlanks(Padded(names.at(i), width, false) + QStringLiteral("  ") + CellText(values.at(i))));
 }
 
 void Output::_WriteObject(QVector<QVariant> const& values)

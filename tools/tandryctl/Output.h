@@ -9,22 +9,22 @@
 
 namespace tandryctl {
 
-/// Plain for people, JSON for programs.
-enum class Form
+/// Plain text for people, JSON for programs.
+enum class OutputFormat
 {
     Plain,
     Json
 };
 
-/// Whether a column stands in plain listings too, or only in JSON and where one record is shown whole.
+/// Whether a column is part of plain listings, or only of JSON and of a record that is shown in full.
 enum class Shown
 {
     Always,
     InFull
 };
 
-/// One column of a record: its name in the store, and how a record answers for it. Texts, integers, dates, lists and
-/// maps of these; an invalid value is NULL.
+/// One column of a record: its name in the store and the function that reads it. Values are texts, integers, dates, and
+/// lists and maps of these; an invalid value is NULL.
 template <class Record>
 struct Column
 {
@@ -36,32 +36,32 @@ struct Column
 template <class Record>
 using Columns = QVector<Column<Record>>;
 
-/// One more line of a record that is shown whole.
+/// An additional line of a record that is shown in full.
 struct Extra
 {
     char const* name;
     QVariant value;
 };
 
-/// What a command prints to standard output, in one of the two forms.
+/// Prints a command's results to a device in one of the two formats.
 ///
-/// A plain listing is a table whose columns stand below each other, one row a line, with names made printable. JSON is
-/// an array of objects, one a line, whose keys are the column names; it holds every text as it is.
+/// A plain listing is a table with aligned columns and one row per line; names are made printable. JSON is an array of
+/// objects, one per line, whose keys are the column names; texts are unchanged.
 class Output
 {
 public:
-    /// The device must outlive the object.
-    Output(QIODevice& device, Form form);
+    /// The device must outlive this object.
+    Output(QIODevice& device, OutputFormat format);
 
-    Form form() const { return _form; }
+    OutputFormat format() const { return _format; }
 
-    /// One row for each record; in plain form only the columns that are always shown.
+    /// Prints one row per record; in plain format with the `Shown::Always` columns only.
     template <class Record, class Range>
     void List(Columns<Record> const& columns, Range const& records)
     {
         Columns<Record> shown;
         for (Column<Record> const& column : columns) {
-            if (_form == Form::Json || column.shown == Shown::Always)
+            if (_format == OutputFormat::Json || column.shown == Shown::Always)
                 shown.append(column);
         }
         QVector<QString> names;
@@ -74,12 +74,12 @@ public:
             row.reserve(shown.size());
             for (Column<Record> const& column : shown)
                 row.append(column.value(record));
-            _Row(row);
+            _AddRow(row);
         }
         _EndRows();
     }
 
-    /// Everything about one record: in plain form a line for each column.
+    /// Prints one record in full; in plain format with one line per column.
     template <class Record>
     void Show(Columns<Record> const& columns, Record const& record, QVector<Extra> const& extras = {})
     {
@@ -96,32 +96,32 @@ public:
         _ShowRow(names, row);
     }
 
-    /// A record that a command wrote or removed: the sentence in plain form, the record in JSON.
+    /// Prints the sentence in plain format, or the record that was written or removed in JSON.
     template <class Record>
     void Report(QString const& sentence, Columns<Record> const& columns, Record const& record)
     {
-        if (_form == Form::Json)
+        if (_format == OutputFormat::Json)
             Show(columns, record);
         else
-            Line(sentence);
+            PrintLine(sentence);
     }
 
-    /// One line of plain output; nothing in JSON. The text goes out as it is.
-    void Line(QString const& text);
+    /// Prints one line, unchanged, in plain format; nothing in JSON.
+    void PrintLine(QString const& text);
 
-    /// Hands everything over; false when something could not be written.
-    [[nodiscard]] bool Finish();
+    /// Writes buffered output to the device. Returns false if this or an earlier write has failed.
+    [[nodiscard]] bool Flush();
 
 private:
     void _BeginRows(QVector<QString> const& names);
-    void _Row(QVector<QVariant> const& values);
+    void _AddRow(QVector<QVariant> const& values);
     void _EndRows();
     void _ShowRow(QVector<QString> const& names, QVector<QVariant> const& values);
     void _WriteObject(QVector<QVariant> const& values);
     void _Write(QByteArray const& bytes);
 
     QIODevice& _device;
-    Form const _form;
+    OutputFormat const _format;
     QVector<QString> _names;
     QVector<QVector<QString>> _cells;
     QVector<bool> _numeric;
@@ -130,7 +130,8 @@ private:
     QByteArray _buffer;
 };
 
-/// A value as one printable text: dates as ISO 8601 with milliseconds, UTC ones with a Z; nothing for NULL.
+/// Returns a value as one printable line: dates in ISO 8601 with milliseconds, with a Z if they are UTC; an empty text
+/// for NULL.
 QString CellText(QVariant const& value);
 
 } // namespace tandryctl

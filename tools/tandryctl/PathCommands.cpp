@@ -27,11 +27,11 @@ struct OverlapArguments
 
 constexpr int AnyAccount = -1;
 
-/// The folder on record that holds the path or is it; the root itself at the latest.
+/// Returns the deepest folder on record that has the path or contains it; at least the root.
 FolderConfiguration NearestFolder(Session& session, QString path, FolderConfiguration const& root)
 {
     while (LiesIn(path, root.getClientPath(), Qt::CaseInsensitive) && path != root.getClientPath()) {
-        FolderConfiguration const folder = session.Read(
+        FolderConfiguration const folder = session.Checked(
             session.folders().GetFolderConfigurationByClientPathAndAuthenticationId(path, root.getAuthenticationId()));
         if (folder.getId() != -1)
             return folder;
@@ -48,7 +48,7 @@ ExitStatus Where(Session& session, WhereArguments const& arguments)
     QString const path = AbsolutePath(arguments.path);
     if (arguments.account)
         FindAccount(session, *arguments.account);
-    auto const root = FindRootOf(path, session.Read(session.folders().GetAllRootFolders()), arguments.account);
+    auto const root = FindRootOf(path, session.Checked(session.folders().GetAllRootFolders()), arguments.account);
     if (!root)
         throw Failure(
             ExitStatus::NothingFound,
@@ -70,8 +70,8 @@ ExitStatus Where(Session& session, WhereArguments const& arguments)
     Place const place{path,
                       *root,
                       nearest,
-                      session.Read(session.folders().IsInExistingClientFolder(path, account, false)),
-                      session.Read(session.folders().IsInExistingClientFolder(path, account, true)),
+                      session.Checked(session.folders().IsInExistingClientFolder(path, account, false)),
+                      session.Checked(session.folders().IsInExistingClientFolder(path, account, true)),
                       nearest.getClientPath() == path ? nearest.getServerPath() : ServerPathIn(*root, path)};
 
     static Columns<Place> const columns{
@@ -91,11 +91,11 @@ ExitStatus Where(Session& session, WhereArguments const& arguments)
 ExitStatus Overlap(Session& session, OverlapArguments const& arguments)
 {
     if (arguments.serverPath.isEmpty())
-        throw Failure(ExitStatus::WrongUsage, QStringLiteral("the server path is empty; give one"));
+        throw Failure(ExitStatus::WrongUsage, QStringLiteral("the server path is empty"));
     FindAccount(session, arguments.account);
 
     QString match;
-    if (!session.Read(
+    if (!session.Checked(
             session.folders().AncestorOrDescendantOfServerFolderExists(arguments.serverPath, arguments.account, match)))
         throw Failure(ExitStatus::NothingFound,
                       QStringLiteral("no root of account %1 overlaps %2 on the server")
@@ -113,22 +113,24 @@ ExitStatus Overlap(Session& session, OverlapArguments const& arguments)
 void AddPathCommands(Command& top)
 {
     auto const where = std::make_shared<WhereArguments>();
-    top.Add("where", "Tell where a local path belongs")
+    top.Add("where", "Show the root, account and server of a local path")
         .Argument("PATH", where->path, "The file or folder; it need not exist or be on record")
-        .Option("--account", where->account, "Look at the roots of this account only")
-        .Remark("Shows the root, the nearest folder on record, whether the path counts as inside the root without and\n"
-                "with regard to the root's folder option (which may count the files directly in it alone), the path\n"
-                "on the server, the account and the server. Exits with 1 when the path lies in no root.")
+        .Option("--account", where->account, "Consider only the roots of this account")
+        .Remark("Shows the root, the nearest folder on record, whether the path counts as inside the root, whether it\n"
+                "still does if the root's folder option is applied (which can restrict a root to the files directly\n"
+                "in it), the server path, the account and the server. The exit status is 1 if the path lies in no\n"
+                "root.")
         .Example("where ~/Documents/letters/a.txt", "show what a file is synchronised with")
         .Run(StoreAccess::Read, [where](Session& session) { return Where(session, *where); });
 
     auto const overlap = std::make_shared<OverlapArguments>();
-    top.Add("overlap", "Tell which root overlaps a path on the server")
-        .Argument("SERVER_PATH", overlap->serverPath, "The path on the server")
-        .Required("--account", overlap->account, "The account whose roots are looked at")
-        .Remark("Prints the server path of a root that is this path, lies in it or holds it. Exits with 1 when there\n"
-                "is none.")
-        .Example("overlap /team/plans --account 2", "see whether this can become a root of account 2")
+    top.Add("overlap", "Find the root that overlaps a server path")
+        .Argument("SERVER_PATH", overlap->serverPath, "The server path")
+        .Required("--account", overlap->account, "The account whose roots are compared")
+        .Remark(
+            "Prints the server path of a root that is this path, lies in it or contains it. The exit status is 1 if\n"
+            "there is none.")
+        .Example("overlap /team/plans --account 2", "check whether a root of account 2 already covers this path")
         .Run(StoreAccess::Read, [overlap](Session& session) { return Overlap(session, *overlap); });
 }
 

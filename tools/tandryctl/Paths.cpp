@@ -11,7 +11,7 @@ using sync::config::FolderConfiguration;
 
 namespace {
 
-/// The path with symbolic links resolved; as it is where there is nothing on disk.
+/// Returns the path with symbolic links resolved, or unchanged if it does not exist.
 QString Resolved(QString const& path)
 {
     QString const canonical = QFileInfo(path).canonicalFilePath();
@@ -32,8 +32,8 @@ char const* Relation(QString const& directory, QString const& root)
 QString AbsolutePath(QString const& given)
 {
     if (given.isEmpty())
-        throw Failure(ExitStatus::WrongUsage, QStringLiteral("the path is empty; give one"));
-    // Not QFileInfo: it takes a name that begins with a colon for a path of its own kind.
+        throw Failure(ExitStatus::WrongUsage, QStringLiteral("the path is empty"));
+    // QFileInfo would take a name that begins with a colon for a Qt resource.
     bool const isAbsolute = given.startsWith(QLatin1Char('/'));
     return QDir::cleanPath(isAbsolute ? given : QDir::currentPath() + QLatin1Char('/') + given);
 }
@@ -65,7 +65,7 @@ std::optional<RootConflict> FindRootConflict(QString const& directory, QVector<F
     QString const resolved = Resolved(directory);
     for (FolderConfiguration const& root : roots) {
         if (root.getClientPath().isEmpty())
-            continue; // lies nowhere
+            continue;
         QString const rootPath = QDir::cleanPath(root.getClientPath());
         char const* relation = Relation(directory, rootPath);
         if (relation == nullptr)

@@ -9,21 +9,22 @@
 
 namespace tandryctl {
 
-/// A path as given on the command line, made absolute from the working directory and cleaned. Throws on an empty one.
+/// Returns a path from the command line as an absolute, cleaned path. Throws if it is empty.
 QString AbsolutePath(QString const& given);
 
-/// The path of an entry of a folder.
+/// Returns the path of a folder's entry.
 QString ChildPath(QString const& folder, QString const& name);
 
-/// Whether the path is the folder or lies in it, by the text alone.
+/// Returns whether the path is the folder's or lies in it. Compares text only.
 bool LiesIn(QString const& path, QString const& folder, Qt::CaseSensitivity caseSensitivity);
 
-/// The path on the server, by the rule by which the store maps the folders and linked files that it records itself: a
-/// root whose path ends in a slash, such as the file system's own, maps what lies in it to the same path. Null for a
-/// path that doesn't lie in the root by every letter.
+/// Returns the server path of a path in a root; null if the path does not lie in the root, compared case-sensitively.
+///
+/// Follows the rule by which the managers map folders and linked files that they add: in a root whose path ends in a
+/// slash, such as "/", the server path of an entry is its local path.
 QString ServerPathIn(sync::config::FolderConfiguration const& root, QString const& path);
 
-/// The recorded root that keeps a directory from being recorded as one too, and how the two lie to each other.
+/// A root that overlaps a directory, and how.
 struct RootConflict
 {
     sync::config::FolderConfiguration root;
@@ -31,12 +32,13 @@ struct RootConflict
     char const* relation;
 };
 
-/// Compares paths as the store's own rules do, without regard to case, and again with symbolic links resolved.
+/// Returns the first root that overlaps the directory. Compares paths case-insensitively, as the managers do, and again
+/// with symbolic links resolved.
 std::optional<RootConflict> FindRootConflict(QString const& directory,
                                              QVector<sync::config::FolderConfiguration> const& roots);
 
-/// The root that a path lies in: the one with the longest path, and one that matches in case before one that doesn't.
-/// Without an account, the roots of all accounts are looked at.
+/// Returns the root that a path lies in: the one with the longest path among those that match case-sensitively, or else
+/// among those that match case-insensitively. Without an account, searches the roots of all accounts.
 std::optional<sync::config::FolderConfiguration>
 FindRootOf(QString const& path, QVector<sync::config::FolderConfiguration> const& roots, std::optional<int> accountId);
 

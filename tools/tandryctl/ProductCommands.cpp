@@ -4,7 +4,7 @@
 #include "Listing.h"
 #include "Lookups.h"
 #include "Removal.h"
-#include "StoreQuestions.h"
+#include "StoreQueries.h"
 #include "Text.h"
 
 #include <QFile>
@@ -28,7 +28,7 @@ struct Arguments
     bool showSecret = false;
 };
 
-/// A product with what its record doesn't give away.
+/// A product with its server id, which the record does not return.
 struct Product
 {
     ProductConfiguration record;
@@ -55,16 +55,16 @@ Columns<Product> const& ProductColumns()
 
 Product Complete(Session& session, ProductConfiguration const& record, bool showSecret = false)
 {
-    auto const serverId = session.Read(session.questions().ServerOfProduct(record.getId()));
+    auto const serverId = session.Checked(session.queries().ServerOfProduct(record.getId()));
     return {record, serverId ? QVariant(*serverId) : QVariant(), showSecret};
 }
 
-QString Title(ProductConfiguration const& product)
+QString LabelOf(ProductConfiguration const& product)
 {
-    return Titled("product", product.getId(), product.getName());
+    return Label("product", product.getId(), product.getName());
 }
 
-/// The first line of a file, or of standard input for "-": a secret on the command line would be seen by everyone.
+/// Reads the first line of a file, or of standard input for "-": other users can see command lines.
 QString ReadSecret(QString const& path)
 {
     QFile file(path);
@@ -72,13 +72,13 @@ QString ReadSecret(QString const& path)
         path == QLatin1String("-") ? file.open(stdin, QIODevice::ReadOnly) : file.open(QIODevice::ReadOnly);
     if (!opened)
         throw Failure(ExitStatus::NothingFound,
-                      QStringLiteral("the secret can't be read from %1: %2").arg(Quoted(path), file.errorString()));
+                      QStringLiteral("the secret cannot be read from %1: %2").arg(Quoted(path), file.errorString()));
     QByteArray line = file.readLine();
     while (line.endsWith('\n') || line.endsWith('\r'))
         line.chop(1);
-    auto const secret = Decoded(line);
+    auto const secret = DecodeUtf8(line);
     if (!secret)
-        throw Failure(ExitStatus::WrongUsage, QStringLiteral("the secret in %1 is no UTF-8 text").arg(Quoted(path)));
+        throw Failure(ExitStatus::WrongUsage, QStringLiteral("the secret in %1 is not valid UTF-8").arg(Quoted(path)));
     return *secret;
 }
 
@@ -95,35 +95,35 @@ void Fill(Session& session, ProductConfiguration& product, Arguments const& argu
                       QStringLiteral("a product needs a name and a key; give them with --name and --key"));
 }
 
-void RefuseDouble(Session& session, ProductConfiguration const& product, int serverId)
+void RefuseDuplicate(Session& session, ProductConfiguration const& product, int serverId)
 {
-    ProductConfiguration const other = session.Read(
+    ProductConfiguration const other = session.Checked(
         session.products().GetProductConfigurationByServerIdAndConsumerKey(serverId, product.getConsumerKey()));
     if (other.getId() != -1 && other.getId() != product.getId())
         throw Failure(ExitStatus::NothingFound,
-                      QStringLiteral("%1 has this key on server %2 already; change that one with 'tandryctl product "
+                      QStringLiteral("%1 already has this key on server %2; change it with 'tandryctl product "
                                      "update %3'")
-                          .arg(Title(other), QString::number(serverId), QString::number(other.getId())));
+                          .arg(LabelOf(other), QString::number(serverId), QString::number(other.getId())));
 }
 
 ExitStatus Add(Session& session, Arguments const& arguments)
 {
     ProductConfiguration product;
     if (arguments.secretFile)
-        product.setConsumerSecret(ReadSecret(*arguments.secretFile)); // may wait for someone to type
-    Bracket bracket(session);
+        product.setConsumerSecret(ReadSecret(*arguments.secretFile)); // before the transaction: this may wait for input
+    ClientTransaction transaction(session);
     Fill(session, product, arguments);
-    RefuseDouble(session, product, *arguments.server);
-    session.Wrote(session.products().Add(product));
-    bracket.Commit();
-    session.output().Report(QStringLiteral("added ") + Title(product), ProductColumns(), Complete(session, product));
+    RefuseDuplicate(session, product, *arguments.server);
+    session.CheckWritten(session.products().Add(product));
+    transaction.Commit();
+    session.output().Report(QStringLiteral("added ") + LabelOf(product), ProductColumns(), Complete(session, product));
     return ExitStatus::Done;
 }
 
 ExitStatus ListAll(Session& session)
 {
     QVector<Product> products;
-    for (ProductConfiguration const& product : session.Read(session.products().GetAll()))
+    for (ProductConfiguration const& product : session.Checked(session.products().GetAll()))
         products.append(Complete(session, product));
     return List(session, ProductColumns(), products, "products");
 }
@@ -131,7 +131,7 @@ ExitStatus ListAll(Session& session)
 ExitStatus Show(Session& session, Arguments const& arguments)
 {
     Product const product = Complete(session, FindProduct(session, arguments.id), arguments.showSecret);
-    auto const server = session.Read(session.servers().GetServerConfigById(product.serverId.toLongLong()));
+    auto const server = session.Checked(session.servers().GetServerConfigById(product.serverId.toLongLong()));
     session.output().Show(ProductColumns(), product, {{"server", server.getId() == -1 ? QString() : NameOf(server)}});
     return ExitStatus::Done;
 }
@@ -140,16 +140,16 @@ ExitStatus Update(Session& session, Arguments const& arguments)
 {
     if (ProductConfiguration const before = FindProduct(session, arguments.id); !before.getConsumerSecret().isEmpty())
         session.ConfirmRemoval(
-            QStringLiteral("the consumer secret of %1, as every update of a product does").arg(Title(before)));
+            QStringLiteral("the consumer secret of %1, as every update of a product does").arg(LabelOf(before)));
 
-    Bracket bracket(session);
+    ClientTransaction transaction(session);
     ProductConfiguration product = FindProduct(session, arguments.id);
     int const serverId = Complete(session, product).serverId.toInt();
     Fill(session, product, arguments);
-    RefuseDouble(session, product, arguments.server.value_or(serverId));
-    session.Wrote(session.products().Update(product));
-    bracket.Commit();
-    session.output().Report(QStringLiteral("updated ") + Title(product),
+    RefuseDuplicate(session, product, arguments.server.value_or(serverId));
+    session.CheckWritten(session.products().Update(product));
+    transaction.Commit();
+    session.output().Report(QStringLiteral("updated ") + LabelOf(product),
                             ProductColumns(),
                             Complete(session, FindProduct(session, arguments.id)));
     return ExitStatus::Done;
@@ -159,50 +159,50 @@ ExitStatus Remove(Session& session, Arguments const& arguments)
 {
     ProductConfiguration const product = FindProduct(session, arguments.id);
     Product const before = Complete(session, product);
-    auto const countNaming = [&](char const* table) {
-        return session.Read(session.questions().CountNaming(table, "productConfigurationId", product.getId()));
+    auto const countReferences = [&](char const* table) {
+        return session.Checked(session.queries().CountReferences(table, "productConfigurationId", product.getId()));
     };
-    Removal removal(Title(product));
-    removal.Leaves(countNaming("FolderConfiguration"),
-                   "folder",
-                   "folders",
-                   NamesOfRoots(session, [&](FolderConfiguration const& root) {
-                       return root.getProductConfigurationId() == product.getId();
-                   }));
-    removal.Leaves(countNaming("FileConfiguration"), "file", "files");
-    removal.Leaves(countNaming("GeneratedFileConfiguration"), "generated file", "generated files");
-    removal.Leaves(countNaming("BaseFileConfiguration"), "base file", "base files");
+    Removal removal(LabelOf(product));
+    removal.AddOrphaned(countReferences("FolderConfiguration"),
+                        "folder",
+                        "folders",
+                        LabelsOfRoots(session, [&](FolderConfiguration const& root) {
+                            return root.getProductConfigurationId() == product.getId();
+                        }));
+    removal.AddOrphaned(countReferences("FileConfiguration"), "file", "files");
+    removal.AddOrphaned(countReferences("GeneratedFileConfiguration"), "generated file", "generated files");
+    removal.AddOrphaned(countReferences("BaseFileConfiguration"), "base file", "base files");
     session.ConfirmRemoval(removal.text());
-    session.Wrote(session.products().Remove(product.getId()));
+    session.CheckWritten(session.products().Remove(product.getId()));
     session.output().Report(QStringLiteral("removed ") + removal.text(), ProductColumns(), before);
     return ExitStatus::Done;
 }
 
-Command& TakeFields(Command& command, Arguments& arguments)
+Command& AddFieldOptions(Command& command, Arguments& arguments)
 {
     return command.Option("--name", arguments.name, "NAME", "The product's name")
-        .Option("--key", arguments.key, "KEY", "Its consumer key")
-        .Option("--server", arguments.server, "The server that it belongs to");
+        .Option("--key", arguments.key, "KEY", "The consumer key")
+        .Option("--server", arguments.server, "The product's server");
 }
 
 } // namespace
 
 void AddProductCommands(Command& top)
 {
-    Command products = top.Add("product", "Look after the consumer products of the servers");
+    Command products = top.Add("product", "Manage the consumer products of the servers");
     auto const arguments = std::make_shared<Arguments>();
 
     Command add = products.Add("add", "Add a product");
-    TakeFields(add, *arguments)
+    AddFieldOptions(add, *arguments)
         .Option("--secret-file",
                 arguments->secretFile,
                 "FILE",
-                "Take the consumer secret from the first line; - is standard input")
-        .Demands("--name")
-        .Demands("--key")
-        .Demands("--server")
+                "The file whose first line is the consumer secret; - for standard input")
+        .Require("--name")
+        .Require("--key")
+        .Require("--server")
         .Example("product add --name Notes --key n-1 --server 1", "add a product without a secret")
-        .Example("product add --name Notes --key n-1 --secret-file - --server 1", "type its secret, or pipe it in")
+        .Example("product add --name Notes --key n-1 --secret-file - --server 1", "read its secret from standard input")
         .Run(StoreAccess::Write, [arguments](Session& session) { return Add(session, *arguments); });
 
     products.Add("list", "List the products")
@@ -211,21 +211,22 @@ void AddProductCommands(Command& top)
 
     products.Add("show", "Show everything about a product")
         .Argument("ID", arguments->id, "The product's id")
-        .Flag("--show-secret", arguments->showSecret, "Show its consumer secret too")
+        .Flag("--show-secret", arguments->showSecret, "Show the consumer secret too")
         .Example("product show 1", "show product 1 and its server")
         .Run(StoreAccess::Read, [arguments](Session& session) { return Show(session, *arguments); });
 
     Command update = products.Add("update", "Change a product");
-    TakeFields(update.Argument("ID", arguments->id, "The product's id"), *arguments)
-        .Remark("What is not given stays as it is, but for the consumer secret: an update takes it away, so one that\n"
-                "is there is asked about first.")
-        .Example("product update 1 --name Notes", "give product 1 another name")
+    AddFieldOptions(update.Argument("ID", arguments->id, "The product's id"), *arguments)
+        .Remark(
+            "Options that are not given leave their values unchanged, but every update removes the consumer secret.\n"
+            "Asks for confirmation if there is one.")
+        .Example("product update 1 --name Notes", "rename product 1")
         .Run(StoreAccess::Write, [arguments](Session& session) { return Update(session, *arguments); });
 
     products.Add("remove", "Remove a product")
         .Argument("ID", arguments->id, "The product's id")
-        .Remark("Says how many folders and files would be left without a product, and asks first.")
-        .Example("product remove 1", "remove product 1 after a question")
+        .Remark("Counts the folders and files that will be left without a product, and asks for confirmation.")
+        .Example("product remove 1", "remove product 1 after confirmation")
         .Run(StoreAccess::Write, [arguments](Session& session) { return Remove(session, *arguments); });
 }
 

@@ -7,14 +7,14 @@ namespace tandryctl {
 
 void DeclareCommands(CommandLine& commandLine)
 {
-    Command top = commandLine.Top();
-    top.Remark("The store is the file that --store names, or else the environment variable TANDRY_STORE, or else\n"
-               "tandry.db in the user's data folder. 'tandryctl COMMAND --help' tells more about a command.\n\n"
-               "Exit status: 0 done; 1 nothing found, or something wrong was found; 2 wrong usage; 3 the store failed.")
-        .Example("--store ~/try.db init", "make a store")
+    Command top = commandLine.TopLevel();
+    top.Remark("The store is the file given with --store, or else in the environment variable TANDRY_STORE, or else\n"
+               "tandry.db in the user's data folder. 'tandryctl COMMAND --help' describes a command.\n\n"
+               "Exit status: 0 success; 1 nothing found, or a problem found; 2 wrong usage; 3 the store failed.")
+        .Example("--store ~/try.db init", "create a store")
         .Example("--store ~/try.db root add ~/Documents --server-path /documents", "record a directory as a root")
-        .Example("--store ~/try.db scan", "record what is in it")
-        .Example("--store ~/try.db tree", "print the folders back");
+        .Example("--store ~/try.db scan", "record the folders and files in it")
+        .Example("--store ~/try.db tree", "print the recorded folders");
     AddStoreCommands(top);
     AddRootCommands(top);
     AddFolderCommands(top);

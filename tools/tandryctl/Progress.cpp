@@ -27,7 +27,7 @@ Progress::Progress(QString const& activity, char const* unit, qint64 total)
 Progress::~Progress()
 {
     if (_drawn)
-        Tell(QStringLiteral("\r\033[K"));
+        WriteError(QStringLiteral("\r\033[K"));
 }
 
 void Progress::Advance(qint64 count)
@@ -37,7 +37,7 @@ void Progress::Advance(qint64 count)
         _Draw();
 }
 
-QString Progress::Line(QString const& activity, char const* unit, qint64 done, qint64 total, qint64 elapsedMsec)
+QString Progress::FormatLine(QString const& activity, char const* unit, qint64 done, qint64 total, qint64 elapsedMsec)
 {
     qint64 const rate = elapsedMsec > 0 ? done * 1000 / elapsedMsec : 0;
     QString const unitName = QLatin1String(unit);
@@ -61,7 +61,7 @@ QString Progress::Line(QString const& activity, char const* unit, qint64 done, q
 void Progress::_Draw()
 {
     qint64 const elapsed = _timer.elapsed();
-    Tell(QStringLiteral("\r%1\033[K").arg(Line(_activity, _unit, _done, _total, elapsed)));
+    WriteError(QStringLiteral("\r%1\033[K").arg(FormatLine(_activity, _unit, _done, _total, elapsed)));
     _drawn = true;
     _nextDrawMsec = elapsed + DrawEveryMsec;
 }

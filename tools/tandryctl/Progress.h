@@ -5,20 +5,19 @@
 
 namespace tandryctl {
 
-/// A line of progress on standard error, redrawn a few times a second; nothing at all where that is no terminal.
-///
-/// The line goes when the object does.
+/// Shows a progress line on standard error, redrawn ten times a second at most, and erases it in the destructor. Shows
+/// nothing if standard error is not a terminal.
 class Progress
 {
 public:
-    /// `total` is 0 while it isn't known: then there is a count and a rate, and no bar.
+    /// A `total` of 0 means unknown: the line then shows a count and a rate, but no bar.
     Progress(QString const& activity, char const* unit, qint64 total = 0);
     ~Progress();
 
     void Advance(qint64 count = 1);
 
-    /// What a line looks like; `elapsedMsec` since the start.
-    static QString Line(QString const& activity, char const* unit, qint64 done, qint64 total, qint64 elapsedMsec);
+    /// Returns the text of the line. `elapsedMsec` counts from the start.
+    static QString FormatLine(QString const& activity, char const* unit, qint64 done, qint64 total, qint64 elapsedMsec);
 
 private:
     Q_DISABLE_COPY_MOVE(Progress)

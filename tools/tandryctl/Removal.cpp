@@ -10,17 +10,17 @@ constexpr int MostNames = 5;
 
 } // namespace
 
-Removal::Removal(QString const& titled)
-    : _titled(titled)
+Removal::Removal(QString const& label)
+    : _label(label)
 {}
 
-void Removal::Takes(int count, char const* singular, char const* plural)
+void Removal::AddRemoved(int count, char const* singular, char const* plural)
 {
     if (count > 0)
-        _takes.append(Counted(count, singular, plural));
+        _removed.append(Counted(count, singular, plural));
 }
 
-void Removal::Leaves(int count, char const* singular, char const* plural, QStringList const& names)
+void Removal::AddOrphaned(int count, char const* singular, char const* plural, QStringList const& names)
 {
     if (count <= 0)
         return;
@@ -29,21 +29,21 @@ void Removal::Leaves(int count, char const* singular, char const* plural, QStrin
         QStringList named = names.mid(0, MostNames);
         if (names.size() > MostNames)
             named.append(QStringLiteral("%1 more").arg(names.size() - MostNames));
-        leaves += QStringLiteral(" (%1)").arg(Enumerated(named));
+        leaves += QStringLiteral(" (%1)").arg(JoinWithAnd(named));
     }
-    _leaves.append(leaves);
-    _leftRows += count;
+    _orphaned.append(leaves);
+    _orphanedRows += count;
 }
 
 QString Removal::text() const
 {
-    QString text = _titled;
-    if (!_takes.isEmpty())
-        text += QStringLiteral(" with ") + Enumerated(_takes);
+    QString text = _label;
+    if (!_removed.isEmpty())
+        text += QStringLiteral(" with ") + JoinWithAnd(_removed);
     text += QStringLiteral(" from the store");
-    if (!_leaves.isEmpty())
+    if (!_orphaned.isEmpty())
         text += QStringLiteral(", leaving %1 that %2 to nothing")
-                    .arg(Enumerated(_leaves), QLatin1String(_leftRows == 1 ? "belongs" : "belong"));
+                    .arg(JoinWithAnd(_orphaned), QLatin1String(_orphanedRows == 1 ? "belongs" : "belong"));
     return text;
 }
 

@@ -5,28 +5,29 @@
 
 namespace tandryctl {
 
-/// What a removal takes away and what it leaves behind, in words for the question and for the report.
+/// Describes what a removal removes and which rows it orphans, for the confirmation and for the report.
 class Removal
 {
 public:
-    /// `titled` names the record itself, as `Titled` does.
-    explicit Removal(QString const& titled);
+    /// `label` describes the record itself, as `Label` does.
+    explicit Removal(QString const& label);
 
-    /// Rows that go with it. Counts of zero or less are not mentioned.
-    void Takes(int count, char const* singular, char const* plural);
+    /// Adds rows that are removed with the record. Ignores counts of zero or less.
+    void AddRemoved(int count, char const* singular, char const* plural);
 
-    /// Rows that stay and then point at nothing; `names` says which, as far as they can be named.
-    void Leaves(int count, char const* singular, char const* plural, QStringList const& names = {});
+    /// Adds rows that stay and then refer to a missing row; `names` lists those that have a name. Ignores counts of
+    /// zero or less.
+    void AddOrphaned(int count, char const* singular, char const* plural, QStringList const& names = {});
 
-    /// "root 1 '/a' with 2 folders and 1 file from the store, leaving 1 account (3 'anna') that
+    /// Returns the description, such as "root 1 '/a' with 2 folders and 1 file from the store, leaving 1 schedule that
     /// belongs to nothing".
     QString text() const;
 
 private:
-    QString const _titled;
-    QStringList _takes;
-    QStringList _leaves;
-    int _leftRows = 0;
+    QString const _label;
+    QStringList _removed;
+    QStringList _orphaned;
+    int _orphanedRows = 0;
 };
 
 } // namespace tandryctl

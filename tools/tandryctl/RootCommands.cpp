@@ -5,7 +5,7 @@
 #include "Paths.h"
 #include "RecordColumns.h"
 #include "Removal.h"
-#include "StoreQuestions.h"
+#include "StoreQueries.h"
 #include "Text.h"
 
 #include <QDir>
@@ -33,7 +33,7 @@ struct RemoveArguments
 QString NameOfDirectory(QString const& path)
 {
     QString const name = QFileInfo(path).fileName();
-    return name.isEmpty() ? path : name; // only the file system's own root has none
+    return name.isEmpty() ? path : name; // the file system's root
 }
 
 ExitStatus AddRoot(Session& session, AddArguments const& arguments)
@@ -41,19 +41,19 @@ ExitStatus AddRoot(Session& session, AddArguments const& arguments)
     QString const directory = AbsolutePath(arguments.directory);
     if (!QFileInfo(directory).isDir())
         throw Failure(ExitStatus::NothingFound,
-                      QStringLiteral("%1 is no directory; give one that exists").arg(Quoted(directory)));
+                      QStringLiteral("%1 is not an existing directory").arg(Quoted(directory)));
     if (arguments.serverPath.isEmpty())
-        throw Failure(ExitStatus::WrongUsage, QStringLiteral("the server path is empty; give one, such as /docs"));
+        throw Failure(ExitStatus::WrongUsage, QStringLiteral("the server path is empty; give a path such as /docs"));
 
-    Bracket bracket(session); // so that no other program records an overlapping root between the look and the write
+    ClientTransaction transaction(session); // keeps other programs from adding an overlapping root after the check
     if (arguments.account)
         FindAccount(session, *arguments.account);
-    if (auto const conflict = FindRootConflict(directory, session.Read(session.folders().GetAllRootFolders())))
+    if (auto const conflict = FindRootConflict(directory, session.Checked(session.folders().GetAllRootFolders())))
         throw Failure(ExitStatus::NothingFound,
-                      QStringLiteral("%1 %2 %3; roots must lie apart, so add another directory or remove that root")
+                      QStringLiteral("%1 %2 %3; roots must not overlap: add another directory or remove that root")
                           .arg(Quoted(directory),
                                QLatin1String(conflict->relation),
-                               Titled("root", conflict->root.getId(), conflict->root.getClientPath())));
+                               Label("root", conflict->root.getId(), conflict->root.getClientPath())));
 
     FolderConfiguration root;
     root.setParentId(0);
@@ -62,11 +62,11 @@ ExitStatus AddRoot(Session& session, AddArguments const& arguments)
     root.setServerPath(QDir::cleanPath(arguments.serverPath));
     if (arguments.account)
         root.setAuthenticationId(*arguments.account);
-    session.Wrote(session.folders().Add(root));
-    bracket.Commit();
+    session.CheckWritten(session.folders().Add(root));
+    transaction.Commit();
 
     session.output().Report(QStringLiteral("recorded %1; 'tandryctl scan %2' records what is in it")
-                                .arg(Titled("root", root.getId(), directory), QString::number(root.getId())),
+                                .arg(Label("root", root.getId(), directory), QString::number(root.getId())),
                             FolderColumns(),
                             root);
     return ExitStatus::Done;
@@ -76,24 +76,26 @@ ExitStatus RemoveRoot(Session& session, RemoveArguments const& arguments)
 {
     FolderConfiguration const root = FindRoot(session, arguments.id);
     int const id = root.getId();
-    auto const countNaming = [&](char const* table, char const* column) {
-        return session.Read(session.questions().CountNaming(table, column, id));
+    auto const countReferences = [&](char const* table, char const* column) {
+        return session.Checked(session.queries().CountReferences(table, column, id));
     };
 
-    Removal removal(Titled("root", id, root.getClientPath()));
-    removal.Takes(countNaming("FolderConfiguration", "rootId") - 1, "folder", "folders");
-    removal.Takes(countNaming("FileConfiguration", "rootFolderId"), "file", "files");
-    removal.Takes(countNaming("GeneratedFileConfiguration", "rootFolderId"), "generated file", "generated files");
-    removal.Leaves(countNaming("BaseFileConfiguration", "rootFolderId"), "base file", "base files");
-    removal.Leaves(session.Read(session.questions().CountNamingTree("Schedules", "folderConfigurationId", id)),
-                   "schedule",
-                   "schedules");
+    Removal removal(Label("root", id, root.getClientPath()));
+    removal.AddRemoved(countReferences("FolderConfiguration", "rootId") - 1, "folder", "folders");
+    removal.AddRemoved(countReferences("FileConfiguration", "rootFolderId"), "file", "files");
+    removal.AddRemoved(
+        countReferences("GeneratedFileConfiguration", "rootFolderId"), "generated file", "generated files");
+    removal.AddOrphaned(countReferences("BaseFileConfiguration", "rootFolderId"), "base file", "base files");
+    removal.AddOrphaned(
+        session.Checked(session.queries().CountReferencesToTree("Schedules", "folderConfigurationId", id)),
+        "schedule",
+        "schedules");
     session.ConfirmRemoval(removal.text());
 
-    Bracket bracket(session);
-    session.Wrote(session.files().RemoveGeneratedFileConfigurationsByRootFolderId(id));
-    session.Wrote(session.folders().CleanRootFolder(id));
-    bracket.Commit();
+    ClientTransaction transaction(session);
+    session.CheckWritten(session.files().RemoveGeneratedFileConfigurationsByRootFolderId(id));
+    session.CheckWritten(session.folders().CleanRootFolder(id));
+    transaction.Commit();
     session.output().Report(QStringLiteral("removed ") + removal.text(), FolderColumns(), root);
     return ExitStatus::Done;
 }
@@ -102,26 +104,27 @@ ExitStatus RemoveRoot(Session& session, RemoveArguments const& arguments)
 
 void AddRootCommands(Command& top)
 {
-    Command roots = top.Add("root", "Add and remove synchronised roots");
+    Command roots = top.Add("root", "Add and remove roots");
 
     auto const add = std::make_shared<AddArguments>();
     roots.Add("add", "Record an existing directory as a root")
         .Argument("DIR", add->directory, "The directory")
-        .Required("--server-path", add->serverPath, "PATH", "The path on the server that it is synchronised with")
+        .Required("--server-path", add->serverPath, "PATH", "The server path that it is synchronised with")
         .Option("--account", add->account, "The account that it belongs to")
-        .Option("--name", add->name, "NAME", "What to call it; without it the directory's own name")
-        .Remark("A directory that is a root already, lies inside one or encloses one is refused. Only the directory\n"
-                "itself is recorded: 'tandryctl scan' records what is in it.")
+        .Option("--name", add->name, "NAME", "The name to show; by default the directory's name")
+        .Remark(
+            "Refuses a directory that is a root, lies inside one or encloses one. Records only the directory itself:\n"
+            "'tandryctl scan' records its contents.")
         .Example("root add ~/Documents --server-path /home/documents", "record a directory")
-        .Example("root add /srv/team --server-path /team --account 2", "record one that belongs to account 2")
+        .Example("root add /srv/team --server-path /team --account 2", "record a directory for account 2")
         .Run(StoreAccess::Write, [add](Session& session) { return AddRoot(session, *add); });
 
     auto const remove = std::make_shared<RemoveArguments>();
-    roots.Add("remove", "Remove a root with everything on record in it")
+    roots.Add("remove", "Remove a root with all its folders and files on record")
         .Argument("ID", remove->id, "The root's id")
-        .Remark("Says what will go and asks first. Nothing on disk is touched.")
-        .Example("root remove 1", "remove root 1 after a question")
-        .Example("root remove 1 --yes", "remove it without one")
+        .Remark("Shows what will be removed and asks for confirmation. Deletes nothing on disk.")
+        .Example("root remove 1", "remove root 1 after confirmation")
+        .Example("root remove 1 --yes", "remove it without confirmation")
         .Run(StoreAccess::Write, [remove](Session& session) { return RemoveRoot(session, *remove); });
 }
 

@@ -40,7 +40,7 @@ ScanCounts& ScanCounts::operator+=(ScanCounts const& other)
     filesPruned += other.filesPruned;
     linksToDirectories += other.linksToDirectories;
     brokenLinks += other.brokenLinks;
-    specials += other.specials;
+    specialFiles += other.specialFiles;
     problems += other.problems;
     return *this;
 }
@@ -56,12 +56,12 @@ RootScan::RootScan(Session& session, FolderConfiguration const& root, bool prune
 ScanCounts RootScan::Run()
 {
     if (!QFileInfo(_rootPath).isDir()) {
-        // Nothing is pruned: a disk that is not mounted is not a root that was emptied.
-        _counts.problems.append(QStringLiteral("%1 is no directory on disk; its records were left as they are")
-                                    .arg(Titled("root", _root.getId(), _rootPath)));
+        // Not pruned: the disk may just not be mounted.
+        _counts.problems.append(QStringLiteral("%1 is not a directory on disk; its records are unchanged")
+                                    .arg(Label("root", _root.getId(), _rootPath)));
         return _counts;
     }
-    _LoadRecorded();
+    _LoadRecords();
     _ReadDisk();
     if (_prune)
         _PlanPruning();
@@ -69,17 +69,17 @@ ScanCounts RootScan::Run()
     return _counts;
 }
 
-void RootScan::_LoadRecorded()
+void RootScan::_LoadRecords()
 {
-    // One listing each, and then a hash: a look-up for each entry on disk would cost several times as much.
+    // Two listings and a hash cost a fraction of a look-up for each entry on disk.
     for (FolderConfiguration const& folder :
-         _session.Read(_session.folders().GetFolderConfigurationsByRootId(_root.getId()))) {
+         _session.Checked(_session.folders().GetFolderConfigurationsByRootId(_root.getId()))) {
         if (!_folders.contains(folder.getClientPath()))
             _folders.insert(folder.getClientPath(), {folder.getId(), folder.getParentId()});
     }
     _folders.insert(_rootPath, {_root.getId(), 0, true});
 
-    QVector<FileConfiguration> const files = _session.Read(
+    QVector<FileConfiguration> const files = _session.Checked(
         _session.files().GetFileConfigurationsByRootFolderId(_root.getId(), sync::config::FileConfigurationTypeFile));
     _files.reserve(files.size());
     for (FileConfiguration const& file : files) {
@@ -91,20 +91,20 @@ void RootScan::_LoadRecorded()
 void RootScan::_ReadDisk()
 {
     Progress progress(QStringLiteral("reading"), "files");
-    std::vector<QString> open{_rootPath}; // no recursion: trees can be deeper than a stack
-    while (!open.empty()) {
-        QString const path = std::move(open.back());
-        open.pop_back();
-        progress.Advance(_ReadDirectory(path, open));
+    std::vector<QString> pending{_rootPath}; // not recursive: a tree may be too deep for the stack
+    while (!pending.empty()) {
+        QString const path = std::move(pending.back());
+        pending.pop_back();
+        progress.Advance(_ReadDirectory(path, pending));
     }
 }
 
-qint64 RootScan::_ReadDirectory(QString const& path, std::vector<QString>& open)
+qint64 RootScan::_ReadDirectory(QString const& path, std::vector<QString>& pending)
 {
     DirectoryListing const listing = ListDirectory(path);
     _counts.linksToDirectories += listing.linksToDirectories;
     _counts.brokenLinks += listing.brokenLinks;
-    _counts.specials += listing.specials;
+    _counts.specialFiles += listing.specialFiles;
     _counts.problems += listing.problems;
     if (!listing.complete)
         _incomplete.push_back(path);
@@ -114,7 +114,7 @@ qint64 RootScan::_ReadDirectory(QString const& path, std::vector<QString>& open)
     for (FileOnDisk const& file : listing.files)
         _CompareFile(path, file);
     for (auto name = listing.directories.crbegin(); name != listing.directories.crend(); ++name)
-        open.push_back(ChildPath(path, *name)); // the first name on top
+        pending.push_back(ChildPath(path, *name)); // in reverse, so that the first name is read first
     return qint64(listing.files.size());
 }
 
@@ -129,7 +129,7 @@ void RootScan::_CompareFolder(QString const& path, QString const& parent)
     ++_counts.foldersThere;
     auto const knownParent = _folders.constFind(parent);
     if (knownParent == _folders.constEnd() || knownParent->id != known->parentId)
-        _strayFolders.emplace_back(path, parent);
+        _misplacedFolders.emplace_back(path, parent);
 }
 
 void RootScan::_CompareFile(QString const& folder, FileOnDisk const& file)
@@ -153,18 +153,12 @@ void RootScan::_PlanPruning()
 {
     for (auto file = _files.cbegin(); file != _files.cend(); ++file) {
         if (!file->onDisk && !_MayBeOnDisk(file.key()))
-            _goneFiles.push_back(file->id);
+            _filesToRemove.push_back(file->id);
     }
-    std::vector<QString> gone;
     for (auto folder = _folders.cbegin(); folder != _folders.cend(); ++folder) {
         if (!folder->onDisk && !_MayBeOnDisk(folder.key()))
-            gone.push_back(folder.key());
+            _foldersToRemove.push_back(folder->id);
     }
-    // Deepest first, so that what a broken scan leaves is still a tree.
-    std::sort(
-        gone.begin(), gone.end(), [](QString const& left, QString const& right) { return left.size() > right.size(); });
-    for (QString const& path : gone)
-        _goneFolders.push_back(_folders.value(path).id);
 }
 
 bool RootScan::_MayBeOnDisk(QString const& path) const
@@ -176,50 +170,50 @@ bool RootScan::_MayBeOnDisk(QString const& path) const
 
 void RootScan::_Write()
 {
-    size_t const total = _newFolders.size() + _strayFolders.size() + _plannedFiles.size() + _plannedLinks.size() +
-                         _goneFiles.size() + _goneFolders.size();
+    size_t const total = _newFolders.size() + _misplacedFolders.size() + _plannedFiles.size() + _plannedLinks.size() +
+                         _filesToRemove.size() + _foldersToRemove.size();
     if (total == 0)
         return;
 
     Progress progress(QStringLiteral("recording"), "records", qint64(total));
-    Bracket bracket(_session);
+    ClientTransaction transaction(_session);
     for (QString const& path : _newFolders) {
         _AddFolder(path);
         progress.Advance();
     }
-    for (auto const& [path, parent] : _strayFolders) {
-        _HangBelowParent(path, parent);
+    for (auto const& [path, parent] : _misplacedFolders) {
+        _Reparent(path, parent);
         progress.Advance();
     }
-    // Links last: what they lead to is on record by then.
+    // Links last, when their targets have been recorded.
     for (auto const* files : {&_plannedFiles, &_plannedLinks}) {
         for (PlannedFile const& planned : *files) {
             _WriteFile(planned);
             progress.Advance();
         }
     }
-    for (int const id : _goneFiles) {
-        _session.Wrote(_session.files().RemoveFileConfigurationAndLinkedConfigurations(id));
+    for (int const id : _filesToRemove) {
+        _session.CheckWritten(_session.files().RemoveFileConfigurationAndLinkedConfigurations(id));
         ++_counts.filesPruned;
         progress.Advance();
     }
-    for (int const id : _goneFolders) {
-        _session.Wrote(_session.folders().Remove(id));
+    for (int const id : _foldersToRemove) {
+        _session.CheckWritten(_session.folders().Remove(id));
         ++_counts.foldersPruned;
         progress.Advance();
     }
-    bracket.Commit();
+    transaction.Commit();
 }
 
 void RootScan::_AddFolder(QString const& path)
 {
     if (!_folders.contains(QFileInfo(path).absolutePath()))
-        return; // its parent found no place, which has been told
-    FolderConfiguration const folder = _session.Read(_session.folders().AddFolderAndParent(path, _root));
+        return; // a problem of its parent has been reported
+    FolderConfiguration const folder = _session.Checked(_session.folders().AddFolderAndParent(path, _root));
     if (folder.getId() == -1 || folder.getRootId() != _root.getId()) {
-        _counts.problems.append(folder.getId() == -1 ? QStringLiteral("%1 finds no place below %2")
-                                                           .arg(Quoted(path), Titled("root", _root.getId(), _rootPath))
-                                                     : QStringLiteral("%1 is on record in root %2 already")
+        _counts.problems.append(folder.getId() == -1 ? QStringLiteral("%1 cannot be recorded below %2")
+                                                           .arg(Quoted(path), Label("root", _root.getId(), _rootPath))
+                                                     : QStringLiteral("%1 is already recorded in root %2")
                                                            .arg(Quoted(path), QString::number(folder.getRootId())));
         return;
     }
@@ -227,32 +221,33 @@ void RootScan::_AddFolder(QString const& path)
     ++_counts.foldersAdded;
 }
 
-void RootScan::_HangBelowParent(QString const& path, QString const& parent)
+void RootScan::_Reparent(QString const& path, QString const& parent)
 {
     auto const knownParent = _folders.constFind(parent);
     if (knownParent == _folders.constEnd())
         return;
-    FolderConfiguration folder = _session.Read(_session.folders().GetFolderConfigurationById(_folders.value(path).id));
+    FolderConfiguration folder =
+        _session.Checked(_session.folders().GetFolderConfigurationById(_folders.value(path).id));
     folder.setParentId(knownParent->id);
-    _session.Wrote(_session.folders().Update(folder));
+    _session.CheckWritten(_session.folders().Update(folder));
     ++_counts.foldersChanged;
 }
 
 void RootScan::_WriteFile(PlannedFile const& planned)
 {
     if (!_folders.contains(planned.folder))
-        return; // the folder found no place, which has been told
+        return; // a problem of its folder has been reported
 
     FileConfiguration file;
     if (planned.known)
-        file = _session.Read(_session.files().GetFileConfigurationById(planned.known->id));
+        file = _session.Checked(_session.files().GetFileConfigurationById(planned.known->id));
     _Fill(file, planned);
     if (planned.known) {
-        _session.Wrote(_session.files().Update(file));
+        _session.CheckWritten(_session.files().Update(file));
         ++_counts.filesChanged;
     }
     else {
-        _session.Wrote(_session.files().Add(file));
+        _session.CheckWritten(_session.files().Add(file));
         ++_counts.filesAdded;
     }
 }
@@ -282,7 +277,7 @@ void RootScan::_Fill(FileConfiguration& file, PlannedFile const& planned) const
 
 QString RootScan::_RecordedTarget(QString const& folder, QString const& linkTarget) const
 {
-    // A target behind a link to a folder, or behind another link, is on record by the path that it has without them.
+    // Files are recorded by paths without links, so a target behind another link is stored by its resolved path.
     QString const asWritten =
         QDir::cleanPath(linkTarget.startsWith(QLatin1Char('/')) ? linkTarget : ChildPath(folder, linkTarget));
     QString const resolved = QFileInfo(asWritten).canonicalFilePath();

@@ -19,13 +19,14 @@ namespace tandryctl {
 class Progress;
 class Session;
 
-/// What a scan found and did.
+/// The results of a scan.
 struct ScanCounts
 {
-    /// Folders below the root, on record before the scan or because of it; the root itself is in neither.
+    // Folders below the root; the root itself is not counted.
     int foldersAdded = 0;
+    /// Folders that were recorded before the scan.
     int foldersThere = 0;
-    /// Of those that were there: hung below their parent again.
+    /// Of these, the ones whose parent has been corrected.
     int foldersChanged = 0;
     int foldersPruned = 0;
     int filesAdded = 0;
@@ -34,22 +35,22 @@ struct ScanCounts
     int filesPruned = 0;
     int linksToDirectories = 0;
     int brokenLinks = 0;
-    int specials = 0;
+    int specialFiles = 0;
     QStringList problems;
 
     ScanCounts& operator+=(ScanCounts const& other);
 };
 
-/// Brings one root's folders and files on record in line with the disk.
+/// Updates the records of one root's folders and files from the disk.
 ///
-/// The disk is read and compared with the store first, and then all that differs is written in one bracket, so that
-/// other programs wait for the writing alone.
+/// Reads the disk and compares it with the store before it writes the differences in one client transaction, so that
+/// other programs wait for the writes only.
 class RootScan
 {
 public:
     RootScan(Session& session, sync::config::FolderConfiguration const& root, bool prune);
 
-    /// Throws when the store fails, and then the root's records are as they were.
+    /// Runs the scan. Throws if the store fails; the root's records are then unchanged.
     ScanCounts Run();
 
 private:
@@ -74,10 +75,10 @@ private:
         std::optional<KnownFile> known;
     };
 
-    void _LoadRecorded();
+    void _LoadRecords();
     void _ReadDisk();
-    /// Returns how many files there are in it.
-    qint64 _ReadDirectory(QString const& path, std::vector<QString>& open);
+    /// Compares a directory's entries, adds its sub-directories to `pending` and returns the number of its files.
+    qint64 _ReadDirectory(QString const& path, std::vector<QString>& pending);
     void _CompareFolder(QString const& path, QString const& parent);
     void _CompareFile(QString const& folder, FileOnDisk const& file);
     void _PlanPruning();
@@ -85,7 +86,7 @@ private:
 
     void _Write();
     void _AddFolder(QString const& path);
-    void _HangBelowParent(QString const& path, QString const& parent);
+    void _Reparent(QString const& path, QString const& parent);
     void _WriteFile(PlannedFile const& planned);
     void _Fill(sync::config::FileConfiguration& file, PlannedFile const& planned) const;
     QString _RecordedTarget(QString const& folder, QString const& linkTarget) const;
@@ -102,11 +103,11 @@ private:
     std::vector<QString> _incomplete;
 
     std::vector<QString> _newFolders;
-    std::vector<std::pair<QString, QString>> _strayFolders;
+    std::vector<std::pair<QString, QString>> _misplacedFolders;
     std::vector<PlannedFile> _plannedFiles;
     std::vector<PlannedFile> _plannedLinks;
-    std::vector<int> _goneFiles;
-    std::vector<int> _goneFolders;
+    std::vector<int> _filesToRemove;
+    std::vector<int> _foldersToRemove;
 };
 
 } // namespace tandryctl

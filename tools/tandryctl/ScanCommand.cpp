@@ -43,7 +43,7 @@ Columns<ScannedRoot> const& ScanColumns()
         {"filesPruned", Shown::Always, [](Root const& r) { return r.counts.filesPruned; }},
         {"linksToDirectories", Shown::Always, [](Root const& r) { return r.counts.linksToDirectories; }},
         {"brokenLinks", Shown::Always, [](Root const& r) { return r.counts.brokenLinks; }},
-        {"specialFiles", Shown::Always, [](Root const& r) { return r.counts.specials; }},
+        {"specialFiles", Shown::Always, [](Root const& r) { return r.counts.specialFiles; }},
         {"problems", Shown::Always, [](Root const& r) { return r.counts.problems.size(); }},
     };
     return columns;
@@ -62,8 +62,8 @@ void PrintTotals(Output& output, ScanCounts const& counts, bool pruned, qint64 e
         folders += QStringLiteral(", %1 pruned").arg(counts.foldersPruned);
         files += QStringLiteral(", %1 pruned").arg(counts.filesPruned);
     }
-    output.Line(folders);
-    output.Line(files);
+    output.PrintLine(folders);
+    output.PrintLine(files);
 
     QStringList leftOut;
     auto const leaveOut = [&](int count, char const* singular, char const* plural) {
@@ -72,14 +72,14 @@ void PrintTotals(Output& output, ScanCounts const& counts, bool pruned, qint64 e
     };
     leaveOut(counts.linksToDirectories, "link to a folder", "links to folders");
     leaveOut(counts.brokenLinks, "link to nothing", "links to nothing");
-    leaveOut(counts.specials, "special file", "special files");
+    leaveOut(counts.specialFiles, "special file", "special files");
     if (!leftOut.isEmpty())
-        output.Line(QStringLiteral("left out: ") + Enumerated(leftOut));
+        output.PrintLine(QStringLiteral("left out: ") + JoinWithAnd(leftOut));
 
-    int const files_ = counts.filesAdded + counts.filesChanged + counts.filesUnchanged;
-    output.Line(QStringLiteral("elapsed: %1 s, %2 files/s")
-                    .arg(double(elapsedMsec) / 1000, 0, 'f', 3)
-                    .arg(files_ * 1000LL / std::max(elapsedMsec, qint64(1))));
+    int const fileCount = counts.filesAdded + counts.filesChanged + counts.filesUnchanged;
+    output.PrintLine(QStringLiteral("elapsed: %1 s, %2 files/s")
+                         .arg(double(elapsedMsec) / 1000, 0, 'f', 3)
+                         .arg(fileCount * 1000LL / std::max(elapsedMsec, qint64(1))));
 }
 
 ExitStatus Scan(Session& session, Arguments const& arguments)
@@ -94,12 +94,12 @@ ExitStatus Scan(Session& session, Arguments const& arguments)
         totals += scanned.last().counts;
     }
 
-    if (session.output().form() == Form::Json)
+    if (session.output().format() == OutputFormat::Json)
         session.output().List(ScanColumns(), scanned);
     PrintTotals(session.output(), totals, arguments.prune, timer.elapsed());
-    session.Finish(); // ahead of the problems, which then stand at the end on a terminal too
+    session.Flush(); // so that the problems are the last lines on a terminal
     for (QString const& problem : qAsConst(totals.problems))
-        Complain(problem);
+        PrintError(problem);
     return totals.problems.isEmpty() ? ExitStatus::Done : ExitStatus::NothingFound;
 }
 
@@ -108,16 +108,16 @@ ExitStatus Scan(Session& session, Arguments const& arguments)
 void AddScanCommand(Command& top)
 {
     auto const arguments = std::make_shared<Arguments>();
-    top.Add("scan", "Record the folders and files that are on disk")
+    top.Add("scan", "Record the folders and files on disk")
         .OptionalArgument("ROOT_ID", arguments->root, "Only this root")
-        .Flag("--prune", arguments->prune, "Remove the records of what is no longer on disk")
-        .Remark("Adds the folders and files that are not on record yet, and marks those files as out of sync whose\n"
-                "size or time has changed. Symbolic links to folders are not followed; one to a file is recorded as a\n"
-                "file with a link. What can't be read or recorded is told at the end, and then the exit status is 1.\n"
-                "Each root is written as a whole or not at all. With --prune, files that were generated from a\n"
-                "vanished file are deleted from the disk too.")
-        .Example("scan", "record what is in all roots")
-        .Example("scan 1 --prune", "bring root 1 in line with the disk")
+        .Flag("--prune", arguments->prune, "Remove the records of files and folders that are no longer on disk")
+        .Remark("Adds folders and files that are not on record yet, and marks files as out of sync whose size or\n"
+                "modification time has changed. Symbolic links to folders are not followed; a link to a file is\n"
+                "recorded as a file with a link. What cannot be read or recorded is listed at the end, and the exit\n"
+                "status is then 1. Each root is written completely or not at all. With --prune, files that were\n"
+                "generated from a missing file are deleted from the disk too.")
+        .Example("scan", "record the contents of all roots")
+        .Example("scan 1 --prune", "update root 1 and remove records of missing files")
         .Run(StoreAccess::Write, [arguments](Session& session) { return Scan(session, *arguments); });
 }
 

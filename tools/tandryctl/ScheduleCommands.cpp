@@ -11,7 +11,7 @@ namespace {
 
 ExitStatus ShowDefault(Session& session)
 {
-    ScheduleEntry const schedule = session.Read(session.schedules().GetDefaultScheduleEntry());
+    ScheduleEntry const schedule = session.Checked(session.schedules().GetDefaultScheduleEntry());
     if (schedule.getId() == -1)
         throw Failure(ExitStatus::NothingFound,
                       QStringLiteral("the store has no default schedule; see 'tandryctl list schedules'"));
@@ -23,9 +23,9 @@ ExitStatus ShowDefault(Session& session)
 
 void AddScheduleCommands(Command& top)
 {
-    Command schedules = top.Add("schedule", "Look at schedules");
-    schedules.Add("default", "Show the schedule of folders that have none of their own")
-        .Example("schedule default", "show how often folders are synchronised")
+    Command schedules = top.Add("schedule", "Show schedules");
+    schedules.Add("default", "Show the default schedule, for folders without their own")
+        .Example("schedule default", "show the default schedule")
         .Run(StoreAccess::Read, ShowDefault);
 }
 

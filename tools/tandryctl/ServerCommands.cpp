@@ -5,7 +5,7 @@
 #include "Lookups.h"
 #include "RecordColumns.h"
 #include "Removal.h"
-#include "StoreQuestions.h"
+#include "StoreQueries.h"
 #include "Text.h"
 
 #include <QSettings>
@@ -27,12 +27,12 @@ struct Arguments
     std::optional<QString> encoder;
 };
 
-QString Title(ServerConfiguration const& server)
+QString LabelOf(ServerConfiguration const& server)
 {
-    return Titled("server", server.getId(), NameOf(server));
+    return Label("server", server.getId(), NameOf(server));
 }
 
-/// Stored URLs end without the slash that look-ups by URL cut off; an update stores what it is given.
+/// Look-ups by URL cut one trailing slash and so does adding a server, but `Update` stores the URL unchanged.
 QString WithoutSlash(QString url)
 {
     if (url.endsWith(QLatin1Char('/')))
@@ -52,14 +52,14 @@ void Fill(ServerConfiguration& server, Arguments const& arguments)
         server.setBinaryDiffEncoder(*arguments.encoder);
 }
 
-void RefuseDouble(Session& session, ServerConfiguration const& server)
+void RefuseDuplicate(Session& session, ServerConfiguration const& server)
 {
     ServerConfiguration const other =
-        session.Read(session.servers().GetServerConfigByServers(server.getDavUrl(), server.getWebServiceUrl()));
+        session.Checked(session.servers().GetServerConfigByServers(server.getDavUrl(), server.getWebServiceUrl()));
     if (other.getId() != -1 && other.getId() != server.getId())
         throw Failure(ExitStatus::NothingFound,
-                      QStringLiteral("%1 has these URLs already; change that one with 'tandryctl server update %2'")
-                          .arg(Title(other), QString::number(other.getId())));
+                      QStringLiteral("%1 already has these URLs; change it with 'tandryctl server update %2'")
+                          .arg(LabelOf(other), QString::number(other.getId())));
 }
 
 ExitStatus Add(Session& session, Arguments const& arguments)
@@ -69,17 +69,17 @@ ExitStatus Add(Session& session, Arguments const& arguments)
     if (server.getDavUrl().isEmpty() && server.getWebServiceUrl().isEmpty())
         throw Failure(ExitStatus::WrongUsage,
                       QStringLiteral("a server needs a URL; give --dav-url, --web-service-url or both"));
-    Bracket bracket(session);
-    RefuseDouble(session, server);
-    session.Wrote(session.servers().Add(server));
-    bracket.Commit();
-    session.output().Report(QStringLiteral("added ") + Title(server), ServerColumns(), server);
+    ClientTransaction transaction(session);
+    RefuseDuplicate(session, server);
+    session.CheckWritten(session.servers().Add(server));
+    transaction.Commit();
+    session.output().Report(QStringLiteral("added ") + LabelOf(server), ServerColumns(), server);
     return ExitStatus::Done;
 }
 
 ExitStatus ListAll(Session& session)
 {
-    return List(session, ServerColumns(), session.Read(session.servers().GetAll()), "servers");
+    return List(session, ServerColumns(), session.Checked(session.servers().GetAll()), "servers");
 }
 
 ExitStatus Show(Session& session, Arguments const& arguments)
@@ -90,32 +90,32 @@ ExitStatus Show(Session& session, Arguments const& arguments)
 
 ExitStatus Update(Session& session, Arguments const& arguments)
 {
-    Bracket bracket(session);
+    ClientTransaction transaction(session);
     ServerConfiguration server = FindServer(session, arguments.id);
     Fill(server, arguments);
-    RefuseDouble(session, server);
-    session.Wrote(session.servers().Update(server));
-    bracket.Commit();
-    session.output().Report(QStringLiteral("updated ") + Title(server), ServerColumns(), server);
+    RefuseDuplicate(session, server);
+    session.CheckWritten(session.servers().Update(server));
+    transaction.Commit();
+    session.output().Report(QStringLiteral("updated ") + LabelOf(server), ServerColumns(), server);
     return ExitStatus::Done;
 }
 
-QStringList NamesOfAccounts(Session& session, int serverId)
+QStringList LabelsOfAccounts(Session& session, int serverId)
 {
     QStringList names;
-    for (AuthenticationConfiguration const& account : session.Read(session.accounts().GetAll())) {
+    for (AuthenticationConfiguration const& account : session.Checked(session.accounts().GetAll())) {
         if (account.getServerId() == serverId)
-            names.append(Titled("account", account.getId(), NameOf(account)));
+            names.append(Label("account", account.getId(), NameOf(account)));
     }
     return names;
 }
 
-QStringList NamesOfProducts(Session& session, int serverId)
+QStringList LabelsOfProducts(Session& session, int serverId)
 {
     QStringList names;
-    for (ProductConfiguration const& product : session.Read(session.products().GetAll())) {
-        if (session.Read(session.questions().ServerOfProduct(product.getId())) == serverId)
-            names.append(Titled("product", product.getId(), product.getName()));
+    for (ProductConfiguration const& product : session.Checked(session.products().GetAll())) {
+        if (session.Checked(session.queries().ServerOfProduct(product.getId())) == serverId)
+            names.append(Label("product", product.getId(), product.getName()));
     }
     return names;
 }
@@ -123,21 +123,23 @@ QStringList NamesOfProducts(Session& session, int serverId)
 ExitStatus Remove(Session& session, Arguments const& arguments)
 {
     ServerConfiguration const server = FindServer(session, arguments.id);
-    Removal removal(Title(server));
-    auto const countNaming = [&](char const* table) {
-        return session.Read(session.questions().CountNaming(table, "serverId", server.getId()));
+    Removal removal(LabelOf(server));
+    auto const countReferences = [&](char const* table) {
+        return session.Checked(session.queries().CountReferences(table, "serverId", server.getId()));
     };
-    removal.Leaves(
-        countNaming("AuthenticationConfiguration"), "account", "accounts", NamesOfAccounts(session, server.getId()));
-    removal.Leaves(
-        countNaming("ProductConfiguration"), "product", "products", NamesOfProducts(session, server.getId()));
+    removal.AddOrphaned(countReferences("AuthenticationConfiguration"),
+                        "account",
+                        "accounts",
+                        LabelsOfAccounts(session, server.getId()));
+    removal.AddOrphaned(
+        countReferences("ProductConfiguration"), "product", "products", LabelsOfProducts(session, server.getId()));
     session.ConfirmRemoval(removal.text());
-    session.Wrote(session.servers().Remove(server.getId()));
+    session.CheckWritten(session.servers().Remove(server.getId()));
     session.output().Report(QStringLiteral("removed ") + removal.text(), ServerColumns(), server);
     return ExitStatus::Done;
 }
 
-/// The setting that the library reads; it gives back the server alone.
+/// The setting behind `GetDefaultServerConfig`, which returns only the server.
 class DefaultServerSetting
 {
 public:
@@ -161,7 +163,7 @@ private:
 ExitStatus ShowDefault(Session& session)
 {
     QString const setting = DefaultServerSetting().text();
-    ServerConfiguration const server = session.Read(session.servers().GetDefaultServerConfig());
+    ServerConfiguration const server = session.Checked(session.servers().GetDefaultServerConfig());
     if (server.getId() == -1)
         throw Failure(
             ExitStatus::NothingFound,
@@ -170,11 +172,11 @@ ExitStatus ShowDefault(Session& session)
     return ExitStatus::Done;
 }
 
-Command& TakeFields(Command& command, Arguments& arguments)
+Command& AddFieldOptions(Command& command, Arguments& arguments)
 {
-    return command.Option("--dav-url", arguments.davUrl, "URL", "Where files are exchanged")
-        .Option("--web-service-url", arguments.webServiceUrl, "URL", "Where the web service answers")
-        .Option("--alias", arguments.alias, "NAME", "What to call it; without it a part of the web service URL")
+    return command.Option("--dav-url", arguments.davUrl, "URL", "The URL for file transfer")
+        .Option("--web-service-url", arguments.webServiceUrl, "URL", "The URL of the web service")
+        .Option("--alias", arguments.alias, "NAME", "The name to show; by default a part of the web service URL")
         .Option("--encoder", arguments.encoder, "NAME", "The binary-diff encoder that it uses");
 }
 
@@ -182,13 +184,13 @@ Command& TakeFields(Command& command, Arguments& arguments)
 
 void AddServerCommands(Command& top)
 {
-    Command servers = top.Add("server", "Look after the servers");
+    Command servers = top.Add("server", "Manage servers");
     auto const arguments = std::make_shared<Arguments>();
 
     Command add = servers.Add("add", "Add a server");
-    TakeFields(add, *arguments)
+    AddFieldOptions(add, *arguments)
         .Example("server add --dav-url https://files.example.org/dav --web-service-url https://files.example.org/api",
-                 "add a server that will be called 'files'")
+                 "add a server, shown as 'files'")
         .Run(StoreAccess::Write, [arguments](Session& session) { return Add(session, *arguments); });
 
     servers.Add("list", "List the servers").Example("server list", "show all servers").Run(StoreAccess::Read, ListAll);
@@ -199,19 +201,19 @@ void AddServerCommands(Command& top)
         .Run(StoreAccess::Read, [arguments](Session& session) { return Show(session, *arguments); });
 
     Command update = servers.Add("update", "Change a server");
-    TakeFields(update.Argument("ID", arguments->id, "The server's id"), *arguments)
-        .Remark("What is not given stays as it is.")
-        .Example("server update 1 --alias Office", "give server 1 another name")
+    AddFieldOptions(update.Argument("ID", arguments->id, "The server's id"), *arguments)
+        .Remark("Options that are not given leave their values unchanged.")
+        .Example("server update 1 --alias Office", "rename server 1")
         .Run(StoreAccess::Write, [arguments](Session& session) { return Update(session, *arguments); });
 
     servers.Add("remove", "Remove a server")
         .Argument("ID", arguments->id, "The server's id")
-        .Remark("Says which accounts and products would be left without a server, and asks first.")
-        .Example("server remove 1", "remove server 1 after a question")
+        .Remark("Lists the accounts and products that will be left without a server, and asks for confirmation.")
+        .Example("server remove 1", "remove server 1 after confirmation")
         .Run(StoreAccess::Write, [arguments](Session& session) { return Remove(session, *arguments); });
 
-    servers.Add("default", "Show the default server and what makes it that")
-        .Example("server default", "show which server a new account is offered")
+    servers.Add("default", "Show the default server and the setting behind it")
+        .Example("server default", "show the default server")
         .Run(StoreAccess::Read, ShowDefault);
 }
 

@@ -1,7 +1,7 @@
 #include "Session.h"
 
 #include "Failure.h"
-#include "StoreQuestions.h"
+#include "StoreQueries.h"
 #include "Terminal.h"
 #include "Text.h"
 
@@ -32,9 +32,10 @@ QString StorePath(QString const& given)
 
 [[noreturn]] void ThrowNoStore(QString const& path)
 {
-    throw Failure(ExitStatus::StoreFailed,
-                  QStringLiteral("there is no store %1; make one with 'tandryctl --store FILE init', or name another")
-                      .arg(Quoted(path)));
+    throw Failure(
+        ExitStatus::StoreFailed,
+        QStringLiteral("there is no store %1; create it with 'tandryctl --store FILE init' or give another one")
+            .arg(Quoted(path)));
 }
 
 OpenOptions OptionsFor(StoreAccess access)
@@ -59,17 +60,17 @@ OpenOptions OptionsFor(StoreAccess access)
 Session::Session(SessionOptions const& options, StoreAccess access)
     : _storePath(StorePath(options.storePath))
     , _yes(options.yes)
-    , _output(_stdout, options.json ? Form::Json : Form::Plain)
+    , _output(_stdout, options.json ? OutputFormat::Json : OutputFormat::Plain)
 {
     if (!_stdout.open(STDOUT_FILENO, QIODevice::WriteOnly | QIODevice::Unbuffered))
-        throw Failure(ExitStatus::NothingFound, QStringLiteral("standard output can't be written to"));
+        throw Failure(ExitStatus::NothingFound, QStringLiteral("standard output cannot be written"));
 
     QFileInfo const file(_storePath);
     bool const exists = file.exists() || file.isSymLink();
     if (!exists && access != StoreAccess::Create)
         ThrowNoStore(_storePath);
     if (!exists && options.storePath.isEmpty())
-        QDir().mkpath(file.absolutePath()); // one that can't be made shows at the opening
+        QDir().mkpath(file.absolutePath()); // if this fails, opening the store reports it
     _isNew = !exists;
 
     QString error;
@@ -83,17 +84,18 @@ Session::Session(SessionOptions const& options, StoreAccess access)
     _accounts = std::make_unique<sync::config::AuthenticationConfigManager>(_store);
     _products = std::make_unique<sync::config::ProductConfigManager>(_store);
     _schedules = std::make_unique<sync::config::ScheduleEntryManager>(_store);
-    _questions = std::make_unique<StoreQuestions>(_store);
+    _queries = std::make_unique<StoreQueries>(_store);
 }
 
 Session::~Session() = default;
 
-void Session::Wrote(bool done)
+void Session::CheckWritten(bool written)
 {
     _ThrowIfStoreFailed();
-    if (!done)
-        throw Failure(ExitStatus::StoreFailed,
-                      QStringLiteral("the store %1 refused to write and gave no reason").arg(Quoted(_storePath)));
+    if (!written)
+        throw Failure(
+            ExitStatus::StoreFailed,
+            QStringLiteral("the store %1 could not be written and reported no reason").arg(Quoted(_storePath)));
 }
 
 void Session::ConfirmRemoval(QString const& what)
@@ -101,9 +103,8 @@ void Session::ConfirmRemoval(QString const& what)
     if (_yes)
         return;
     if (!CanAsk())
-        throw Failure(
-            ExitStatus::WrongUsage,
-            QStringLiteral("this would remove %1; give --yes to do so without a terminal to ask on").arg(what));
+        throw Failure(ExitStatus::WrongUsage,
+                      QStringLiteral("this would remove %1; without a terminal to confirm it, give --yes").arg(what));
     if (!Ask(QStringLiteral("Remove %1?").arg(what)))
         throw Failure(ExitStatus::NothingFound, QStringLiteral("nothing was removed"));
 }
@@ -124,10 +125,10 @@ QStringList Session::FindDamage()
     return *damage;
 }
 
-void Session::Finish()
+void Session::Flush()
 {
-    if (!_output.Finish())
-        throw Failure(ExitStatus::NothingFound, QStringLiteral("the output could not be written in full"));
+    if (!_output.Flush())
+        throw Failure(ExitStatus::NothingFound, QStringLiteral("the output could not be written completely"));
 }
 
 void Session::_ThrowIfStoreFailed()
@@ -137,22 +138,22 @@ void Session::_ThrowIfStoreFailed()
         throw Failure(ExitStatus::StoreFailed, QStringLiteral("the store failed: ") + Printable(error->text));
 }
 
-Bracket::Bracket(Session& session)
+ClientTransaction::ClientTransaction(Session& session)
     : _session(session)
 {
-    _session.Wrote(_session.files().transaction());
+    _session.CheckWritten(_session.files().transaction());
 }
 
-Bracket::~Bracket()
+ClientTransaction::~ClientTransaction()
 {
     if (_open)
-        static_cast<void>(_session.files().rollback()); // on the way out with the failure that counts
+        static_cast<void>(_session.files().rollback()); // a failure is already being reported
 }
 
-void Bracket::Commit()
+void ClientTransaction::Commit()
 {
     _open = false;
-    _session.Wrote(_session.files().commit());
+    _session.CheckWritten(_session.files().commit());
 }
 
 } // namespace tandryctl

@@ -22,19 +22,20 @@ class SqliteDatabaseFactory;
 
 namespace tandryctl {
 
-class StoreQuestions;
+class StoreQueries;
 
 /// How a command opens the store.
 enum class StoreAccess
 {
-    /// Makes it where there is none.
+    /// Opens it for writing; creates it if it is missing.
     Create,
+    /// Opens it for writing.
     Write,
-    /// Changes no byte of it.
+    /// Opens it for reading; changes no byte of it.
     Read
 };
 
-/// What every command takes from the command line.
+/// The common options of all commands.
 struct SessionOptions
 {
     /// Empty for the user's own store.
@@ -43,10 +44,10 @@ struct SessionOptions
     bool yes = false;
 };
 
-/// An open store with its managers, and the output of one command.
+/// The open store with its managers, and the output of one command.
 ///
-/// The managers answer a failure like a miss, so every answer goes through `Read` or `Wrote`, which ask the store
-/// whether it failed and throw `Failure` if so.
+/// A manager returns the same for a miss and for a failure, so every result is passed to `Checked` or `CheckWritten`,
+/// which throw `Failure` if the store has failed.
 class Session
 {
 public:
@@ -54,7 +55,7 @@ public:
     ~Session();
 
     QString const& storePath() const { return _storePath; }
-    /// False when `StoreAccess::Create` found a store.
+    /// Returns whether this session has created the store.
     bool isNew() const { return _isNew; }
 
     sync::config::FolderConfigManager& folders() { return *_folders; }
@@ -63,32 +64,32 @@ public:
     sync::config::AuthenticationConfigManager& accounts() { return *_accounts; }
     sync::config::ProductConfigManager& products() { return *_products; }
     sync::config::ScheduleEntryManager& schedules() { return *_schedules; }
-    /// What no manager answers.
-    StoreQuestions& questions() { return *_questions; }
+    /// Queries that no manager offers.
+    StoreQueries& queries() { return *_queries; }
     Output& output() { return _output; }
 
-    /// Passes on what a reading operation answered, unless the store could not be read.
+    /// Returns the result of a reading operation. Throws if the store has failed.
     template <class Answer>
-    Answer Read(Answer answer)
+    Answer Checked(Answer answer)
     {
         _ThrowIfStoreFailed();
         return answer;
     }
 
-    /// Looks at what a writing operation answered, and at whether what it wrote has become durable.
-    void Wrote(bool done);
+    /// Throws if a writing operation has returned false, or if its commit has failed.
+    void CheckWritten(bool written);
 
-    /// Asks before something goes; throws when the answer is no, or when nobody can be asked. `what` says what will go
-    /// and what will not: "folder 3 '/a' with 2 files".
+    /// Asks for confirmation; throws if it is denied or if there is no terminal. `what` completes the question "Remove
+    /// ...?", such as "folder 3 '/a' with 2 files".
     void ConfirmRemoval(QString const& what);
 
-    /// Copies the store to a new file; throws when there is no whole copy.
+    /// Copies the store to a new file. Throws if that fails.
     void Backup(QString const& path);
-    /// What is wrong in the store, each fault in one text; throws when it can't be looked through.
+    /// Returns one text per fault found in the store. Throws if the store cannot be checked.
     QStringList FindDamage();
 
-    /// Hands over all output; throws when it could not be written.
-    void Finish();
+    /// Writes all output. Throws if that fails.
+    void Flush();
 
 private:
     Q_DISABLE_COPY_MOVE(Session)
@@ -107,20 +108,20 @@ private:
     std::unique_ptr<sync::config::AuthenticationConfigManager> _accounts;
     std::unique_ptr<sync::config::ProductConfigManager> _products;
     std::unique_ptr<sync::config::ScheduleEntryManager> _schedules;
-    std::unique_ptr<StoreQuestions> _questions;
+    std::unique_ptr<StoreQueries> _queries;
 };
 
-/// The client's own bracket around several operations: what was written in it goes when it ends without a `Commit`.
-class Bracket
+/// A client transaction. The destructor rolls it back unless `Commit` has been called.
+class ClientTransaction
 {
 public:
-    explicit Bracket(Session& session);
-    ~Bracket();
+    explicit ClientTransaction(Session& session);
+    ~ClientTransaction();
 
     void Commit();
 
 private:
-    Q_DISABLE_COPY_MOVE(Bracket)
+    Q_DISABLE_COPY_MOVE(ClientTransaction)
 
     Session& _session;
     bool _open = true;

@@ -53,7 +53,7 @@ ExitStatus Check(Session& session)
     session.output().List(columns, damage);
     if (!damage.isEmpty())
         return ExitStatus::NothingFound;
-    session.output().Line(QStringLiteral("the store %1 is whole").arg(Quoted(session.storePath())));
+    session.output().PrintLine(QStringLiteral("the store %1 is whole").arg(Quoted(session.storePath())));
     return ExitStatus::Done;
 }
 
@@ -61,26 +61,25 @@ ExitStatus Check(Session& session)
 
 void AddStoreCommands(Command& top)
 {
-    top.Add("init", "Make a store")
+    top.Add("init", "Create a store")
         .Remark(
-            "The file is made with its whole schema, readable by its owner only. A store that is there already is\n"
-            "kept, and brought up to date where an older version wrote it. Without --store it is made in the user's\n"
-            "data folder.")
-        .Example("init", "make the user's own store")
-        .Example("--store /tmp/try.db init", "make a store to try things out")
+            "Creates the store with its complete schema, readable and writable by its owner only. Keeps an existing\n"
+            "store and its records, and upgrades one that an older version has written. Without --store, the store\n"
+            "is in the user's data folder.")
+        .Example("init", "create the user's own store")
+        .Example("--store /tmp/try.db init", "create a store to experiment with")
         .Run(StoreAccess::Create, Init);
 
     auto const target = std::make_shared<QString>();
     top.Add("backup", "Copy the store to a new file")
-        .Argument("PATH", *target, "The file to make; one that is there already is never replaced")
-        .Remark(
-            "The copy is a store of its own, readable by its owner only. It holds what was committed at one moment,\n"
-            "also while other programs write, and is looked through for damage before it gets its name.")
+        .Argument("PATH", *target, "The new file; an existing one is never replaced")
+        .Remark("The copy is a store itself, readable and writable by its owner only. It holds the committed state of\n"
+                "one moment, even while other programs write, and is checked for damage before it gets its name.")
         .Example("backup ~/backups/monday.db", "copy the user's own store")
         .Run(StoreAccess::Read, [target](Session& session) { return Backup(session, *target); });
-    top.Add("check", "Look through the store for damage")
-        .Remark("Reads the whole store and changes nothing. What is found is listed and makes the exit status 1.")
-        .Example("check", "look through the user's own store")
+    top.Add("check", "Check the store for damage")
+        .Remark("Reads the whole store and changes nothing. Lists the damage it finds; the exit status is then 1.")
+        .Example("check", "check the user's own store")
         .Run(StoreAccess::Read, Check);
 }
 

@@ -7,14 +7,14 @@
 
 namespace tandryctl {
 
-void Tell(QString const& text)
+void WriteError(QString const& text)
 {
     std::cerr << text.toUtf8().constData() << std::flush;
 }
 
-void Complain(QString const& line)
+void PrintError(QString const& line)
 {
-    Tell(QStringLiteral("tandryctl: %1\n").arg(line));
+    WriteError(QStringLiteral("tandryctl: %1\n").arg(line));
 }
 
 bool CanShowProgress()
@@ -29,10 +29,10 @@ bool CanAsk()
 
 bool Ask(QString const& question)
 {
-    Tell(question + QStringLiteral(" [y/N] "));
+    WriteError(question + QStringLiteral(" [y/N] "));
     std::string answer;
     if (!std::getline(std::cin, answer))
-        Tell(QStringLiteral("\n")); // the answer was an end of input, which leaves the cursor behind the question
+        WriteError(QStringLiteral("\n")); // end of input: the terminal has not moved to a new line
     return !answer.empty() && (answer.front() == 'y' || answer.front() == 'Y');
 }
 

@@ -4,19 +4,19 @@
 
 namespace tandryctl {
 
-/// Writes to standard error as it is. What can't be written there is lost: nobody is left to be told.
-void Tell(QString const& text);
+/// Writes text to standard error. Ignores failures.
+void WriteError(QString const& text);
 
-/// One line on standard error, under the program's name.
-void Complain(QString const& line);
+/// Prints one line to standard error, prefixed with the program's name.
+void PrintError(QString const& line);
 
-/// Whether standard error is a terminal, so that progress may be drawn there.
+/// Returns whether standard error is a terminal.
 [[nodiscard]] bool CanShowProgress();
 
-/// Whether someone can be asked: both the question and the answer go over a terminal.
+/// Returns whether both standard input and standard error are terminals.
 [[nodiscard]] bool CanAsk();
 
-/// Asks on the terminal and waits for an answer; only one that begins with "y" is a yes.
+/// Asks a question on the terminal. Returns whether the answer begins with "y" or "Y".
 [[nodiscard]] bool Ask(QString const& question);
 
 } // namespace tandryctl

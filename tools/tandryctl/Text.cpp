@@ -11,14 +11,14 @@ namespace tandryctl {
 
 namespace {
 
-/// Turns the direction of what follows, and so can make a name look like another.
-bool TurnsDirection(uint character)
+/// Whether the character changes the writing direction, which can make a name look like another.
+bool IsDirectionMark(uint character)
 {
     return character == 0x061c || (character >= 0x200e && character <= 0x200f) ||
            (character >= 0x202a && character <= 0x202e) || (character >= 0x2066 && character <= 0x2069);
 }
 
-bool IsPlain(uint character)
+bool IsPrintable(uint character)
 {
     switch (QChar::category(character)) {
     case QChar::Other_Control:
@@ -27,7 +27,7 @@ bool IsPlain(uint character)
     case QChar::Separator_Paragraph:
         return false;
     default:
-        return character != '\\' && !TurnsDirection(character);
+        return character != '\\' && !IsDirectionMark(character);
     }
 }
 
@@ -52,8 +52,8 @@ QString Escape(uint character)
 
 QString Printable(QString const& text)
 {
-    auto const isPlain = [](QChar unit) { return !unit.isSurrogate() && IsPlain(unit.unicode()); };
-    if (std::all_of(text.begin(), text.end(), isPlain))
+    auto const isPrintable = [](QChar unit) { return !unit.isSurrogate() && IsPrintable(unit.unicode()); };
+    if (std::all_of(text.begin(), text.end(), isPrintable))
         return text;
 
     QString printable;
@@ -63,7 +63,7 @@ QString Printable(QString const& text)
             printable += unit;
             printable += text.at(++i);
         }
-        else if (IsPlain(unit.unicode())) {
+        else if (IsPrintable(unit.unicode())) {
             printable += unit;
         }
         else {
@@ -83,7 +83,7 @@ int DisplayWidth(QString const& text)
     int width = 0;
     for (uint const character : text.toUcs4()) {
         int const columns = ::wcwidth(static_cast<wchar_t>(character));
-        width += columns < 0 ? 1 : columns; // unknown to the locale
+        width += columns < 0 ? 1 : columns; // -1 if the locale does not know the character
     }
     return width;
 }
@@ -93,16 +93,16 @@ QString Counted(qint64 count, char const* singular, char const* plural)
     return QStringLiteral("%1 %2").arg(count).arg(QLatin1String(count == 1 ? singular : plural));
 }
 
-QString Enumerated(QStringList const& items)
+QString JoinWithAnd(QStringList const& items)
 {
     if (items.size() < 2)
         return items.join(QString());
     return items.mid(0, items.size() - 1).join(QStringLiteral(", ")) + QStringLiteral(" and ") + items.last();
 }
 
-std::optional<QString> Decoded(QByteArray const& bytes)
+std::optional<QString> DecodeUtf8(QByteArray const& bytes)
 {
-    // Not QString::fromUtf8: it drops a byte order mark at the front and puts a replacement for what it can't read.
+    // QString::fromUtf8 would drop a leading byte order mark and replace invalid bytes.
     QTextCodec::ConverterState state(QTextCodec::IgnoreHeader);
     QString const text = QTextCodec::codecForName("UTF-8")->toUnicode(bytes.constData(), bytes.size(), &state);
     if (state.invalidChars > 0 || state.remainingChars > 0)

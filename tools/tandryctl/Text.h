@@ -7,23 +7,23 @@
 
 namespace tandryctl {
 
-/// The text on one line and without anything that a terminal would act on: line breaks, controls, marks that turn the
-/// writing direction and lone surrogates as escapes, and the backslash doubled so that escapes can be told from text.
+/// Returns the text on one line and without anything that a terminal would interpret: line breaks, control characters,
+/// marks that change the writing direction and lone surrogates are replaced by escapes, and backslashes are doubled.
 QString Printable(QString const& text);
 
-/// `Printable` between single quotes, for messages.
+/// Returns the printable text in single quotes, for messages.
 QString Quoted(QString const& text);
 
-/// How many columns of a terminal a printable text takes.
+/// Returns the number of terminal columns that a printable text takes.
 int DisplayWidth(QString const& text);
 
-/// "1 folder", "2 folders".
+/// Returns a count with its unit: "1 folder", "2 folders".
 QString Counted(qint64 count, char const* singular, char const* plural);
 
-/// Joins with commas and an "and": "a, b and c".
-QString Enumerated(QStringList const& items);
+/// Joins texts with commas and a final "and": "a, b and c".
+QString JoinWithAnd(QStringList const& items);
 
-/// Bytes from the file system or the command line as text; nothing when they are no valid UTF-8.
-std::optional<QString> Decoded(QByteArray const& bytes);
+/// Decodes bytes from the file system or the command line; returns nothing if they are not valid UTF-8.
+std::optional<QString> DecodeUtf8(QByteArray const& bytes);
 
 } // namespace tandryctl

@@ -7,11 +7,11 @@
 
 int main(int argc, char** argv)
 {
-    // File names and output are UTF-8 whatever the locale says, so that a name means the same at every call.
+    // File names and output are UTF-8 in every locale, so that a name always means the same file.
     QTextCodec::setCodecForLocale(QTextCodec::codecForName("UTF-8"));
     QCoreApplication const application(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("tandry"));
-    // The store's reasons reach the user as the command's own message.
+    // The commands print the store's errors themselves.
     QLoggingCategory::setFilterRules(QStringLiteral("tandry.database*=false"));
 
     tandryctl::CommandLine commandLine;

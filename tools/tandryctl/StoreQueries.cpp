@@ -1,4 +1,4 @@
-#include "StoreQuestions.h"
+#include "StoreQueries.h"
 
 #include "interf/IDatabaseFactory.h"
 #include "interf/IQSqlQueryWrapper.h"
@@ -7,17 +7,17 @@
 
 namespace tandryctl {
 
-StoreQuestions::StoreQuestions(std::shared_ptr<sync::interf::factory::IDatabaseFactory> store)
+StoreQueries::StoreQueries(std::shared_ptr<sync::interf::factory::IDatabaseFactory> store)
     : _store(std::move(store))
 {}
 
-int StoreQuestions::CountNaming(char const* table, char const* column, int id)
+int StoreQueries::CountReferences(char const* table, char const* column, int id)
 {
     return _Count(
         QStringLiteral("SELECT count(*) FROM %1 WHERE %2 = :id").arg(QLatin1String(table), QLatin1String(column)), id);
 }
 
-int StoreQuestions::CountNamingTree(char const* table, char const* column, int folderId)
+int StoreQueries::CountReferencesToTree(char const* table, char const* column, int folderId)
 {
     return _Count(QStringLiteral("WITH RECURSIVE tree(id) AS (SELECT :id UNION SELECT folder.id FROM "
                                  "FolderConfiguration AS folder JOIN tree ON folder.parentId = tree.id) "
@@ -26,19 +26,19 @@ int StoreQuestions::CountNamingTree(char const* table, char const* column, int f
                   folderId);
 }
 
-QVector<int> StoreQuestions::ScheduleIds()
+QVector<int> StoreQueries::ScheduleIds()
 {
     return _Integers(QStringLiteral("SELECT id FROM Schedules ORDER BY id"));
 }
 
-std::optional<int> StoreQuestions::ServerOfProduct(int productId)
+std::optional<int> StoreQueries::ServerOfProduct(int productId)
 {
     QVector<int> const ids =
         _Integers(QStringLiteral("SELECT serverId FROM ProductConfiguration WHERE id = :id"), productId);
     return ids.isEmpty() ? std::nullopt : std::optional<int>(ids.first());
 }
 
-QVector<int> StoreQuestions::_Integers(QString const& statement, std::optional<int> id)
+QVector<int> StoreQueries::_Integers(QString const& statement, std::optional<int> id)
 {
     QVector<int> integers;
     auto const query = _store->CreateQuery();
@@ -52,7 +52,7 @@ QVector<int> StoreQuestions::_Integers(QString const& statement, std::optional<i
     return integers;
 }
 
-int StoreQuestions::_Count(QString const& statement, int id)
+int StoreQueries::_Count(QString const& statement, int id)
 {
     QVector<int> const counts = _Integers(statement, id);
     return counts.isEmpty() ? 0 : counts.first();

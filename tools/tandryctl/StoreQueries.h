@@ -1,0 +1,43 @@
+#pragma once
+
+#include <QString>
+#include <QVector>
+
+#include <memory>
+#include <optional>
+
+namespace sync::interf::factory {
+class IDatabaseFactory;
+}
+
+namespace tandryctl {
+
+/// Queries that no manager offers: which rows refer to a row, and columns that records do not return. Reads only,
+/// through the store's public interface.
+///
+/// Like the managers, returns the same for a miss and for a failure; the store's `LastError` tells which.
+class StoreQueries
+{
+public:
+    explicit StoreQueries(std::shared_ptr<sync::interf::factory::IDatabaseFactory> store);
+
+    /// Returns the number of rows of the table that have this id in the column. Table and column names are not escaped.
+    int CountReferences(char const* table, char const* column, int id);
+
+    /// The same for the folder with this id and all folders below it.
+    int CountReferencesToTree(char const* table, char const* column, int folderId);
+
+    /// Returns the ids of all schedules in ascending order.
+    QVector<int> ScheduleIds();
+
+    /// Returns the server id of a product, which its record does not return.
+    std::optional<int> ServerOfProduct(int productId);
+
+private:
+    QVector<int> _Integers(QString const& statement, std::optional<int> id = {});
+    int _Count(QString const& statement, int id);
+
+    std::shared_ptr<sync::interf::factory::IDatabaseFactory> const _store;
+};
+
+} // namespace tandryctl
