@@ -1,5 +1,3 @@
-include(GoogleTest)
-
 # The test files of a list that hold cases with threads, and what goes with them: the thread sanitizer runs nothing else.
 function(tandry_with_threads result)
   set(kept)
@@ -17,13 +15,18 @@ function(tandry_with_threads result)
   set(${result} "${kept}" PARENT_SCOPE)
 endfunction()
 
-# tandry_test(<name> SOURCES <file>... [LIBRARIES <target>...] [LABELS <label>...] [TIMEOUT <seconds>])
+# tandry_test(<name> SOURCES <file>... [LIBRARIES <target>...] [ALONE <pattern>...] [SLOW <pattern>...]
+#   [TIMEOUT <seconds>])
 #
-# A test program whose cases CTest runs one by one, in any order. The time zone is one with summer time, so that a
-# conversion where there should be none shows, and the hash seed is fixed. A case with "Thread" in its name, or in its
-# suite's, is labelled `threads` and so runs under the thread sanitizer too.
+# A test program. CTest runs each suite in one process, its cases in random order: a failed run prints the seed, and
+# GTEST_RANDOM_SEED repeats it. A case that ALONE matches, because it changes its process, has one to itself. Cases that
+# SLOW matches are labelled `slow`: scripts/test leaves them out. Patterns are regular expressions, held against
+# `Suite.Case`. Cases with "Thread" in their name or their suite's are what runs under the thread sanitizer.
+#
+# The time zone is one with summer time, so that a conversion where there should be none shows, and the hash seed is
+# fixed.
 function(tandry_test name)
-  cmake_parse_arguments(PARSE_ARGV 1 arg "" "TIMEOUT" "SOURCES;LIBRARIES;LABELS")
+  cmake_parse_arguments(PARSE_ARGV 1 arg "" "TIMEOUT" "SOURCES;LIBRARIES;ALONE;SLOW")
   if(NOT arg_TIMEOUT)
     set(arg_TIMEOUT 120)
   endif()
@@ -32,7 +35,9 @@ function(tandry_test name)
     set_property(GLOBAL APPEND PROPERTY TANDRY_TEST_SOURCES "${CMAKE_CURRENT_SOURCE_DIR}/${source}")
   endforeach()
 
+  set(suites all)
   if(TANDRY_SANITIZE STREQUAL "thread")
+    set(suites threads)
     tandry_with_threads(sources ${arg_SOURCES})
     if(NOT sources)
       add_executable(${name} EXCLUDE_FROM_ALL ${arg_SOURCES})
@@ -44,25 +49,19 @@ function(tandry_test name)
   target_link_libraries(${name} PRIVATE TandryTestSupport ${arg_LIBRARIES})
   # Optimising the cases themselves gains nothing but a longer build.
   target_compile_options(${name} PRIVATE $<$<CONFIG:Debug>:-O0>)
-  gtest_discover_tests(${name}
-    DISCOVERY_MODE PRE_TEST
-    DISCOVERY_TIMEOUT 60
-    NO_PRETTY_VALUES
-    TEST_LIST discovered
-    PROPERTIES TIMEOUT ${arg_TIMEOUT})
 
-  # The command above cuts a property that is a list to its first element, so these are set once the cases are known.
-  set(properties "${CMAKE_CURRENT_BINARY_DIR}/${name}_properties.cmake")
-  file(CONFIGURE OUTPUT "${properties}" @ONLY CONTENT [[
-foreach(case IN LISTS discovered)
-  set(labels @name@ @arg_LABELS@)
-  if(case MATCHES "Thread")
-    list(APPEND labels threads)
-  endif()
-  set_tests_properties("${case}" PROPERTIES
-    LABELS "${labels}"
-    ENVIRONMENT "TZ=Europe/Paris;QT_HASH_SEED=0;QT_LOGGING_RULES=;LC_ALL=C.UTF-8")
-endforeach()
-]])
-  set_property(DIRECTORY APPEND PROPERTY TEST_INCLUDE_FILES "${properties}")
+  foreach(patterns IN ITEMS arg_ALONE arg_SLOW)
+    list(TRANSFORM ${patterns} REPLACE "(.+)" "[[\\1]]")
+    list(JOIN ${patterns} " " ${patterns})
+  endforeach()
+  file(GENERATE OUTPUT "${CMAKE_CURRENT_BINARY_DIR}/${name}_suites.cmake" CONTENT
+"include([[${PROJECT_SOURCE_DIR}/cmake/TandrySuites.cmake]])
+tandry_suites(${name} PATH [[$<TARGET_FILE:${name}>]] SUITES_OF ${suites}
+  ALONE ${arg_ALONE}
+  SLOW ${arg_SLOW}
+  PROPERTIES
+    TIMEOUT ${arg_TIMEOUT}
+    ENVIRONMENT \"TZ=Europe/Paris;QT_HASH_SEED=0;QT_LOGGING_RULES=;LC_ALL=C.UTF-8;GTEST_BRIEF=1;GTEST_SHUFFLE=1\")
+")
+  set_property(DIRECTORY APPEND PROPERTY TEST_INCLUDE_FILES "${CMAKE_CURRENT_BINARY_DIR}/${name}_suites.cmake")
 endfunction()

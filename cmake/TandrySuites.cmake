@@ -1,0 +1,78 @@
+# Included by CTest, from the files that tandry_test() writes.
+cmake_minimum_required(VERSION 3.25)
+
+# tandry_suites(<program> PATH <file> SUITES_OF <all|threads> [ALONE <pattern>...] [SLOW <pattern>...]
+#   [PROPERTIES <property> <value>...])
+#
+# Registers what a test program lists: an entry for each suite, named after it; `<suite>.slow` for the cases that SLOW
+# matches; and an entry of its own, named after the case, for each that ALONE matches. A pattern is a regular expression
+# that is held against `Suite.Case`; one that matches no case is an error. With SUITES_OF threads, only cases with
+# "Thread" in their name or their suite's are registered.
+function(tandry_suites program)
+  cmake_parse_arguments(PARSE_ARGV 1 arg "" "PATH;SUITES_OF" "ALONE;SLOW;PROPERTIES")
+  if(NOT EXISTS "${arg_PATH}")
+    # CTest reports an entry without a program as failed.
+    add_test(${program}_is_not_built "${arg_PATH}")
+    return()
+  endif()
+  execute_process(COMMAND "${arg_PATH}" --gtest_list_tests
+    OUTPUT_VARIABLE listing ERROR_VARIABLE errors RESULT_VARIABLE status TIMEOUT 60)
+  if(NOT status EQUAL 0)
+    message(FATAL_ERROR "${arg_PATH} does not list its cases (${status}):\n${errors}")
+  endif()
+
+  list(JOIN arg_ALONE "|" alone)
+  list(JOIN arg_SLOW "|" slow)
+  set(cases "")
+  set(suites "")
+  string(REGEX REPLACE " +#[^\n]*" "" listing "${listing}")
+  string(REPLACE "\n" ";" listing "${listing}")
+  foreach(line IN LISTS listing)
+    if(line MATCHES "^([^ ]+)\\.$")
+      set(suite "${CMAKE_MATCH_1}")
+      continue()
+    elseif(NOT line MATCHES "^  ([^ ]+)$")
+      continue()
+    endif()
+    set(case "${suite}.${CMAKE_MATCH_1}")
+    list(APPEND cases "${case}")
+    if(arg_SUITES_OF STREQUAL "threads" AND NOT case MATCHES "Thread")
+      continue()
+    endif()
+
+    set(speed "")
+    if(slow AND case MATCHES "${slow}")
+      set(speed ".slow")
+    endif()
+    if(alone AND case MATCHES "${alone}")
+      set(entry "${case}")
+    else()
+      set(entry "${suite}${speed}")
+    endif()
+    if(NOT entry IN_LIST entries)
+      list(APPEND entries "${entry}")
+      set("labels_${entry}" ${program})
+      if(speed)
+        list(APPEND "labels_${entry}" slow)
+      endif()
+    endif()
+    if(case MATCHES "Thread" AND NOT "threads" IN_LIST "labels_${entry}")
+      list(APPEND "labels_${entry}" threads)
+    endif()
+    string(APPEND "filter_${entry}" ":${case}")
+  endforeach()
+
+  foreach(entry IN LISTS entries)
+    string(REGEX REPLACE "^:" "" filter "${filter_${entry}}")
+    add_test("${entry}" "${arg_PATH}" "--gtest_filter=${filter}")
+    set_tests_properties("${entry}" PROPERTIES LABELS "${labels_${entry}}" ${arg_PROPERTIES})
+  endforeach()
+
+  if(NOT arg_SUITES_OF STREQUAL "threads")
+    foreach(pattern IN LISTS arg_ALONE arg_SLOW)
+      if(NOT cases MATCHES "${pattern}")
+        message(FATAL_ERROR "${program}: no case matches ${pattern}")
+      endif()
+    endforeach()
+  endif()
+endfunction()
