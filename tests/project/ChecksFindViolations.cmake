@@ -18,13 +18,14 @@ function(expect answer title script)
   set(failed "${failed}" PARENT_SCOPE)
 endfunction()
 
-# include_case(<accepted|refused> <file> <include line>), with config/Public.h and interf/Public.h as public headers
+# include_case(<accepted|refused> <file> <include line>), with a public header Public.h in config/, database/ and interf/
 macro(include_case answer file line)
   file(REMOVE_RECURSE "${SCRATCH}")
   file(WRITE "${SCRATCH}/${file}" "#pragma once\n${line}\n")
   file(WRITE "${SCRATCH}/tools/tandryctl/Beside.h" "")
   expect(${answer} "${file} with ${line}" CheckLayers.cmake
-    "-DROOT=${SCRATCH}" "-DPUBLIC=config/Public.h\;interf/Public.h\;database/Public.h")
+    "-DROOT=${SCRATCH}" "-DPUBLIC=config/Public.h\;interf/Public.h\;database/Public.h"
+    "-DQT_CORE=${QT_CORE}")
 endmacro()
 
 include_case(accepted core/Cache.h "#include <QMutex>")
@@ -81,8 +82,45 @@ include_case(accepted tools/tandryctl/Main.cpp "#include \"Beside.h\"")
 include_case(accepted tools/tandryctl/Main.cpp "#include <CLI/CLI.hpp>")
 include_case(refused tools/tandryctl/Main.cpp "#include \"config/Internal.h\"")
 include_case(refused tools/tandryctl/Main.cpp "#include <sqlite3.h>")
+include_case(accepted tools/tandryctl/Main.cpp "#include <QWidget>")
+include_case(refused tools/tandryctl/Main.cpp "#include \"core/Cache.h\"")
+include_case(refused tools/tandryctl/Main.cpp "#include \"../../config/Internal.h\"")
+include_case(accepted tools/viewer/Main.cpp "#include \"config/Public.h\"")
+include_case(refused tools/viewer/Main.cpp "#include <CLI/CLI.hpp>")
+include_case(refused tools/viewer/Main.cpp "#include \"tools/tandryctl/Beside.h\"")
 include_case(accepted examples/folders/main.cpp "#include \"database/Public.h\"")
 include_case(refused examples/folders/main.cpp "#include \"config/Internal.h\"")
+
+include_case(accepted models/Folders.cpp "#include <QAbstractItemModel>")
+include_case(accepted models/Folders.cpp "#include \"config/Public.h\"")
+include_case(refused models/Folders.cpp "#include \"config/Internal.h\"")
+include_case(refused models/Folders.cpp "#include <QWidget>")
+include_case(refused models/Folders.cpp "#include <sqlite3.h>")
+
+include_case(accepted postgres/Query.cpp "#include <libpq-fe.h>")
+include_case(accepted postgres/Query.cpp "#include \"interf/Other.h\"")
+include_case(accepted postgres/Query.cpp "#include \"database/Public.h\"")
+include_case(refused postgres/Query.cpp "#include \"database/Query.h\"")
+include_case(refused postgres/Query.cpp "#include \"config/Public.h\"")
+include_case(refused postgres/Query.cpp "#include <sqlite3.h>")
+include_case(refused database/Query.cpp "#include <libpq-fe.h>")
+
+include_case(accepted tests/storesuite/Suite.h "#include <gtest/gtest.h>")
+include_case(accepted tests/storesuite/Suite.h "#include \"config/Public.h\"")
+include_case(refused tests/storesuite/Suite.h "#include \"config/Internal.h\"")
+include_case(refused tests/storesuite/Suite.h "#include \"support/Clock.h\"")
+include_case(accepted tests/config/ManagerTest.cpp "#include \"config/Internal.h\"")
+include_case(accepted benchmarks/Main.cpp "#include <sqlite3.h>")
+
+# A folder that nobody has made an exception for sees itself and nothing else of the project.
+include_case(accepted future/New.h "#include \"future/Other.h\"")
+include_case(accepted future/New.h "#include <QString>")
+include_case(accepted future/New.h "#include <sys/stat.h>")
+include_case(refused future/New.h "#include \"interf/Public.h\"")
+include_case(refused future/New.h "#include <QDomDocument>")
+include_case(refused future/New.h "#include <sqlite3.h>")
+include_case(refused future/deep/New.h "#include \"config/Public.h\"")
+include_case(refused tools/future/Main.cpp "#include \"config/Public.h\"")
 
 macro(registration_case answer title registered)
   expect(${answer} "${title}" CheckTestsRegistered.cmake
