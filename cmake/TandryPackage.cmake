@@ -1,5 +1,5 @@
-# What a client finds the installed libraries by: a CMake package and pkg-config files, both good for any prefix. And
-# Debian packages of it all: `cpack --config build/release/CPackConfig.cmake`.
+# A CMake package and pkg-config files, by which clients find the installed libraries, whatever the prefix; and Debian
+# packages: `cpack --config build/release/CPackConfig.cmake`.
 
 include(CMakePackageConfigHelpers)
 
@@ -15,9 +15,9 @@ install(FILES
   DESTINATION "${packageDir}" COMPONENT Development)
 install(EXPORT TandryTargets NAMESPACE Tandry:: DESTINATION "${packageDir}" COMPONENT Development)
 
-# tandry_pkg_config(<library> REQUIRES <module>... [CFLAGS <flag>...])
+# tandry_pkg_config(<library> DESCRIPTION <text> REQUIRES <module>... [CFLAGS <flag>...])
 function(tandry_pkg_config library)
-  cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "REQUIRES;CFLAGS")
+  cmake_parse_arguments(PARSE_ARGV 1 arg "" "DESCRIPTION" "REQUIRES;CFLAGS")
   string(TOLOWER "tandry-${library}" module)
   list(JOIN arg_REQUIRES ", " requires)
   list(JOIN arg_CFLAGS " " cflags)
@@ -30,10 +30,15 @@ endfunction()
 
 # Debian's Qt refuses code that is not position-independent.
 tandry_pkg_config(Interfaces
+  DESCRIPTION "Abstract interfaces of a folder-synchronisation client's configuration store"
   REQUIRES "Qt5Core >= 5.15"
   CFLAGS -I\${includedir}/tandry -include interf/UnistdWithoutSync.h -fPIC)
-tandry_pkg_config(Database REQUIRES "tandry-interfaces = ${PROJECT_VERSION}")
-tandry_pkg_config(Configuration REQUIRES "tandry-interfaces = ${PROJECT_VERSION}")
+tandry_pkg_config(Database
+  DESCRIPTION "Configuration store of a folder-synchronisation client in an SQLite file"
+  REQUIRES "tandry-interfaces = ${PROJECT_VERSION}")
+tandry_pkg_config(Configuration
+  DESCRIPTION "Records and managers of a folder-synchronisation client's configuration store"
+  REQUIRES "tandry-interfaces = ${PROJECT_VERSION}")
 
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_CONTACT "The Tandry developers <tandry@localhost>")
