@@ -25,17 +25,17 @@ namespace {
 
 using Values = QMap<QString, QVariant>;
 
-/// The good store, the rule that is broken, and what breaking it takes.
-class Breaker : public sync::database::ScopeParticipant
+/// The correct store, the rule to break, and the state that breaking it needs.
+class RuleBreaker : public sync::database::ScopeParticipant
 {
 public:
-    Breaker(QString path, QString fault)
+    RuleBreaker(QString path, QString fault)
         : _path(std::move(path))
         , _fault(std::move(fault))
         , good(QtSqlDatabaseFactory::Open(_path))
     {}
 
-    ~Breaker() override { TransactionalScope::Leave(*this); }
+    ~RuleBreaker() override { TransactionalScope::Leave(*this); }
 
     bool Breaks(char const* rule) const { return _fault == QLatin1String(rule); }
 
@@ -44,7 +44,7 @@ public:
     {
         if (TransactionalScope::Depth() == 0 || _joined)
             return;
-        if (Breaks("keeps what a scope wrote") || Breaks("ends no bracket at a scope's end")) {
+        if (Breaks("keeps the writes of a scope") || Breaks("commits no client transaction at a scope's end")) {
             _joined = true;
             TransactionalScope::Join(*this);
         }
@@ -56,21 +56,21 @@ public:
             return;
         if (succeeded && statement == storesuite::statements::AddServer)
             _servers.push_back(id);
-        if (!succeeded && Breaks("undoes only the statement that failed"))
+        if (!succeeded && Breaks("undoes only the failed statement"))
             RemoveServers();
     }
 
     bool CommitScope() noexcept override
     {
         _joined = false;
-        if (Breaks("keeps what a scope wrote"))
+        if (Breaks("keeps the writes of a scope"))
             RemoveServers();
-        if (Breaks("ends no bracket at a scope's end"))
+        if (Breaks("commits no client transaction at a scope's end"))
             static_cast<void>(good->CreateDatabase()->commit());
         return true;
     }
 
-    /// Runs a statement so that it is durable at once, whatever scope is open.
+    /// Runs a statement so that it is durable immediately, even inside a scope.
     bool RunDurably(QString const& statement, Values const& values) const
     {
         bool succeeded = false;
@@ -113,7 +113,7 @@ public:
 class FaultyQuery : public IQSqlQueryWrapper
 {
 public:
-    explicit FaultyQuery(std::shared_ptr<Breaker> breaker)
+    explicit FaultyQuery(std::shared_ptr<RuleBreaker> breaker)
         : _breaker(std::move(breaker))
         , _query(_breaker->good->CreateQuery())
     {}
@@ -122,13 +122,14 @@ public:
     {
         _statement = statement;
         _values.clear();
-        if (_breaker->Breaks("gives each listing its own place") && statement == storesuite::statements::GetServers) {
+        if (_breaker->Breaks("gives each listing its own position") &&
+            statement == storesuite::statements::GetServers) {
             if (_breaker->listing == nullptr)
                 _breaker->listing = _breaker->good->CreateQuery();
             _query = _breaker->listing;
         }
         bool const prepared = _query->prepare(statement);
-        if (_breaker->Breaks("forgets what was bound")) {
+        if (_breaker->Breaks("does not keep bound values")) {
             for (auto value = _breaker->lastValues.cbegin(); value != _breaker->lastValues.cend(); ++value)
                 _query->bindValue(value.key(), value.value());
         }
@@ -143,16 +144,17 @@ public:
 
     bool exec() override
     {
-        if (_breaker->Breaks("takes a missing value as NULL") && _values.size() < _statement.count(QLatin1String(" :")))
+        if (_breaker->Breaks("treats an unbound placeholder as NULL") &&
+            _values.size() < _statement.count(QLatin1String(" :")))
             return false;
-        if (_breaker->Breaks("answers a bad statement with false")) {
+        if (_breaker->Breaks("returns false for a bad statement")) {
             static_cast<void>(_query->exec());
             return true;
         }
         bool const writes = !_statement.startsWith(QLatin1String("SELECT"));
         if (!writes)
             return _query->exec();
-        if (_breaker->Breaks("shows a scope's writes together") && TransactionalScope::Depth() > 0 &&
+        if (_breaker->Breaks("shows the writes of a scope together") && TransactionalScope::Depth() > 0 &&
             ++_breaker->published < 3)
             return _breaker->RunDurably(_statement, _values);
         _breaker->BeforeWrite();
@@ -165,12 +167,12 @@ public:
 
     bool next() override { return _query->next(); }
 
-    bool isValid() override { return _breaker->Breaks("stands on no row behind the last") || _query->isValid(); }
+    bool isValid() override { return _breaker->Breaks("is on no row behind the last") || _query->isValid(); }
 
     QVariant value(int column) override
     {
         QVariant const value = _query->value(column);
-        if (_breaker->Breaks("gives the clock reading back") && value.toString().endsWith(QLatin1Char('Z'))) {
+        if (_breaker->Breaks("returns the clock reading") && value.toString().endsWith(QLatin1Char('Z'))) {
             QDateTime date = value.toDateTime();
             return date.isValid() ? QDateTime(date.date(), date.time(), Qt::LocalTime) : value;
         }
@@ -179,20 +181,17 @@ public:
 
     QVariant lastInsertId() override
     {
-        return _breaker->Breaks("tells each query its own id") ? _breaker->lastInsertId : _query->lastInsertId();
+        return _breaker->Breaks("gives each query its own id") ? _breaker->lastInsertId : _query->lastInsertId();
     }
 
-    int numRowsAffected() override
-    {
-        return _breaker->Breaks("counts the rows that match") ? 0 : _query->numRowsAffected();
-    }
+    int numRowsAffected() override { return _breaker->Breaks("counts matching rows") ? 0 : _query->numRowsAffected(); }
 
 private:
     QVariant Altered(QVariant const& value) const
     {
         if (value.userType() == QMetaType::QDateTime) {
             QDateTime date = value.toDateTime();
-            if (_breaker->Breaks("keeps the clock reading"))
+            if (_breaker->Breaks("stores the clock reading"))
                 return date.toUTC();
             if (_breaker->Breaks("keeps milliseconds"))
                 date.setTime(QTime(date.time().hour(), date.time().minute(), date.time().second()));
@@ -201,9 +200,9 @@ private:
         if (value.userType() == QMetaType::QString) {
             if (_breaker->Breaks("keeps blanks"))
                 return value.toString().trimmed();
-            if (_breaker->Breaks("tells empty from null") && value.toString().isEmpty())
+            if (_breaker->Breaks("distinguishes empty from null") && value.toString().isEmpty())
                 return {};
-            if (_breaker->Breaks("refuses what it can't keep") && value.toString().endsWith(QChar(0xD83D)))
+            if (_breaker->Breaks("refuses a text that it cannot keep") && value.toString().endsWith(QChar(0xD83D)))
                 return value.toString().chopped(1);
         }
         if (value.userType() == QMetaType::LongLong && _breaker->Breaks("keeps 64 bits"))
@@ -211,7 +210,7 @@ private:
         return value;
     }
 
-    std::shared_ptr<Breaker> _breaker;
+    std::shared_ptr<RuleBreaker> _breaker;
     std::shared_ptr<IQSqlQueryWrapper> _query;
     QString _statement;
     Values _values;
@@ -220,21 +219,24 @@ private:
 class FaultyDatabase : public IQSqlDatabaseWrapper
 {
 public:
-    explicit FaultyDatabase(std::shared_ptr<Breaker> breaker)
+    explicit FaultyDatabase(std::shared_ptr<RuleBreaker> breaker)
         : _breaker(std::move(breaker))
         , _database(_breaker->good->CreateDatabase())
     {}
 
-    bool transaction() override { return _database->transaction() || _breaker->Breaks("refuses a second bracket"); }
-    bool commit() override { return _database->commit() || _breaker->Breaks("refuses to end what wasn't begun"); }
+    bool transaction() override { return _database->transaction() || _breaker->Breaks("refuses a second transaction"); }
+    bool commit() override
+    {
+        return _database->commit() || _breaker->Breaks("refuses to end a transaction that was not begun");
+    }
 
     bool rollback() override
     {
-        return _breaker->Breaks("takes a bracket back") ? _database->commit() : _database->rollback();
+        return _breaker->Breaks("rolls a transaction back") ? _database->commit() : _database->rollback();
     }
 
 private:
-    std::shared_ptr<Breaker> _breaker;
+    std::shared_ptr<RuleBreaker> _breaker;
     std::shared_ptr<IQSqlDatabaseWrapper> _database;
 };
 
@@ -242,7 +244,7 @@ class FaultyFactory : public IDatabaseFactory
 {
 public:
     FaultyFactory(QString const& path, QString const& fault)
-        : _breaker(std::make_shared<Breaker>(path, fault))
+        : _breaker(std::make_shared<RuleBreaker>(path, fault))
     {}
 
     std::shared_ptr<IQSqlDatabaseWrapper> CreateDatabase() override
@@ -253,7 +255,7 @@ public:
     std::shared_ptr<IQSqlQueryWrapper> CreateQuery() override { return std::make_shared<FaultyQuery>(_breaker); }
 
 private:
-    std::shared_ptr<Breaker> _breaker;
+    std::shared_ptr<RuleBreaker> _breaker;
 };
 
 } // namespace

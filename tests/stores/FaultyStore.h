@@ -8,8 +8,8 @@
 
 namespace tandry::test {
 
-/// A store that breaks one rule, to show that the suite sees it; with a name that it doesn't know, a store that breaks
-/// none. `path` is the file of the good store behind it.
+/// Opens a store that breaks the rule with this name, to show that the suite detects it; with an unknown name, a store
+/// that breaks none. `path` is the file of the correct store behind it.
 std::shared_ptr<sync::interf::factory::IDatabaseFactory> OpenFaultyStore(QString const& path, QString const& fault);
 
 } // namespace tandry::test

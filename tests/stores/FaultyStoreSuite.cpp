@@ -1,4 +1,4 @@
-// The suite over a store that breaks the rule which the environment names.
+// Runs the suite on a store that breaks the rule named in the environment.
 
 #include "stores/FaultyStore.h"
 #include "storesuite/StoreSuite.h"

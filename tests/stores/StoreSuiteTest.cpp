@@ -11,7 +11,7 @@ using sync::database::OpenOptions;
 using sync::database::SqliteDatabaseFactory;
 using tandry::storesuite::IDatabaseFactory;
 
-/// A store in a folder of its own.
+/// A store in a temporary folder.
 class FileStore : public tandry::storesuite::StoreUnderTest
 {
 protected:
@@ -36,7 +36,7 @@ public:
 private:
     OpenOptions _options = [] {
         OpenOptions options;
-        options.busyTimeoutMsec = 50; // what waits longer waits for the very thread
+        options.busyTimeoutMsec = 50; // longer waits are for this same thread
         return options;
     }();
 };

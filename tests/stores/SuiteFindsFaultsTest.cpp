@@ -11,7 +11,7 @@ namespace {
 struct Fault
 {
     char const* rule;
-    /// The case that must fail over a store which breaks the rule.
+    /// The case that must fail on a store that breaks the rule.
     char const* suiteCase;
 };
 
@@ -20,11 +20,11 @@ void PrintTo(Fault const& fault, std::ostream* out)
     *out << fault.rule;
 }
 
-/// The suite's case over a store of another program, and whether it passed.
+/// Runs one case of the suite, in another program, on a store that breaks a rule.
 class SuiteFindsFaults : public testing::TestWithParam<Fault>
 {
 protected:
-    static bool PassesOver(char const* rule)
+    static bool PassesOn(char const* rule)
     {
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
         environment.insert(QStringLiteral("TANDRY_STORE_FAULT"), QString::fromUtf8(rule));
@@ -43,36 +43,38 @@ protected:
     }
 };
 
-TEST_P(SuiteFindsFaults, CaseFailsOverTheStoreThatBreaksTheRule)
+TEST_P(SuiteFindsFaults, CaseFailsOnAStoreThatBreaksTheRule)
 {
-    EXPECT_TRUE(PassesOver("nothing is broken"));
-    EXPECT_FALSE(PassesOver(GetParam().rule));
+    EXPECT_TRUE(PassesOn("no rule"));
+    EXPECT_FALSE(PassesOn(GetParam().rule));
 }
 
 INSTANTIATE_TEST_SUITE_P(
     Rules,
     SuiteFindsFaults,
-    testing::Values(
-        Fault{"gives each listing its own place", "QuerySuite.ListingsAtTheSameTimeKeepTheirPlaces"},
-        Fault{"stands on no row behind the last", "QuerySuite.IsValidOnlyWhileOnARow"},
-        Fault{"answers a bad statement with false", "QuerySuite.StatementWithoutATableFailsAtExec"},
-        Fault{"forgets what was bound", "QuerySuite.PlaceholderForgetsWhatAnEarlierQueryBound"},
-        Fault{"takes a missing value as NULL", "QuerySuite.PlaceholderThatIsNeverBoundIsNull"},
-        Fault{"tells each query its own id", "QuerySuite.LastInsertIdIsTheIdOfTheQuerysOwnRow"},
-        Fault{"counts the rows that match", "QuerySuite.RowsAffectedCountsTheRowsThatMatchEvenWhenNoneOfThemChanges"},
-        Fault{"keeps 64 bits", "ValueSuite.SizesOf64BitsComeBack"},
-        Fault{"keeps blanks", "ValueSuite.TextsComeBackAsTheyWereGiven"},
-        Fault{"tells empty from null", "ValueSuite.EmptyTextComesBackEmptyAndIsFoundByAnEmptyText"},
-        Fault{"refuses what it can't keep", "ValueSuite.LoneSurrogatesComeBackOrAreRefused"},
-        Fault{"keeps milliseconds", "ValueSuite.DateInUtcComesBackWithItsMilliseconds"},
-        Fault{"keeps the clock reading", "ValueSuite.DateWithAnOffsetKeepsItsClockReading"},
-        Fault{"gives the clock reading back", "ValueSuite.HourThatSummerTimeSkipsComesBack"},
-        Fault{"keeps what a scope wrote", "ScopeSuite.EndWithoutCommitKeepsTheWrites"},
-        Fault{"shows a scope's writes together", "ScopeSuite.InnerEndDoesNotEndTheOuterTransaction"},
-        Fault{"undoes only the statement that failed", "ScopeSuite.FailedStatementUndoesNothingBeforeIt"},
-        Fault{"ends no bracket at a scope's end", "BracketSuite.ScopeInsideABracketEndsNothing"},
-        Fault{"refuses a second bracket", "BracketSuite.SecondTransactionIsRefusedAndTheFirstGoesOn"},
-        Fault{"refuses to end what wasn't begun", "BracketSuite.CommitAndRollbackWithoutABracketAreRefused"},
-        Fault{"takes a bracket back", "BracketSuite.RollbackTakesTheWritesBack"}));
+    testing::Values(Fault{"gives each listing its own position", "QuerySuite.SimultaneousListingsKeepTheirPositions"},
+                    Fault{"is on no row behind the last", "QuerySuite.IsValidOnlyWhileOnARow"},
+                    Fault{"returns false for a bad statement", "QuerySuite.StatementWithoutATableFailsAtExec"},
+                    Fault{"does not keep bound values", "QuerySuite.PlaceholderDoesNotKeepTheValueOfAnEarlierQuery"},
+                    Fault{"treats an unbound placeholder as NULL", "QuerySuite.UnboundPlaceholderIsNull"},
+                    Fault{"gives each query its own id", "QuerySuite.LastInsertIdIsTheIdOfTheQuerysOwnRow"},
+                    Fault{"counts matching rows", "QuerySuite.RowsAffectedCountsMatchingRowsEvenIfNoneChanges"},
+                    Fault{"keeps 64 bits", "ValueSuite.SizesOf64BitsComeBack"},
+                    Fault{"keeps blanks", "ValueSuite.TextsComeBackUnchanged"},
+                    Fault{"distinguishes empty from null", "ValueSuite.EmptyTextComesBackEmptyAndIsFoundByAnEmptyText"},
+                    Fault{"refuses a text that it cannot keep", "ValueSuite.LoneSurrogatesComeBackOrAreRefused"},
+                    Fault{"keeps milliseconds", "ValueSuite.DateInUtcComesBackWithItsMilliseconds"},
+                    Fault{"stores the clock reading", "ValueSuite.DateWithAnOffsetKeepsItsClockReading"},
+                    Fault{"returns the clock reading", "ValueSuite.HourThatSummerTimeSkipsComesBack"},
+                    Fault{"keeps the writes of a scope", "ScopeSuite.EndWithoutCommitKeepsTheWrites"},
+                    Fault{"shows the writes of a scope together", "ScopeSuite.InnerEndDoesNotEndTheOuterTransaction"},
+                    Fault{"undoes only the failed statement", "ScopeSuite.FailedStatementUndoesNothingBeforeIt"},
+                    Fault{"commits no client transaction at a scope's end",
+                          "ClientTransactionSuite.ScopeInsideATransactionCommitsNothing"},
+                    Fault{"refuses a second transaction",
+                          "ClientTransactionSuite.SecondTransactionIsRefusedAndTheFirstContinues"},
+                    Fault{"refuses to end a transaction that was not begun",
+                          "ClientTransactionSuite.CommitAndRollbackWithoutATransactionAreRefused"},
+                    Fault{"rolls a transaction back", "ClientTransactionSuite.RollbackUndoesTheWrites"}));
 
 } // namespace

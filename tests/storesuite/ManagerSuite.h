@@ -26,7 +26,7 @@ using sync::config::ProductConfiguration;
 using sync::config::ScheduleEntry;
 using sync::config::ServerConfiguration;
 
-/// The six managers at work over the store.
+/// The six managers on the store.
 class ManagerSuite : public StoreSuite
 {
 protected:
@@ -119,7 +119,7 @@ protected:
     std::unique_ptr<sync::config::ScheduleEntryManager> schedules;
 };
 
-// Records come back whole.
+// Records come back complete.
 
 TEST_P(ManagerSuite, ServerComesBackAndIsFoundByItsUrls)
 {
@@ -133,7 +133,7 @@ TEST_P(ManagerSuite, ServerComesBackAndIsFoundByItsUrls)
     ServerConfiguration const read = servers->GetServerConfigById(server.getId());
     EXPECT_EQ(read.getId(), server.getId());
     EXPECT_EQ(read.getAlias(), QStringLiteral("alias"));
-    EXPECT_EQ(read.getDavUrl(), QStringLiteral("https://dav.example")); // stored without the slash at the end
+    EXPECT_EQ(read.getDavUrl(), QStringLiteral("https://dav.example")); // stored without the trailing slash
     EXPECT_EQ(read.getWebServiceUrl(), QStringLiteral("https://web.example"));
     EXPECT_EQ(read.getBinaryDiffEncoder(), QStringLiteral("encoder"));
     EXPECT_EQ(servers->GetServerConfigByServers(server.getDavUrl(), server.getWebServiceUrl()).getId(), server.getId());
@@ -151,7 +151,7 @@ TEST_P(ManagerSuite, AccountComesBackWithoutItsPassword)
     EXPECT_TRUE(Value(4, statements::GetAccounts).isNull());
 }
 
-TEST_P(ManagerSuite, ProductLosesItsSecretAtAnUpdate)
+TEST_P(ManagerSuite, UpdateRemovesAProductsSecret)
 {
     ProductConfiguration product;
     product.setName(QStringLiteral("name"));
@@ -167,7 +167,7 @@ TEST_P(ManagerSuite, ProductLosesItsSecretAtAnUpdate)
     EXPECT_EQ(products->GetProductConfigurationByServerIdAndConsumerKey(4, QStringLiteral("key")).getId(), -1);
 }
 
-TEST_P(ManagerSuite, FolderComesBackWhole)
+TEST_P(ManagerSuite, FolderComesBackComplete)
 {
     using namespace sync::config;
     FolderConfiguration folder;
@@ -219,7 +219,7 @@ TEST_P(ManagerSuite, FolderComesBackWhole)
     EXPECT_EQ(read.getServerFolderId(), QStringLiteral("folder id"));
 }
 
-TEST_P(ManagerSuite, FileComesBackWhole)
+TEST_P(ManagerSuite, FileComesBackComplete)
 {
     using namespace sync::config;
     auto const utc = [](int day, int millisecond) {
@@ -306,9 +306,9 @@ TEST_P(ManagerSuite, ScheduleKeepsItsWallClockTimes)
     EXPECT_EQ(schedules->GetScheduleEntryById(schedule.getId()).getId(), -1);
 }
 
-// What isn't there.
+// Missing rows.
 
-TEST_P(ManagerSuite, LookupsWithoutARowAnswerWithADefaultRecord)
+TEST_P(ManagerSuite, LookupsWithoutARowReturnADefaultRecord)
 {
     EXPECT_EQ(servers->GetServerConfigById(1).getId(), -1);
     EXPECT_EQ(accounts->GetAuthenticationConfigurationById(1).getId(), -1);
@@ -318,7 +318,7 @@ TEST_P(ManagerSuite, LookupsWithoutARowAnswerWithADefaultRecord)
     EXPECT_EQ(schedules->GetScheduleEntryById(-5).getId(), -1);
 }
 
-TEST_P(ManagerSuite, WritesOfAMissingRowAnswerTrue)
+TEST_P(ManagerSuite, WritesOfAMissingRowReturnTrue)
 {
     EXPECT_TRUE(servers->Update(ServerConfiguration()));
     EXPECT_TRUE(servers->Remove(1));
@@ -344,7 +344,7 @@ TEST_P(ManagerSuite, FileTypeWithoutATableFails)
     EXPECT_TRUE(files->GetAll(sync::config::FileConfigurationType(9)).isEmpty());
 }
 
-// Ways from one table to another.
+// Joins.
 
 TEST_P(ManagerSuite, ServerIsFoundFromAnAccountAFolderAndAFile)
 {
@@ -361,7 +361,7 @@ TEST_P(ManagerSuite, ServerIsFoundFromAnAccountAFolderAndAFile)
     EXPECT_EQ(accounts->GetAuthenticationConfigurationById(account).getServerId(), server);
 }
 
-TEST_P(ManagerSuite, PasswordsOfAllAccountsOfTheNameAreCounted)
+TEST_P(ManagerSuite, UpdatePasswordCountsAllAccountsOfTheName)
 {
     AddAccount(QStringLiteral("user"), 1);
     AddAccount(QStringLiteral("user"), 2);
@@ -382,7 +382,7 @@ TEST_P(ManagerSuite, NewRootIsItsOwnRoot)
     EXPECT_EQ(folders->GetRootFolderConfigurationCount(), 1);
 }
 
-TEST_P(ManagerSuite, MissingFoldersAreMadeFromTheRootDown)
+TEST_P(ManagerSuite, MissingFoldersAreAddedFromTheRootDown)
 {
     FolderConfiguration const root = AddRoot(QStringLiteral("/r"));
     FolderConfiguration const made = folders->AddFolderAndParent(QStringLiteral("/r/a/b"), root);
@@ -395,7 +395,7 @@ TEST_P(ManagerSuite, MissingFoldersAreMadeFromTheRootDown)
     EXPECT_EQ(folders->AddFolderAndParent(QStringLiteral("/r/a/b"), root).getId(), made.getId());
 }
 
-TEST_P(ManagerSuite, ChildrenComeByName)
+TEST_P(ManagerSuite, ChildrenAreSortedByName)
 {
     FolderConfiguration const root = AddRoot(QStringLiteral("/r"));
     for (char const* name : {"b", "c", "a"})
@@ -420,7 +420,7 @@ TEST_P(ManagerSuite, TreeIsRemovedWithItsFilesAndNothingElse)
     EXPECT_EQ(files->GetAll().front().id, kept.id);
 }
 
-TEST_P(ManagerSuite, CleanedRootIsGoneWithItsFoldersAndFiles)
+TEST_P(ManagerSuite, CleanedRootIsRemovedWithItsFoldersAndFiles)
 {
     FolderConfiguration const root = AddRoot(QStringLiteral("/r"));
     FolderConfiguration const other = AddRoot(QStringLiteral("/other"));
@@ -432,13 +432,13 @@ TEST_P(ManagerSuite, CleanedRootIsGoneWithItsFoldersAndFiles)
     EXPECT_EQ(folders->GetAll().front().getId(), other.getId());
     EXPECT_EQ(Names(files->GetAll()), QStringList({QStringLiteral("f")}));
 
-    // And it stays gone.
+    // It is durable.
     auto const elsewhere = store->Open();
     ASSERT_NE(elsewhere, nullptr);
     EXPECT_EQ(sync::config::FolderConfigManager(elsewhere, nullptr).GetAll().size(), 1);
 }
 
-TEST_P(ManagerSuite, FoldersAndFilesOfRootsThatAreGoneAreFound)
+TEST_P(ManagerSuite, FoldersAndFilesOfMissingRootsAreFound)
 {
     FolderConfiguration const root = AddRoot(QStringLiteral("/r"));
     FolderConfiguration const gone = AddRoot(QStringLiteral("/gone"));
@@ -452,7 +452,7 @@ TEST_P(ManagerSuite, FoldersAndFilesOfRootsThatAreGoneAreFound)
     EXPECT_EQ(Names(files->GetFileConfigurationsOfNonExistingRootFolders()), QStringList({QStringLiteral("orphan")}));
 }
 
-TEST_P(ManagerSuite, FoldersOutOfSyncAndOfAnAccountAreCounted)
+TEST_P(ManagerSuite, FoldersOutOfSyncAndOfAnAccountAreFound)
 {
     FolderConfiguration root = AddRoot(QStringLiteral("/r"), 5);
     EXPECT_FALSE(folders->IsAnyFolderConfigOutOfSync());
@@ -465,7 +465,7 @@ TEST_P(ManagerSuite, FoldersOutOfSyncAndOfAnAccountAreCounted)
 
 // Files.
 
-TEST_P(ManagerSuite, FileOfAPathThatItsFolderHoldsIsUpdated)
+TEST_P(ManagerSuite, FileWithAPathThatItsFolderHasIsUpdated)
 {
     FolderConfiguration const root = AddRoot(QStringLiteral("/r"));
     FolderConfiguration const a = AddFolder(QStringLiteral("/r/a"), root, root);
@@ -475,7 +475,7 @@ TEST_P(ManagerSuite, FileOfAPathThatItsFolderHoldsIsUpdated)
     EXPECT_EQ(files->GetAllFileConfigurationsByClientPath(QStringLiteral("/r/f")).size(), 2);
 }
 
-TEST_P(ManagerSuite, FilesComeInEveryOrder)
+TEST_P(ManagerSuite, FilesAreSortedInEveryOrder)
 {
     using namespace sync::interf;
     FolderConfiguration const root = AddRoot(QStringLiteral("/r"));
@@ -539,7 +539,7 @@ TEST_P(ManagerSuite, FilesAreFoundByAllBitsOfAnOption)
     EXPECT_EQ(found, QStringList({QStringLiteral("64"), QStringLiteral("65"), QStringLiteral("66")}));
 }
 
-TEST_P(ManagerSuite, FilesOfAFolderThatAreSyncingFallBackToNotSynced)
+TEST_P(ManagerSuite, SyncingFilesOfAFolderBecomeNotSynced)
 {
     using namespace sync::config;
     FolderConfiguration const root = AddRoot(QStringLiteral("/r"));
@@ -559,7 +559,7 @@ TEST_P(ManagerSuite, FilesOfAFolderThatAreSyncingFallBackToNotSynced)
     EXPECT_EQ(files->GetFileConfigurationById(elsewhere).getSyncStatus(), FileSyncStatusSyncing);
 }
 
-TEST_P(ManagerSuite, FileIsRemovedWithTheRowsOfWhatWasMadeFromIt)
+TEST_P(ManagerSuite, FileIsRemovedWithTheRowsOfItsGeneratedFiles)
 {
     using namespace sync::config;
     FolderConfiguration const root = AddRoot(QStringLiteral("/r"));
@@ -578,9 +578,9 @@ TEST_P(ManagerSuite, FileIsRemovedWithTheRowsOfWhatWasMadeFromIt)
     EXPECT_EQ(files->GetAll(FileConfigurationTypeGenerated).front().parentFileId, file.id + 1);
 }
 
-// Units.
+// Transactions and scopes.
 
-TEST_P(ManagerSuite, BracketOfTheFileManagerHoldsTheOperationsOfAllManagers)
+TEST_P(ManagerSuite, TransactionOfTheFileManagerIncludesAllManagers)
 {
     ASSERT_TRUE(files->transaction());
     FolderConfiguration const root = AddRoot(QStringLiteral("/r"));
@@ -604,7 +604,7 @@ TEST_P(ManagerSuite, BracketOfTheFileManagerHoldsTheOperationsOfAllManagers)
     EXPECT_EQ(sync::config::FolderConfigManager(elsewhere, nullptr).GetAll().size(), 1);
 }
 
-TEST_P(ManagerSuite, OperationsInAScopeOfTheClientsAreDurableWhenItEnds)
+TEST_P(ManagerSuite, OperationsInTheClientsScopeAreDurableAfterItsEnd)
 {
     {
         sync::database::TransactionalScope const scope;

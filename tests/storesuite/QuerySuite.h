@@ -7,13 +7,13 @@
 
 namespace tandry::storesuite {
 
-/// A query on its way: prepare, bind, exec, walk the rows, ask what a write did.
+/// Queries: prepare, bind, exec, read the rows, and the results of a write.
 class QuerySuite : public StoreSuite
 {};
 
 // Rows.
 
-TEST_P(QuerySuite, EachQueryIsAnotherObject)
+TEST_P(QuerySuite, CreateQueryReturnsANewObjectEachTime)
 {
     auto const first = factory->CreateQuery();
     auto const second = factory->CreateQuery();
@@ -47,7 +47,7 @@ TEST_P(QuerySuite, IsValidOnlyWhileOnARow)
     EXPECT_FALSE(query->isValid());
 }
 
-TEST_P(QuerySuite, ExecWithoutRowsSucceedsAndFindsNone)
+TEST_P(QuerySuite, ExecWithoutRowsSucceeds)
 {
     auto const query = Query(statements::GetServerById, {{QStringLiteral(":id"), 1}});
     EXPECT_TRUE(query->exec());
@@ -83,7 +83,7 @@ TEST_P(QuerySuite, ValueWithoutSuchAColumnOrWithoutARowIsNull)
     EXPECT_TRUE(query->value(0).isNull());
 }
 
-TEST_P(QuerySuite, ListingsAtTheSameTimeKeepTheirPlaces)
+TEST_P(QuerySuite, SimultaneousListingsKeepTheirPositions)
 {
     AddServer(QStringLiteral("a"));
     AddServer(QStringLiteral("b"));
@@ -117,7 +117,7 @@ TEST_P(QuerySuite, ExecAgainStartsAtTheFirstRow)
     EXPECT_FALSE(query->next());
 }
 
-TEST_P(QuerySuite, ListingLeftInTheMiddleHindersNoWrite)
+TEST_P(QuerySuite, UnfinishedListingDoesNotBlockWrites)
 {
     AddServer(QStringLiteral("a"));
     AddServer(QStringLiteral("b"));
@@ -130,7 +130,7 @@ TEST_P(QuerySuite, ListingLeftInTheMiddleHindersNoWrite)
     EXPECT_EQ(DurableAliases(), QStringList({QStringLiteral("a"), QStringLiteral("b"), QStringLiteral("c")}));
 }
 
-// Statements that can't be run.
+// Statements that cannot be run.
 
 TEST_P(QuerySuite, StatementWithoutATableFailsAtExec)
 {
@@ -169,18 +169,18 @@ TEST_P(QuerySuite, StoreWorksAfterAStatementThatFailed)
 
 // Placeholders.
 
-TEST_P(QuerySuite, PlaceholdersTakeTheirValuesInAnyOrder)
+TEST_P(QuerySuite, PlaceholdersAcceptTheirValuesInAnyOrder)
 {
     int const id = AddServer(QStringLiteral("a"));
     Bindings bindings = Server(QStringLiteral("changed"));
     std::reverse(bindings.begin(), bindings.end());
-    bindings.insert(bindings.begin(), {QStringLiteral(":id"), id}); // last in the statement
+    bindings.insert(bindings.begin(), {QStringLiteral(":id"), id}); // the last placeholder of the statement
     ASSERT_TRUE(Exec(statements::UpdateServer, bindings));
     EXPECT_EQ(Aliases(), QStringList({QStringLiteral("changed")}));
     EXPECT_EQ(Value(2, statements::GetServers).toString(), QStringLiteral("dav"));
 }
 
-TEST_P(QuerySuite, PlaceholderThatIsNeverBoundIsNull)
+TEST_P(QuerySuite, UnboundPlaceholderIsNull)
 {
     Bindings product{{QStringLiteral(":name"), QStringLiteral("name")},
                      {QStringLiteral(":consumerKey"), QStringLiteral("key")},
@@ -195,14 +195,14 @@ TEST_P(QuerySuite, PlaceholderThatIsNeverBoundIsNull)
     EXPECT_EQ(Value(2, statements::GetProductById, {{QStringLiteral(":id"), id}}).toString(), QStringLiteral("key"));
 }
 
-TEST_P(QuerySuite, PlaceholderForgetsWhatAnEarlierQueryBound)
+TEST_P(QuerySuite, PlaceholderDoesNotKeepTheValueOfAnEarlierQuery)
 {
     Insert(statements::AddProduct, {{QStringLiteral(":consumerSecret"), QStringLiteral("secret")}});
     int const id = Insert(statements::AddProduct, {});
     EXPECT_TRUE(Value(3, statements::GetProductById, {{QStringLiteral(":id"), id}}).isNull());
 }
 
-TEST_P(QuerySuite, PlaceholderForgetsItsValueWhenTheQueryIsPreparedAnew)
+TEST_P(QuerySuite, PlaceholderLosesItsValueWhenTheQueryIsPreparedAgain)
 {
     auto const query = Query(statements::AddProduct, {{QStringLiteral(":consumerSecret"), QStringLiteral("secret")}});
     ASSERT_TRUE(query->exec());
@@ -212,7 +212,7 @@ TEST_P(QuerySuite, PlaceholderForgetsItsValueWhenTheQueryIsPreparedAnew)
     EXPECT_TRUE(Value(3, statements::GetProductById, {{QStringLiteral(":id"), id}}).isNull());
 }
 
-TEST_P(QuerySuite, ConditionOnAPlaceholderThatIsNeverBoundFindsNothing)
+TEST_P(QuerySuite, ConditionOnAnUnboundPlaceholderMatchesNoRow)
 {
     AddServer(QStringLiteral("a"));
     EXPECT_TRUE(Column(0, statements::GetServerById).empty());
@@ -234,7 +234,7 @@ TEST_P(QuerySuite, LaterBindReplacesTheEarlierOne)
     EXPECT_EQ(Aliases(), QStringList({QStringLiteral("second")}));
 }
 
-TEST_P(QuerySuite, ExecAgainTakesTheNewValuesAndKeepsTheOthers)
+TEST_P(QuerySuite, ExecAgainUsesNewValuesAndKeepsTheOthers)
 {
     auto const query = Query(statements::AddServer, Server(QStringLiteral("first")));
     ASSERT_TRUE(query->exec());
@@ -244,9 +244,9 @@ TEST_P(QuerySuite, ExecAgainTakesTheNewValuesAndKeepsTheOthers)
     EXPECT_EQ(Column(5, statements::GetServers), std::vector<QVariant>(2, QVariant(QStringLiteral("encoder"))));
 }
 
-TEST_P(QuerySuite, PlaceholdersThatBeginAlikeAreDifferent)
+TEST_P(QuerySuite, PlaceholdersWithACommonPrefixAreDistinct)
 {
-    // ":syncStatus" begins the names of the two others.
+    // ":syncStatus" is a prefix of the two others.
     QString const add = statements::AddFile.arg(statements::FileTables[0]);
     Bindings const key{{QStringLiteral(":folderConfigurationId"), 7}};
     for (int status : {1, 2, 3})
@@ -273,7 +273,7 @@ TEST_P(QuerySuite, ValueThatLooksLikeAPlaceholderStaysAValue)
     EXPECT_EQ(Aliases().size(), 4);
 }
 
-// What a write did.
+// Results of a write.
 
 TEST_P(QuerySuite, WriteOfNoRowSucceeds)
 {
@@ -295,16 +295,16 @@ TEST_P(QuerySuite, LastInsertIdIsTheIdOfTheQuerysOwnRow)
     EXPECT_EQ(Value(1, statements::GetServerById, {{QStringLiteral(":id"), id}}).toString(), QStringLiteral("first"));
 }
 
-TEST_P(QuerySuite, IdsAreNeverGivenTwice)
+TEST_P(QuerySuite, IdOfARemovedRowIsNotReused)
 {
-    // A removal leaves references behind, which must not come to point at a stranger.
+    // References to removed rows stay, and must not refer to a new row.
     AddServer(QStringLiteral("a"));
     int const removed = AddServer(QStringLiteral("b"));
     ASSERT_TRUE(Exec(statements::RemoveServer, {{QStringLiteral(":id"), removed}}));
     EXPECT_NE(AddServer(QStringLiteral("c")), removed);
 }
 
-TEST_P(QuerySuite, QueryOfAnInsertThatIsStillThereHindersNoOtherWrite)
+TEST_P(QuerySuite, QueryOfAnInsertDoesNotBlockOtherWrites)
 {
     auto const insert = Query(statements::AddServer, Server(QStringLiteral("a")));
     ASSERT_TRUE(insert->exec());
@@ -316,14 +316,14 @@ TEST_P(QuerySuite, QueryOfAnInsertThatIsStillThereHindersNoOtherWrite)
     EXPECT_EQ(insert->lastInsertId().toInt(), id);
 }
 
-TEST_P(QuerySuite, RowsAffectedCountsTheRowsThatMatchEvenWhenNoneOfThemChanges)
+TEST_P(QuerySuite, RowsAffectedCountsMatchingRowsEvenIfNoneChanges)
 {
     QString const domain = QStringLiteral("domain");
     Bindings const name{{QStringLiteral(":domain"), domain}, {QStringLiteral(":userName"), QStringLiteral("user")}};
     for (int server : {1, 2}) {
         Bindings account = name;
         account.emplace_back(QStringLiteral(":serverId"), server);
-        Insert(statements::AddAccount, account); // its password is NULL, and stays it
+        Insert(statements::AddAccount, account); // its password is NULL and stays NULL
     }
     auto const query = Query(statements::ClearPassword, name);
     ASSERT_TRUE(query->exec());

@@ -10,12 +10,12 @@
 
 namespace tandry::storesuite {
 
-/// Tables, columns and names as the managers rely on them.
+/// The tables, columns and names that the managers use.
 class SchemaSuite : public StoreSuite
 {
 protected:
-    /// A value that no other column of the row has. Kinds are: i an integer, l a long one, t a text, d a date-time, and
-    /// n what managers only ever bind as NULL.
+    /// Returns a value that no other column of the row has. The kinds are i for an integer, l for one of 64 bits, t for
+    /// a text, d for a date-time, and n for a column that managers only set to NULL.
     static QVariant Distinct(char kind, int column)
     {
         switch (kind) {
@@ -32,7 +32,7 @@ protected:
         }
     }
 
-    /// The columns of a SELECT list, without `id` in front.
+    /// Returns the columns of a SELECT list except the first one, `id`.
     static QStringList ColumnsOf(QString const& select)
     {
         int const begin = int(qstrlen("SELECT id, "));
@@ -85,7 +85,7 @@ protected:
         EXPECT_FALSE(query->next());
     }
 
-    /// Writes a value of its own into each column of a new row, and expects each in its place.
+    /// Inserts a row with a distinct value in each column, and expects to read each value back from its column.
     void ExpectEachColumnInItsPlace(QString const& insert, QString const& select, std::string_view kinds)
     {
         int const id = Insert(insert, DistinctRow(select, kinds));
@@ -93,7 +93,7 @@ protected:
     }
 };
 
-TEST_P(SchemaSuite, NewStoreHoldsTheDefaultScheduleAndNothingElse)
+TEST_P(SchemaSuite, NewStoreContainsOnlyTheDefaultSchedule)
 {
     auto const schedule = Query(statements::GetDefaultSchedule);
     ASSERT_TRUE(schedule->exec());
@@ -148,17 +148,17 @@ TEST_P(SchemaSuite, SchedulesHaveTheirColumns)
     ExpectDistinctRow(statements::GetScheduleById, "iddii", id, {{QStringLiteral(":id"), id}});
 }
 
-TEST_P(SchemaSuite, NamesMatchWithoutRegardToCase)
+TEST_P(SchemaSuite, NamesAreCaseInsensitive)
 {
     int const server = AddServer(QStringLiteral("a"));
     int const account = Insert(statements::AddAccount, {{QStringLiteral(":serverId"), server}});
-    // "ServerID" in the one statement and "Id" in the other.
+    // The statements have "ServerID" and "Id".
     EXPECT_EQ(Value(0, statements::GetServerByAccount, {{QStringLiteral(":id"), account}}).toInt(), server);
     EXPECT_TRUE(Exec(statements::RemoveServer, {{QStringLiteral(":id"), server}}));
     EXPECT_TRUE(Aliases().isEmpty());
 }
 
-TEST_P(SchemaSuite, ParentEqualsZeroAsANumberAndAsAText)
+TEST_P(SchemaSuite, ParentMatchesZeroAsNumberAndAsText)
 {
     int const root = Insert(statements::AddFolder, {{QStringLiteral(":parentId"), 0}});
     Insert(statements::AddFolder, {{QStringLiteral(":parentId"), root}});
@@ -167,7 +167,7 @@ TEST_P(SchemaSuite, ParentEqualsZeroAsANumberAndAsAText)
     EXPECT_EQ(Value(0, statements::CountRoots).toInt(), 1);
 }
 
-TEST_P(SchemaSuite, CountsAreNumbersAlsoWhereThereIsNoRow)
+TEST_P(SchemaSuite, CountsAreNumbersEvenWithoutRows)
 {
     EXPECT_EQ(Value(0, statements::CountOutOfSync), 0);
     Insert(statements::AddFolder, {{QStringLiteral(":syncStatus"), 2}});
@@ -175,7 +175,7 @@ TEST_P(SchemaSuite, CountsAreNumbersAlsoWhereThereIsNoRow)
     EXPECT_EQ(Value(0, statements::CountOutOfSync).toInt(), 1);
 }
 
-TEST_P(SchemaSuite, RowsComeInTheOrderThatIsAskedFor)
+TEST_P(SchemaSuite, RowsComeInTheRequestedOrder)
 {
     for (char const* name : {"b", "c", "a"})
         Insert(statements::AddFolder,
@@ -186,9 +186,9 @@ TEST_P(SchemaSuite, RowsComeInTheOrderThatIsAskedFor)
     EXPECT_EQ(names, QStringList({QStringLiteral("a"), QStringLiteral("b"), QStringLiteral("c")}));
 }
 
-TEST_P(SchemaSuite, EqualRowsAreDifferentRows)
+TEST_P(SchemaSuite, DuplicateRowsAreAllowed)
 {
-    // Which rows may stand side by side is the managers' to say.
+    // Uniqueness is up to the managers.
     EXPECT_NE(AddServer(QStringLiteral("a")), AddServer(QStringLiteral("a")));
     Bindings const account{{QStringLiteral(":domain"), QStringLiteral("domain")},
                            {QStringLiteral(":userName"), QStringLiteral("user")}};
@@ -196,7 +196,7 @@ TEST_P(SchemaSuite, EqualRowsAreDifferentRows)
     EXPECT_EQ(Column(0, statements::GetAccountNames).size(), 1U);
 }
 
-TEST_P(SchemaSuite, ReferencesToRowsThatAreGoneStay)
+TEST_P(SchemaSuite, ReferencesToRemovedRowsStay)
 {
     int const server = AddServer(QStringLiteral("a"));
     Insert(statements::AddAccount, {{QStringLiteral(":serverId"), server}});

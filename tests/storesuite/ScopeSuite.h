@@ -9,8 +9,8 @@ namespace tandry::storesuite {
 
 using sync::database::TransactionalScope;
 
-/// The scopes that operations open around their writes. A store takes part in them through
-/// `TransactionalScope::Join`, or makes every statement durable by itself.
+/// The scopes that operations open around their writes. A store joins them with `TransactionalScope::Join`, or makes
+/// every statement durable immediately.
 class ScopeSuite : public StoreSuite
 {
 protected:
@@ -20,7 +20,7 @@ protected:
 
     void Add(char const* alias) { AddServer(QString::fromUtf8(alias)); }
 
-    /// A store may show each write at once, or all of them at the end. What it must not show is a part.
+    /// Another program may see no writes or all of them, but not a part.
     void ExpectNoneOrAllElsewhere(QStringList const& all)
     {
         QStringList const seen = AliasesElsewhere().value_or(QStringList());
@@ -54,7 +54,7 @@ TEST_P(ScopeSuite, ReadsInAScopeSeeItsWrites)
     EXPECT_EQ(Aliases(), Letters("a"));
 }
 
-TEST_P(ScopeSuite, ScopeWithoutAWriteEndsQuietly)
+TEST_P(ScopeSuite, ScopeWithoutAWriteSucceeds)
 {
     {
         TransactionalScope const scope;
@@ -68,7 +68,7 @@ TEST_P(ScopeSuite, ScopeWithoutAWriteEndsQuietly)
     EXPECT_EQ(DurableAliases(), Letters("a"));
 }
 
-TEST_P(ScopeSuite, ScopeAroundAReadHindersNobody)
+TEST_P(ScopeSuite, ScopeAroundAReadDoesNotBlockWriters)
 {
     Add("a");
     TransactionalScope const scope;
@@ -135,7 +135,7 @@ TEST_P(ScopeSuite, FailedStatementInAnInnerScopeUndoesNothingInTheOuterOne)
     EXPECT_EQ(DurableAliases(), Letters("a b"));
 }
 
-TEST_P(ScopeSuite, CommitMakesDurableWhatWasWrittenSoFarAndWhatFollowsBeginsAnew)
+TEST_P(ScopeSuite, CommitMakesEarlierWritesDurableAndLaterOnesStartAgain)
 {
     {
         TransactionalScope scope;
@@ -148,7 +148,7 @@ TEST_P(ScopeSuite, CommitMakesDurableWhatWasWrittenSoFarAndWhatFollowsBeginsAnew
     EXPECT_EQ(DurableAliases(), Letters("a b"));
 }
 
-TEST_P(ScopeSuite, CommitAfterAFailedStatementKeepsWhatWentBefore)
+TEST_P(ScopeSuite, CommitAfterAFailedStatementKeepsEarlierWrites)
 {
     {
         TransactionalScope scope;
@@ -159,7 +159,7 @@ TEST_P(ScopeSuite, CommitAfterAFailedStatementKeepsWhatWentBefore)
     EXPECT_EQ(DurableAliases(), Letters("a"));
 }
 
-TEST_P(ScopeSuite, ExceptionThatPassesKeepsTheWrites)
+TEST_P(ScopeSuite, ExceptionKeepsTheWrites)
 {
     try {
         TransactionalScope const scope;
@@ -179,12 +179,12 @@ TEST_P(ScopeSuite, DeeplyNestedScopesKeepTheWrites)
             scopes.push_back(std::make_unique<TransactionalScope>());
         Add("a");
         while (!scopes.empty())
-            scopes.pop_back(); // the innermost first
+            scopes.pop_back(); // innermost first
     }
     EXPECT_EQ(DurableAliases(), Letters("a"));
 }
 
-TEST_P(ScopeSuite, ScopesOneAfterAnotherEachKeepTheirWrites)
+TEST_P(ScopeSuite, ConsecutiveScopesKeepTheirWrites)
 {
     for (char const* alias : {"a", "b", "c"}) {
         TransactionalScope const scope;
@@ -212,7 +212,7 @@ TEST_P(ScopeSuite, EveryStoreThatWroteInAScopeKeepsItsWrites)
     EXPECT_EQ(AliasesIn(*other), Letters("b"));
 }
 
-TEST_P(ScopeSuite, StoreThatGoesLeavesTheThreadsScopesInOrder)
+TEST_P(ScopeSuite, DestroyedStoreLeavesTheScopesOfItsThread)
 {
     {
         TransactionalScope const scope;
@@ -220,7 +220,7 @@ TEST_P(ScopeSuite, StoreThatGoesLeavesTheThreadsScopesInOrder)
         factory.reset();
     }
     {
-        TransactionalScope scope; // nobody who is gone may be called from here on
+        TransactionalScope scope; // must not call the destroyed store
         EXPECT_TRUE(scope.commit());
     }
     EXPECT_EQ(DurableAliases(), Letters("a"));

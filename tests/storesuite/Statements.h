@@ -2,8 +2,8 @@
 
 #include <QString>
 
-/// Statements of the managers, to the blank. The suite asks a store for nothing else, so that a store may be made for
-/// the managers alone.
+/// Statements of the managers, character by character. The suite uses no others, because a store may support only
+/// these.
 namespace tandry::storesuite::statements {
 
 inline QString const ServerColumns =
@@ -71,13 +71,13 @@ inline QString const AddFolder =
                    ":rootId, :syncOption, :ownerId, :privileges, :serverRoot, :productConfigurationId, "
                    ":serverFolderId);");
 
-/// %1: one of the three tables of files.
+/// %1 is one of `FileTables`.
 inline QString const GetFiles =
     QStringLiteral("SELECT id, folderConfigurationId, name, clientPath, serverPath, checkSum, createdDateTime, "
                    "lastModifiedDateTime, syncStatus, lastOperationType, size, nameValueProperties, "
                    "lastOperationTime, rootFolderId, syncOption, parentFileId, fileType, ownerId, privileges, "
                    "productConfigurationId, serverFileId,  serverFileVersionId, checkSumMD5, fileLinks FROM %1");
-/// %1: one of the three tables of files.
+/// %1 is one of `FileTables`.
 inline QString const AddFile =
     QStringLiteral("INSERT INTO %1 (folderConfigurationId, name, clientPath, serverPath, checkSum, createdDateTime, "
                    "lastModifiedDateTime, syncStatus, lastOperationType, size, nameValueProperties, lastOperationTime, "

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "storesuite/BracketSuite.h"
+#include "storesuite/ClientTransactionSuite.h"
 #include "storesuite/ManagerSuite.h"
 #include "storesuite/QuerySuite.h"
 #include "storesuite/SchemaSuite.h"
@@ -9,19 +9,19 @@
 #include "storesuite/ValueSuite.h"
 
 /// \file
-/// What a store must do so that the managers work over it, as GoogleTest cases.
+/// GoogleTest cases for what the managers require of a store.
 ///
-/// Who writes a factory of their own derives a class from `StoreUnderTest` and says, at namespace scope in one source
-/// file of a test program:
+/// To test a factory of your own, derive a class from `StoreUnderTest` and write, at namespace scope in one source file
+/// of a test program:
 ///
 ///     TANDRY_STORE_SUITE(MyStore, [] { return std::make_unique<MyStoreUnderTest>(); });
 ///
-/// The cases then are called "MyStore/QuerySuite...", "MyStore/ScopeSuite..." and so on. Only one source file of a
-/// program may include this header; several kinds of store can stand side by side in it. The calling code holds nothing
-/// but public operations, so any GoogleTest filter leaves out what a store doesn't want to promise.
+/// The cases are named "MyStore/QuerySuite...", "MyStore/ScopeSuite..." and so on. Only one source file of a program
+/// may include this header; it can test several kinds of store. A GoogleTest filter can exclude what a store does not
+/// support.
 
-/// Holds the whole suite against one kind of store. `...` is what makes one: callable without arguments, answering with
-/// a `std::unique_ptr` to a class that derives from `StoreUnderTest`.
+/// Instantiates the whole suite for one kind of store. `...` is callable without arguments and returns a new store as a
+/// `std::unique_ptr` to a class that derives from `StoreUnderTest`.
 #define TANDRY_STORE_SUITE(name, ...)                                                                                  \
     namespace tandry::storesuite {                                                                                     \
     inline StoreMaker const name##Maker{__VA_ARGS__};                                                                  \
@@ -29,7 +29,7 @@
     INSTANTIATE_TEST_SUITE_P(name, ValueSuite, testing::Values(name##Maker));                                          \
     INSTANTIATE_TEST_SUITE_P(name, SchemaSuite, testing::Values(name##Maker));                                         \
     INSTANTIATE_TEST_SUITE_P(name, ScopeSuite, testing::Values(name##Maker));                                          \
-    INSTANTIATE_TEST_SUITE_P(name, BracketSuite, testing::Values(name##Maker));                                        \
+    INSTANTIATE_TEST_SUITE_P(name, ClientTransactionSuite, testing::Values(name##Maker));                              \
     INSTANTIATE_TEST_SUITE_P(name, ManagerSuite, testing::Values(name##Maker));                                        \
     }                                                                                                                  \
-    static_assert(true, "asks for a semicolon")
+    static_assert(true, "requires a semicolon")

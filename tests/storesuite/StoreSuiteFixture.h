@@ -23,10 +23,10 @@ using sync::interf::IQSqlDatabaseWrapper;
 using sync::interf::IQSqlQueryWrapper;
 using sync::interf::factory::IDatabaseFactory;
 
-/// Placeholders with their values, in the order in which they are bound.
+/// Placeholders and values, in the order in which they are bound.
 using Bindings = std::vector<std::pair<QString, QVariant>>;
 
-/// What all cases start from: a store of their own and a factory over it.
+/// The fixture of all cases: a new store and a factory for it.
 class StoreSuite : public testing::TestWithParam<StoreMaker>
 {
 protected:
@@ -38,7 +38,7 @@ protected:
         ASSERT_NE(factory, nullptr);
     }
 
-    /// A query that has its statement and values and has not run.
+    /// Returns a query with its statement prepared and its values bound.
     static std::shared_ptr<IQSqlQueryWrapper>
     Query(IDatabaseFactory& over, QString const& statement, Bindings const& bindings = {})
     {
@@ -61,7 +61,7 @@ protected:
 
     bool Exec(QString const& statement, Bindings const& bindings = {}) { return Query(statement, bindings)->exec(); }
 
-    /// One column of all rows; nothing when the statement fails.
+    /// Returns one column of all rows, or nothing if the statement fails.
     static std::optional<std::vector<QVariant>>
     ColumnIn(IDatabaseFactory& over, int column, QString const& statement, Bindings const& bindings = {})
     {
@@ -74,7 +74,7 @@ protected:
         return values;
     }
 
-    /// One column of all rows; a statement that fails fails the test.
+    /// Returns one column of all rows. Fails the test if the statement fails.
     std::vector<QVariant> Column(int column, QString const& statement, Bindings const& bindings = {})
     {
         auto const values = ColumnIn(*factory, column, statement, bindings);
@@ -82,7 +82,7 @@ protected:
         return values.value_or(std::vector<QVariant>());
     }
 
-    /// One column of the only row; another number of rows fails the test.
+    /// Returns one column of the only row. Fails the test if there is not exactly one row.
     QVariant Value(int column, QString const& statement, Bindings const& bindings = {})
     {
         std::vector<QVariant> const values = Column(column, statement, bindings);
@@ -90,7 +90,7 @@ protected:
         return values.empty() ? QVariant() : values.front();
     }
 
-    /// Inserts a row and answers with its id; 0 fails the test, since records take it for a mark of its own.
+    /// Inserts a row and returns its id. Fails the test if the id is not positive: in records, 0 and -1 have a meaning.
     int Insert(QString const& statement, Bindings const& bindings)
     {
         auto const query = Query(statement, bindings);
@@ -111,10 +111,10 @@ protected:
 
     int AddServer(QString const& alias) { return Insert(statements::AddServer, Server(alias)); }
 
-    /// A statement that no store can run, in the form in which a manager may say it.
+    /// Returns a statement that no store can run; managers run it for an unknown file type.
     static QString BadStatement() { return statements::GetFiles.arg(QString()); }
 
-    /// The servers' aliases as a factory sees them, sorted; nothing when it can't read at present.
+    /// Returns the servers' aliases as a factory reads them, sorted; nothing if it cannot read.
     static std::optional<QStringList> AliasesIn(IDatabaseFactory& over)
     {
         auto const values = ColumnIn(over, 1, statements::GetServers);
@@ -134,14 +134,14 @@ protected:
         return aliases.value_or(QStringList());
     }
 
-    /// The servers' aliases as another program sees them at this moment; nothing when it is kept waiting.
+    /// Returns the servers' aliases as another program reads them now; nothing if it is blocked.
     std::optional<QStringList> AliasesElsewhere()
     {
         auto const other = store->Open();
         return other == nullptr ? std::nullopt : AliasesIn(*other);
     }
 
-    /// The servers' aliases after all factories are gone and the store is opened anew.
+    /// Returns the servers' aliases after the factory has been destroyed and the store opened again.
     QStringList DurableAliases()
     {
         factory.reset();

@@ -8,10 +8,10 @@
 
 namespace tandry::storesuite {
 
-/// A store for one test case, to be written for each kind of store that the suite is to be held against.
+/// A store for one test case. Derive a class from it for each kind of store to test.
 ///
-/// When it is made, the store has all tables, and no row but the default schedule (`folderConfigurationId` 0, interval
-/// 30, type 0, no times). It goes with the object.
+/// A new store has all tables, and no row but the default schedule (`folderConfigurationId` 0, interval 30, type 0, no
+/// times). The destructor removes the store.
 class StoreUnderTest
 {
 public:
@@ -19,13 +19,13 @@ public:
     virtual ~StoreUnderTest() = default;
     Q_DISABLE_COPY_MOVE(StoreUnderTest)
 
-    /// A factory over the store, another one at each call, as another program would have it: what one of them made
-    /// durable, the others read. Where another factory's open scope or bracket keeps it waiting, this may answer null,
-    /// and a statement may fail; better soon, since the cases that try it have but one thread.
+    /// Returns a new factory for the store, as another program would open it: what one factory has made durable, the
+    /// others read. If an open scope or client transaction of another factory blocks it, it may return null, and its
+    /// statements may fail. They should fail soon, since the suite has one thread only.
     [[nodiscard]] virtual std::shared_ptr<sync::interf::factory::IDatabaseFactory> Open() = 0;
 };
 
-/// Makes a store for a test case; called more than once by cases that need several.
+/// Creates the stores. A test case may call it more than once.
 struct StoreMaker
 {
     std::function<std::unique_ptr<StoreUnderTest>()> make;

@@ -9,11 +9,11 @@
 
 namespace tandry::storesuite {
 
-/// Values on their way through the store: integers, texts, date-times and NULL.
+/// Values that are written and read back: integers, texts, date-times and NULL.
 class ValueSuite : public StoreSuite
 {
 protected:
-    /// What comes back of a text; an invalid value when the store refused it.
+    /// Writes a text and reads it back; returns an invalid value if the store refuses it.
     QVariant TextThroughStore(QString const& text)
     {
         auto const query = Query(statements::AddServer, {{QStringLiteral(":alias"), text}});
@@ -29,7 +29,7 @@ protected:
         EXPECT_EQ(back.toString(), text) << text.toStdString();
     }
 
-    /// For texts which not every store can keep: they may be refused, and must not be altered.
+    /// For texts that not every store can keep: it may refuse but must not change them.
     void ExpectUnchangedOrRefused(QString const& text)
     {
         QVariant const back = TextThroughStore(text);
@@ -42,8 +42,7 @@ protected:
         return Value(11, statements::GetFolderById, {{QStringLiteral(":id"), id}});
     }
 
-    /// The clock reading must come back; what zone it is in is the reader's to say, so it is relabelled here as readers
-    /// do.
+    /// Expects the same clock reading. The store need not keep the time zone: the reader sets it, as the managers do.
     void ExpectSameReading(QDateTime const& date, Qt::TimeSpec readAs = Qt::UTC)
     {
         QDateTime back = DateThroughStore(date).toDateTime();
@@ -91,7 +90,7 @@ TEST_P(ValueSuite, IdBeyond32BitsIsNotCut)
 
 // Texts.
 
-TEST_P(ValueSuite, TextsComeBackAsTheyWereGiven)
+TEST_P(ValueSuite, TextsComeBackUnchanged)
 {
     for (char const* text : {"plain",
                              " blanks around ",
@@ -114,7 +113,7 @@ TEST_P(ValueSuite, TextsThatLookLikeNumbersOrDatesStayTexts)
         ExpectUnchanged(QString::fromUtf8(text));
 }
 
-TEST_P(ValueSuite, LongTextComesBackWhole)
+TEST_P(ValueSuite, LongTextComesBackComplete)
 {
     ExpectUnchanged(QStringLiteral("\u00e4bc").repeated(300'000));
 }
@@ -157,7 +156,7 @@ TEST_P(ValueSuite, EmptyTextComesBackEmptyAndIsFoundByAnEmptyText)
     EXPECT_TRUE(back.toString().isEmpty());
 }
 
-TEST_P(ValueSuite, NullTextIsNullAndEqualToNothing)
+TEST_P(ValueSuite, NullTextIsNullAndMatchesNothing)
 {
     int const id = Insert(statements::AddServer,
                           {{QStringLiteral(":davUrl"), QString()}, {QStringLiteral(":webServiceUrl"), QString()}});
@@ -168,7 +167,7 @@ TEST_P(ValueSuite, NullTextIsNullAndEqualToNothing)
                     .empty());
 }
 
-TEST_P(ValueSuite, TextsAreEqualOnlyToThemselves)
+TEST_P(ValueSuite, TextsMatchOnlyThemselves)
 {
     QString const path = QStringLiteral("/Caf\u00e9/a");
     Insert(statements::AddFolder, {{QStringLiteral(":clientPath"), path}});
@@ -213,7 +212,7 @@ TEST_P(ValueSuite, DateInATimeZoneKeepsItsClockReading)
 
 TEST_P(ValueSuite, HourThatSummerTimeSkipsComesBack)
 {
-    // In the time zones of Europe and America there is no such local time on these days.
+    // These local times do not exist in time zones of Europe and America.
     ExpectSameReading(QDateTime(QDate(2021, 3, 28), QTime(2, 30), Qt::UTC));
     ExpectSameReading(QDateTime(QDate(2021, 3, 28), QTime(1, 30), Qt::UTC));
     ExpectSameReading(QDateTime(QDate(2021, 3, 14), QTime(2, 30), Qt::UTC));

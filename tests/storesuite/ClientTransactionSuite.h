@@ -5,9 +5,9 @@
 
 namespace tandry::storesuite {
 
-/// The client's own bracket around several operations. The object from `CreateDatabase` lives for one call only, as the
-/// managers use it: the bracket belongs to the connection.
-class BracketSuite : public StoreSuite
+/// The client transaction. Each object from `CreateDatabase` is used for one call, as in the managers: the transaction
+/// belongs to the connection.
+class ClientTransactionSuite : public StoreSuite
 {
 protected:
     bool Begin() { return factory->CreateDatabase()->transaction(); }
@@ -19,13 +19,13 @@ protected:
     void Add(char const* alias) { AddServer(QString::fromUtf8(alias)); }
 };
 
-TEST_P(BracketSuite, ThereIsAlwaysADatabaseObject)
+TEST_P(ClientTransactionSuite, CreateDatabaseNeverReturnsNull)
 {
     ASSERT_NE(factory->CreateDatabase(), nullptr);
     EXPECT_TRUE(factory->CreateDatabase()->isOpen());
 }
 
-TEST_P(BracketSuite, CommitMakesTheWritesDurable)
+TEST_P(ClientTransactionSuite, CommitMakesTheWritesDurable)
 {
     ASSERT_TRUE(Begin());
     Add("a");
@@ -35,7 +35,7 @@ TEST_P(BracketSuite, CommitMakesTheWritesDurable)
     EXPECT_EQ(DurableAliases(), Letters("a b"));
 }
 
-TEST_P(BracketSuite, RollbackTakesTheWritesBack)
+TEST_P(ClientTransactionSuite, RollbackUndoesTheWrites)
 {
     Add("a");
     ASSERT_TRUE(Begin());
@@ -45,7 +45,7 @@ TEST_P(BracketSuite, RollbackTakesTheWritesBack)
     EXPECT_EQ(DurableAliases(), Letters("a"));
 }
 
-TEST_P(BracketSuite, NothingShowsElsewhereBeforeTheCommit)
+TEST_P(ClientTransactionSuite, WritesAreNotVisibleElsewhereBeforeTheCommit)
 {
     ASSERT_TRUE(Begin());
     Add("a");
@@ -54,7 +54,7 @@ TEST_P(BracketSuite, NothingShowsElsewhereBeforeTheCommit)
     EXPECT_TRUE(Commit());
 }
 
-TEST_P(BracketSuite, OneObjectMayDoAllThree)
+TEST_P(ClientTransactionSuite, OneObjectSupportsAllThreeOperations)
 {
     auto const database = factory->CreateDatabase();
     ASSERT_TRUE(database->transaction());
@@ -66,7 +66,7 @@ TEST_P(BracketSuite, OneObjectMayDoAllThree)
     EXPECT_EQ(DurableAliases(), Letters("b"));
 }
 
-TEST_P(BracketSuite, SecondTransactionIsRefusedAndTheFirstGoesOn)
+TEST_P(ClientTransactionSuite, SecondTransactionIsRefusedAndTheFirstContinues)
 {
     ASSERT_TRUE(Begin());
     Add("a");
@@ -76,7 +76,7 @@ TEST_P(BracketSuite, SecondTransactionIsRefusedAndTheFirstGoesOn)
     EXPECT_EQ(DurableAliases(), Letters("a b"));
 }
 
-TEST_P(BracketSuite, CommitAndRollbackWithoutABracketAreRefused)
+TEST_P(ClientTransactionSuite, CommitAndRollbackWithoutATransactionAreRefused)
 {
     EXPECT_FALSE(Commit());
     EXPECT_FALSE(Rollback());
@@ -86,7 +86,7 @@ TEST_P(BracketSuite, CommitAndRollbackWithoutABracketAreRefused)
     EXPECT_FALSE(Rollback());
 }
 
-TEST_P(BracketSuite, TransactionInsideAnOpenScopeIsRefused)
+TEST_P(ClientTransactionSuite, TransactionInsideAnOpenScopeIsRefused)
 {
     {
         sync::database::TransactionalScope const scope;
@@ -98,7 +98,7 @@ TEST_P(BracketSuite, TransactionInsideAnOpenScopeIsRefused)
     EXPECT_EQ(DurableAliases(), Letters("a"));
 }
 
-TEST_P(BracketSuite, ScopeInsideABracketEndsNothing)
+TEST_P(ClientTransactionSuite, ScopeInsideATransactionCommitsNothing)
 {
     ASSERT_TRUE(Begin());
     {
@@ -110,7 +110,7 @@ TEST_P(BracketSuite, ScopeInsideABracketEndsNothing)
     EXPECT_TRUE(DurableAliases().isEmpty());
 }
 
-TEST_P(BracketSuite, CommittedScopeInsideABracketSucceedsAndEndsNothing)
+TEST_P(ClientTransactionSuite, CommittedScopeInsideATransactionSucceedsAndCommitsNothing)
 {
     ASSERT_TRUE(Begin());
     {
@@ -123,7 +123,7 @@ TEST_P(BracketSuite, CommittedScopeInsideABracketSucceedsAndEndsNothing)
     EXPECT_TRUE(DurableAliases().isEmpty());
 }
 
-TEST_P(BracketSuite, FailedStatementUndoesNothingOfTheBracket)
+TEST_P(ClientTransactionSuite, FailedStatementUndoesNothingElseInTheTransaction)
 {
     ASSERT_TRUE(Begin());
     Add("a");
@@ -133,7 +133,7 @@ TEST_P(BracketSuite, FailedStatementUndoesNothingOfTheBracket)
     EXPECT_EQ(DurableAliases(), Letters("a b"));
 }
 
-TEST_P(BracketSuite, BracketAfterABracketIsANewOne)
+TEST_P(ClientTransactionSuite, TransactionsFollowOneAnotherIndependently)
 {
     ASSERT_TRUE(Begin());
     Add("a");
@@ -147,7 +147,7 @@ TEST_P(BracketSuite, BracketAfterABracketIsANewOne)
     EXPECT_EQ(DurableAliases(), Letters("a c"));
 }
 
-TEST_P(BracketSuite, ScopeAfterABracketIsItsOwnUnit)
+TEST_P(ClientTransactionSuite, ScopeAfterATransactionIsIndependent)
 {
     ASSERT_TRUE(Begin());
     Add("a");
@@ -159,7 +159,7 @@ TEST_P(BracketSuite, ScopeAfterABracketIsItsOwnUnit)
     EXPECT_EQ(AliasesElsewhere(), Letters("b"));
 }
 
-TEST_P(BracketSuite, BracketThatIsLeftOpenIsTakenBackWhenTheFactoryGoes)
+TEST_P(ClientTransactionSuite, OpenTransactionIsRolledBackWhenTheFactoryIsDestroyed)
 {
     Add("a");
     ASSERT_TRUE(Begin());
@@ -167,7 +167,7 @@ TEST_P(BracketSuite, BracketThatIsLeftOpenIsTakenBackWhenTheFactoryGoes)
     EXPECT_EQ(DurableAliases(), Letters("a"));
 }
 
-TEST_P(BracketSuite, RowsWalkedInABracketAreThoseOfTheBracket)
+TEST_P(ClientTransactionSuite, ReadsInATransactionSeeItsWrites)
 {
     Add("a");
     ASSERT_TRUE(Begin());
