@@ -4,6 +4,7 @@
 #include "database/TransactionalScope.h"
 #include "database/file/StoreLog.h"
 #include "database/file/StoreSchema.h"
+#include "database/sqlite/ErrorTexts.h"
 
 #include <utility>
 

@@ -1,5 +1,7 @@
 #include "database/SqliteDatabase.h"
 
+#include "database/SqliteStore.h"
+
 #include <utility>
 
 namespace sync::database {
@@ -37,7 +39,7 @@ bool SqliteDatabase::rollback()
 
 bool SqliteDatabase::Answer(Failure (SqliteConnection::*operation)())
 {
-    Failure const failure = _connection != nullptr ? (_connection.get()->*operation)() : NoConnection();
+    Failure const failure = _connection != nullptr ? (_connection.get()->*operation)() : SqliteStore::NoConnection();
     _lastError = failure ? failure->text : QString();
     if (failure && _connection != nullptr)
         _connection->Record(*failure);

@@ -22,14 +22,21 @@ SqliteDatabaseFactory::~SqliteDatabaseFactory()
 std::shared_ptr<SqliteDatabaseFactory>
 SqliteDatabaseFactory::Open(QString const& path, QString* error, OpenOptions const& options)
 {
-    [[maybe_unused]] static int const registered = qRegisterMetaType<StoreError>(); // for slots on other threads
+    StoreError reason;
+    std::shared_ptr<SqliteDatabaseFactory> factory = Open(path, reason, options);
+    if (factory == nullptr && error != nullptr)
+        *error = reason.text;
+    return factory;
+}
 
+std::shared_ptr<SqliteDatabaseFactory>
+SqliteDatabaseFactory::Open(QString const& path, StoreError& error, OpenOptions const& options)
+{
     auto const store = std::make_shared<SqliteStore>(StoreFile(path), options);
     if (Failure const failure = store->Open()) {
         store->Close();
         qCWarning(StoreLog).noquote() << failure->text;
-        if (error != nullptr)
-            *error = failure->text;
+        error = *failure;
         return nullptr;
     }
     std::shared_ptr<SqliteDatabaseFactory> factory(new SqliteDatabaseFactory(store));
@@ -61,7 +68,7 @@ template <class Operation>
 bool SqliteDatabaseFactory::Answer(QString* error, Operation const& operation)
 {
     std::shared_ptr<SqliteConnection> const connection = _store->Connection();
-    Failure const failure = connection != nullptr ? operation(*connection) : NoConnection();
+    Failure const failure = connection != nullptr ? operation(*connection) : SqliteStore::NoConnection();
     if (failure && connection != nullptr)
         connection->Record(*failure);
     if (failure && error != nullptr)

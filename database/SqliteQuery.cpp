@@ -1,6 +1,7 @@
 #include "database/SqliteQuery.h"
 
 #include "database/SqliteStore.h"
+#include "database/sqlite/ErrorTexts.h"
 
 #include <algorithm>
 
@@ -17,10 +18,10 @@ bool SqliteQuery::prepare(QString const& statement)
     _position = Position::AtEnd;
     _result = {};
     _bindFailures.clear();
-    _prepareFailure.reset();
+    _prepareFailure = {};
     _lastError.clear();
     if (_connection == nullptr)
-        _prepareFailure = NoConnection();
+        _prepareFailure = SqliteStore::NoConnection();
     else
         _prepareFailure = _connection->Prepare(statement, _statement);
     if (_prepareFailure)
@@ -52,7 +53,7 @@ bool SqliteQuery::exec()
     if (_prepareFailure)
         return Fail(*_prepareFailure);
     if (_statement == nullptr)
-        return Fail({SQLITE_MISUSE, QStringLiteral("no statement was prepared"), {}});
+        return Fail(MakeError(SQLITE_MISUSE, QStringLiteral("no statement was prepared")));
     if (!_bindFailures.empty())
         return Fail(_bindFailures.front().second);
     if (Failure const failure = _connection->Run(*_statement, _result))

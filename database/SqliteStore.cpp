@@ -7,6 +7,7 @@
 #include "database/file/StoreLog.h"
 #include "database/file/StoreSnapshot.h"
 #include "database/file/StoreUpgrade.h"
+#include "database/sqlite/ErrorTexts.h"
 
 #include <algorithm>
 #include <utility>
@@ -126,6 +127,11 @@ Failure SqliteStore::FindDamage(SqliteConnection& connection, QStringList& damag
     if (Failure failure = snapshot.Open(isReadOnly()))
         return failure;
     return snapshot.FindDamage(damage);
+}
+
+Failure SqliteStore::NoConnection()
+{
+    return MakeError(SQLITE_MISUSE, QStringLiteral("the thread is ending and has closed its stores"));
 }
 
 Failure SqliteStore::CheckUnmoved() const

@@ -44,6 +44,8 @@ public:
 
     /// The calling thread's connection, which may not have been opened yet. Null while the thread's own data go.
     std::shared_ptr<SqliteConnection> Connection();
+    /// The failure of an operation on a thread that has no connection any more.
+    static Failure NoConnection();
 
     /// From here on every operation fails. Connections that nothing uses any more are closed.
     void Close();

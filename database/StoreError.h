@@ -5,15 +5,40 @@
 
 namespace sync::database {
 
-/// Why the store could not do what it was asked for.
+/// What kind of failure an error is; the same for every store, whatever its database.
+enum class StoreErrorKind
+{
+    /// Another thread or process holds a lock. Trying again later may succeed.
+    Locked,
+    /// The disk is full, or a quota used up.
+    Full,
+    /// The store cannot be written, or was opened for reading only.
+    ReadOnly,
+    /// The file is damaged or is no store.
+    Damaged,
+    /// The file, or its log, was removed or replaced while the store was open.
+    Moved,
+    /// The store does not accept the statement, the value or the operation at this point. Trying again fails again.
+    Refused,
+    /// A commit failed, and the transaction may be durable nevertheless. Read the rows before writing them again.
+    OutcomeUnknown,
+    /// The connection to a database server was lost.
+    ConnectionLost,
+    /// Any other failure: the file cannot be opened, an I/O error, lack of memory.
+    Other,
+};
+
+/// Why a store could not carry out an operation.
 struct StoreError
 {
-    /// SQLite's extended result code, also where the store itself refused.
+    /// The database's own code: with `SqliteDatabaseFactory` SQLite's extended result code, also where the store itself
+    /// refused the operation.
     int code = 0;
     /// What happened, in plain words and with the file's name; never a bound value.
     QString text;
-    /// The statement that failed, with its placeholders; a null text where no statement was running.
+    /// The statement that failed, with its placeholders; null if no statement was running.
     QString statement;
+    StoreErrorKind kind = StoreErrorKind::Other;
 };
 
 } // namespace sync::database

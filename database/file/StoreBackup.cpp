@@ -2,6 +2,7 @@
 
 #include "database/file/NewFile.h"
 #include "database/file/StoreSnapshot.h"
+#include "database/sqlite/ErrorTexts.h"
 #include "database/sqlite/SqliteHandle.h"
 
 #include <QByteArray>

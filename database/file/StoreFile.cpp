@@ -2,6 +2,7 @@
 
 #include "database/file/NewFile.h"
 #include "database/file/StoreSchema.h"
+#include "database/sqlite/ErrorTexts.h"
 
 #include <QFile>
 #include <QFileInfo>

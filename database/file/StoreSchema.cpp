@@ -1,5 +1,6 @@
 #include "database/file/StoreSchema.h"
 
+#include "database/sqlite/ErrorTexts.h"
 #include "database/sqlite/SqliteHandle.h"
 
 #include <initializer_list>

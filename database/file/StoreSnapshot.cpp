@@ -1,6 +1,7 @@
 #include "database/file/StoreSnapshot.h"
 
 #include "database/file/StoreSchema.h"
+#include "database/sqlite/ErrorTexts.h"
 
 #include <utility>
 

@@ -3,6 +3,7 @@
 #include "database/file/StoreBackup.h"
 #include "database/file/StoreLog.h"
 #include "database/file/StoreSchema.h"
+#include "database/sqlite/ErrorTexts.h"
 
 #include <iterator>
 #include <utility>

@@ -2,32 +2,31 @@
 
 #include "database/StoreError.h"
 
-#include <QString>
-
 #include <optional>
-
-struct sqlite3;
+#include <utility>
 
 namespace sync::database {
 
-/// Why an operation failed, or nothing when it succeeded.
-using Failure = std::optional<StoreError>;
+/// The outcome of an internal operation: its error, or nothing if it succeeded. True means failed.
+class [[nodiscard]] Failure
+{
+public:
+    /// Success.
+    Failure() = default;
+    Failure(StoreError error)
+        : _error(std::move(error))
+    {}
 
-/// An error of the store file: the engine's code, what happened and the statement.
-StoreError MakeError(QString const& path, int code, QString const& words, QString const& statement = {});
+    explicit operator bool() const noexcept { return _error.has_value(); }
 
-/// An error that the engine told, in words that a user understands. Looks at the handle for the operating system's
-/// reason, and for the engine's own words only where `engineWords` says that they can't hold a bound value.
-StoreError
-DescribeError(sqlite3* handle, int code, QString const& path, QString const& statement = {}, bool engineWords = false);
+    /// The error of an operation that failed.
+    StoreError& operator*() noexcept { return *_error; }
+    StoreError const& operator*() const noexcept { return *_error; }
+    StoreError* operator->() noexcept { return &*_error; }
+    StoreError const* operator->() const noexcept { return &*_error; }
 
-/// An error that the operating system told by its number.
-StoreError DescribeSystemError(QString const& path, QString const& words, int errorNumber);
-
-/// Of an operation on a thread whose own data have gone already, and its connections with them.
-Failure NoConnection();
-
-/// The operating system's reason for an error number.
-QString SystemReason(int errorNumber);
+private:
+    std::optional<StoreError> _error;
+};
 
 } // namespace sync::database

@@ -3,7 +3,7 @@
 
 #include "config/FolderConfigManager.h"
 #include "database/SqliteDatabaseFactory.h"
-#include "database/StoreError.h"
+#include "database/StoreFactory.h"
 #include "interf/IQSqlDatabaseWrapper.h"
 #include "interf/IRefreshNativeFileViewer.h"
 
@@ -14,6 +14,7 @@
 using sync::config::FolderConfigManager;
 using sync::config::FolderConfiguration;
 using sync::database::SqliteDatabaseFactory;
+using sync::database::StoreFactory;
 
 namespace {
 
@@ -24,8 +25,8 @@ public:
     void Refresh(QString path) override { QTextStream(stdout) << "redraw " << path << '\n'; }
 };
 
-/// The managers answer only whether it worked; the store knows why it didn't.
-int Fail(SqliteDatabaseFactory& store, char const* what)
+/// The managers answer only whether it worked; the store tells why it did not.
+int Fail(StoreFactory& store, char const* what)
 {
     QTextStream err(stderr);
     err << what;

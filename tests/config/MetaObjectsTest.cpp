@@ -216,9 +216,11 @@ MetaObjectCase const MetaObjects[] = {
      "invokable bool Remove(int scheduleEntryId)"},
     {&ServerConfigManager::staticMetaObject, "sync::config::ServerConfigManager : sync::interf::IServerConfigManager"},
 
-    {&sync::database::SqliteDatabaseFactory::staticMetaObject,
-     "sync::database::SqliteDatabaseFactory : sync::interf::factory::IDatabaseFactory\n"
+    {&sync::database::StoreFactory::staticMetaObject,
+     "sync::database::StoreFactory : sync::interf::factory::IDatabaseFactory\n"
      "signal void CommitFailed(sync::database::StoreError error)"},
+    {&sync::database::SqliteDatabaseFactory::staticMetaObject,
+     "sync::database::SqliteDatabaseFactory : sync::database::StoreFactory"},
 };
 
 class AMetaObject : public testing::TestWithParam<MetaObjectCase>

@@ -1,4 +1,4 @@
-#include "database/sqlite/Failure.h"
+#include "database/sqlite/ErrorTexts.h"
 
 #include <sqlite3.h>
 
@@ -53,38 +53,64 @@ bool ComesFromTheSystem(int code)
     return primary == SQLITE_IOERR || primary == SQLITE_CANTOPEN || primary == SQLITE_FULL || primary == SQLITE_PERM;
 }
 
+StoreErrorKind KindOf(int code)
+{
+    if (code == SQLITE_READONLY_DBMOVED)
+        return StoreErrorKind::Moved;
+    switch (code & 0xff) {
+    case SQLITE_BUSY:
+    case SQLITE_LOCKED:
+    case SQLITE_PROTOCOL:
+        return StoreErrorKind::Locked;
+    case SQLITE_FULL:
+        return StoreErrorKind::Full;
+    case SQLITE_READONLY:
+        return StoreErrorKind::ReadOnly;
+    case SQLITE_CORRUPT:
+    case SQLITE_NOTADB:
+        return StoreErrorKind::Damaged;
+    case SQLITE_ERROR: // a statement that does not compile
+    case SQLITE_ABORT: // a transaction that a failure rolled back
+    case SQLITE_TOOBIG:
+    case SQLITE_CONSTRAINT:
+    case SQLITE_MISMATCH:
+    case SQLITE_MISUSE:
+    case SQLITE_AUTH:
+    case SQLITE_RANGE:
+    case SQLITE_SCHEMA: // a store of another version
+        return StoreErrorKind::Refused;
+    default:
+        return StoreErrorKind::Other;
+    }
+}
+
 } // namespace
+
+StoreError MakeError(int code, QString const& text, QString const& statement)
+{
+    return {code, text, statement, KindOf(code)};
+}
 
 StoreError MakeError(QString const& path, int code, QString const& words, QString const& statement)
 {
-    return {code, path + QStringLiteral(": ") + words, statement};
+    return MakeError(code, path + QStringLiteral(": ") + words, statement);
 }
 
-StoreError DescribeError(sqlite3* handle, int code, QString const& path, QString const& statement, bool engineWords)
+StoreError DescribeError(sqlite3* handle, int code, QString const& path, QString const& statement, bool withMessage)
 {
-    QString const engine =
-        QString::fromUtf8(engineWords && handle != nullptr ? sqlite3_errmsg(handle) : sqlite3_errstr(code));
+    QString const message =
+        QString::fromUtf8(withMessage && handle != nullptr ? sqlite3_errmsg(handle) : sqlite3_errstr(code));
     int const errorNumber = handle != nullptr && ComesFromTheSystem(code) ? sqlite3_system_errno(handle) : 0;
-    QString words = PlainWords(code, path) + QStringLiteral(" (") + engine;
+    QString words = PlainWords(code, path) + QStringLiteral(" (") + message;
     if (errorNumber != 0)
-        words += QStringLiteral("; ") + SystemReason(errorNumber);
+        words += QStringLiteral("; ") + qt_error_string(errorNumber);
     return MakeError(path, code, words + QLatin1Char(')'), statement);
 }
 
 StoreError DescribeSystemError(QString const& path, QString const& words, int errorNumber)
 {
     int const code = errorNumber == ENOSPC || errorNumber == EDQUOT ? SQLITE_FULL : SQLITE_CANTOPEN;
-    return MakeError(path, code, words + QStringLiteral(" (") + SystemReason(errorNumber) + QLatin1Char(')'));
-}
-
-Failure NoConnection()
-{
-    return StoreError{SQLITE_MISUSE, QStringLiteral("the thread is ending and has closed its stores"), {}};
-}
-
-QString SystemReason(int errorNumber)
-{
-    return qt_error_string(errorNumber);
+    return MakeError(path, code, words + QStringLiteral(" (") + qt_error_string(errorNumber) + QLatin1Char(')'));
 }
 
 } // namespace sync::database

@@ -1,0 +1,13 @@
+#include "database/StoreFactory.h"
+
+namespace sync::database {
+
+StoreFactory::StoreFactory()
+{
+    // Queued connections to CommitFailed find the type by name.
+    [[maybe_unused]] static int const registered = qRegisterMetaType<StoreError>();
+}
+
+StoreFactory::~StoreFactory() = default;
+
+} // namespace sync::database

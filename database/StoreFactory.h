@@ -1,0 +1,38 @@
+#pragma once
+
+#include "database/StoreError.h"
+#include "database/TandryDatabaseExport.h"
+#include "interf/IDatabaseFactory.h"
+
+#include <optional>
+
+namespace sync::database {
+
+/// A factory whose store tells why an operation failed, whatever its database.
+///
+/// The managers answer a failure like a miss. A client that has to tell one from the other asks the factory, on the
+/// thread that called the manager:
+///
+///     factory->ClearError();
+///     auto const files = manager.GetFilesByFolderId(id);
+///     bool const isComplete = !factory->LastError();
+class TANDRY_DATABASE_EXPORT StoreFactory : public sync::interf::factory::IDatabaseFactory
+{
+    Q_OBJECT
+
+public:
+    StoreFactory();
+    ~StoreFactory() override;
+
+    /// Returns the calling thread's first error since it last called `ClearError`, or nothing if there was none.
+    [[nodiscard]] virtual std::optional<StoreError> LastError() const = 0;
+    /// Forgets the calling thread's error.
+    virtual void ClearError() = 0;
+
+Q_SIGNALS:
+    /// Emitted when writes that were answered with true are lost: the commit at the end of their scope failed, or a
+    /// fault rolled the transaction back before. Emitted on the scope's thread; a slot may use the store.
+    void CommitFailed(sync::database::StoreError const& error);
+};
+
+} // namespace sync::database
