@@ -1,8 +1,8 @@
 #pragma once
 
 #include <QString>
+#include <QTextStream>
 
-#include <cstdio>
 #include <cstdlib>
 
 namespace sync::benchmarks {
@@ -10,8 +10,8 @@ namespace sync::benchmarks {
 /// Prints the reason on standard error and ends the program: a failed operation has no meaningful time.
 [[noreturn]] inline void Fail(QString const& reason)
 {
-    std::fprintf(stderr, "benchmarks: %s\n", qPrintable(reason));
-    std::exit(EXIT_FAILURE);
+    QTextStream(stderr) << "benchmarks: " << reason << '\n';
+    std::_Exit(EXIT_FAILURE); // other threads may still be running
 }
 
 /// Calls `Fail` with the text unless the condition holds.

@@ -101,6 +101,7 @@ QString Lines(QString const& directory, int rows, int repetitions)
 
     for (int pass = 0; pass <= repetitions; ++pass) { // the first one warms up
         std::vector<typename Kind::Record> records;
+        records.reserve(Writes);
         for (int i = 0; i < Writes; ++i)
             records.push_back(Kind::Sample(samples, rows + pass * Writes + i));
         AddTo<Kind>(whole, records, pass > 0);

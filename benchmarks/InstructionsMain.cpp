@@ -49,7 +49,7 @@ std::vector<Operation> OperationsOn(SampleRecords const& records)
          false,
          [=](int number) -> Run {
              return [id = 1 + records.FolderWithFiles(number)](Backend& backend) {
-                 Require(backend.FilesOfFolder(id).size() > 0, "a folder has no files");
+                 Require(!backend.FilesOfFolder(id).isEmpty(), "a folder has no files");
              };
          }},
         {"update",

@@ -8,9 +8,9 @@
 #include <QCoreApplication>
 #include <QMap>
 #include <QRegularExpression>
+#include <QTextStream>
 
 #include <algorithm>
-#include <cstdio>
 
 namespace {
 
@@ -58,6 +58,18 @@ std::vector<Suite> SelectedSuites(Options const& options)
     if (suites.empty())
         Fail(QStringLiteral("no case has such a name; --list prints the names"));
     return suites;
+}
+
+QString Line(Result const& result)
+{
+    auto const microseconds = [&](BackendKind kind) {
+        return QString::number(Median(result.measurements.at(kind).microseconds), 'f', 2);
+    };
+    return QStringLiteral("%1/%2: managers %3 µs, by hand %4 µs, ratio %5")
+        .arg(result.workload)
+        .arg(result.rows)
+        .arg(microseconds(BackendKind::Managers), microseconds(BackendKind::ByHand))
+        .arg(MedianRatio(result, BackendKind::Managers, BackendKind::ByHand), 0, 'f', 2);
 }
 
 } // namespace
@@ -110,19 +122,22 @@ int main(int argc, char** argv)
     if (!options.names.isValid())
         Fail(QStringLiteral("--cases: %1").arg(options.names.errorString()));
 
+    QTextStream out(stdout);
+    out.setCodec("UTF-8");
     if (parser.isSet(indices)) {
-        QString const table = IndexCosts(options.directory, parser.isSet(quick) ? 10000 : 100000, options.repetitions);
-        std::fputs(table.toUtf8().constData(), stdout);
+        out << IndexCosts(options.directory, parser.isSet(quick) ? 10000 : 100000, options.repetitions);
         return EXIT_SUCCESS;
     }
     std::vector<Suite> const suites = SelectedSuites(options);
     if (parser.isSet(list)) {
         for (Suite const& suite : suites)
             for (Case const& each : suite.cases)
-                std::puts(qPrintable(each.name()));
+                out << each.name() << '\n';
         return EXIT_SUCCESS;
     }
 
+    QTextStream lines(parser.isSet(json) ? stderr : stdout);
+    lines.setCodec("UTF-8");
     std::vector<Result> results;
     QMap<int, double> bytesOfFileRow;
     for (Suite const& suite : suites) {
@@ -134,19 +149,13 @@ int main(int argc, char** argv)
                 store.RemoveCopies();
             results.push_back(Run(each, store, options.repetitions, options.clock));
             changed = changed || each.changesStore;
-            std::fprintf(parser.isSet(json) ? stderr : stdout,
-                         "%s: managers %.2f µs, by hand %.2f µs, ratio %.2f\n",
-                         qPrintable(each.name()),
-                         Median(results.back().measurements.at(BackendKind::Managers).microseconds),
-                         Median(results.back().measurements.at(BackendKind::ByHand).microseconds),
-                         MedianRatio(results.back(), BackendKind::Managers, BackendKind::ByHand));
-            std::fflush(stdout);
+            lines << Line(results.back()) << '\n' << Qt::flush;
         }
         int const files = suite.records.fileCount();
         if (options.sizes.contains(files))
             bytesOfFileRow[files] = double(store.BytesOf(QStringLiteral("FileConfiguration"))) / files;
     }
     if (parser.isSet(json))
-        std::fputs(ToJson(results, options.clock, bytesOfFileRow).constData(), stdout);
+        out << ToJson(results, options.clock, bytesOfFileRow);
     return EXIT_SUCCESS;
 }

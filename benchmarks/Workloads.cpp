@@ -293,6 +293,7 @@ Case ReadersBesideWriter(SampleRecords const& records, int threads)
             }
         });
         std::vector<std::thread> readerThreads;
+        readerThreads.reserve(std::size_t(threads));
         for (int thread = 0; thread < threads; ++thread)
             readerThreads.emplace_back([&, thread] {
                 auto const own = backend.ForThread();
@@ -385,12 +386,11 @@ Suite RootsSuite(int roots)
     SampleRecords::Shape shape;
     shape.roots = roots;
     SampleRecords const records(shape);
-    QString const path = records.FolderPath(roots - 1) + QStringLiteral("/notes/today.txt");
     Case inRoot = EachRead(
         QStringLiteral("IsInExistingClientFolder, by cached roots"),
         roots,
         LookUps,
-        [=](int) { return path; },
+        [path = records.FolderPath(roots - 1) + QStringLiteral("/notes/today.txt")](int) { return path; },
         [](Backend& backend, QString const& sought) { RequireFound(backend.IsInRoot(sought) ? 1 : 0); });
     inRoot.includesQtSql = false;
     return {records, {inRoot}};
