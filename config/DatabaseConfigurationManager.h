@@ -26,12 +26,17 @@ public:
     DatabaseConfigurationManager& operator=(DatabaseConfigurationManager const& other);
     virtual ~DatabaseConfigurationManager();
 
-    /// The entries of a "NameValueXml" document; a later entry of the same name wins. A text that is no document gives
-    /// an empty map, as does one with elements nested by the hundreds; one that breaks off what stands before the
-    /// break.
+    /// Returns the entries of a "NameValueXml" document; a later entry of the same name wins. A text that is no
+    /// document gives an empty map, and one that breaks off gives what stands before the break.
+    ///
+    /// A document made by others gives an empty map as well, whatever it holds, if its elements are nested more than
+    /// 1,000 levels deep, if an element has more than 100 attributes, if its document type declarations are longer than
+    /// 1,024 characters, or if they declare entities. So time and memory are proportional to the text, and 350 KB of
+    /// stack are enough. The next update of such a record writes the empty map over the document.
     virtual QMap<QString, QString> ToNameValuePropertyMap(QString text) const;
 
-    /// The "NameValueXml" document of a map. Keys must be XML names, and values must not hold "]]>": nothing checks.
+    /// Returns the "NameValueXml" document of a map. Keys must be XML names, and values must not hold "]]>": nothing
+    /// checks.
     virtual QString ToNameValuePropertyString(QMap<QString, QString> properties);
 
 protected:

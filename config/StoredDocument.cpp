@@ -1,64 +1,52 @@
 #include "config/StoredDocument.h"
 
+#include "config/XmlLimits.h"
+
 #include <QDomDocument>
-#include <QXmlDefaultHandler>
 #include <QXmlInputSource>
-#include <QXmlSimpleReader>
 
 namespace sync::config {
 
-namespace {
-
-/// Ours have two. Each level takes about 300 bytes of stack.
-constexpr int MostLevels = 500;
-/// Of the shortest tag that opens a level.
-constexpr int TagSize = 3;
-
-// The classes that the document itself reads with, so that both see the same levels.
+// The source that the document reads a text from by itself.
 QT_WARNING_PUSH
 QT_WARNING_DISABLE_DEPRECATED
 
-class LevelCounter : public QXmlDefaultHandler
+namespace {
+
+/// Hands out a text as long as it stays within the limits, and then ends it. So what is counted is what the reader
+/// reads, in one pass.
+class LimitedSource : public QXmlInputSource
 {
 public:
-    bool startElement(QString const&, QString const&, QString const&, QXmlAttributes const&) override
+    explicit LimitedSource(QString const& text) { setData(text); }
+
+    /// The reader asks for the next character when it has accepted the one before.
+    QChar next() override
     {
-        return ++_level <= MostLevels;
+        if (!_isWithinLimits || !(_isWithinLimits = _limits.Take(_handedOut)))
+            return QChar(EndOfDocument);
+        _handedOut = QXmlInputSource::next();
+        return _handedOut;
     }
 
-    bool endElement(QString const&, QString const&, QString const&) override
-    {
-        --_level;
-        return true;
-    }
-
-    bool hasTooMany() const { return _level > MostLevels; }
+    bool isWithinLimits() const { return _isWithinLimits; }
 
 private:
-    int _level = 0;
+    XmlLimits _limits;
+    bool _isWithinLimits = true;
+    QChar _handedOut = QChar(EndOfData); // no character at first, and none that counts
 };
-
-bool NestsTooDeep(QString const& text)
-{
-    LevelCounter counter;
-    QXmlSimpleReader reader;
-    reader.setFeature(QStringLiteral("http://xml.org/sax/features/namespaces"), false);
-    reader.setFeature(QStringLiteral("http://xml.org/sax/features/namespace-prefixes"), true);
-    reader.setContentHandler(&counter);
-    QXmlInputSource source;
-    source.setData(text);
-    reader.parse(source);
-    return counter.hasTooMany();
-}
-
-QT_WARNING_POP
 
 } // namespace
 
 void LoadStoredDocument(QString const& text, QDomDocument& document)
 {
-    if (text.size() <= MostLevels * TagSize || !NestsTooDeep(text))
-        document.setContent(text);
+    LimitedSource source(text);
+    document.setContent(&source, false);
+    if (!source.isWithinLimits())
+        document.clear();
 }
+
+QT_WARNING_POP
 
 } // namespace sync::config

@@ -6,10 +6,10 @@ class QDomDocument;
 
 namespace sync::config {
 
-/// Loads a document that a row holds. A text that breaks off leaves what stands before the break.
+/// Loads a document that a row holds, in time and memory proportional to the text's length and with two thirds of a
+/// stack of 512 KiB. A text that breaks off leaves what stands before the break.
 ///
-/// A text that nests its elements deeper than any document of ours leaves nothing: the document would take so many
-/// calls to destroy that a thread's stack is not enough for them.
+/// A text that exceeds one of `XmlLimits` leaves the document empty.
 void LoadStoredDocument(QString const& text, QDomDocument& document);
 
 } // namespace sync::config

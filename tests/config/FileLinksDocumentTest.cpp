@@ -1,5 +1,6 @@
 #include "support/FileManagerFixture.h"
 #include "support/QtPrinters.h"
+#include "support/SmallStack.h"
 
 #include <QDomDocument>
 
@@ -207,13 +208,37 @@ TEST_F(FileLinksText, ThatIsNoXmlLeavesTheRestOfTheRowToBeRead)
     EXPECT_EQ(file.checkSumMD5, "check sum MD5"_q);
 }
 
-TEST_F(FileLinksText, ThatNestsElementsByTheThousandsReadsAsNoLinksAndAnInvalidDate)
+TEST_F(FileLinksText, ThatNestsElementsAThousandLevelsDeepIsRead)
 {
-    QString const text =
-        "<FileLinks FileDate=\"2024-05-06T07:08:09Z\">"_q + "<FileLink FileId=\"1\">"_q.repeated(50'000);
-    EXPECT_THAT(Read(text).fileLinks, IsEmpty());
-    EXPECT_FALSE(Read(text).fileDate.isValid());
+    QString const text = "<a FileDate=\"2024-05-06T07:08:09Z\">%1%2<b FileId=\"2\"/></a>"_q.arg(
+        "<b FileId=\"1\">"_q.repeated(999), "</b>"_q.repeated(999));
+    FileConfiguration const file = OnSmallStack([&] { return Read(text); });
+    EXPECT_THAT(file.fileLinks, SizeIs(2));
+    EXPECT_EQ(file.fileDate, Date);
 }
+
+class FileLinksRefusedText : public FileLinksText, public testing::WithParamInterface<QString>
+{};
+
+TEST_P(FileLinksRefusedText, ReadsAsNoLinksAndAnInvalidDate)
+{
+    FileConfiguration const file = OnSmallStack([&] {
+        return Read(GetParam() + "<FileLinks FileDate=\"2024-05-06T07:08:09Z\"><FileLink FileId=\"1\"/></FileLinks>"_q);
+    });
+    EXPECT_THAT(file.fileLinks, IsEmpty());
+    EXPECT_FALSE(file.fileDate.isValid());
+    EXPECT_EQ(file.fileDate.timeSpec(), Qt::UTC);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Texts,
+    FileLinksRefusedText,
+    testing::Values("<a FileDate=\"2024-05-06T07:08:09Z\">"_q + "<b FileId=\"1\">"_q.repeated(1000),
+                    "<a FileDate=\"2024-05-06T07:08:09Z\">"_q + "<b FileId=\"1\">"_q.repeated(50'000),
+                    "<!DOCTYPE a [<!ELEMENT a "_q + "("_q.repeated(70'000),
+                    "<!DOCTYPE a [<!ELEMENT a ANY><!ENTITY e 'v'>]>"_q,
+                    "<!DOCTYPE a [<!-- %1 -->]>"_q.arg(QString(1024, QLatin1Char(' '))),
+                    "<a FileDate=\"2024-05-06T07:08:09Z\""_q + " b=''"_q.repeated(100) + ">"_q));
 
 TEST_F(FileLinksText, CountsElementsWhateverTheirNameAndNothingElse)
 {
@@ -261,6 +286,33 @@ TEST_F(FileLinksText, WithABadDateKeepsItsLinks)
     EXPECT_FALSE(file.fileDate.isValid());
     EXPECT_EQ(file.fileDate.timeSpec(), Qt::UTC);
     EXPECT_THAT(file.fileLinks, SizeIs(1));
+}
+
+// What an update makes of a text that no manager wrote.
+
+TEST_F(FileLinksText, OfDeeplyNestedElementsKeepsItsLinksAndPropertiesWhenTheFileIsUpdated)
+{
+    QString const nested = "<b FileId=\"2\" Path=\"p\">%1%2</b>"_q.arg("<c>"_q.repeated(900), "</c>"_q.repeated(900));
+    Row row(24);
+    row[11] = "<n>%1<d>1</d></n>"_q.arg(nested);
+    row[23] = "<a FileDate=\"2024-05-06T07:08:09Z\">%1</a>"_q.arg(nested);
+    _store->PlayRows({row});
+    FileConfiguration const file = _manager.GetFileConfigurationById(1);
+    EXPECT_TRUE(_manager.Update(file));
+
+    Row updated(24);
+    for (Binding const& binding : _store->Executions().back().bindings) {
+        if (binding.placeholder == ":nameValueProperties"_q)
+            updated[11] = binding.value;
+        if (binding.placeholder == ":fileLinks"_q)
+            updated[23] = binding.value;
+    }
+    _store->PlayRows({updated});
+    FileConfiguration const again = _manager.GetFileConfigurationById(1);
+    EXPECT_EQ(again.nameValueProperties, (QMap<QString, QString>{{"b"_q, ""_q}, {"d"_q, "1"_q}}));
+    ASSERT_THAT(again.fileLinks, SizeIs(1));
+    EXPECT_EQ(again.fileLinks[0].path, "p"_q);
+    EXPECT_EQ(again.fileDate, Date);
 }
 
 } // namespace

@@ -1,6 +1,7 @@
 #include "config/DatabaseConfigurationManager.h"
 
 #include "support/Conversation.h"
+#include "support/SmallStack.h"
 
 #include <gtest/gtest.h>
 
@@ -193,28 +194,126 @@ TEST_F(NameValueProperties, PrefixIsPartOfTheKey)
     EXPECT_EQ(Read("<n xmlns:p=\"u\"><p:a>1</p:a></n>"_q), (Properties{{"p:a"_q, "1"_q}}));
 }
 
-// Documents that no manager wrote. Destroying one goes as deep as its elements are nested.
+// Texts that no manager wrote. Each is read on a small stack, and none costs more than its length.
 
-TEST_F(NameValueProperties, OfElementsNestedByTheThousandsAreNone)
+/// Elements nested so many levels deep, the outermost included; the innermost ones may stay open.
+QString Nested(int levels, bool closed = true)
 {
-    QString const opened = "<x>"_q + "<a>"_q.repeated(100'000);
-    EXPECT_EQ(Read(opened), Properties());
-    EXPECT_EQ(Read(opened + "</a>"_q.repeated(100'000) + "</x>"_q), Properties());
+    QString const opened = "<x>"_q + "<a>"_q.repeated(levels - 1);
+    return closed ? opened + "</a>"_q.repeated(levels - 1) + "<b>1</b></x>"_q : opened;
 }
 
-TEST_F(NameValueProperties, OfElementsNestedByTheThousandsInAnEntityAreNone)
+TEST_F(NameValueProperties, OfElementsNestedAThousandLevelsDeepAreRead)
 {
-    QString const text = "<!DOCTYPE x [<!ENTITY e \"%1\">]><x>&e;</x>"_q.arg("<a>"_q.repeated(100'000));
-    EXPECT_EQ(Read(text), Properties());
+    EXPECT_EQ(OnSmallStack([&] { return Read(Nested(1000)); }), (Properties{{"a"_q, ""_q}, {"b"_q, "1"_q}}));
+    EXPECT_EQ(OnSmallStack([&] { return Read(Nested(1000, false)); }), (Properties{{"a"_q, ""_q}}));
 }
 
-TEST_F(NameValueProperties, OfElementsNestedUpToTheLimitAreRead)
+TEST_F(NameValueProperties, OfElementsNestedDeeperThanAThousandLevelsAreNone)
 {
-    auto const nested = [](int levels) {
-        return "<x>"_q + "<a>"_q.repeated(levels - 1) + "</a>"_q.repeated(levels - 1) + "</x>"_q;
+    for (int const levels : {1001, 10'000, 100'000}) {
+        EXPECT_EQ(OnSmallStack([&] { return Read(Nested(levels)); }), Properties()) << levels;
+        EXPECT_EQ(OnSmallStack([&] { return Read(Nested(levels, false)); }), Properties()) << levels;
+    }
+}
+
+TEST_F(NameValueProperties, OfAnEmptyElementBelowAThousandLevelsAreNone)
+{
+    QString const opened = "<x>"_q + "<a>"_q.repeated(999);
+    EXPECT_EQ(Read(opened), (Properties{{"a"_q, ""_q}}));
+    EXPECT_EQ(Read(opened + "<b/>"_q), Properties());
+    EXPECT_EQ(Read(opened + "</a><b/>"_q), (Properties{{"a"_q, ""_q}}));
+}
+
+TEST_F(NameValueProperties, OfATextThatBreaksOffBehindAThousandLevelsAreRead)
+{
+    QString const opened = "<x>"_q + "<a>"_q.repeated(999);
+    for (QString const& rest : {"<"_q, "<1>"_q, "<a b>"_q, "<a b=c>"_q, "<a &>"_q, "&a<a>"_q})
+        EXPECT_EQ(Read(opened + rest), (Properties{{"a"_q, ""_q}})) << rest.toStdString();
+}
+
+TEST_F(NameValueProperties, TagsInCommentsSectionsInstructionsAndAttributesAreNoLevels)
+{
+    QString const tags = "<a>"_q.repeated(2000);
+    EXPECT_EQ(Read("<x><!--%1--><b>1</b></x>"_q.arg(tags)), (Properties{{"#comment"_q, ""_q}, {"b"_q, "1"_q}}));
+    EXPECT_EQ(Read("<x><a><![CDATA[%1]]></a><b>1</b></x>"_q.arg(tags)), (Properties{{"a"_q, tags}, {"b"_q, "1"_q}}));
+    EXPECT_EQ(Read("<x><?p %1?><b>1</b></x>"_q.arg(tags)), (Properties{{"p"_q, ""_q}, {"b"_q, "1"_q}}));
+    EXPECT_EQ(Read("<x a=\"%1\" c='%1'><b>1</b></x>"_q.arg(">"_q.repeated(2000))), (Properties{{"b"_q, "1"_q}}));
+    EXPECT_EQ(Read("<x>%1</x>"_q.arg("<a/>"_q.repeated(2000))), (Properties{{"a"_q, ""_q}}));
+}
+
+TEST_F(NameValueProperties, OfADtdWithManyOpeningBracketsAreNone)
+{
+    QString const text = "<!DOCTYPE x [<!ELEMENT x "_q + "("_q.repeated(70'000);
+    EXPECT_EQ(OnSmallStack([&] { return Read(text); }), Properties());
+}
+
+TEST_F(NameValueProperties, OfADtdOfAKilobyteAreRead)
+{
+    QString const content = "<x><a>1</a></x>"_q;
+    auto const padded = [](int size) {
+        QString const text =
+            "<!DOCTYPE x [<!ELEMENT x %1a%2>"_q.arg("("_q.repeated(490), ")"_q.repeated(490)) + "%1]>"_q;
+        return text.arg(QString(size - text.size() + 2, QLatin1Char(' ')));
     };
-    EXPECT_EQ(Read(nested(500)), (Properties{{"a"_q, ""_q}}));
-    EXPECT_EQ(Read(nested(501)), Properties());
+    ASSERT_EQ(padded(1024).size(), 1024);
+    EXPECT_EQ(OnSmallStack([&] { return Read(padded(1024) + content); }), (Properties{{"a"_q, "1"_q}}));
+    EXPECT_EQ(Read(padded(1025) + content), Properties());
+}
+
+TEST_F(NameValueProperties, OfDtdsOfAKilobyteInAllAreRead)
+{
+    QString const dtd = "<!DOCTYPE x [<!NOTATION n SYSTEM '%1'>]>\n"_q.arg("]>"_q.repeated(200));
+    EXPECT_EQ(Read(dtd.repeated(2) + "<x><a>1</a></x>"_q), (Properties{{"a"_q, "1"_q}}));
+    EXPECT_EQ(Read(dtd.repeated(3) + "<x><a>1</a></x>"_q), Properties());
+}
+
+TEST_F(NameValueProperties, OfADtdThatDeclaresEntitiesAreNone)
+{
+    for (QString const& declaration : {"<!ENTITY e \"v\">"_q,
+                                       "<!ENTITY e SYSTEM \"f\">"_q,
+                                       "<!ENTITY % e \"v\">"_q,
+                                       "<!ELEMENT x ANY><!-- ' --><?p \"?><!ENTITY e 'v'>"_q})
+        EXPECT_EQ(Read("<!DOCTYPE x [%1]><x><a>1</a></x>"_q.arg(declaration)), Properties())
+            << declaration.toStdString();
+}
+
+TEST_F(NameValueProperties, OfADtdThatOnlyMentionsEntitiesAreRead)
+{
+    for (QString const& mention : {"<!-- <!ENTITY e \"v\"> -->"_q,
+                                   "<?p <!ENTITY e \"v\"> ?>"_q,
+                                   "<!ELEMENT ENTITY ANY>"_q,
+                                   "<!ATTLIST x a ENTITY #IMPLIED b CDATA '&lt;!ENTITY'>"_q,
+                                   "<!NOTATION n SYSTEM '<!ENTITY e \"v\">'>"_q})
+        EXPECT_EQ(Read("<!DOCTYPE x [%1]><x><a>1</a></x>"_q.arg(mention)), (Properties{{"a"_q, "1"_q}}))
+            << mention.toStdString();
+}
+
+TEST_F(NameValueProperties, OfEntitiesThatExpandWithoutEndAreNone)
+{
+    QString chain = "<!DOCTYPE x [<!ENTITY e0 \"\">"_q;
+    for (int i = 1; i < 5000; ++i)
+        chain += "<!ENTITY e%1 \"&e%2;\">"_q.arg(i).arg(i - 1);
+    EXPECT_EQ(Read(chain + "]><x><a>&e4999;</a><b>1</b></x>"_q), Properties());
+
+    QString const repeated = "<!DOCTYPE x [<!ENTITY e \"%1\">]><x><a>%2</a></x>"_q;
+    EXPECT_EQ(Read(repeated.arg("v"_q.repeated(20'000), "&e;"_q.repeated(10'000))), Properties());
+    EXPECT_EQ(Read(repeated.arg("<a>"_q.repeated(100'000), "&e;"_q)), Properties());
+}
+
+TEST_F(NameValueProperties, OfAnElementWithAHundredAttributesAreRead)
+{
+    auto const withAttributes = [](int count, QString const& end) {
+        QString text = "<x><a"_q;
+        for (int i = 0; i < count; ++i)
+            text += " a%1='='"_q.arg(i);
+        return text + end + "<b>1</b></x>"_q;
+    };
+    for (QString const& end : {"></a>"_q, "/>"_q}) {
+        EXPECT_EQ(Read(withAttributes(100, end)), (Properties{{"a"_q, ""_q}, {"b"_q, "1"_q}}));
+        EXPECT_EQ(Read(withAttributes(101, end)), Properties());
+    }
+    EXPECT_EQ(Read("<x>"_q + "<a b='1'/>"_q.repeated(200) + "</x>"_q), (Properties{{"a"_q, ""_q}}));
 }
 
 TEST_F(NameValueProperties, MayHoldAnyNumberOfTagsInTheirValues)
@@ -229,6 +328,16 @@ TEST_F(NameValueProperties, MayBeManyThousands)
     for (int i = 0; i < 3000; ++i)
         properties["Key%1"_q.arg(i)] = "value"_q;
     EXPECT_EQ(Read(Write(properties)), properties);
+}
+
+TEST_F(NameValueProperties, LoseTheCharactersThatTheProgramHasQtDrop)
+{
+    QString const text = Write({{"k"_q, "a\U0001F4C4b"_q}});
+    QDomImplementation::setInvalidDataPolicy(QDomImplementation::DropInvalidChars);
+    Properties const properties = Read(text);
+    QDomImplementation::setInvalidDataPolicy(QDomImplementation::AcceptInvalidChars);
+    EXPECT_EQ(properties, (Properties{{"k"_q, "ab"_q}}));
+    EXPECT_EQ(Read(text), (Properties{{"k"_q, "a\U0001F4C4b"_q}}));
 }
 
 TEST(DatabaseConfigurationManager, TakesOneShareOfTheFactoryAndMakesNoCall)

@@ -1,6 +1,7 @@
 // Any text as a "FileLinks" document. What was read, reads again as the same when it has been written.
 
 #include "config/FileLinksDocument.h"
+#include "fuzz/DocumentAgreement.h"
 #include "fuzz/FuzzInput.h"
 
 using namespace tandry::fuzz;
@@ -25,8 +26,10 @@ bool FitsAttributes(QList<FileLink> const& links)
 
 extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size)
 {
+    QString const text = FuzzInput(data, size).TakeDocument();
+    RequireFileLinksAgree(text);
     QDateTime date;
-    QList<FileLink> const links = sync::config::ReadFileLinks(FuzzInput(data, size).TakeDocument(), date);
+    QList<FileLink> const links = sync::config::ReadFileLinks(text, date);
     for (FileLink const& link : links)
         Require(link.IsValid(), "a link that was read names a file");
     Require(!date.isValid() || date.timeSpec() == Qt::UTC, "a date that was read is in UTC");

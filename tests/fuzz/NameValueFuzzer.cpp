@@ -1,6 +1,7 @@
 // Any text as a "NameValueXml" document. What was read and can be written, reads again as the same.
 
 #include "config/DatabaseConfigurationManager.h"
+#include "fuzz/DocumentAgreement.h"
 #include "fuzz/FuzzInput.h"
 
 #include <QRegularExpression>
@@ -23,8 +24,10 @@ bool CanBeWritten(QMap<QString, QString> const& properties)
 
 extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size)
 {
+    QString const text = FuzzInput(data, size).TakeDocument();
+    RequireNameValuesAgree(text);
     sync::config::DatabaseConfigurationManager manager(nullptr);
-    QMap<QString, QString> const properties = manager.ToNameValuePropertyMap(FuzzInput(data, size).TakeDocument());
+    QMap<QString, QString> const properties = manager.ToNameValuePropertyMap(text);
     QMap<QString, QString> const again = manager.ToNameValuePropertyMap(manager.ToNameValuePropertyString(properties));
     Require(!CanBeWritten(properties) || again == properties, "properties read again are the same");
     return 0;

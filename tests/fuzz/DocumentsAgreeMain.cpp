@@ -1,0 +1,60 @@
+// Usage: documents_agree [COUNT [SEED]]
+//
+// Holds the readers of stored documents against Qt's document on COUNT made-up texts (50,000), the same ones for the
+// same SEED (1). Ends by a fault at the first text that both read differently, after printing it.
+
+#include "fuzz/DocumentAgreement.h"
+#include "fuzz/DocumentGenerator.h"
+#include "fuzz/FuzzInput.h"
+
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+
+using namespace tandry::fuzz;
+
+namespace {
+
+QByteArray current; // the text, for the case that it breaks something
+
+extern "C" void PrintCurrent(int)
+{
+    std::fprintf(stderr, "read differently, or not at all: %s\n", current.constData());
+    std::_Exit(EXIT_FAILURE);
+}
+
+QByteArray ToLiteral(QString const& text)
+{
+    QByteArray literal("\"");
+    for (QChar const unit : text) {
+        if (unit == QLatin1Char('"') || unit == QLatin1Char('\\'))
+            literal += '\\';
+        if (unit >= QLatin1Char(' ') && unit <= QLatin1Char('~'))
+            literal += unit.toLatin1();
+        else
+            literal += "\\u" + QByteArray::number(unit.unicode(), 16).rightJustified(4, '0');
+    }
+    return literal + '"';
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    int const count = argc > 1 ? std::atoi(argv[1]) : 50'000;
+    DocumentGenerator generator(argc > 2 ? std::strtoull(argv[2], nullptr, 10) : 1);
+    std::signal(SIGABRT, PrintCurrent);
+
+    int written = 0;
+    for (int i = 0; i < count; ++i) {
+        QString const text = generator.Next();
+        current = ToLiteral(text);
+        if (RequireNameValuesAgree(text) == ReadAs::Written)
+            ++written;
+        if (RequireFileLinksAgree(text) == ReadAs::Written)
+            ++written;
+    }
+    std::printf("%d texts read alike, %d of them in the written form\n", count, written);
+    // Both ways have to have been taken often enough to mean something.
+    return count > 0 && written >= count / 10 && written <= count - count / 10 ? EXIT_SUCCESS : EXIT_FAILURE;
+}
