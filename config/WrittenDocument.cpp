@@ -3,6 +3,7 @@
 #include <QDomImplementation>
 
 #include <cstring>
+#include <string_view>
 
 namespace sync::config {
 
@@ -38,20 +39,20 @@ QString ToText(ushort const* begin, ushort const* end)
 
 struct Reference
 {
-    QLatin1String text;
+    std::string_view text;
     char16_t character;
 };
 
 /// What the writer puts for these characters in a value of an attribute. It writes ">" as it stands unless "]]"
 /// precedes.
 constexpr Reference References[] = {
-    {QLatin1String("&amp;"), u'&'},
-    {QLatin1String("&lt;"), u'<'},
-    {QLatin1String("&quot;"), u'"'},
-    {QLatin1String("&gt;"), u'>'},
-    {QLatin1String("&#xa;"), u'\n'},
-    {QLatin1String("&#xd;"), u'\r'},
-    {QLatin1String("&#x9;"), u'\t'},
+    {"&amp;", u'&'},
+    {"&lt;", u'<'},
+    {"&quot;", u'"'},
+    {"&gt;", u'>'},
+    {"&#xa;", u'\n'},
+    {"&#xd;", u'\r'},
+    {"&#x9;", u'\t'},
 };
 
 } // namespace
@@ -136,7 +137,7 @@ bool WrittenDocument::TakeReference(QString& value)
     for (Reference const& reference : References) {
         if (reference.character == u'>' && !isBehindBrackets())
             continue;
-        if (Take(reference.text)) {
+        if (Take(QLatin1String(reference.text.data(), static_cast<int>(reference.text.size())))) {
             value.append(QChar(reference.character));
             return true;
         }
