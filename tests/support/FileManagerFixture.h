@@ -44,8 +44,7 @@ protected:
 
     std::shared_ptr<RecordingStore> const store = std::make_shared<RecordingStore>();
     std::shared_ptr<RecordingRefresh> const refresh = std::make_shared<RecordingRefresh>();
-    std::shared_ptr<testing::StrictMock<MockFolderConfigManager>> const folders =
-        std::make_shared<testing::StrictMock<MockFolderConfigManager>>();
+    std::shared_ptr<testing::StrictMock<MockFolderConfigManager>> const folders = StrictFolderConfigManager();
     sync::config::FileConfigManager manager;
 };
 
