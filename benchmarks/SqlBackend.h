@@ -5,11 +5,11 @@
 #include "benchmarks/Failure.h"
 #include "benchmarks/RecordColumns.h"
 #include "benchmarks/StatementText.h"
-#include "config/AuthenticationStatements.h"
-#include "config/FileStatements.h"
-#include "config/FolderStatements.h"
-#include "config/ProductStatements.h"
-#include "config/ServerStatements.h"
+#include "config/account/AuthenticationStatements.h"
+#include "config/file/FileStatements.h"
+#include "config/folder/FolderStatements.h"
+#include "config/product/ProductStatements.h"
+#include "config/server/ServerStatements.h"
 
 #include <QDir>
 #include <QString>

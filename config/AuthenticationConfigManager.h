@@ -40,8 +40,7 @@ public:
     int UpdatePassword(QString domain, QString userName, QString newPassword) override;
 
 private:
-    template <class Bind>
-    AuthenticationConfiguration _FindOne(QString const& statement, Bind const& bind) const;
+    auto _Rows() const;
 
     void _PopulateAuthenticationConfiguration(sync::interf::IQSqlQueryWrapper* query,
                                               AuthenticationConfiguration& authenticationConfiguration) const;

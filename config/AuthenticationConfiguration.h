@@ -51,6 +51,8 @@ protected:
 
 private:
     friend class AuthenticationConfigManager;
+    template <class Record>
+    friend struct TableColumns;
 
     int id = -1;
     QString domain;

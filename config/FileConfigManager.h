@@ -87,12 +87,9 @@ public:
     bool rollback() override;
 
 private:
-    template <class Bind>
-    FileConfiguration _FindOne(QString const& statement, Bind const& bind);
-    template <class Bind, class Miss>
-    FileConfiguration _FindOne(QString const& statement, Bind const& bind, Miss const& miss);
-    template <class Bind>
-    QVector<FileConfiguration> _FindAll(QString const& statement, Bind const& bind);
+    class Documents;
+
+    auto _Rows();
     FileConfiguration _FirstOfAccount(QVector<FileConfiguration> const& files, int authenticationId);
 
     QVector<FileConfiguration> _GetFileConfigurationsByServerPath(QString serverPath);
@@ -110,7 +107,6 @@ private:
     void _RefreshNativeFileViewer(FileConfiguration& file);
     void _RefreshNativeFileViewerIfSyncStatusChanged(FileConfiguration& file);
 
-    void _BindColumns(sync::interf::IQSqlQueryWrapper& query, FileConfiguration& file);
     void _PopulateFileConfiguration(sync::interf::IQSqlQueryWrapper* query, FileConfiguration& file);
     void _PopulateFileConfigurations(sync::interf::IQSqlQueryWrapper* query, QVector<FileConfiguration>& files);
 

@@ -119,6 +119,9 @@ protected:
     void _CopyMembers(FileConfiguration const& other);
 
 private:
+    template <class Record>
+    friend struct TableColumns;
+
     FileSynchronizationStatus syncStatus = FileSyncStatusNotSynced;
     FileSynchronizationSubStatus syncSubStatus = FileSynchronizationSubStatus(0);
     bool syncStatusChanged = false;

@@ -71,17 +71,13 @@ public:
     bool IsInExistingClientFolder(QString const& path, int authenticationId, bool honourFolderOption) override;
 
 private:
-    template <class Bind>
-    FolderConfiguration _FindOne(QString const& statement, Bind const& bind);
-    template <class Bind>
-    QVector<FolderConfiguration> _FindAll(QString const& statement, Bind const& bind);
+    auto _Rows();
 
     QVector<FolderConfiguration> _GetAll();
     QVector<FolderConfiguration> _GetAllRootFolders();
     bool _RemoveFileConfigurationsByRootId(int rootFolderId);
     bool _RemoveFolderConfigurationsByRootId(int rootFolderId);
 
-    void _BindFolderConfiguration(sync::interf::IQSqlQueryWrapper& query, FolderConfiguration const& folder);
     void _PopulateFolderConfiguration(sync::interf::IQSqlQueryWrapper* query, FolderConfiguration& folder);
     void _PopulateFolderConfigurations(sync::interf::IQSqlQueryWrapper* query, QVector<FolderConfiguration>& folders);
     void _RefreshNativeFileViewerIfSyncStatusChanged(FolderConfiguration& folderConfiguration);

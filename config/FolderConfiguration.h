@@ -158,6 +158,8 @@ public:
 
 private:
     friend class FolderConfigManager;
+    template <class Record>
+    friend struct TableColumns;
 
     void _CopyMembers(FolderConfiguration const& other);
 

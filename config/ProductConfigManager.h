@@ -36,8 +36,7 @@ public:
     Q_INVOKABLE bool Remove(int ProductConfigurationId) override;
 
 private:
-    template <class Bind>
-    ProductConfiguration _FindOne(QString const& statement, Bind const& bind);
+    auto _Rows();
 
     void _PopulateProductConfiguration(sync::interf::IQSqlQueryWrapper* query,
                                        ProductConfiguration& productConfiguration);

@@ -43,6 +43,8 @@ public:
 
 private:
     friend class ProductConfigManager;
+    template <class Record>
+    friend struct TableColumns;
 
     void _CopyMembers(ProductConfiguration const& other);
 

@@ -52,6 +52,8 @@ public:
 
 private:
     friend class ScheduleEntryManager;
+    template <class Record>
+    friend struct TableColumns;
 
     void _CopyMembers(ScheduleEntry const& other);
 

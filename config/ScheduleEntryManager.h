@@ -31,8 +31,7 @@ public:
     Q_INVOKABLE bool Remove(int scheduleEntryId) override;
 
 private:
-    template <class Bind>
-    ScheduleEntry _FindOne(QString const& statement, Bind const& bind);
+    auto _Rows();
 
     void _PopulateScheduleEntry(sync::interf::IQSqlQueryWrapper* query, ScheduleEntry& scheduleEntry);
     void _PopulateScheduleEntries(sync::interf::IQSqlQueryWrapper* query, QVector<ScheduleEntry>& scheduleEntries);

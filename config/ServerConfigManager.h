@@ -41,8 +41,7 @@ public:
     ServerConfiguration GetDefaultServerConfig() override;
 
 private:
-    template <class Bind>
-    ServerConfiguration _FindOne(QString const& statement, Bind const& bind);
+    auto _Rows();
 
     void _PopulateServerConfig(sync::interf::IQSqlQueryWrapper* query, ServerConfiguration& serverConfiguration);
     void _PopulateServerConfigurations(sync::interf::IQSqlQueryWrapper* query,

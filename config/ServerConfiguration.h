@@ -47,6 +47,8 @@ public:
 
 private:
     friend class ServerConfigManager;
+    template <class Record>
+    friend struct TableColumns;
 
     void _CopyMembers(ServerConfiguration const& other);
     QString _GetHost(QString url) const;

@@ -1,4 +1,4 @@
-#include "config/PathRules.h"
+#include "config/folder/PathRules.h"
 
 #include "support/QtPrinters.h"
 

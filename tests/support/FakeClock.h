@@ -1,6 +1,6 @@
 #pragma once
 
-#include "config/FolderCaches.h"
+#include "config/folder/FolderCaches.h"
 
 #include <QtGlobal>
 

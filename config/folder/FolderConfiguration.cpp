@@ -1,6 +1,8 @@
 #include "config/FolderConfiguration.h"
 
 #include "config/PrivilegeWords.h"
+#include "config/columns/ColumnList.h"
+#include "config/folder/FolderColumns.h"
 
 #include <utility>
 
@@ -30,31 +32,10 @@ FolderConfiguration::~FolderConfiguration() = default;
 
 void FolderConfiguration::_CopyMembers(FolderConfiguration const& other)
 {
-    id = other.id;
-    authenticationId = other.authenticationId;
-    productConfigurationId = other.productConfigurationId;
-    rootId = other.rootId;
-    name = other.name;
-    remoteShortKey = other.remoteShortKey;
-    remoteLongKey = other.remoteLongKey;
-    clientPath = other.clientPath;
-    serverPath = other.serverPath;
-    parentId = other.parentId;
-    lastOperationTime = other.lastOperationTime;
-    folderOption = other.folderOption;
-    lastOperationType = other.lastOperationType;
-    syncDriveType = other.syncDriveType;
-    syncOption = other.syncOption;
-    ownerId = other.ownerId;
-    privileges = other.privileges;
-    serverRoot = other.serverRoot;
-    serverFolderId = other.serverFolderId;
-    nameValueProperties.clear(); // ahead of reading the source: a record assigned to itself loses them
-    nameValueProperties = other.nameValueProperties;
+    column::CopyAll(*this, other);
     lastServerSyncRequestTime = other.lastServerSyncRequestTime;
-    lastSyncTime = other.lastSyncTime;
-    syncStatus = other.syncStatus;
-    syncStatusChanged = other.syncStatusChanged;
+    if (this == &other)
+        nameValueProperties.clear(); // clients know it so
 }
 
 int FolderConfiguration::getId() const

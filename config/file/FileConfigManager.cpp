@@ -1,10 +1,13 @@
 #include "config/FileConfigManager.h"
 
 #include "config/FileLinksDocument.h"
-#include "config/FileStatements.h"
 #include "config/FolderConfiguration.h"
-#include "config/PathRules.h"
-#include "config/StoreOperations.h"
+#include "config/file/FileColumns.h"
+#include "config/file/FileStatements.h"
+#include "config/folder/PathRules.h"
+#include "config/store/QueryColumns.h"
+#include "config/store/Rows.h"
+#include "config/store/StoreOperations.h"
 #include "interf/IFolderConfigManager.h"
 #include "interf/IQSqlDatabaseWrapper.h"
 #include "interf/IRefreshNativeFileViewer.h"
@@ -47,14 +50,6 @@ bool IsBelow(QString const& path, QString folder)
            cleanedPath.at(folder.size()) == QLatin1Char('/');
 }
 
-/// Files keep UTC: the clock reading is relabelled, not converted.
-QDateTime UtcTime(QVariant const& value)
-{
-    QDateTime time = value.toDateTime();
-    time.setTimeSpec(Qt::UTC);
-    return time;
-}
-
 } // namespace
 
 FileConfigManager::FileConfigManager(std::shared_ptr<sync::interf::factory::IDatabaseFactory> databaseFactory,
@@ -67,111 +62,46 @@ FileConfigManager::FileConfigManager(std::shared_ptr<sync::interf::factory::IDat
 
 FileConfigManager::~FileConfigManager() = default;
 
-// The table's columns: bound, then read.
-
-void FileConfigManager::_BindColumns(sync::interf::IQSqlQueryWrapper& query, FileConfiguration& file)
+/// The documents of a file's row.
+class FileConfigManager::Documents : public store::Documents<FileConfigManager>
 {
-    BindAll(query,
-            bind::folderConfigurationId(file.folderConfigurationId),
-            bind::name(file.name),
-            bind::clientPath(file.clientPath),
-            bind::serverPath(file.serverPath),
-            bind::checkSum(file.checkSum),
-            bind::createdDateTime(file.createdDateTime),
-            bind::lastModifiedDateTime(file.lastModifiedDateTime),
-            bind::syncStatus(file.getSyncStatus()),
-            bind::lastOperationType(file.lastOperationType),
-            bind::size(file.size),
-            bind::nameValueProperties(ToNameValuePropertyString(file.nameValueProperties)),
-            bind::lastOperationTime(file.lastOperationTime),
-            bind::rootFolderId(file.rootFolderId),
-            bind::syncOption(file.syncOption),
-            bind::parentFileId(file.parentFileId),
-            bind::fileType(file.fileType),
-            bind::ownerId(file.ownerId),
-            bind::privileges(file.privileges),
-            bind::productConfigurationId(file.productConfigurationId),
-            bind::serverFileId(file.serverFileId),
-            bind::serverFileVersionId(file.serverFileVersionId),
-            bind::checkSumMD5(file.checkSumMD5),
-            bind::fileLinks(GetXmlStringFromFileLinkArray(file.fileLinks, file.fileDate)));
+public:
+    using store::Documents<FileConfigManager>::Documents;
+
+    QString WriteLinks(QList<FileLink>& links, QDateTime const& date) const
+    {
+        return GetXmlStringFromFileLinkArray(links, date);
+    }
+    QList<FileLink> ReadLinks(QString text, QDateTime& date) const { return GetFileLinkArrayFromXmlString(text, date); }
+};
+
+auto FileConfigManager::_Rows()
+{
+    return store::Rows<&FileConfigManager::_PopulateFileConfiguration, &FileConfigManager::_PopulateFileConfigurations>(
+        *_databaseFactory, *this);
 }
 
 void FileConfigManager::_PopulateFileConfiguration(sync::interf::IQSqlQueryWrapper* query, FileConfiguration& file)
 {
-    if (!query->isValid())
-        return;
-    file.id = store::Int(query->value(0));
-    file.folderConfigurationId = store::Int(query->value(1));
-    file.name = query->value(2).toString();
-    file.clientPath = query->value(3).toString();
-    file.serverPath = query->value(4).toString();
-    file.checkSum = query->value(5).toString();
-    file.createdDateTime = UtcTime(query->value(6));
-    file.lastModifiedDateTime = UtcTime(query->value(7));
-    file.setSyncStatus(static_cast<FileSynchronizationStatus>(store::Int(query->value(8))));
-    file.resetSyncStatusChanged();
-    file.lastOperationType = store::Int(query->value(9));
-    file.size = query->value(10).toLongLong();
-    file.nameValueProperties = ToNameValuePropertyMap(query->value(11).toString());
-    file.lastOperationTime = UtcTime(query->value(12));
-    file.rootFolderId = store::Int(query->value(13));
-    file.syncOption = store::Int(query->value(14));
-    file.parentFileId = store::Int(query->value(15));
-    file.fileType = static_cast<FileConfigurationType>(store::Int(query->value(16)));
-    file.ownerId = query->value(17).toString();
-    file.privileges = store::Int(query->value(18));
-    file.productConfigurationId = store::Int(query->value(19));
-    file.serverFileId = query->value(20).toString();
-    file.serverFileVersionId = query->value(21).toString();
-    file.checkSumMD5 = query->value(22).toString();
-    QString fileLinks = query->value(23).toString();
-    file.fileLinks = GetFileLinkArrayFromXmlString(fileLinks, file.fileDate);
+    store::Populate(*query, file, Documents(*this));
 }
 
 void FileConfigManager::_PopulateFileConfigurations(sync::interf::IQSqlQueryWrapper* query,
                                                     QVector<FileConfiguration>& fileConfigurations)
 {
-    store::AppendRows(
-        query, fileConfigurations, [this](auto* row, auto& file) { _PopulateFileConfiguration(row, file); });
+    store::AppendRows(*query, fileConfigurations, [&](auto& record) { _PopulateFileConfiguration(query, record); });
 }
 
 // Lookups and listings.
 
-template <class Bind>
-FileConfiguration FileConfigManager::_FindOne(QString const& statement, Bind const& bind)
-{
-    return _FindOne(statement, bind, [](FileConfiguration&) {});
-}
-
-template <class Bind, class Miss>
-FileConfiguration FileConfigManager::_FindOne(QString const& statement, Bind const& bind, Miss const& miss)
-{
-    return store::FindOneIfAny<FileConfiguration>(
-        *_databaseFactory,
-        statement,
-        bind,
-        [this](auto* query, auto& file) { _PopulateFileConfiguration(query, file); },
-        miss);
-}
-
-template <class Bind>
-QVector<FileConfiguration> FileConfigManager::_FindAll(QString const& statement, Bind const& bind)
-{
-    return store::FindAll<QVector<FileConfiguration>>(
-        *_databaseFactory, statement, bind, [this](auto* query, auto& files) {
-            _PopulateFileConfigurations(query, files);
-        });
-}
-
 FileConfiguration FileConfigManager::GetFileConfigurationById(int id)
 {
-    return _FindOne(sql::GetById, store::Values(bind::id(id)));
+    return _Rows().FirstIfAny(sql::GetById, bind::id(id));
 }
 
 FileConfiguration FileConfigManager::GetFileConfigurationByServerId(QString serverFileId)
 {
-    return _FindOne(sql::GetByServerId, store::Values(bind::serverFileId(serverFileId)));
+    return _Rows().FirstIfAny(sql::GetByServerId, bind::serverFileId(serverFileId));
 }
 
 FileConfiguration FileConfigManager::GetBaseFileConfigurationById(int)
@@ -181,21 +111,22 @@ FileConfiguration FileConfigManager::GetBaseFileConfigurationById(int)
 
 FileConfiguration FileConfigManager::GetGeneratedFileConfigurationById(int id)
 {
-    return _FindOne(sql::GetGeneratedById, store::Values(bind::id(id)));
+    return _Rows().FirstIfAny(sql::GetGeneratedById, bind::id(id));
 }
 
 FileConfiguration FileConfigManager::GetFileConfigurationByClientPath(QString clientPath)
 {
-    return _FindOne(sql::GetByClientPath, store::Values(bind::clientPath(clientPath)), [&](FileConfiguration& file) {
+    auto const miss = [&](FileConfiguration& file) {
         file.name = clientPath; // callers know a miss by this name and the id -1
         file.setSyncStatus(FileSyncStatusSyncing);
         file.resetSyncStatusChanged();
-    });
+    };
+    return _Rows().FirstOr(miss, sql::GetByClientPath, bind::clientPath(clientPath));
 }
 
 QVector<FileConfiguration> FileConfigManager::GetAllFileConfigurationsByClientPath(QString clientPath)
 {
-    return _FindAll(sql::GetByClientPath, store::Values(bind::clientPath(clientPath)));
+    return _Rows().All(sql::GetByClientPath, bind::clientPath(clientPath));
 }
 
 QVector<FileConfiguration> FileConfigManager::GetFileConfigurationsOfNonExistingRootFolders()
@@ -203,12 +134,12 @@ QVector<FileConfiguration> FileConfigManager::GetFileConfigurationsOfNonExisting
     QStringList rootIds;
     for (FolderConfiguration const& root : _folderConfigManager->GetAllRootFolders())
         rootIds.append(QString::number(root.getId()));
-    return _FindAll(sql::GetOfNonExistingRootFolders.arg(rootIds.join(QLatin1Char(','))), store::Values());
+    return _Rows().All(sql::GetOfNonExistingRootFolders.arg(rootIds.join(QLatin1Char(','))));
 }
 
 FileConfiguration FileConfigManager::GetGeneratedFileConfigurationByClientPath(QString clientPath)
 {
-    return _FindOne(sql::GetGeneratedByClientPath, store::Values(bind::clientPath(clientPath)));
+    return _Rows().FirstIfAny(sql::GetGeneratedByClientPath, bind::clientPath(clientPath));
 }
 
 FileConfiguration FileConfigManager::GetFileConfigurationByClientPathAndAuthenticationId(QString clientPath,
@@ -226,57 +157,57 @@ FileConfiguration FileConfigManager::GetFileConfigurationByServerPathAndAuthenti
 QVector<FileConfiguration> FileConfigManager::GetFileConfigurationsByFolderId(int folderConfigurationId,
                                                                               FileConfigOrderByEnum order)
 {
-    return _FindAll(sql::GetByFolderId + _GenerateOrderBy(order),
-                    store::Values(bind::folderConfigurationId(folderConfigurationId)));
+    return _Rows().All(sql::GetByFolderId + _GenerateOrderBy(order),
+                       bind::folderConfigurationId(folderConfigurationId));
 }
 
 QVector<FileConfiguration> FileConfigManager::GetFileConfigurationsByRootFolderId(int rootFolderId,
                                                                                   FileConfigurationType fileType)
 {
-    return _FindAll(sql::TableOf(fileType).getByRootFolderId, store::Values(bind::rootFolderId(rootFolderId)));
+    return _Rows().All(sql::TableOf(fileType).getByRootFolderId, bind::rootFolderId(rootFolderId));
 }
 
 QVector<FileConfiguration> FileConfigManager::GetFileConfigurationsByRootFolderId(int rootFolderId,
                                                                                   FileConfigOrderByEnum order)
 {
-    return _FindAll(sql::Files.getByRootFolderId + _GenerateOrderBy(order),
-                    store::Values(bind::rootFolderId(rootFolderId)));
+    return _Rows().All(sql::Files.getByRootFolderId + _GenerateOrderBy(order), bind::rootFolderId(rootFolderId));
 }
 
 QVector<FileConfiguration> FileConfigManager::GetFileConfigurationsWithSyncOption(int rootFolderId,
                                                                                   FileSyncOption option)
 {
-    return _FindAll(sql::GetWithSyncOption.arg(option).arg(option), store::Values(bind::rootFolderId(rootFolderId)));
+    return _Rows().All(sql::GetWithSyncOption.arg(option).arg(option), bind::rootFolderId(rootFolderId));
 }
 
 QVector<FileConfiguration> FileConfigManager::GetGeneratedFileConfigurationsByRootFolderId(int rootFolderId,
                                                                                            FileConfigOrderByEnum order)
 {
-    return _FindAll(sql::GeneratedFiles.getByRootFolderId + _GenerateOrderBy(order),
-                    store::Values(bind::rootFolderId(rootFolderId)));
+    return _Rows().All(sql::GeneratedFiles.getByRootFolderId + _GenerateOrderBy(order),
+                       bind::rootFolderId(rootFolderId));
 }
 
 QVector<FileConfiguration>
 FileConfigManager::GetFileConfigurationsByFolderIdAndSyncStatus(int folderConfigurationId,
                                                                 FileSynchronizationStatus syncStatus)
 {
-    return _FindAll(sql::GetByFolderIdAndSyncStatus,
-                    store::Values(bind::folderConfigurationId(folderConfigurationId), bind::syncStatus(syncStatus)));
+    return _Rows().All(sql::GetByFolderIdAndSyncStatus,
+                       bind::folderConfigurationId(folderConfigurationId),
+                       bind::syncStatus(syncStatus));
 }
 
 QVector<FileConfiguration> FileConfigManager::GetGeneratedFileConfigurationsByParentFileId(int parentFileId)
 {
-    return _FindAll(sql::GetGeneratedByParentFileId, store::Values(bind::parentFileId(parentFileId)));
+    return _Rows().All(sql::GetGeneratedByParentFileId, bind::parentFileId(parentFileId));
 }
 
 QVector<FileConfiguration> FileConfigManager::GetAll(FileConfigurationType fileType)
 {
-    return _FindAll(sql::TableOf(fileType).getAll, store::Values());
+    return _Rows().All(sql::TableOf(fileType).getAll);
 }
 
 QVector<FileConfiguration> FileConfigManager::GetAll()
 {
-    return _FindAll(sql::Files.getAll, store::Values());
+    return _Rows().All(sql::Files.getAll);
 }
 
 // Writes.
@@ -288,14 +219,10 @@ bool FileConfigManager::Update(FileConfiguration file)
     if (!file.fileLinks.isEmpty())
         AddFileLinks(file);
 
-    return store::Write(
-        *_databaseFactory,
-        sql::TableOf(file.fileType).update,
-        [&](auto& query) {
-            BindAll(query, bind::id(file.id));
-            _BindColumns(query, file);
-        },
-        [&](auto&) { _RefreshNativeFileViewerIfSyncStatusChanged(file); });
+    return store::Write(*_databaseFactory,
+                        sql::TableOf(file.fileType).update,
+                        store::ColumnsForUpdate(file, Documents(*this)),
+                        [&](auto&) { _RefreshNativeFileViewerIfSyncStatusChanged(file); });
 }
 
 bool FileConfigManager::Add(FileConfiguration& file)
@@ -318,12 +245,11 @@ bool FileConfigManager::Add(FileConfiguration& file)
     if (!file.fileLinks.isEmpty())
         AddFileLinks(file);
 
-    return store::Insert(
-        *_databaseFactory,
-        sql::TableOf(file.fileType).add,
-        [&](auto& query) { _BindColumns(query, file); },
-        file.id,
-        [&] { _RefreshNativeFileViewerIfSyncStatusChanged(file); });
+    return store::Insert(*_databaseFactory,
+                         sql::TableOf(file.fileType).add,
+                         store::ColumnsForInsert(file, Documents(*this)),
+                         file.id,
+                         [&] { _RefreshNativeFileViewerIfSyncStatusChanged(file); });
 }
 
 bool FileConfigManager::RemoveFileConfigurationAndLinkedConfigurations(int id)
@@ -429,7 +355,7 @@ FileConfiguration FileConfigManager::_FirstOfAccount(QVector<FileConfiguration> 
 
 QVector<FileConfiguration> FileConfigManager::_GetFileConfigurationsByServerPath(QString serverPath)
 {
-    return _FindAll(sql::GetByServerPath, store::Values(bind::serverPath(serverPath)));
+    return _Rows().All(sql::GetByServerPath, bind::serverPath(serverPath));
 }
 
 bool FileConfigManager::_Remove(int id)

@@ -1,5 +1,8 @@
 #include "config/ProductConfiguration.h"
 
+#include "config/columns/ColumnList.h"
+#include "config/product/ProductColumns.h"
+
 #include <utility>
 
 namespace sync::config {
@@ -22,12 +25,7 @@ ProductConfiguration::~ProductConfiguration() = default;
 
 void ProductConfiguration::_CopyMembers(ProductConfiguration const& other)
 {
-    // The name-value properties stay where they are.
-    id = other.id;
-    name = other.name;
-    consumerKey = other.consumerKey;
-    consumerSecret = other.consumerSecret;
-    serverId = other.serverId;
+    column::CopyAll(*this, other);
 }
 
 int ProductConfiguration::getId() const

@@ -1,5 +1,8 @@
 #include "config/AuthenticationConfiguration.h"
 
+#include "config/account/AuthenticationColumns.h"
+#include "config/columns/ColumnList.h"
+
 #include <utility>
 
 namespace sync::config {
@@ -22,14 +25,9 @@ AuthenticationConfiguration::~AuthenticationConfiguration() = default;
 
 void AuthenticationConfiguration::_CopyMembers(AuthenticationConfiguration const& other)
 {
-    id = other.id;
-    userName = other.userName;
-    password = other.password;
-    domain = other.domain;
-    domainId = other.domainId;
-    serverId = other.serverId;
-    nameValueProperties.clear(); // ahead of reading the source's: assigning a record to itself empties them
-    nameValueProperties = other.nameValueProperties;
+    column::CopyAll(*this, other);
+    if (this == &other)
+        nameValueProperties.clear(); // clients know it so
 }
 
 int AuthenticationConfiguration::getId() const

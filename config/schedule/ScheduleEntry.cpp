@@ -1,5 +1,8 @@
 #include "config/ScheduleEntry.h"
 
+#include "config/columns/ColumnList.h"
+#include "config/schedule/ScheduleEntryColumns.h"
+
 #include <utility>
 
 namespace sync::config {
@@ -22,12 +25,7 @@ ScheduleEntry::~ScheduleEntry() = default;
 
 void ScheduleEntry::_CopyMembers(ScheduleEntry const& other)
 {
-    id = other.id;
-    folderConfigId = other.folderConfigId;
-    startTime = other.startTime;
-    expireTime = other.expireTime;
-    syncScheduleType = other.syncScheduleType;
-    syncInterval = other.syncInterval;
+    column::CopyAll(*this, other);
 }
 
 int ScheduleEntry::getId() const

@@ -1,6 +1,8 @@
 #include "config/FileConfiguration.h"
 
 #include "config/PrivilegeWords.h"
+#include "config/columns/ColumnList.h"
+#include "config/file/FileColumns.h"
 
 namespace sync::config {
 
@@ -31,33 +33,8 @@ FileConfiguration::~FileConfiguration() = default;
 
 void FileConfiguration::_CopyMembers(FileConfiguration const& other)
 {
-    id = other.id;
-    folderConfigurationId = other.folderConfigurationId;
-    productConfigurationId = other.productConfigurationId;
-    name = other.name;
-    clientPath = other.clientPath;
-    serverPath = other.serverPath;
-    checkSum = other.checkSum;
-    checkSumMD5 = other.checkSumMD5;
-    createdDateTime = other.createdDateTime;
-    lastModifiedDateTime = other.lastModifiedDateTime;
-    size = other.size;
-    lastOperationType = other.lastOperationType;
-    nameValueProperties = other.nameValueProperties;
-    lastOperationTime = other.lastOperationTime;
-    rootFolderId = other.rootFolderId;
-    syncOption = other.syncOption;
-    parentFileId = other.parentFileId;
-    ownerId = other.ownerId;
-    privileges = other.privileges;
-    fileType = other.fileType;
-    serverFileId = other.serverFileId;
-    serverFileVersionId = other.serverFileVersionId;
-    fileLinks = other.fileLinks;
-    fileDate = other.fileDate;
-    syncStatus = other.syncStatus;
+    column::CopyAll(*this, other);
     syncSubStatus = other.syncSubStatus;
-    syncStatusChanged = other.syncStatusChanged;
 }
 
 FileSynchronizationStatus FileConfiguration::getSyncStatus() const

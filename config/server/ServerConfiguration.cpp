@@ -1,5 +1,8 @@
 #include "config/ServerConfiguration.h"
 
+#include "config/columns/ColumnList.h"
+#include "config/server/ServerColumns.h"
+
 #include <QUrl>
 
 #include <utility>
@@ -24,13 +27,9 @@ ServerConfiguration::~ServerConfiguration() = default;
 
 void ServerConfiguration::_CopyMembers(ServerConfiguration const& other)
 {
-    id = other.id;
-    alias = other.alias;
-    davUrl = other.davUrl;
-    webServiceUrl = other.webServiceUrl;
-    binaryDiffEncoder = other.binaryDiffEncoder;
-    nameValueProperties.clear(); // ahead of reading the source's: assigning a record to itself empties them
-    nameValueProperties = other.nameValueProperties;
+    column::CopyAll(*this, other);
+    if (this == &other)
+        nameValueProperties.clear(); // clients know it so
 }
 
 QString ServerConfiguration::_GetHost(QString url) const

@@ -1,4 +1,4 @@
-#include "config/FolderCaches.h"
+#include "config/folder/FolderCaches.h"
 
 #include <QDateTime>
 

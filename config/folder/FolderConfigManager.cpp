@@ -1,10 +1,13 @@
 #include "config/FolderConfigManager.h"
 
 #include "config/CommonConstants.h"
-#include "config/FolderCaches.h"
-#include "config/FolderStatements.h"
-#include "config/PathRules.h"
-#include "config/StoreOperations.h"
+#include "config/folder/FolderCaches.h"
+#include "config/folder/FolderColumns.h"
+#include "config/folder/FolderStatements.h"
+#include "config/folder/PathRules.h"
+#include "config/store/QueryColumns.h"
+#include "config/store/Rows.h"
+#include "config/store/StoreOperations.h"
 #include "interf/IRefreshNativeFileViewer.h"
 
 #include <QDir>
@@ -32,127 +35,62 @@ FolderConfigManager::FolderConfigManager(
 
 FolderConfigManager::~FolderConfigManager() = default;
 
-// The table's columns: bound, then read.
-
-void FolderConfigManager::_BindFolderConfiguration(IQSqlQueryWrapper& query, FolderConfiguration const& folder)
+auto FolderConfigManager::_Rows()
 {
-    BindAll(query,
-            bind::authenticationId(folder.authenticationId),
-            bind::name(folder.name),
-            bind::remoteShortKey(folder.remoteShortKey),
-            bind::remoteLongKey(folder.remoteLongKey),
-            bind::clientPath(folder.clientPath),
-            bind::serverPath(folder.serverPath),
-            bind::syncStatus(folder.syncStatus),
-            bind::nameValueProperties(ToNameValuePropertyString(folder.nameValueProperties)),
-            bind::parentId(folder.parentId),
-            bind::lastOperationTime(folder.lastOperationTime),
-            bind::lastSyncTime(folder.getLastSyncTime()),
-            bind::folderOption(folder.folderOption),
-            bind::lastOperationType(folder.lastOperationType),
-            bind::syncDriveType(folder.syncDriveType),
-            bind::rootId(folder.rootId),
-            bind::syncOption(folder.syncOption),
-            bind::ownerId(folder.ownerId),
-            bind::privileges(folder.privileges),
-            bind::serverRoot(folder.serverRoot),
-            bind::productConfigurationId(folder.productConfigurationId),
-            bind::serverFolderId(folder.serverFolderId));
+    return store::Rows<&FolderConfigManager::_PopulateFolderConfiguration,
+                       &FolderConfigManager::_PopulateFolderConfigurations>(*_databaseFactory, *this);
 }
 
-void FolderConfigManager::_PopulateFolderConfiguration(IQSqlQueryWrapper* query, FolderConfiguration& folder)
+void FolderConfigManager::_PopulateFolderConfiguration(sync::interf::IQSqlQueryWrapper* query,
+                                                       FolderConfiguration& folder)
 {
-    if (!query->isValid())
-        return;
-    folder.id = store::Int(query->value(0));
-    folder.authenticationId = store::Int(query->value(1));
-    folder.name = query->value(2).toString();
-    folder.remoteShortKey = query->value(3).toString();
-    folder.remoteLongKey = query->value(4).toString();
-    folder.clientPath = query->value(5).toString();
-    folder.serverPath = query->value(6).toString();
-    folder.setSyncStatus(static_cast<FolderSynchronizationStatus>(store::Int(query->value(7))));
-    folder.resetSyncStatusChanged();
-    folder.nameValueProperties = ToNameValuePropertyMap(query->value(8).toString());
-    folder.parentId = store::Int(query->value(9));
-    folder.lastOperationTime = query->value(10).toDateTime();
-    folder.lastOperationTime.setTimeSpec(Qt::UTC);
-    folder.setLastSyncTime(query->value(11).toDateTime());
-    folder.folderOption = static_cast<SynchronizationFolderOption>(store::Int(query->value(12)));
-    folder.lastOperationType = static_cast<FolderOperationType>(store::Int(query->value(13)));
-    folder.syncDriveType = static_cast<DriveType>(store::Int(query->value(14)));
-    folder.rootId = store::Int(query->value(15));
-    folder.syncOption = static_cast<FolderSyncOption>(store::Int(query->value(16)));
-    folder.ownerId = query->value(17).toString();
-    folder.privileges = static_cast<FolderPrivileges>(store::Int(query->value(18)));
-    folder.serverRoot = query->value(19).toString();
-    folder.productConfigurationId = store::Int(query->value(20));
-    folder.serverFolderId = query->value(21).toString();
+    store::Populate(*query, folder, store::Documents(*this));
 }
 
-void FolderConfigManager::_PopulateFolderConfigurations(IQSqlQueryWrapper* query, QVector<FolderConfiguration>& folders)
+void FolderConfigManager::_PopulateFolderConfigurations(sync::interf::IQSqlQueryWrapper* query,
+                                                        QVector<FolderConfiguration>& folders)
 {
-    store::AppendRows(query, folders, [this](auto* row, auto& folder) { _PopulateFolderConfiguration(row, folder); });
+    store::AppendRows(*query, folders, [&](auto& record) { _PopulateFolderConfiguration(query, record); });
 }
 
 // Lookups and listings.
 
-template <class Bind>
-FolderConfiguration FolderConfigManager::_FindOne(QString const& statement, Bind const& bind)
-{
-    return store::FindOne<FolderConfiguration>(*_databaseFactory, statement, bind, [this](auto* query, auto& folder) {
-        _PopulateFolderConfiguration(query, folder);
-    });
-}
-
-template <class Bind>
-QVector<FolderConfiguration> FolderConfigManager::_FindAll(QString const& statement, Bind const& bind)
-{
-    return store::FindAll<QVector<FolderConfiguration>>(
-        *_databaseFactory, statement, bind, [this](auto* query, auto& folders) {
-            _PopulateFolderConfigurations(query, folders);
-        });
-}
-
 FolderConfiguration FolderConfigManager::GetFolderConfigurationById(int folderConfigurationId)
 {
-    return _FindOne(sql::GetById, store::Values(bind::id(folderConfigurationId)));
+    return _Rows().First(sql::GetById, bind::id(folderConfigurationId));
 }
 
 FolderConfiguration FolderConfigManager::GetFolderConfigurationByServerId(QString serverFolderId)
 {
-    return store::FindOneIfAny<FolderConfiguration>(
-        *_databaseFactory,
-        sql::GetByServerId,
-        store::Values(bind::serverFolderId(serverFolderId)),
-        [this](auto* query, auto& folder) { _PopulateFolderConfiguration(query, folder); });
+    return _Rows().FirstIfAny(sql::GetByServerId, bind::serverFolderId(serverFolderId));
 }
 
 FolderConfiguration FolderConfigManager::GetFolderConfigurationByClientPath(QString clientPath)
 {
-    return _FindOne(sql::GetByClientPath, store::Values(bind::clientPath(clientPath)));
+    return _Rows().First(sql::GetByClientPath, bind::clientPath(clientPath));
 }
 
 FolderConfiguration FolderConfigManager::GetFolderConfigurationByClientPathAndAuthenticationId(QString clientPath,
                                                                                                int authenticationId)
 {
-    return _FindOne(sql::GetByClientPathAndAuthenticationId,
-                    store::Values(bind::clientPath(clientPath), bind::authenticationId(authenticationId)));
+    return _Rows().First(sql::GetByClientPathAndAuthenticationId,
+                         bind::clientPath(clientPath),
+                         bind::authenticationId(authenticationId));
 }
 
 QVector<FolderConfiguration> FolderConfigManager::GetFolderConfigurationByParentId(int folderConfigurationId)
 {
-    return _FindAll(sql::GetByParentId, store::Values(bind::parentId(folderConfigurationId)));
+    return _Rows().All(sql::GetByParentId, bind::parentId(folderConfigurationId));
 }
 
 QVector<FolderConfiguration> FolderConfigManager::GetFolderConfigurationsByAuthenticationId(int authenticationId)
 {
-    return _FindAll(sql::GetByAuthenticationId, store::Values(bind::authenticationId(authenticationId)));
+    return _Rows().All(sql::GetByAuthenticationId, bind::authenticationId(authenticationId));
 }
 
 QVector<FolderConfiguration> FolderConfigManager::GetFolderConfigurationsByRootId(int rootFolderId)
 {
-    return _FindAll(sql::GetByRootId, store::Values(bind::rootId(rootFolderId)));
+    return _Rows().All(sql::GetByRootId, bind::rootId(rootFolderId));
 }
 
 QVector<FolderConfiguration> FolderConfigManager::GetFolderConfigurationsOfNonExistingRootFolders()
@@ -161,7 +99,7 @@ QVector<FolderConfiguration> FolderConfigManager::GetFolderConfigurationsOfNonEx
     QStringList ids;
     for (FolderConfiguration const& root : roots)
         ids.append(QString::number(root.id));
-    return _FindAll(sql::GetOfNonExistingRoots.arg(ids.join(QLatin1Char(','))), store::Values());
+    return _Rows().All(sql::GetOfNonExistingRoots.arg(ids.join(QLatin1Char(','))));
 }
 
 QVector<FolderConfiguration> FolderConfigManager::GetAll()
@@ -184,12 +122,12 @@ void FolderConfigManager::ClearCaches()
 
 QVector<FolderConfiguration> FolderConfigManager::_GetAll()
 {
-    return _FindAll(sql::GetAll, store::Values());
+    return _Rows().All(sql::GetAll);
 }
 
 QVector<FolderConfiguration> FolderConfigManager::_GetAllRootFolders()
 {
-    return _FindAll(sql::GetAllRoots, store::Values());
+    return _Rows().All(sql::GetAllRoots);
 }
 
 // Counts.
@@ -217,14 +155,10 @@ int FolderConfigManager::GetRootFolderConfigurationCount()
 bool FolderConfigManager::Update(FolderConfiguration folderConfiguration)
 {
     // The cached listings stay: they may lag behind an update, and a caller who can't wait clears them.
-    return store::Write(
-        *_databaseFactory,
-        sql::Update,
-        [&](IQSqlQueryWrapper& query) {
-            BindAll(query, bind::id(folderConfiguration.id));
-            _BindFolderConfiguration(query, folderConfiguration);
-        },
-        [&](IQSqlQueryWrapper&) { _RefreshNativeFileViewerIfSyncStatusChanged(folderConfiguration); });
+    return store::Write(*_databaseFactory,
+                        sql::Update,
+                        store::ColumnsForUpdate(folderConfiguration, store::Documents(*this)),
+                        [&](IQSqlQueryWrapper&) { _RefreshNativeFileViewerIfSyncStatusChanged(folderConfiguration); });
 }
 
 bool FolderConfigManager::Add(FolderConfiguration& folderConfiguration)
@@ -234,19 +168,19 @@ bool FolderConfigManager::Add(FolderConfiguration& folderConfiguration)
     if (!hasRoot || folderConfiguration.parentId == -1)
         return false;
 
-    return store::Insert(
-        *_databaseFactory,
-        sql::Add,
-        [&](IQSqlQueryWrapper& query) { _BindFolderConfiguration(query, folderConfiguration); },
-        folderConfiguration.id,
-        [&] {
-            if (folderConfiguration.rootId == -1) {
-                folderConfiguration.rootId = folderConfiguration.id;
-                static_cast<void>(Update(folderConfiguration)); // the folder is on record either way
-            }
-            ClearCaches();
-            _RefreshNativeFileViewerIfSyncStatusChanged(folderConfiguration); // for a new root once more
-        });
+    return store::Insert(*_databaseFactory,
+                         sql::Add,
+                         store::ColumnsForInsert(folderConfiguration, store::Documents(*this)),
+                         folderConfiguration.id,
+                         [&] {
+                             if (folderConfiguration.rootId == -1) {
+                                 folderConfiguration.rootId = folderConfiguration.id;
+                                 static_cast<void>(Update(folderConfiguration)); // the folder is on record either way
+                             }
+                             ClearCaches();
+                             _RefreshNativeFileViewerIfSyncStatusChanged(
+                                 folderConfiguration); // for a new root once more
+                         });
 }
 
 FolderConfiguration FolderConfigManager::AddFolderAndParent(QString const& absolutePath,
