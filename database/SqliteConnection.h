@@ -1,15 +1,10 @@
 #pragma once
 
-#include "database/OpenOptions.h"
-#include "database/ScopeParticipant.h"
-#include "database/file/StoreFile.h"
-#include "database/sqlite/Failure.h"
-#include "database/sqlite/LockQueue.h"
-#include "database/sqlite/SqliteHandle.h"
-#include "database/sqlite/StatementCache.h"
+#include "database/ConnectionHandle.h"
+#include "database/ConnectionTransaction.h"
+#include "database/ThreadErrors.h"
 
 #include <memory>
-#include <optional>
 #include <thread>
 #include <vector>
 
@@ -17,131 +12,65 @@ namespace sync::database {
 
 class SqliteStore;
 
-/// What a statement's run gave.
-struct RunResult
-{
-    /// Whether the statement stands on a row.
-    bool hasRow = false;
-    int rowsAffected = 0;
-    /// 0 where nothing was inserted.
-    qint64 insertId = 0;
-};
-
-/// A thread's connection to a store: opened at its first use, with the thread's transaction, prepared statements and
-/// first error.
+/// A thread's connection to a store, opened at its first use. Used by its thread only.
 ///
-/// The store owns it, and queries and database objects share it. So does the connection itself between the begin and
-/// the commit of a scope's transaction: the scope's end finds it, whatever went before.
-class SqliteConnection : public ScopeParticipant, public std::enable_shared_from_this<SqliteConnection>
+/// The store owns it, and queries and database objects share it.
+class SqliteConnection : public std::enable_shared_from_this<SqliteConnection>
 {
 public:
     explicit SqliteConnection(std::shared_ptr<SqliteStore> store);
-    ~SqliteConnection() override;
+    ~SqliteConnection();
+    Q_DISABLE_COPY_MOVE(SqliteConnection)
 
-    /// Opens the connection unless it is open already.
+    /// Opens the connection unless it is open.
     Failure Open();
-    /// The same, and looks whether the file is a whole store; for the first connection.
-    Failure OpenAndCheck();
-    /// Opens the connection unless it is open already, and says why no other handle of this thread should read the
-    /// store now: the file was moved, or an open transaction of the connection would lock it out or stay unseen.
-    Failure OpenBeside();
+    /// The same for the first connection of a store, which also checks the file as a whole.
+    Failure OpenFirst();
+    /// Opens the connection, and fails if another handle on the store should not be opened for this thread now: the
+    /// file was moved, or the connection has a transaction open, which would lock that handle out or be invisible to
+    /// it.
+    Failure OpenForSnapshot();
     /// Of an open connection.
-    JournalMode journalMode() const { return _journalMode; }
+    JournalMode journalMode() const { return _handle->store().journalMode(); }
 
+    /// Sets the statement to null on failure.
     Failure Prepare(QString const& text, StatementLease& statement);
-
-    /// Runs a statement to its end, or to its first row. A statement that writes begins the transaction of an open
-    /// scope; when it fails, nothing of it has happened.
+    /// Runs a statement to its first row, or to its end if it writes. A statement that writes begins the transaction of
+    /// an open scope; if it fails, it has changed nothing.
     Failure Run(PreparedStatement& statement, RunResult& result);
-    /// Moves a statement that stands on a row to the next one, or to its end.
+    /// Moves a statement that stands on a row to the next row, or to its end.
     Failure Advance(PreparedStatement& statement, bool& hasRow);
 
-    Failure BeginBracket();
-    Failure CommitBracket();
-    Failure RollbackBracket();
+    /// The client's own transaction.
+    Failure BeginTransaction();
+    Failure CommitTransaction();
+    Failure RollBackTransaction();
 
-    bool CommitScope() noexcept override;
-    /// Commits what a scope that was never ended has written: the thread ends now.
-    void LeaveThread() noexcept;
+    /// Commits what a scope that was never ended has written; called when the thread ends.
+    void CommitAbandonedScope() noexcept { _transaction.CommitAbandonedScope(); }
 
-    /// What a refused value makes the statement's `exec` answer.
-    StoreError DescribeRefusal(Refusal const& refusal, PreparedStatement const& statement) const;
+    /// The error of an `exec` whose bound value was refused.
+    StoreError Describe(StatementError const& error, PreparedStatement const& statement) const;
 
-    /// Logs an error and keeps it for `lastError` unless there is one already.
-    void Record(StoreError const& error);
-    std::optional<StoreError> const& lastError() const { return _lastError; }
-    void ClearError() { _lastError.reset(); }
+    ThreadErrors& errors() { return _errors; }
 
 private:
-    enum class Transaction
-    {
-        None,
-        Scope,
-        Bracket,
-        /// A fault took the bracket's transaction back: nothing may be written until the client ends the bracket.
-        LostBracket,
-    };
-
-    /// A handle in place of which there is a new one, while queries still hold statements of it.
-    struct OutdatedHandle
-    {
-        SqliteHandle handle;
-        std::unique_ptr<StatementCache> cache;
-    };
-
-    Failure CheckUsable() const;
-    Failure CheckUsable(PreparedStatement const& statement) const;
-    Failure OpenFor(bool firstOfStore);
-    Failure OpenForWriting(bool firstOfStore);
-    Failure ConnectForWriting(bool firstOfStore);
-    Failure OpenForReading(bool firstOfStore);
-    Failure Configure(bool firstOfStore);
-    Failure CheckUnmoved() const;
-    Failure PrepareOwnStatements();
-    void Disconnect() noexcept;
-    Failure RefreshReading();
-    Failure Reopen();
-    Failure CheckUnchanged(PreparedStatement const& statement) const;
-    void DropOutdated() noexcept;
-
+    Failure OpenFor(OpenPurpose purpose);
+    void CloseReplacedHandles() noexcept;
+    Failure CheckThread() const;
+    Failure CheckStatement(PreparedStatement const& statement) const;
+    Failure CheckRead(PreparedStatement const& statement) const;
+    Failure PrepareToWrite();
     Failure Write(PreparedStatement& statement, RunResult& result);
-    Failure BeginScope();
-    /// What is left to do when the engine, or a full disk, made an end of the transaction; `changesBefore` counts what
-    /// had been changed before the statement that failed.
-    void LoseTransaction(StoreError const& error, qint64 changesBefore);
-    void Rollback() noexcept;
-    void NoticeLeftJournal() noexcept;
-    void RewriteSecrets() noexcept;
-    Failure Describe(int code, PreparedStatement const* statement = nullptr) const;
     Failure Refuse(int code, QString const& words, PreparedStatement const* statement = nullptr) const;
-
-    int Begin() noexcept;
-    int Commit() noexcept;
-    int RunOwn(StatementHandle const& statement) noexcept;
-    static int Authorize(void* connection, int action, char const*, char const* argument, char const*, char const*);
-    static void NoticeChange(void* connection, int action, char const*, char const* table, sqlite3_int64) noexcept;
 
     std::shared_ptr<SqliteStore> const _store;
     std::thread::id const _thread;
-
-    LockQueue _queue;
-    SqliteHandle _handle;
-    StatementHandle _begin;
-    StatementHandle _commit;
-    StatementHandle _rollback;
-    std::unique_ptr<StatementCache> _cache; // goes before the handle
-    JournalMode _journalMode = JournalMode::WriteAheadLog;
-    std::optional<FileIdentity> _log;
-    std::optional<FileStamp> _stamp; // of a file that is read as if nobody wrote it
-    std::vector<OutdatedHandle> _outdated;
-    bool _isSpoilt = false; // the handle, which must not be used any more
-
-    Transaction _transaction = Transaction::None;
-    qint64 _changesAtBegin = 0;
-    std::shared_ptr<SqliteConnection> _untilScopeEnds;
-    bool _runsOwnStatement = false;
-
-    std::optional<StoreError> _lastError;
+    ThreadErrors _errors;
+    std::unique_ptr<ConnectionHandle> _handle;
+    /// Handles that were replaced while queries held statements of them.
+    std::vector<std::unique_ptr<ConnectionHandle>> _replacedHandles;
+    ConnectionTransaction _transaction;
 };
 
 } // namespace sync::database

@@ -14,7 +14,7 @@ SqliteDatabase::~SqliteDatabase() = default;
 
 bool SqliteDatabase::isOpen()
 {
-    return Answer(&SqliteConnection::Open);
+    return Run(&SqliteConnection::Open);
 }
 
 QString SqliteDatabase::lastError()
@@ -24,25 +24,25 @@ QString SqliteDatabase::lastError()
 
 bool SqliteDatabase::transaction()
 {
-    return Answer(&SqliteConnection::BeginBracket);
+    return Run(&SqliteConnection::BeginTransaction);
 }
 
 bool SqliteDatabase::commit()
 {
-    return Answer(&SqliteConnection::CommitBracket);
+    return Run(&SqliteConnection::CommitTransaction);
 }
 
 bool SqliteDatabase::rollback()
 {
-    return Answer(&SqliteConnection::RollbackBracket);
+    return Run(&SqliteConnection::RollBackTransaction);
 }
 
-bool SqliteDatabase::Answer(Failure (SqliteConnection::*operation)())
+bool SqliteDatabase::Run(Failure (SqliteConnection::*operation)())
 {
     Failure const failure = _connection != nullptr ? (_connection.get()->*operation)() : SqliteStore::NoConnection();
     _lastError = failure ? failure->text : QString();
     if (failure && _connection != nullptr)
-        _connection->Record(*failure);
+        _connection->errors().Record(*failure);
     return !failure;
 }
 

@@ -7,13 +7,14 @@
 
 namespace sync::database {
 
-/// The bracket of a thread's connection. It belongs to the connection: any object of the same thread may end it.
+/// The client transaction of a thread's connection. The transaction belongs to the connection: any object of the same
+/// thread may end it.
 class SqliteDatabase : public sync::interf::IQSqlDatabaseWrapper
 {
     Q_OBJECT
 
 public:
-    /// Without a connection every operation fails.
+    /// Every operation fails if the connection is null.
     explicit SqliteDatabase(std::shared_ptr<SqliteConnection> connection);
     ~SqliteDatabase() override;
 
@@ -24,7 +25,7 @@ public:
     bool rollback() override;
 
 private:
-    bool Answer(Failure (SqliteConnection::*operation)());
+    bool Run(Failure (SqliteConnection::*operation)());
 
     std::shared_ptr<SqliteConnection> _connection;
     QString _lastError;

@@ -70,7 +70,7 @@ bool SqliteDatabaseFactory::Answer(QString* error, Operation const& operation)
     std::shared_ptr<SqliteConnection> const connection = _store->Connection();
     Failure const failure = connection != nullptr ? operation(*connection) : SqliteStore::NoConnection();
     if (failure && connection != nullptr)
-        connection->Record(*failure);
+        connection->errors().Record(*failure);
     if (failure && error != nullptr)
         *error = failure->text;
     return !failure;
@@ -92,13 +92,13 @@ std::optional<QStringList> SqliteDatabaseFactory::FindDamage(QString* error)
 std::optional<StoreError> SqliteDatabaseFactory::LastError() const
 {
     std::shared_ptr<SqliteConnection> const connection = _store->Connection();
-    return connection != nullptr ? connection->lastError() : std::nullopt;
+    return connection != nullptr ? connection->errors().first() : std::nullopt;
 }
 
 void SqliteDatabaseFactory::ClearError()
 {
     if (std::shared_ptr<SqliteConnection> const connection = _store->Connection())
-        connection->ClearError();
+        connection->errors().Clear();
 }
 
 } // namespace sync::database

@@ -55,9 +55,10 @@ public:
     /// Copies one committed state of the store into a new file, while others may write. The copy is a store of its own,
     /// readable and writable by its owner only; it appears whole, checked for damage and flushed to the disk.
     ///
-    /// Returns false on failure; `error`, unless null, then names the file and the reason, and so does `LastError`. An
-    /// existing file is never replaced. A thread with an open client transaction, or with a scope that has written, is
-    /// refused.
+    /// Returns false on failure; `error`, unless null, then names the file and the reason, and so does `LastError`. No
+    /// copy exists then, except if only the flush of its folder failed: the copy is whole, but a power cut may remove
+    /// it. An existing file is never replaced. A thread with an open client transaction, or with a scope that has
+    /// written, is refused.
     [[nodiscard]] bool Backup(QString const& path, QString* error = nullptr);
 
     /// Reads the whole store and returns what is damaged in it, one text for each fault. Returns nothing if the store

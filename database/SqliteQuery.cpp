@@ -34,15 +34,15 @@ void SqliteQuery::bindValue(QString const& placeholder, QVariant const& value)
     if (_statement == nullptr)
         return;
     finish();
-    std::optional<Refusal> const refusal = _statement->Bind(placeholder, value);
+    std::optional<StatementError> const error = _statement->Bind(placeholder, value);
     if (!_bindFailures.empty()) {
         _bindFailures.erase(std::remove_if(_bindFailures.begin(),
                                            _bindFailures.end(),
                                            [&](auto const& failure) { return failure.first == placeholder; }),
                             _bindFailures.end());
     }
-    if (refusal)
-        _bindFailures.emplace_back(placeholder, _connection->DescribeRefusal(*refusal, *_statement));
+    if (error)
+        _bindFailures.emplace_back(placeholder, _connection->Describe(*error, *_statement));
 }
 
 bool SqliteQuery::exec()
@@ -116,7 +116,7 @@ bool SqliteQuery::Fail(StoreError const& error)
     finish();
     _lastError = error.text;
     if (_connection != nullptr)
-        _connection->Record(error);
+        _connection->errors().Record(error);
     return false;
 }
 

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "database/OpenOptions.h"
-#include "database/file/StoreFile.h"
-#include "database/sqlite/Failure.h"
+#include "database/file/SecretErasure.h"
+#include "database/file/StoreHandle.h"
 
 #include <QStringList>
 
@@ -15,58 +15,58 @@
 namespace sync::database {
 
 class SqliteConnection;
-class SqliteDatabaseFactory;
+class StoreFactory;
 
-/// What the connections of a factory have in common, and the list of them.
+/// What the connections of a factory share, and the list of them. Any thread may call any operation.
 class SqliteStore : public std::enable_shared_from_this<SqliteStore>
 {
 public:
     SqliteStore(StoreFile file, OpenOptions const& options);
 
-    /// Makes or opens the file, brought up to date where it may be written, and remembers which one it is.
+    /// Creates or opens the file, upgrades it if it may be written, and remembers its identity.
     Failure Open();
 
-    /// As the factory's operations of these names, for the calling thread and its connection.
-    Failure Backup(SqliteConnection& connection, StoreFile const& target) const;
-    Failure FindDamage(SqliteConnection& connection, QStringList& damage) const;
-
-    /// Whom `TellLost` has send the signal. Called once, before other threads know the store.
-    void SetFactory(std::weak_ptr<SqliteDatabaseFactory> factory) { _factory = std::move(factory); }
+    /// Sets the factory that emits `CommitFailed`. Called once, before other threads know the store.
+    void SetFactory(std::weak_ptr<StoreFactory> factory) { _factory = std::move(factory); }
 
     StoreFile const& file() const { return _file; }
     OpenOptions const& options() const { return _options; }
-    bool isReadOnly() const { return _options.mode == OpenMode::ReadOnly; }
     JournalMode journalMode() const { return _journalMode; }
-    bool isClosed() const noexcept { return _closed.load(std::memory_order_acquire); }
+    bool isReadOnly() const { return _options.mode == OpenMode::ReadOnly; }
+    StoreAccess access() const { return isReadOnly() ? StoreAccess::ReadOnly : StoreAccess::ReadWrite; }
+    bool isClosed() const noexcept { return _isClosed.load(std::memory_order_acquire); }
 
-    /// Why the file at the path is not the one that was opened, or nothing when it is.
-    Failure CheckUnmoved() const;
+    /// Fails if the handle was opened on another file than the store.
+    Failure CheckIdentity(StoreHandle const& handle) const;
 
-    /// The calling thread's connection, which may not have been opened yet. Null while the thread's own data go.
+    /// The factory's operations of these names, for the calling thread's connection.
+    Failure Backup(SqliteConnection& connection, StoreFile const& target) const;
+    Failure FindDamage(SqliteConnection& connection, QStringList& damage) const;
+
+    /// Returns the calling thread's connection, which need not be open; null while the thread's own data are being
+    /// destroyed.
     std::shared_ptr<SqliteConnection> Connection();
     /// The failure of an operation on a thread that has no connection any more.
     static Failure NoConnection();
 
-    /// From here on every operation fails. Connections that nothing uses any more are closed.
+    /// Makes every later operation fail, and closes the connections that nothing uses any more.
     void Close();
-
-    /// Whether some connection may have removed secrets that are still to be overwritten.
-    std::atomic<bool>& removedSecrets() noexcept { return _removedSecrets; }
-
-    /// Lets go of a connection whose thread ends; called on that thread.
+    /// Removes the connection of a thread that ends; called on that thread.
     void Forget(SqliteConnection const* connection);
 
-    /// Sends the factory's signal from the calling thread.
-    void TellLost(StoreError const& error) const;
+    /// Emits the factory's signal on the calling thread.
+    void EmitCommitFailed(StoreError const& error) const;
+
+    SecretErasure& secretErasure() noexcept { return _secretErasure; }
 
 private:
     StoreFile const _file;
     OpenOptions const _options;
-    FileIdentity _identity;
+    std::optional<FileIdentity> _identity;
     JournalMode _journalMode = JournalMode::WriteAheadLog;
-    std::weak_ptr<SqliteDatabaseFactory> _factory;
-    std::atomic<bool> _closed{false};
-    std::atomic<bool> _removedSecrets{false};
+    std::weak_ptr<StoreFactory> _factory;
+    std::atomic<bool> _isClosed{false};
+    SecretErasure _secretErasure;
 
     std::mutex _mutex; // guards the list, not the connections
     std::vector<std::shared_ptr<SqliteConnection>> _connections;

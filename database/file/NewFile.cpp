@@ -1,5 +1,9 @@
 #include "database/file/NewFile.h"
 
+#include "database/sqlite/ErrorTexts.h"
+
+#include <QFileInfo>
+
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
@@ -33,59 +37,86 @@ private:
     int _descriptor;
 };
 
-int SyncToDisk(QByteArray const& name, int flags)
+// The functions below return 0 or the operating system's error number.
+
+int SyncToDisk(char const* name, int flags)
 {
-    Descriptor const descriptor(::open(name.constData(), flags | O_RDONLY | O_CLOEXEC));
+    Descriptor const descriptor(::open(name, flags | O_RDONLY | O_CLOEXEC));
     return descriptor.isValid() && ::fsync(descriptor.get()) == 0 ? 0 : errno;
 }
 
-/// Gives the file its name unless something bears it already.
-int RenameWithoutReplacing(QByteArray const& from, QByteArray const& to)
+/// Flushes the folder of a file: until then a power cut may take the file's name.
+int SyncFolderOf(QByteArray const& name)
 {
-    if (::renameat2(AT_FDCWD, from.constData(), AT_FDCWD, to.constData(), RENAME_NOREPLACE) == 0)
+    int const slash = name.lastIndexOf('/');
+    QByteArray const folder = slash > 0 ? name.left(slash) : QByteArray("/");
+    int const errorNumber = SyncToDisk(folder.constData(), O_DIRECTORY);
+    return errorNumber == EINVAL ? 0 : errorNumber; // the file system flushes no folders
+}
+
+int RenameWithoutReplacing(QByteArray const& from, char const* to)
+{
+    if (::renameat2(AT_FDCWD, from.constData(), AT_FDCWD, to, RENAME_NOREPLACE) == 0)
         return 0;
     if (errno != EINVAL && errno != ENOSYS)
         return errno;
-    // File systems that know no such rename mostly know links; the first name goes with the others.
-    return ::link(from.constData(), to.constData()) == 0 ? 0 : errno;
+    // Most file systems without such a rename have hard links. The temporary name is removed later.
+    return ::link(from.constData(), to) == 0 ? 0 : errno;
 }
 
 } // namespace
 
-NewFile::NewFile(QByteArray const& name)
-    : _name(name)
+NewFile::NewFile(StoreFile const& target)
+    : _target(target)
 {}
 
 NewFile::~NewFile()
 {
     if (_temporary.isEmpty())
         return;
-    for (char const* suffix : Suffixes)
+    for (char const* suffix : DatabaseSuffixes)
         ::unlink((_temporary + suffix).constData());
 }
 
-int NewFile::Make()
+Failure NewFile::Create()
 {
-    QByteArray temporary = _name + ".new-XXXXXX";
+    QByteArray temporary = QByteArray(_target.name()) + ".new-XXXXXX";
     Descriptor const descriptor(::mkostemp(temporary.data(), O_CLOEXEC));
     if (!descriptor.isValid())
-        return errno;
+        return DescribeSystemError(
+            _target.path(),
+            QStringLiteral("the file can't be made in %1").arg(QFileInfo(_target.path()).absolutePath()),
+            errno);
     _temporary = temporary;
-    ::fchmod(descriptor.get(), S_IRUSR | S_IWUSR); // whatever the umask lets through
-    return 0;
+    ::fchmod(descriptor.get(), S_IRUSR | S_IWUSR); // the umask may have taken rights from the owner
+    return {};
 }
 
-int NewFile::PutInPlace() const
+int NewFile::Open(SqliteHandle& handle) const
 {
-    int const errorNumber = SyncToDisk(_temporary, 0);
-    return errorNumber != 0 ? errorNumber : RenameWithoutReplacing(_temporary, _name);
+    int const code = OpenHandle(_temporary.constData(), SQLITE_OPEN_READWRITE, handle);
+    return code == SQLITE_OK ? Execute(handle.get(), "PRAGMA journal_mode = MEMORY") : code;
 }
 
-int NewFile::FlushFolder() const
+Failure NewFile::Publish(bool& isTaken) const
 {
-    int const slash = _name.lastIndexOf('/');
-    int const errorNumber = SyncToDisk(slash > 0 ? _name.left(slash) : QByteArray("/"), O_DIRECTORY);
-    return errorNumber == EINVAL ? 0 : errorNumber; // some file systems flush no folders
+    isTaken = false;
+    int errorNumber = SyncToDisk(_temporary.constData(), 0);
+    if (errorNumber == 0)
+        errorNumber = RenameWithoutReplacing(_temporary, _target.name());
+    if (errorNumber == EEXIST) {
+        isTaken = true;
+        return {};
+    }
+    if (errorNumber != 0)
+        return DescribeSystemError(_target.path(), QStringLiteral("the new file can't be put in place"), errorNumber);
+    errorNumber = SyncFolderOf(_target.name());
+    if (errorNumber != 0)
+        return DescribeSystemError(
+            _target.path(),
+            QStringLiteral("the new file is whole, but its folder can't be flushed and may lose it in a power cut"),
+            errorNumber);
+    return {};
 }
 
 } // namespace sync::database

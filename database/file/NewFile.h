@@ -1,37 +1,41 @@
 #pragma once
 
+#include "database/file/StoreFile.h"
+#include "database/sqlite/Failure.h"
+#include "database/sqlite/SqliteHandle.h"
+
 #include <QByteArray>
 #include <QtGlobal>
 
 namespace sync::database {
 
-/// What a database's name and those of the files that the engine puts beside it end in.
-constexpr char const* Suffixes[] = {"", "-wal", "-shm", "-journal"};
-
-/// A file that comes into being under another name in the same folder and gets its own when it is whole. What was not
-/// put in place goes with the object, and so does what the engine put beside it.
+/// A database file that is written under a temporary name in its folder and gets its own name once it is whole. What
+/// was not published is removed with the object.
 class NewFile
 {
 public:
-    explicit NewFile(QByteArray const& name);
+    explicit NewFile(StoreFile const& target);
     ~NewFile();
     Q_DISABLE_COPY_MOVE(NewFile)
 
-    /// Makes the file, empty and readable and writable by its owner only. 0 or the operating system's error number, as
-    /// with all operations.
-    [[nodiscard]] int Make();
+    /// Creates the file, empty, readable and writable by its owner only.
+    [[nodiscard]] Failure Create();
 
-    /// The name that it bears until it is put in place.
-    QByteArray const& temporaryName() const { return _temporary; }
+    /// The file under its temporary name. Errors name the target's path.
+    StoreFile file() const { return _target.WithName(_temporary); }
 
-    /// Flushes the file and gives it its name, unless something bears it already: EEXIST.
-    [[nodiscard]] int PutInPlace() const;
+    /// Opens the file as a database that keeps its journal in memory: after a failure the file is thrown away.
+    [[nodiscard]] int Open(SqliteHandle& handle) const;
 
-    /// Flushes the file's folder, as far as its file system can: only then does the name outlast a power cut.
-    [[nodiscard]] int FlushFolder() const;
+    /// Flushes the file, gives it its own name and flushes the folder. If a file of the name exists, sets `isTaken`,
+    /// succeeds and does nothing else.
+    ///
+    /// If only the flush of the folder fails, this fails and the file stays under its own name: it is whole, and
+    /// another process may already be using it; but a power cut may remove it.
+    [[nodiscard]] Failure Publish(bool& isTaken) const;
 
 private:
-    QByteArray const _name;
+    StoreFile const _target;
     QByteArray _temporary;
 };
 

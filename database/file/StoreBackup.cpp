@@ -1,18 +1,14 @@
 #include "database/file/StoreBackup.h"
 
 #include "database/file/NewFile.h"
+#include "database/file/StoreDamage.h"
+#include "database/file/StoreHeader.h"
 #include "database/file/StoreSnapshot.h"
 #include "database/sqlite/ErrorTexts.h"
-#include "database/sqlite/SqliteHandle.h"
 
-#include <QByteArray>
-#include <QFileInfo>
 #include <QStringList>
 
-#include <cerrno>
 #include <utility>
-
-#include <unistd.h>
 
 namespace sync::database {
 
@@ -26,7 +22,12 @@ StoreError TargetIsTaken(StoreFile const& target)
                                     "a journal that belongs to one"));
 }
 
-/// All pages of the source's transaction.
+StoreError CannotBackUp(StoreFile const& target, StoreError const& reason)
+{
+    return MakeError(target.path(), reason.code, QStringLiteral("no backup can be made: ") + reason.text);
+}
+
+/// Copies all pages that the source's transaction sees. Returns SQLite's result code.
 int CopyPages(sqlite3* from, sqlite3* to)
 {
     sqlite3_backup* const backup = sqlite3_backup_init(to, "main", from, "main");
@@ -39,16 +40,16 @@ int CopyPages(sqlite3* from, sqlite3* to)
     return finished;
 }
 
-/// Whether a copy is a whole store, as another program will read it.
-Failure LookThrough(StoreFile const& copy)
+/// Reads the copy as another program will.
+Failure CheckCopy(StoreFile const& copy)
 {
-    if (Failure failure = copy.CheckHeader())
+    if (Failure failure = StoreHeader::Check(copy))
         return failure;
     StoreSnapshot snapshot(copy, 0);
-    if (Failure failure = snapshot.Open(true))
+    if (Failure failure = snapshot.Open(StoreAccess::ReadOnly))
         return failure;
     QStringList damage;
-    if (Failure failure = snapshot.FindDamage(damage))
+    if (Failure failure = FindDamage(snapshot.store(), damage))
         return failure;
     if (damage.isEmpty())
         return {};
@@ -56,25 +57,11 @@ Failure LookThrough(StoreFile const& copy)
         copy.path(), SQLITE_CORRUPT, QStringLiteral("the copied store is damaged (%1)").arg(damage.first()));
 }
 
-Failure PutInPlace(NewFile const& file, StoreFile const& target)
-{
-    int errorNumber = file.PutInPlace();
-    if (errorNumber == EEXIST)
-        return TargetIsTaken(target);
-    if (errorNumber != 0)
-        return DescribeSystemError(target.path(), QStringLiteral("the backup can't be put in place"), errorNumber);
-    errorNumber = file.FlushFolder();
-    if (errorNumber == 0)
-        return {};
-    ::unlink(target.name());
-    return DescribeSystemError(target.path(), QStringLiteral("the backup's folder can't be flushed"), errorNumber);
-}
-
 } // namespace
 
-StoreBackup::StoreBackup(StoreFile source, bool readOnly, int busyTimeoutMsec)
+StoreBackup::StoreBackup(StoreFile source, StoreAccess access, int busyTimeoutMsec)
     : _source(std::move(source))
-    , _readOnly(readOnly)
+    , _access(access)
     , _busyTimeoutMsec(busyTimeoutMsec)
 {}
 
@@ -84,35 +71,33 @@ Failure StoreBackup::Write(StoreFile const& target) const
         return failure;
     if (!target.IsFree())
         return TargetIsTaken(target);
-    NewFile file(target.name());
-    if (int const errorNumber = file.Make(); errorNumber != 0)
-        return DescribeSystemError(
-            target.path(),
-            QStringLiteral("no backup can be made in %1").arg(QFileInfo(target.path()).absolutePath()),
-            errorNumber);
-    if (Failure failure = Copy(target, file.temporaryName()))
+    NewFile copy(target);
+    if (Failure failure = copy.Create())
         return failure;
-    if (Failure failure = LookThrough(target.Under(file.temporaryName())))
+    if (Failure failure = Copy(copy))
         return failure;
-    return PutInPlace(file, target);
+    if (Failure failure = CheckCopy(copy.file()))
+        return failure;
+    bool isTaken = false;
+    Failure failure = copy.Publish(isTaken);
+    return isTaken ? Failure(TargetIsTaken(target)) : failure;
 }
 
-Failure StoreBackup::Copy(StoreFile const& target, QByteArray const& name) const
+Failure StoreBackup::Copy(NewFile const& copy) const
 {
+    StoreFile const target = copy.file();
     StoreSnapshot source(_source, _busyTimeoutMsec);
-    if (Failure failure = source.Open(_readOnly))
-        return MakeError(target.path(), failure->code, QStringLiteral("no backup can be made: ") + failure->text);
+    if (Failure failure = source.Open(_access))
+        return CannotBackUp(target, *failure);
 
-    SqliteHandle copy;
-    int code = OpenHandle(name.constData(), SQLITE_OPEN_READWRITE, copy);
-    if (code == SQLITE_OK) // what fails is thrown away
-        code = Execute(copy.get(), "PRAGMA journal_mode = MEMORY");
+    SqliteHandle handle;
+    int code = copy.Open(handle);
     if (code == SQLITE_OK)
-        code = CopyPages(source.handle(), copy.get());
+        code = CopyPages(source.store().get(), handle.get());
     if (code != SQLITE_OK)
-        return DescribeError(copy.get(), code, target.path());
-    if (Failure failure = source.CheckUnchanged())
-        return MakeError(target.path(), failure->code, QStringLiteral("no backup can be made: ") + failure->text);
+        return DescribeError(handle.get(), code, target.path());
+    if (Failure failure = source.store().CheckUnchanged())
+        return CannotBackUp(target, *failure);
     return {};
 }
 

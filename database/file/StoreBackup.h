@@ -1,28 +1,27 @@
 #pragma once
 
-#include "database/file/StoreFile.h"
-#include "database/sqlite/Failure.h"
-
-class QByteArray;
+#include "database/file/StoreHandle.h"
 
 namespace sync::database {
+
+class NewFile;
 
 /// Copies a store while others write to it.
 class StoreBackup
 {
 public:
-    /// `readOnly` where the store must not be changed, and no file made beside it.
-    StoreBackup(StoreFile source, bool readOnly, int busyTimeoutMsec);
+    StoreBackup(StoreFile source, StoreAccess access, int busyTimeoutMsec);
 
     /// Writes one committed state of the store into a new file, readable and writable by its owner only, which appears
-    /// whole, looked through and flushed, or not at all. Errors name the new file.
-    Failure Write(StoreFile const& target) const;
+    /// whole, checked for damage and flushed. Never replaces a file. Errors name the new file; see `NewFile::Publish`
+    /// for the one after which it exists.
+    [[nodiscard]] Failure Write(StoreFile const& target) const;
 
 private:
-    Failure Copy(StoreFile const& target, QByteArray const& name) const;
+    Failure Copy(NewFile const& copy) const;
 
     StoreFile const _source;
-    bool const _readOnly;
+    StoreAccess const _access;
     int const _busyTimeoutMsec;
 };
 

@@ -3,8 +3,9 @@
 #include "database/sqlite/ErrorTexts.h"
 #include "database/sqlite/SqliteHandle.h"
 
-#include <initializer_list>
-#include <iterator>
+#include <QByteArray>
+
+#include <vector>
 
 namespace sync::database::schema {
 
@@ -13,14 +14,14 @@ namespace {
 struct Column
 {
     char const* name;
-    /// "DATETIME" tells the reader of a row to give a date-time back; the others only set the affinity.
+    /// "DATETIME" makes queries return a date-time; the other types only set the affinity.
     char const* type;
 };
 
 struct Table
 {
     char const* name;
-    /// Without `id`, which every table has in front.
+    /// Without `id`, which is the first column of every table.
     std::vector<Column> columns;
 };
 
@@ -112,34 +113,10 @@ std::vector<Table> const& Tables()
     return tables;
 }
 
-/// One index for each way in which a statement looks rows up, and none beside: each costs at every write.
-constexpr char const* Indices[] = {
-    "CREATE INDEX ServerConfiguration_urls ON ServerConfiguration (davUrl, webServiceUrl)",
-    "CREATE INDEX AuthenticationConfiguration_user ON AuthenticationConfiguration (domain, userName)",
-    "CREATE INDEX ProductConfiguration_key ON ProductConfiguration (serverId, consumerKey)",
-    "CREATE INDEX FolderConfiguration_account ON FolderConfiguration (authenticationId)",
-    "CREATE INDEX FolderConfiguration_children ON FolderConfiguration (parentId, name)",
-    "CREATE INDEX FolderConfiguration_clientPath ON FolderConfiguration (clientPath, authenticationId)",
-    "CREATE INDEX FolderConfiguration_root ON FolderConfiguration (rootId)",
-    "CREATE INDEX FolderConfiguration_server ON FolderConfiguration (serverFolderId)",
-    // Only the folders that are out of sync are counted, and mostly there are none.
-    "CREATE INDEX FolderConfiguration_outOfSync ON FolderConfiguration (syncStatus) WHERE syncStatus = 2",
-    "CREATE INDEX FileConfiguration_clientPath ON FileConfiguration (clientPath)",
-    "CREATE INDEX FileConfiguration_folder ON FileConfiguration (folderConfigurationId, syncStatus, name)",
-    "CREATE INDEX FileConfiguration_root ON FileConfiguration (rootFolderId)",
-    "CREATE INDEX FileConfiguration_server ON FileConfiguration (serverFileId)",
-    "CREATE INDEX FileConfiguration_serverPath ON FileConfiguration (serverPath)",
-    "CREATE INDEX GeneratedFileConfiguration_clientPath ON GeneratedFileConfiguration (clientPath)",
-    "CREATE INDEX GeneratedFileConfiguration_parent ON GeneratedFileConfiguration (parentFileId)",
-    "CREATE INDEX GeneratedFileConfiguration_root ON GeneratedFileConfiguration (rootFolderId)",
-    "CREATE INDEX BaseFileConfiguration_root ON BaseFileConfiguration (rootFolderId)",
-    "CREATE INDEX Schedules_folder ON Schedules (folderConfigurationId)",
-};
-
 QByteArray CreateTable(Table const& table)
 {
-    // AUTOINCREMENT: removals leave references behind, which must never come to point at a stranger. Records carry ids
-    // of 32 bits, so a table that has used them up refuses further rows.
+    // AUTOINCREMENT: removals leave references behind, which must never point at another row later. Records have ids of
+    // 32 bits, so a table that has used them up refuses further rows.
     QByteArray text =
         QByteArray("CREATE TABLE ") + table.name + " (id INTEGER PRIMARY KEY AUTOINCREMENT CHECK (id <= 2147483647)";
     for (Column const& column : table.columns)
@@ -160,51 +137,8 @@ QByteArray SelectOne(Table const& table)
     return "SELECT " + ColumnsOf(table) + " FROM " + table.name + " LIMIT 1";
 }
 
-bool IsDamage(int code)
-{
-    return (code & 0xff) == SQLITE_CORRUPT || (code & 0xff) == SQLITE_NOTADB;
-}
-
-/// The texts in the first column of all rows.
-int QueryTexts(sqlite3* handle, char const* statement, QStringList& texts)
-{
-    sqlite3_stmt* prepared = nullptr;
-    int code = sqlite3_prepare_v2(handle, statement, -1, &prepared, nullptr);
-    StatementHandle const owner(prepared);
-    if (code != SQLITE_OK)
-        return code;
-    while ((code = sqlite3_step(prepared)) == SQLITE_ROW)
-        texts.append(QString::fromUtf8(reinterpret_cast<char const*>(sqlite3_column_text(prepared, 0))));
-    return code == SQLITE_DONE ? SQLITE_OK : code;
-}
-
-/// What the engine finds. A page that can't be read is a finding for it too.
-int CheckIntegrity(sqlite3* handle, QStringList& damage)
-{
-    QStringList found;
-    int const code = QueryTexts(handle, "PRAGMA integrity_check", found);
-    // Several faults may stand in one row, with a headline.
-    for (QString const& line : found.join(QLatin1Char('\n')).split(QLatin1Char('\n'))) {
-        if (!line.isEmpty() && line != QLatin1String("ok") && !line.startsWith(QLatin1String("***")))
-            damage.append(line);
-    }
-    return code;
-}
-
-/// The indices of this version that the store lacks.
-int FindMissingIndices(sqlite3* handle, QStringList& damage)
-{
-    QStringList found;
-    int const code = QueryTexts(handle, "SELECT sql FROM sqlite_schema WHERE type = 'index'", found);
-    if (code != SQLITE_OK)
-        return code;
-    for (char const* index : Indices) {
-        QString const text = QLatin1String(index);
-        if (!found.contains(text))
-            damage.append(QStringLiteral("index %1 is missing").arg(text.section(QLatin1Char(' '), 2, 2)));
-    }
-    return SQLITE_OK;
-}
+constexpr char const* CreateDefaultSchedule =
+    "INSERT INTO Schedules (folderConfigurationId, syncScheduleType, syncInterval) VALUES (0, 0, 30)";
 
 } // namespace
 
@@ -219,25 +153,6 @@ QString OtherVersion(qint64 version)
     return words.arg(version).arg(Version);
 }
 
-std::vector<TableText> TableTexts()
-{
-    std::vector<TableText> texts;
-    for (Table const& table : Tables())
-        texts.push_back({table.name, ColumnsOf(table), CreateTable(table)});
-    return texts;
-}
-
-std::vector<QByteArray> IndexTexts()
-{
-    return {std::begin(Indices), std::end(Indices)};
-}
-
-QByteArray DefaultScheduleText()
-{
-    return "INSERT INTO Schedules (folderConfigurationId, syncScheduleType, syncInterval) SELECT 0, 0, 30 "
-           "WHERE NOT EXISTS (SELECT 1 FROM Schedules WHERE folderConfigurationId = 0)";
-}
-
 int Create(sqlite3* handle)
 {
     QByteArray statements = "BEGIN IMMEDIATE;";
@@ -245,7 +160,7 @@ int Create(sqlite3* handle)
         statements += CreateTable(table) + ';';
     for (char const* index : Indices)
         statements += QByteArray(index) + ';';
-    statements += DefaultScheduleText() + ';';
+    statements += QByteArray(CreateDefaultSchedule) + ';';
     statements += "PRAGMA application_id = " + QByteArray::number(ApplicationId) + ';';
     statements += "PRAGMA user_version = " + QByteArray::number(Version) + ';';
     statements += "COMMIT;";
@@ -269,40 +184,6 @@ Failure Check(sqlite3* handle, QString const& path)
             return DescribeError(handle, code, path);
     }
     return {};
-}
-
-Failure FindDamage(sqlite3* handle, QString const& path, QStringList& damage)
-{
-    QStringList found;
-    int code = CheckIntegrity(handle, found);
-    if (code == SQLITE_OK && !found.isEmpty()) { // a fault of the disk that passes is no damage
-        found.clear();
-        code = CheckIntegrity(handle, found);
-    }
-    damage.append(found);
-    if (code == SQLITE_OK && QueryNumber(handle, "PRAGMA user_version") == Version) {
-        code = FindMissingIndices(handle, damage);
-        if (Failure failure = Check(handle, path)) {
-            if (!IsDamage(failure->code))
-                return failure;
-            damage.append(failure->text);
-        }
-    }
-    if (IsDamage(code) && damage.isEmpty())
-        damage.append(QString::fromUtf8(sqlite3_errstr(code)));
-    return code == SQLITE_OK || IsDamage(code) ? Failure() : DescribeError(handle, code, path);
-}
-
-int RewriteSecrets(sqlite3* handle)
-{
-    // A table that is emptied at one go gives back its pages, and the engine overwrites those.
-    QString const statements = QStringLiteral("BEGIN IMMEDIATE;"
-                                              "CREATE TEMP TABLE Kept AS SELECT * FROM main.%1;"
-                                              "DELETE FROM main.%1;"
-                                              "INSERT INTO main.%1 SELECT * FROM temp.Kept ORDER BY id;"
-                                              "DROP TABLE temp.Kept;"
-                                              "COMMIT;");
-    return Execute(handle, statements.arg(QLatin1String(SecretsTable)).toUtf8().constData());
 }
 
 } // namespace sync::database::schema

@@ -2,62 +2,59 @@
 
 #include "database/sqlite/Failure.h"
 
-#include <QByteArray>
-#include <QStringList>
+#include <QString>
 #include <QtGlobal>
-
-#include <vector>
 
 struct sqlite3;
 
-/// The tables of a store, and the marks by which a file tells that it is one.
+/// The tables of a store, and the marks that tell a store from other databases.
 namespace sync::database::schema {
 
-/// In the file's header: "TNDY".
+/// SQLite's `application_id`: "TNDY".
 constexpr qint32 ApplicationId = 0x544e4459;
-/// In the file's header. Who raises it adds a step to `StoreUpgrade`, which brings older stores up to date.
+/// SQLite's `user_version`. A change of the schema raises it and adds a step to `UpgradeSteps.cpp`.
 constexpr qint32 Version = 1;
 
-/// Whether a store of this version can be brought up to date.
+/// Whether a store of this version can be upgraded.
 constexpr bool IsOlder(qint64 version)
 {
     return version >= 0 && version < Version;
 }
 
-/// A table in the words of its statements.
-struct TableText
-{
-    QByteArray name;
-    /// All columns, with commas between.
-    QByteArray columns;
-    QByteArray create;
-};
-
-std::vector<TableText> TableTexts();
-/// The statements that make the indices.
-std::vector<QByteArray> IndexTexts();
-/// Puts the default schedule into a store that has none.
-QByteArray DefaultScheduleText();
-
 /// Why a store of another version is refused.
 QString OtherVersion(qint64 version);
 
-/// Makes tables, indices, marks and the default schedule in an empty database, in one transaction. The engine's result
-/// code.
+/// The statements that create the indices: one index for each way in which a statement looks rows up, and no other,
+/// since each costs at every write.
+constexpr char const* Indices[] = {
+    "CREATE INDEX ServerConfiguration_urls ON ServerConfiguration (davUrl, webServiceUrl)",
+    "CREATE INDEX AuthenticationConfiguration_user ON AuthenticationConfiguration (domain, userName)",
+    "CREATE INDEX ProductConfiguration_key ON ProductConfiguration (serverId, consumerKey)",
+    "CREATE INDEX FolderConfiguration_account ON FolderConfiguration (authenticationId)",
+    "CREATE INDEX FolderConfiguration_children ON FolderConfiguration (parentId, name)",
+    "CREATE INDEX FolderConfiguration_clientPath ON FolderConfiguration (clientPath, authenticationId)",
+    "CREATE INDEX FolderConfiguration_root ON FolderConfiguration (rootId)",
+    "CREATE INDEX FolderConfiguration_server ON FolderConfiguration (serverFolderId)",
+    // Only folders that are out of sync are counted, and usually there are none.
+    "CREATE INDEX FolderConfiguration_outOfSync ON FolderConfiguration (syncStatus) WHERE syncStatus = 2",
+    "CREATE INDEX FileConfiguration_clientPath ON FileConfiguration (clientPath)",
+    "CREATE INDEX FileConfiguration_folder ON FileConfiguration (folderConfigurationId, syncStatus, name)",
+    "CREATE INDEX FileConfiguration_root ON FileConfiguration (rootFolderId)",
+    "CREATE INDEX FileConfiguration_server ON FileConfiguration (serverFileId)",
+    "CREATE INDEX FileConfiguration_serverPath ON FileConfiguration (serverPath)",
+    "CREATE INDEX GeneratedFileConfiguration_clientPath ON GeneratedFileConfiguration (clientPath)",
+    "CREATE INDEX GeneratedFileConfiguration_parent ON GeneratedFileConfiguration (parentFileId)",
+    "CREATE INDEX GeneratedFileConfiguration_root ON GeneratedFileConfiguration (rootFolderId)",
+    "CREATE INDEX BaseFileConfiguration_root ON BaseFileConfiguration (rootFolderId)",
+    "CREATE INDEX Schedules_folder ON Schedules (folderConfigurationId)",
+};
+
+/// Creates tables, indices, marks and the default schedule in an empty database, in one transaction. Returns SQLite's
+/// result code.
 [[nodiscard]] int Create(sqlite3* handle);
 
-/// Whether every table is there with every column and can be read at its root. The time doesn't depend on the number of
-/// rows.
+/// Checks that every table has every column and that its root page can be read. Takes the same time whatever the number
+/// of rows.
 [[nodiscard]] Failure Check(sqlite3* handle, QString const& path);
-
-/// What is wrong inside a store, in the words of the engine: pages, rows and indices that don't belong together, and in
-/// a store of this version what `Check` looks for and indices that are missing. Reads the whole file.
-[[nodiscard]] Failure FindDamage(sqlite3* handle, QString const& path, QStringList& damage);
-
-/// The table whose rows hold secrets.
-constexpr char const* SecretsTable = "ProductConfiguration";
-/// Writes the rows of that table anew, all or none: the engine overwrites what it removes, but where it has moved a row
-/// within its page or to another one, it may leave a copy of it in between. The engine's result code.
-[[nodiscard]] int RewriteSecrets(sqlite3* handle);
 
 } // namespace sync::database::schema

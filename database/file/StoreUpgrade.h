@@ -1,26 +1,23 @@
 #pragma once
 
-#include "database/file/StoreFile.h"
-#include "database/sqlite/Failure.h"
-#include "database/sqlite/LockQueue.h"
-#include "database/sqlite/SqliteHandle.h"
+#include "database/file/StoreHandle.h"
 
 #include <optional>
 
 namespace sync::database {
 
-/// Brings a store of an older version up to date, one version after the other, before anything else uses it here.
+/// Upgrades a store of an older version, one version after the other, before this process uses it.
 ///
-/// Each step is one transaction, so a process that is killed leaves the store of one version or the next. Before the
-/// first one the store is copied, as it is, to a new file beside it. Several processes may try at once.
+/// Each step is one transaction, so that a process that is killed leaves the store at one version or the next. Before
+/// the first step the store is copied to a new file beside it. Several processes may try at once.
 class StoreUpgrade
 {
 public:
     StoreUpgrade(StoreFile file, int busyTimeoutMsec);
 
-    /// Nothing when the store then has the current version; or else it is as it was, or has got as far as a version
-    /// between. A store of a newer version is refused, unchanged.
-    Failure Run();
+    /// On success the store has the current version. On failure it is as it was, or at a version between. A store of a
+    /// newer version is refused and unchanged.
+    [[nodiscard]] Failure Run();
 
 private:
     struct Backup
@@ -29,20 +26,16 @@ private:
         qint64 version;
     };
 
-    Failure Open();
     Failure ReadVersion(qint64& version) const;
-    Failure TakeStep();
-    Failure TakeStepInTransaction(qint64 version);
+    Failure RunStep();
+    Failure RunStepInTransaction(qint64 version);
     Failure BackUp(qint64 version);
     StoreFile BackupFile(qint64 version) const;
-    void DropNeedlessBackup();
-    StoreError Refuse(qint64 version, StoreError const& reason) const;
-    Failure Describe(int code) const;
+    void RemoveNeedlessBackup();
+    StoreError CannotUpgrade(qint64 version, StoreError const& reason) const;
 
-    StoreFile const _file;
     int const _busyTimeoutMsec;
-    LockQueue _queue;
-    SqliteHandle _handle;
+    StoreHandle _store;
     std::optional<Backup> _backup;
 };
 

@@ -55,10 +55,10 @@ bool OwnsItsData(QString const& text)
 }
 
 std::unique_ptr<PreparedStatement>
-PreparedStatement::Prepare(sqlite3* handle, QString const& text, bool stays, Refusal& refusal)
+PreparedStatement::Prepare(sqlite3* handle, QString const& text, bool stays, StatementError& error)
 {
     if (!IsUnicode(text)) {
-        refusal = {SQLITE_MISUSE, QStringLiteral("the statement is no Unicode text")};
+        error = {SQLITE_MISUSE, QStringLiteral("the statement is no Unicode text")};
         return nullptr;
     }
     QByteArray const utf8 = text.toUtf8();
@@ -68,19 +68,19 @@ PreparedStatement::Prepare(sqlite3* handle, QString const& text, bool stays, Ref
         handle, utf8.constData(), utf8.size() + 1, stays ? SQLITE_PREPARE_PERSISTENT : 0, &made, &tail);
     StatementHandle statement(made);
     if (code != SQLITE_OK) {
-        refusal = {code, {}};
+        error = {code, {}};
         return nullptr;
     }
     if (statement == nullptr) {
-        refusal = {SQLITE_MISUSE, QStringLiteral("the statement is empty")};
+        error = {SQLITE_MISUSE, QStringLiteral("the statement is empty")};
         return nullptr;
     }
     if (!IsBlank(tail, utf8.constData() + utf8.size())) {
-        refusal = {SQLITE_MISUSE, QStringLiteral("there is more than one statement in the text")};
+        error = {SQLITE_MISUSE, QStringLiteral("there is more than one statement in the text")};
         return nullptr;
     }
     if (sqlite3_stmt_readonly(made) == 0 && sqlite3_column_count(made) > 0) {
-        refusal = {SQLITE_MISUSE, QStringLiteral("statements that write and give rows back are not supported")};
+        error = {SQLITE_MISUSE, QStringLiteral("statements that write and give rows back are not supported")};
         return nullptr;
     }
     return std::unique_ptr<PreparedStatement>(new PreparedStatement(std::move(statement), text));
@@ -128,16 +128,16 @@ int PreparedStatement::IndexOf(QString const& placeholder)
     return 0;
 }
 
-std::optional<Refusal> PreparedStatement::Bind(QString const& placeholder, QVariant const& value)
+std::optional<StatementError> PreparedStatement::Bind(QString const& placeholder, QVariant const& value)
 {
     int const index = IndexOf(placeholder);
     if (index == 0)
-        return Refusal{SQLITE_RANGE, QStringLiteral("the statement has no placeholder %1").arg(placeholder)};
+        return StatementError{SQLITE_RANGE, QStringLiteral("the statement has no placeholder %1").arg(placeholder)};
     QString words;
     int const code = BindAt(index, value, words);
     if (code == SQLITE_OK)
         return std::nullopt;
-    return Refusal{code, words.isEmpty() ? words : words.arg(placeholder)};
+    return StatementError{code, words.isEmpty() ? words : words.arg(placeholder)};
 }
 
 int PreparedStatement::BindAt(int index, QVariant const& value, QString& words)

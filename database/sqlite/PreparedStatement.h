@@ -13,7 +13,7 @@
 namespace sync::database {
 
 /// Why the store itself refused a statement or a value; words that quote no value. Empty words: the engine knows.
-struct Refusal
+struct StatementError
 {
     int code = 0;
     QString words;
@@ -28,7 +28,7 @@ class PreparedStatement
 public:
     /// Null on failure. One that `stays` prepared is given memory of its own by the engine.
     static std::unique_ptr<PreparedStatement>
-    Prepare(sqlite3* handle, QString const& text, bool stays, Refusal& refusal);
+    Prepare(sqlite3* handle, QString const& text, bool stays, StatementError& error);
 
     QString const& text() const { return _text; }
     bool isOf(sqlite3* handle) const noexcept { return sqlite3_db_handle(_handle.get()) == handle; }
@@ -36,7 +36,7 @@ public:
     bool isReading() const { return _reading; }
 
     /// The statement must not be running.
-    std::optional<Refusal> Bind(QString const& placeholder, QVariant const& value);
+    std::optional<StatementError> Bind(QString const& placeholder, QVariant const& value);
 
     /// The engine's result code; on everything but a row the statement has been reset.
     int Step() noexcept;

@@ -4,15 +4,18 @@ namespace sync::database {
 
 namespace {
 
-/// The statement on its first row, or null.
-StatementHandle StepOnce(sqlite3* handle, char const* statement)
+/// Calls `read` with the statement on its first row.
+template <class Read>
+int QueryRow(sqlite3* handle, char const* statement, Read const& read)
 {
-    sqlite3_stmt* made = nullptr;
-    sqlite3_prepare_v2(handle, statement, -1, &made, nullptr);
-    StatementHandle prepared(made);
-    if (made == nullptr || sqlite3_step(made) != SQLITE_ROW)
-        prepared.reset();
-    return prepared;
+    sqlite3_stmt* prepared = nullptr;
+    int code = sqlite3_prepare_v2(handle, statement, -1, &prepared, nullptr);
+    StatementHandle const owner(prepared);
+    if (code == SQLITE_OK)
+        code = sqlite3_step(prepared);
+    if (code == SQLITE_ROW)
+        read(prepared);
+    return code == SQLITE_ROW || code == SQLITE_DONE ? SQLITE_OK : code;
 }
 
 } // namespace
@@ -25,7 +28,7 @@ int OpenHandle(char const* name, int flags, SqliteHandle& handle)
     return code;
 }
 
-void Distrust(sqlite3* handle)
+void Harden(sqlite3* handle)
 {
     sqlite3_db_config(handle, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
     sqlite3_db_config(handle, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
@@ -37,23 +40,19 @@ int Execute(sqlite3* handle, char const* statements)
     return sqlite3_exec(handle, statements, nullptr, nullptr, nullptr);
 }
 
-std::optional<qint64> QueryNumber(sqlite3* handle, char const* statement)
+int QueryNumber(sqlite3* handle, char const* statement, qint64& value)
 {
-    StatementHandle const prepared = StepOnce(handle, statement);
-    if (prepared == nullptr)
-        return std::nullopt;
-    return sqlite3_column_int64(prepared.get(), 0);
+    return QueryRow(handle, statement, [&](sqlite3_stmt* row) { value = sqlite3_column_int64(row, 0); });
 }
 
-QByteArray QueryText(sqlite3* handle, char const* statement)
+int QueryText(sqlite3* handle, char const* statement, QByteArray& value)
 {
-    StatementHandle const prepared = StepOnce(handle, statement);
-    if (prepared == nullptr)
-        return {};
-    return reinterpret_cast<char const*>(sqlite3_column_text(prepared.get(), 0));
+    return QueryRow(handle, statement, [&](sqlite3_stmt* row) {
+        value = reinterpret_cast<char const*>(sqlite3_column_text(row, 0));
+    });
 }
 
-int PrepareOwn(sqlite3* handle, char const* statement, StatementHandle& prepared)
+int PreparePersistent(sqlite3* handle, char const* statement, StatementHandle& prepared)
 {
     sqlite3_stmt* made = nullptr;
     int const code = sqlite3_prepare_v3(handle, statement, -1, SQLITE_PREPARE_PERSISTENT, &made, nullptr);

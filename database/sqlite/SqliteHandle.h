@@ -6,7 +6,6 @@
 #include <QtGlobal>
 
 #include <memory>
-#include <optional>
 
 namespace sync::database {
 
@@ -20,26 +19,27 @@ struct FinalizeStatement
     void operator()(sqlite3_stmt* statement) const noexcept { sqlite3_finalize(statement); }
 };
 
-/// A connection of the engine; its statements must be gone before it is.
+/// A database connection of SQLite's; its statements must be finalized before it is closed.
 using SqliteHandle = std::unique_ptr<sqlite3, CloseHandle>;
 using StatementHandle = std::unique_ptr<sqlite3_stmt, FinalizeStatement>;
 
-/// Opens a file with the engine's flags and a URI or plain name. The handle is there on failure as well, to be asked
-/// for the reason, unless memory ran out.
-int OpenHandle(char const* name, int flags, SqliteHandle& handle);
+// All functions that return an int return SQLite's extended result code.
 
-/// Keeps what a file's schema may hold from doing harm: it could have been written by anybody.
-void Distrust(sqlite3* handle);
+/// Opens a file by its plain name or URI. The handle is set on failure as well, to be asked for the reason, unless
+/// memory ran out.
+[[nodiscard]] int OpenHandle(char const* name, int flags, SqliteHandle& handle);
 
-/// Runs statements that give no rows, or whose rows don't matter.
+/// Keeps the file's schema, which anybody may have written, from running functions or changing itself.
+void Harden(sqlite3* handle);
+
+/// Runs statements without looking at their rows.
 int Execute(sqlite3* handle, char const* statements);
 
-/// The first column of a statement's only row.
-std::optional<qint64> QueryNumber(sqlite3* handle, char const* statement);
-/// The same as text; a null text when there is none.
-QByteArray QueryText(sqlite3* handle, char const* statement);
+/// Sets the value to the first column of a statement's first row, and leaves it alone if there is none.
+[[nodiscard]] int QueryNumber(sqlite3* handle, char const* statement, qint64& value);
+[[nodiscard]] int QueryText(sqlite3* handle, char const* statement, QByteArray& value);
 
-/// Prepares a statement of the store's own that will be run often.
-int PrepareOwn(sqlite3* handle, char const* statement, StatementHandle& prepared);
+/// Prepares a statement that will run often.
+[[nodiscard]] int PreparePersistent(sqlite3* handle, char const* statement, StatementHandle& prepared);
 
 } // namespace sync::database

@@ -5,7 +5,7 @@
 
 namespace sync::database {
 
-StatementCache::Lease StatementCache::Take(sqlite3* handle, QString const& text, Refusal& refusal)
+StatementCache::Lease StatementCache::Take(sqlite3* handle, QString const& text, StatementError& error)
 {
     Entry* entry = Find(text);
     if (entry != nullptr && !entry->inUse) {
@@ -17,7 +17,7 @@ StatementCache::Lease StatementCache::Take(sqlite3* handle, QString const& text,
 
     QString const kept = OwnsItsData(text) ? text : QString(text.constData(), text.size());
     bool const keep = entry == nullptr && text.size() <= LongestText;
-    std::unique_ptr<PreparedStatement> statement = PreparedStatement::Prepare(handle, kept, keep, refusal);
+    std::unique_ptr<PreparedStatement> statement = PreparedStatement::Prepare(handle, kept, keep, error);
     if (statement == nullptr)
         return {nullptr, GiveBack{this}};
     ++_leases;

@@ -24,7 +24,7 @@ public:
     using Lease = std::unique_ptr<PreparedStatement, GiveBack>;
 
     /// Null on failure.
-    Lease Take(sqlite3* handle, QString const& text, Refusal& refusal);
+    Lease Take(sqlite3* handle, QString const& text, StatementError& error);
 
     /// Whether somebody holds a statement.
     bool hasLeases() const { return _leases > 0; }

@@ -114,18 +114,18 @@ TEST_P(SqliteDatabase, TransactionInsideAnOpenScopeIsRefused)
 
 TEST_P(SqliteDatabase, CommitAndRollbackWithoutABracketAreRefused)
 {
-    ExpectRefusal(&sync::interf::IQSqlDatabaseWrapper::commit, "no bracket");
-    ExpectRefusal(&sync::interf::IQSqlDatabaseWrapper::rollback, "no bracket");
+    ExpectRefusal(&sync::interf::IQSqlDatabaseWrapper::commit, "no transaction");
+    ExpectRefusal(&sync::interf::IQSqlDatabaseWrapper::rollback, "no transaction");
     {
         TransactionalScope const scope;
         ASSERT_TRUE(Add("a"));
-        ExpectRefusal(&sync::interf::IQSqlDatabaseWrapper::commit, "no bracket");
-        ExpectRefusal(&sync::interf::IQSqlDatabaseWrapper::rollback, "no bracket");
+        ExpectRefusal(&sync::interf::IQSqlDatabaseWrapper::commit, "no transaction");
+        ExpectRefusal(&sync::interf::IQSqlDatabaseWrapper::rollback, "no transaction");
     }
     EXPECT_EQ(CountServers(*store), 1) << "a scope's transaction is no bracket";
     ASSERT_TRUE(Begin());
     ASSERT_TRUE(Commit());
-    ExpectRefusal(&sync::interf::IQSqlDatabaseWrapper::commit, "no bracket");
+    ExpectRefusal(&sync::interf::IQSqlDatabaseWrapper::commit, "no transaction");
 }
 
 TEST_P(SqliteDatabase, BracketMayEndInsideAScopeThatBeganInIt)
@@ -246,7 +246,7 @@ TEST_P(SqliteDatabase, CommitThatFailsSaysFalseAndTakesTheBracketBack)
     EXPECT_TRUE(files.Recover());
     EXPECT_EQ(lost, 0) << "commit has an answer of its own";
     EXPECT_EQ(CountServers(*store), 0);
-    ExpectRefusal(&sync::interf::IQSqlDatabaseWrapper::commit, "no bracket");
+    ExpectRefusal(&sync::interf::IQSqlDatabaseWrapper::commit, "no transaction");
     ASSERT_TRUE(Begin()) << "the connection works on";
     ASSERT_TRUE(Add("b"));
     ASSERT_TRUE(Commit());

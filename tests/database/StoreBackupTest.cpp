@@ -194,6 +194,31 @@ TEST_P(StoreBackup, FolderWithoutRightsIsRefused)
     EXPECT_TRUE(FolderContents(other.path()).isEmpty());
 }
 
+TEST_P(StoreBackup, FolderThatCannotBeFlushedFailsAndKeepsTheWholeCopy)
+{
+    AddRows(3);
+    store.reset();
+    ASSERT_EQ(::chmod(StorePath().toUtf8().constData(), 0644), 0);
+    QTemporaryDir other;
+    QString const target = other.filePath("copy.db"_q);
+    ASSERT_EQ(::chmod(folder.path().toUtf8().constData(), 0755), 0);
+    ASSERT_EQ(::chmod(other.path().toUtf8().constData(), 0333), 0); // files can be created, but it cannot be opened
+    EXPECT_EQ(InChildProcess([&] {
+                  DropRights();
+                  OpenOptions options;
+                  options.mode = OpenMode::ReadOnly;
+                  auto const reader = SqliteDatabaseFactory::Open(StorePath(), nullptr, options);
+                  QString error;
+                  if (reader == nullptr || reader->Backup(target, &error) || !error.contains("can't be flushed"_q))
+                      return 1;
+                  auto const copy = SqliteDatabaseFactory::Open(target);
+                  return copy != nullptr && CountServers(*copy) == 3 ? 0 : 2;
+              }),
+              0);
+    ASSERT_EQ(::chmod(other.path().toUtf8().constData(), 0700), 0);
+    EXPECT_EQ(FolderContents(other.path()).keys(), QStringList{"copy.db"_q});
+}
+
 TEST_P(StoreBackup, WorksOnAStoreThatIsOpenForReadingOnly)
 {
     AddRows(10);
@@ -219,9 +244,9 @@ TEST_P(StoreBackup, OpenBracketOrWrittenScopeOfTheThreadIsRefused)
 {
     auto const database = store->CreateDatabase();
     ASSERT_TRUE(database->transaction());
-    ExpectFailure("bracket");
+    ExpectFailure("transaction");
     AddRows(3);
-    ExpectFailure("bracket");
+    ExpectFailure("transaction");
     ASSERT_TRUE(database->commit());
     {
         TransactionalScope const scope;
@@ -436,7 +461,7 @@ TEST_P(StoreDamage, OpenBracketOfTheThreadIsRefused)
     ASSERT_TRUE(database->transaction());
     QString error;
     EXPECT_FALSE(store->FindDamage(&error));
-    EXPECT_TRUE(error.contains(StorePath()) && error.contains("bracket"_q)) << error.toStdString();
+    EXPECT_TRUE(error.contains(StorePath()) && error.contains("transaction"_q)) << error.toStdString();
     store->ClearError();
     ASSERT_TRUE(database->rollback());
 }

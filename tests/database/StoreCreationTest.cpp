@@ -190,6 +190,23 @@ TEST_F(StoreCreation, FaultWhileAStoreIsMadeLeavesNothing)
     EXPECT_GT(faults, 40);
 }
 
+TEST_F(StoreCreation, FolderThatCannotBeFlushedFailsTheOpeningAndKeepsTheWholeStore)
+{
+    QByteArray const place = folder.path().toUtf8();
+    ASSERT_EQ(::chmod(place.constData(), 0333), 0); // files can be created, but the folder cannot be opened
+    EXPECT_EQ(InChildProcess([&] {
+                  DropRights();
+                  if (SqliteDatabaseFactory::Open(Path(), &error) != nullptr || !error.contains("can't be flushed"_q))
+                      return 1;
+                  auto const store = SqliteDatabaseFactory::Open(Path());
+                  return store != nullptr && AddServer(*store, "a"_q) ? 0 : 2;
+              }),
+              0);
+    ASSERT_EQ(::chmod(place.constData(), 0700), 0);
+    EXPECT_EQ(Files(), QStringList{"store.db"_q});
+    EXPECT_EQ(RawStore(Path()).Value("PRAGMA integrity_check"_q).toString(), "ok"_q);
+}
+
 TEST_F(StoreCreation, PlaceThatRefusesALogGetsAJournal)
 {
     FaultyFiles files;

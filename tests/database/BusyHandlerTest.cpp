@@ -1,4 +1,4 @@
-#include "database/sqlite/LockQueue.h"
+#include "database/sqlite/BusyHandler.h"
 
 #include "support/FaultyFiles.h"
 
@@ -15,24 +15,24 @@
 namespace {
 
 using namespace tandry::test;
-using sync::database::LockQueue;
+using sync::database::BusyHandler;
 using namespace std::chrono_literals;
 using Microseconds = std::chrono::microseconds;
 
-/// A time that passes when it is told to, and when somebody sleeps. One at a time.
+/// A clock that advances when told to and when somebody sleeps. One object at a time.
 class FakeTime
 {
 public:
     FakeTime()
     {
-        _now = LockQueue::Clock::time_point(1h);
+        _now = BusyHandler::Clock::time_point(1h);
         _slept = {};
         whileAsleep = [] {};
     }
 
-    static LockQueue::Time Functions()
+    static BusyHandler::Time Functions()
     {
-        LockQueue::Time time;
+        BusyHandler::Time time;
         time.now = [] { return _now; };
         time.sleep = [](Microseconds duration) {
             _now += duration;
@@ -42,26 +42,26 @@ public:
         return time;
     }
     static void Pass(Microseconds duration) { _now += duration; }
-    /// Since the last call.
+    /// Returns the time slept since the last call.
     static Microseconds Slept() { return std::exchange(_slept, Microseconds()); }
 
     static inline std::function<void()> whileAsleep;
 
 private:
-    static inline LockQueue::Clock::time_point _now;
+    static inline BusyHandler::Clock::time_point _now;
     static inline Microseconds _slept;
 };
 
-/// A connection of the engine with a queue that lives by the fake time.
+/// A SQLite connection with a busy handler that uses the fake clock.
 class Writer
 {
 public:
     explicit Writer(QString const& path, int timeoutMsec = 100)
-        : _queue(timeoutMsec, FakeTime::Functions())
+        : _busyHandler(timeoutMsec, FakeTime::Functions())
     {
         sqlite3_open_v2(path.toUtf8().constData(), &_handle, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE, nullptr);
-        _queue.Attach(_handle);
-        Run("PRAGMA synchronous = OFF"); // here nothing needs to be durable
+        _busyHandler.Install(_handle);
+        Run("PRAGMA synchronous = OFF"); // nothing needs to be durable here
     }
     ~Writer() { sqlite3_close(_handle); }
 
@@ -71,24 +71,24 @@ public:
     }
     bool Begin()
     {
-        _queue.GiveWay();
+        _busyHandler.BeforeTransaction();
         if (!Run("BEGIN IMMEDIATE"))
             return false;
-        _queue.Begun(_handle);
+        _busyHandler.TransactionBegan(_handle);
         return Run("INSERT INTO rows VALUES (1)");
     }
     bool Commit()
     {
         bool const committed = Run("COMMIT");
-        _queue.Committed(_handle);
+        _busyHandler.TransactionCommitted(_handle);
         return committed;
     }
-    void TakeBack()
+    void RollBack()
     {
         Run("ROLLBACK");
-        _queue.TakenBack();
+        _busyHandler.TransactionRolledBack();
     }
-    /// A write that takes so long.
+    /// Writes in a transaction that takes this long.
     bool Write(Microseconds duration = 200us)
     {
         bool const begun = Begin();
@@ -99,14 +99,14 @@ public:
 private:
     Q_DISABLE_COPY_MOVE(Writer)
 
-    LockQueue _queue;
+    BusyHandler _busyHandler;
     sqlite3* _handle = nullptr;
 };
 
-class LockQueueTurns : public testing::Test
+class BusyHandlerTurns : public testing::Test
 {
 protected:
-    LockQueueTurns() { writer.Run("PRAGMA journal_mode = WAL; CREATE TABLE rows (row)"); }
+    BusyHandlerTurns() { writer.Run("PRAGMA journal_mode = WAL; CREATE TABLE rows (row)"); }
 
     QTemporaryDir folder;
     QString const path = folder.filePath(QStringLiteral("file.db"));
@@ -115,7 +115,7 @@ protected:
     Writer other{path};
 };
 
-/// How long the writer slept before it wrote for so long without a break of its own.
+/// Has the writer write this long without a break of its own; returns how long it slept.
 Microseconds SleptInWriting(Writer& writer, Microseconds duration)
 {
     FakeTime::Slept();
@@ -127,68 +127,68 @@ Microseconds SleptInWriting(Writer& writer, Microseconds duration)
     return slept;
 }
 
-TEST_F(LockQueueTurns, WriterAloneDoesNotPauseBeforeItsTurnIsVeryLong)
+TEST_F(BusyHandlerTurns, WriterAloneDoesNotPauseBeforeItsTurnIsVeryLong)
 {
-    EXPECT_EQ(SleptInWriting(writer, LockQueue::LongestTurn), 0us);
-    EXPECT_EQ(SleptInWriting(writer, LockQueue::LongestTurn), LockQueue::Pause);
+    EXPECT_EQ(SleptInWriting(writer, BusyHandler::LongestTurn), 0us);
+    EXPECT_EQ(SleptInWriting(writer, BusyHandler::LongestTurn), BusyHandler::Pause);
 }
 
-TEST_F(LockQueueTurns, WriterWhoseOwnBreaksAreLongEnoughNeverPauses)
+TEST_F(BusyHandlerTurns, WriterWhoseOwnBreaksAreLongEnoughNeverPauses)
 {
     for (int write = 0; write < 100; ++write) {
         ASSERT_TRUE(writer.Write(10ms));
-        FakeTime::Pass(LockQueue::Pause);
+        FakeTime::Pass(BusyHandler::Pause);
     }
     EXPECT_EQ(FakeTime::Slept(), 0us);
 }
 
-TEST_F(LockQueueTurns, CommitOfAnotherFromBeforeABreakIsNoCrowd)
+TEST_F(BusyHandlerTurns, CommitOfAnotherFromBeforeABreakIsNoContention)
 {
     EXPECT_TRUE(writer.Write());
     EXPECT_TRUE(other.Write());
-    FakeTime::Pass(LockQueue::Pause);
-    EXPECT_EQ(SleptInWriting(writer, 5 * LockQueue::TurnInCrowd), 0us);
+    FakeTime::Pass(BusyHandler::Pause);
+    EXPECT_EQ(SleptInWriting(writer, 5 * BusyHandler::ContendedTurn), 0us);
 }
 
-TEST_F(LockQueueTurns, WriterThatSeesCommitsOfAnotherBetweenItsOwnPausesOnceInATurn)
+TEST_F(BusyHandlerTurns, WriterThatSeesCommitsOfAnotherBetweenItsOwnPausesOnceInATurn)
 {
     EXPECT_TRUE(writer.Write());
     EXPECT_TRUE(other.Write());
-    EXPECT_EQ(SleptInWriting(writer, LockQueue::TurnInCrowd - 1ms), 0us);
-    EXPECT_EQ(SleptInWriting(writer, LockQueue::TurnInCrowd), LockQueue::Pause);
-    EXPECT_EQ(SleptInWriting(writer, LockQueue::TurnInCrowd), LockQueue::Pause);
+    EXPECT_EQ(SleptInWriting(writer, BusyHandler::ContendedTurn - 1ms), 0us);
+    EXPECT_EQ(SleptInWriting(writer, BusyHandler::ContendedTurn), BusyHandler::Pause);
+    EXPECT_EQ(SleptInWriting(writer, BusyHandler::ContendedTurn), BusyHandler::Pause);
 }
 
-TEST_F(LockQueueTurns, WriterThatIsAloneAgainForgetsTheCrowd)
+TEST_F(BusyHandlerTurns, WriterThatIsAloneAgainForgetsTheContention)
 {
     EXPECT_TRUE(writer.Write());
     EXPECT_TRUE(other.Write());
-    SleptInWriting(writer, LockQueue::CrowdStays + LockQueue::TurnInCrowd);
-    EXPECT_EQ(SleptInWriting(writer, 10 * LockQueue::TurnInCrowd), 0us);
+    SleptInWriting(writer, BusyHandler::ContentionWindow + BusyHandler::ContendedTurn);
+    EXPECT_EQ(SleptInWriting(writer, 10 * BusyHandler::ContendedTurn), 0us);
 }
 
-TEST_F(LockQueueTurns, OtherThatWritesDuringEachPauseKeepsTheTurnsShort)
+TEST_F(BusyHandlerTurns, OtherThatWritesDuringEachPauseKeepsTheTurnsShort)
 {
     EXPECT_TRUE(writer.Write());
     EXPECT_TRUE(other.Write());
     int writes = 0;
     FakeTime::whileAsleep = [&] { writes += other.Run("INSERT INTO rows VALUES (2)") ? 1 : 0; };
     Microseconds const slept = SleptInWriting(writer, 1s);
-    EXPECT_GE(writes, 1s / (LockQueue::TurnInCrowd + 200us));
-    EXPECT_EQ(slept, writes * LockQueue::Pause);
+    EXPECT_GE(writes, 1s / (BusyHandler::ContendedTurn + 200us));
+    EXPECT_EQ(slept, writes * BusyHandler::Pause);
 }
 
-TEST_F(LockQueueTurns, WriterThatHadToWaitTakesItForACrowd)
+TEST_F(BusyHandlerTurns, WriterThatHadToWaitTakesItForContention)
 {
     ASSERT_TRUE(other.Begin());
     bool ended = false;
     FakeTime::whileAsleep = [&] { ended = ended || other.Commit(); };
     EXPECT_TRUE(writer.Write());
     EXPECT_GT(FakeTime::Slept(), 0us);
-    EXPECT_EQ(SleptInWriting(writer, LockQueue::TurnInCrowd + 1ms), LockQueue::Pause);
+    EXPECT_EQ(SleptInWriting(writer, BusyHandler::ContendedTurn + 1ms), BusyHandler::Pause);
 }
 
-TEST_F(LockQueueTurns, WaitingEndsWithTheTimeout)
+TEST_F(BusyHandlerTurns, WaitingEndsWithTheTimeout)
 {
     ASSERT_TRUE(other.Begin());
     EXPECT_FALSE(writer.Write());
@@ -197,25 +197,25 @@ TEST_F(LockQueueTurns, WaitingEndsWithTheTimeout)
     EXPECT_LE(slept, 102ms);
 }
 
-TEST_F(LockQueueTurns, WriteThatWasTakenBackIsNoCommitOfAnother)
+TEST_F(BusyHandlerTurns, WriteThatWasRolledBackIsNoCommitOfAnother)
 {
     FaultyFiles files;
     Writer alone(folder.filePath(QStringLiteral("journal.db")));
     ASSERT_TRUE(alone.Run("CREATE TABLE rows (row)"));
     ASSERT_TRUE(alone.Write());
     ASSERT_TRUE(alone.Begin());
-    files.Fail(1, SQLITE_IOERR_DELETE, {FileOperation::Delete}); // after which the engine reads the file anew
+    files.Fail(1, SQLITE_IOERR_DELETE, {FileOperation::Delete}); // after which SQLite reloads the file
     EXPECT_FALSE(alone.Run("COMMIT"));
     EXPECT_TRUE(files.Recover());
-    alone.TakeBack();
-    EXPECT_EQ(SleptInWriting(alone, 5 * LockQueue::TurnInCrowd), 0us);
+    alone.RollBack();
+    EXPECT_EQ(SleptInWriting(alone, 5 * BusyHandler::ContendedTurn), 0us);
 }
 
-TEST_F(LockQueueTurns, FirstWriteOfAConnectionIsNoCommitOfAnother)
+TEST_F(BusyHandlerTurns, FirstWriteOfAConnectionIsNoCommitOfAnother)
 {
     EXPECT_TRUE(other.Write());
     Writer fresh(path);
-    EXPECT_EQ(SleptInWriting(fresh, 5 * LockQueue::TurnInCrowd), 0us);
+    EXPECT_EQ(SleptInWriting(fresh, 5 * BusyHandler::ContendedTurn), 0us);
 }
 
 } // namespace

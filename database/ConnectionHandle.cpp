@@ -1,0 +1,176 @@
+#include "database/ConnectionHandle.h"
+
+#include "database/file/SecretErasure.h"
+#include "database/file/StoreLog.h"
+
+namespace sync::database {
+
+namespace {
+
+/// A log that a long listing kept from being checkpointed shrinks to its limit at the next chance.
+constexpr char const* Settings = "PRAGMA cache_size = -8192;"
+                                 "PRAGMA wal_autocheckpoint = 1000;"
+                                 "PRAGMA journal_size_limit = 8388608;";
+
+/// A commit is on the disk when it returns. With a journal that includes a flush of the folder, since the commit is the
+/// deletion of the journal.
+///
+/// With a journal, a connection that writes pages to the file before its commit locks all readers out until then, even
+/// those that its own thread may have to wait for. So up to 64 MiB of changed pages stay in memory.
+constexpr char const* SettingsWithLog = "PRAGMA synchronous = FULL";
+constexpr char const* SettingsWithJournal = "PRAGMA synchronous = EXTRA;"
+                                            "PRAGMA cache_spill = 16384;";
+
+} // namespace
+
+ConnectionHandle::ConnectionHandle(StoreFile const& file, int busyTimeoutMsec, SecretErasure& secrets)
+    : _secrets(secrets)
+    , _store(file, busyTimeoutMsec)
+{}
+
+Failure ConnectionHandle::Open(OpenPurpose purpose, StoreAccess access)
+{
+    if (Failure failure = _store.Open(purpose, access))
+        return failure;
+    sqlite3* const handle = _store.get();
+    int code = Execute(handle, Settings);
+    if (code == SQLITE_OK)
+        code = Execute(handle, hasLog() ? SettingsWithLog : SettingsWithJournal);
+    sqlite3_set_authorizer(handle, &ConnectionHandle::Authorize, this);
+    sqlite3_update_hook(handle, &ConnectionHandle::NoticeChange, &_secrets);
+    if (code == SQLITE_OK && access == StoreAccess::ReadWrite)
+        code = PrepareOwnStatements();
+    return code == SQLITE_OK ? Failure() : Describe(code);
+}
+
+int ConnectionHandle::PrepareOwnStatements() noexcept
+{
+    _runsOwnStatement = true;
+    int code = PreparePersistent(_store.get(), "BEGIN IMMEDIATE", _begin);
+    if (code == SQLITE_OK)
+        code = PreparePersistent(_store.get(), "COMMIT", _commit);
+    if (code == SQLITE_OK)
+        code = PreparePersistent(_store.get(), "ROLLBACK", _rollback);
+    _runsOwnStatement = false;
+    return code;
+}
+
+/// Transactions are the connection's own business: a client's statement that ended one would make answers untrue. Nor
+/// may a statement attach other files or change settings.
+int ConnectionHandle::Authorize(void* handle, int action, char const*, char const* argument, char const*, char const*)
+{
+    if (static_cast<ConnectionHandle*>(handle)->_runsOwnStatement)
+        return SQLITE_OK;
+    switch (action) {
+    case SQLITE_TRANSACTION:
+    case SQLITE_SAVEPOINT:
+    case SQLITE_ATTACH:
+    case SQLITE_DETACH:
+        return SQLITE_DENY;
+    case SQLITE_PRAGMA:
+        return argument == nullptr ? SQLITE_OK : SQLITE_DENY;
+    default:
+        return SQLITE_OK;
+    }
+}
+
+void ConnectionHandle::NoticeChange(void* secrets, int action, char const*, char const* table, sqlite3_int64) noexcept
+{
+    static_cast<SecretErasure*>(secrets)->NoticeChange(action, table);
+}
+
+int ConnectionHandle::RunOwn(StatementHandle const& statement) noexcept
+{
+    _runsOwnStatement = true; // SQLite asks for authorization when it has to prepare the statement again
+    sqlite3_step(statement.get());
+    int const code = sqlite3_reset(statement.get());
+    _runsOwnStatement = false;
+    return code;
+}
+
+int ConnectionHandle::Begin() noexcept
+{
+    _store.busyHandler().BeforeTransaction();
+    int const code = RunOwn(_begin);
+    if (code == SQLITE_OK)
+        _store.busyHandler().TransactionBegan(_store.get());
+    return code;
+}
+
+int ConnectionHandle::Commit() noexcept
+{
+    int const code = RunOwn(_commit);
+    if (code == SQLITE_OK)
+        _store.busyHandler().TransactionCommitted(_store.get());
+    return code;
+}
+
+void ConnectionHandle::RollBack() noexcept
+{
+    _store.busyHandler().TransactionRolledBack();
+    if (isInTransaction())
+        RunOwn(_rollback);
+    CheckJournalIsGone();
+}
+
+/// If SQLite lacks the memory to delete its journal, it reports success for the rollback all the same, but takes the
+/// changed pages for written ones: what goes into them next is lost. Other connections see the journal and roll back
+/// correctly. So the handle must not be used any more.
+void ConnectionHandle::CheckJournalIsGone() noexcept
+{
+    if (hasLog() || !_store.file().Exists(JournalSuffix))
+        return;
+    // The journal of another connection that is writing right now comes with a lock.
+    sqlite3_file* file = nullptr;
+    sqlite3_file_control(_store.get(), "main", SQLITE_FCNTL_FILE_POINTER, &file);
+    int isLocked = 0;
+    if (file->pMethods->xCheckReservedLock(file, &isLocked) != SQLITE_OK || isLocked == 0)
+        _isUsable = false;
+}
+
+int ConnectionHandle::Write(PreparedStatement& statement, RunResult& result)
+{
+    bool const isAlone = !isInTransaction();
+    if (isAlone)
+        _store.busyHandler().BeforeTransaction();
+    qint64 const changesBefore = changes();
+    sqlite3_set_last_insert_rowid(_store.get(), 0);
+    int const code = statement.Step();
+    if (code != SQLITE_DONE)
+        return code;
+    result.rowsAffected = changes() != changesBefore ? sqlite3_changes(_store.get()) : 0;
+    result.insertId = sqlite3_last_insert_rowid(_store.get());
+    if (isAlone)
+        _store.busyHandler().TransactionCommitted(_store.get());
+    return SQLITE_OK;
+}
+
+int ConnectionHandle::FlushToLog()
+{
+    return sqlite3_db_cacheflush(_store.get());
+}
+
+void ConnectionHandle::EraseSecrets(bool mayWait) noexcept
+{
+    if (!_isUsable || _store.CheckUnmoved() || !_secrets.Claim())
+        return;
+    RollBack(); // a client transaction may be open
+    if (!mayWait)
+        sqlite3_busy_handler(_store.get(), nullptr, nullptr);
+    _runsOwnStatement = true;
+    int const code = _secrets.Run(_store.get());
+    _runsOwnStatement = false;
+    if (code == SQLITE_OK)
+        return;
+    qCWarning(StoreLog).noquote() << Describe(code).text << "while removed secrets were being overwritten";
+    RollBack();
+}
+
+StoreError ConnectionHandle::Describe(int code, PreparedStatement const* statement) const
+{
+    // Of SQLite's messages only that of a constraint certainly names columns and no values.
+    bool const withMessage = (code & 0xff) == SQLITE_CONSTRAINT;
+    return _store.Describe(code, statement != nullptr ? statement->text() : QString(), withMessage);
+}
+
+} // namespace sync::database

@@ -1,0 +1,75 @@
+#pragma once
+
+#include "database/file/StoreHandle.h"
+#include "database/sqlite/PreparedStatement.h"
+#include "database/sqlite/StatementCache.h"
+
+namespace sync::database {
+
+class SecretErasure;
+
+/// What running a statement gave.
+struct RunResult
+{
+    /// Whether the statement stands on a row.
+    bool hasRow = false;
+    int rowsAffected = 0;
+    /// 0 if nothing was inserted.
+    qint64 insertId = 0;
+};
+
+/// The SQLite handle of a thread's connection, with its settings, its transaction statements and its prepared
+/// statements. Operations that return an int return SQLite's result code.
+class ConnectionHandle
+{
+public:
+    ConnectionHandle(StoreFile const& file, int busyTimeoutMsec, SecretErasure& secrets);
+
+    /// Call once; the object is of no use if it fails.
+    [[nodiscard]] Failure Open(OpenPurpose purpose, StoreAccess access);
+
+    StoreHandle const& store() const { return _store; }
+    StatementCache& statements() { return _statements; }
+    bool hasLog() const { return _store.journalMode() == JournalMode::WriteAheadLog; }
+
+    /// False after a fault that makes the next commit unreliable: a new handle must take the place of this one.
+    bool isUsable() const { return _isUsable; }
+    bool Owns(PreparedStatement const& statement) const { return statement.isOf(_store.get()); }
+
+    bool isInTransaction() const { return sqlite3_get_autocommit(_store.get()) == 0; }
+    /// How many rows the handle has changed so far.
+    qint64 changes() const { return sqlite3_total_changes64(_store.get()); }
+
+    [[nodiscard]] int Begin() noexcept;
+    [[nodiscard]] int Commit() noexcept;
+    void RollBack() noexcept;
+    /// To be called when SQLite has rolled a transaction back by itself.
+    void CheckJournalIsGone() noexcept;
+
+    /// Runs a writing statement to its end, in the open transaction or in one of its own.
+    [[nodiscard]] int Write(PreparedStatement& statement, RunResult& result);
+    /// Writes what the open transaction has changed to the log.
+    [[nodiscard]] int FlushToLog();
+
+    /// Erases removed secrets if that is due; for the handle's last use. Rolls an open transaction back.
+    void EraseSecrets(bool mayWait) noexcept;
+
+    StoreError Describe(int code, PreparedStatement const* statement = nullptr) const;
+
+private:
+    int PrepareOwnStatements() noexcept;
+    int RunOwn(StatementHandle const& statement) noexcept;
+    static int Authorize(void* handle, int action, char const*, char const* argument, char const*, char const*);
+    static void NoticeChange(void* secrets, int action, char const*, char const* table, sqlite3_int64) noexcept;
+
+    SecretErasure& _secrets;
+    StoreHandle _store;
+    StatementHandle _begin;
+    StatementHandle _commit;
+    StatementHandle _rollback;
+    StatementCache _statements;
+    bool _isUsable = true;
+    bool _runsOwnStatement = false;
+};
+
+} // namespace sync::database

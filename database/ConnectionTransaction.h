@@ -1,0 +1,71 @@
+#pragma once
+
+#include "database/ScopeParticipant.h"
+#include "database/file/StoreFile.h"
+#include "database/sqlite/Failure.h"
+
+#include <QtGlobal>
+
+#include <memory>
+
+namespace sync::database {
+
+class ConnectionHandle;
+class ThreadErrors;
+
+/// The transaction of a thread's connection: a scope's, or the client's own.
+class ConnectionTransaction : public ScopeParticipant
+{
+public:
+    enum class State
+    {
+        None,
+        /// Begun by a statement that wrote inside a `TransactionalScope`.
+        Scope,
+        /// Begun by the client, through `IQSqlDatabaseWrapper`.
+        Client,
+        /// A failure rolled the client's transaction back: nothing may be written until the client ends it.
+        LostClient,
+    };
+
+    ConnectionTransaction(StoreFile const& file, ThreadErrors& errors);
+    Q_DISABLE_COPY_MOVE(ConnectionTransaction)
+
+    State state() const { return _state; }
+    /// Whether SQLite has a transaction open for a scope or the client.
+    bool isOpen() const { return _handle != nullptr; }
+
+    /// Begins the transaction of the thread's open scope. The end of the scope needs the connection, so its `owner` is
+    /// kept alive until then. The handle must outlive the transaction.
+    Failure BeginScope(ConnectionHandle& handle, std::shared_ptr<void> owner);
+    /// Begins a client transaction.
+    Failure BeginClient(ConnectionHandle& handle);
+    Failure CommitClient();
+    Failure RollBackClient();
+
+    /// Fails after a failure rolled the client's transaction back.
+    Failure CheckWritable() const;
+
+    /// Ends the open transaction after a statement failed in a way that rolled it back, or must. Reports the writes of
+    /// a scope as lost if the handle had changed rows before the statement, that is, `changesBefore` rows in all.
+    void Lose(StoreError const& error, qint64 changesBefore);
+
+    /// Commits what the scope has written; if that fails, reports its writes as lost.
+    bool CommitScope() noexcept override;
+    /// Commits what a scope that was never ended has written, when its thread ends.
+    void CommitAbandonedScope() noexcept;
+
+private:
+    Failure Commit(ConnectionHandle& handle);
+    Failure Refuse(int code, QString const& words) const;
+
+    StoreFile const& _file;
+    ThreadErrors& _errors;
+    State _state = State::None;
+    /// Set while a transaction is open.
+    ConnectionHandle* _handle = nullptr;
+    qint64 _changesAtBegin = 0;
+    std::shared_ptr<void> _scopeOwner;
+};
+
+} // namespace sync::database

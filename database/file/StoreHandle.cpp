@@ -1,0 +1,217 @@
+#include "database/file/StoreHandle.h"
+
+#include "database/file/StoreDamage.h"
+#include "database/file/StoreHeader.h"
+#include "database/file/StoreSchema.h"
+#include "database/sqlite/ErrorTexts.h"
+
+#include <utility>
+
+namespace sync::database {
+
+namespace {
+
+/// What holds for every handle.
+///
+/// - No memory map: an I/O error, or a file cut short, would end the program by a signal instead of giving an error.
+/// - Temporary tables in memory: none of the store's content reaches other files, and no other disk can be full.
+/// - What is removed is overwritten.
+constexpr char const* Settings = "PRAGMA mmap_size = 0;"
+                                 "PRAGMA temp_store = MEMORY;"
+                                 "PRAGMA cell_size_check = ON;"
+                                 "PRAGMA secure_delete = ON;";
+
+/// Whether a store may have failed to open because a write-ahead log does not work in its place.
+bool RefusesLog(int code)
+{
+    switch (code) {
+    case SQLITE_IOERR_SHMOPEN:
+    case SQLITE_IOERR_SHMSIZE:
+    case SQLITE_IOERR_SHMLOCK:
+    case SQLITE_IOERR_SHMMAP:
+        return true;
+    default:
+        return (code & 0xff) == SQLITE_CANTOPEN;
+    }
+}
+
+} // namespace
+
+StoreHandle::StoreHandle(StoreFile file, int busyTimeoutMsec)
+    : _file(std::move(file))
+    , _busyHandler(busyTimeoutMsec)
+{}
+
+Failure StoreHandle::Open(OpenPurpose purpose, StoreAccess access)
+{
+    return access == StoreAccess::ReadOnly ? OpenForReading(purpose) : OpenForWriting(purpose);
+}
+
+void StoreHandle::Close() noexcept
+{
+    _handle.reset();
+    _stamp.reset();
+}
+
+Failure StoreHandle::OpenForWriting(OpenPurpose purpose)
+{
+    bool const mayConvert = purpose == OpenPurpose::FirstConnection && !_file.LogIdentity();
+    Failure failure = ConnectForWriting(purpose);
+    if (!failure || !mayConvert || !RefusesLog(failure->code))
+        return failure;
+
+    // The store may have been moved to a place where a log does not work. A passing fault must not convert it.
+    Close();
+    failure = ConnectForWriting(purpose);
+    if (!failure || !RefusesLog(failure->code))
+        return failure;
+    Close();
+    return ConvertToJournal() == SQLITE_OK ? ConnectForWriting(purpose) : failure;
+}
+
+Failure StoreHandle::ConnectForWriting(OpenPurpose purpose)
+{
+    bool const hadLog = _file.LogIdentity().has_value();
+    int const code = OpenHandle(_file.name(), SQLITE_OPEN_READWRITE, _handle);
+    if (code != SQLITE_OK)
+        return Describe(code);
+    // Without the right to write SQLite opens the file for reading; that is enough for a snapshot.
+    if (purpose != OpenPurpose::Snapshot && sqlite3_db_readonly(get(), "main") != 0)
+        return Describe(SQLITE_READONLY);
+    sqlite3_db_config(get(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, hadLog ? 1 : 0, nullptr);
+    if (Failure failure = Configure(purpose))
+        return failure;
+    if (_journalMode == JournalMode::WriteAheadLog)
+        _logIdentity = _file.LogIdentity();
+    return {};
+}
+
+Failure StoreHandle::OpenForReading(OpenPurpose purpose)
+{
+    // If another program writes to a file that SQLite takes for one that nobody writes, the file can look damaged.
+    constexpr int Attempts = 5;
+    Failure failure;
+    for (int attempt = 0; attempt < Attempts; ++attempt) {
+        Close();
+        failure = ConnectForReading(purpose);
+        if (!failure || IsUnchanged())
+            break;
+    }
+    return failure;
+}
+
+Failure StoreHandle::ConnectForReading(OpenPurpose purpose)
+{
+    StoreHeader header;
+    if (Failure failure = header.Read(_file))
+        return failure;
+
+    QByteArray name = _file.name();
+    int flags = SQLITE_OPEN_READONLY;
+    std::optional<FileStamp> const stamp = header.usesLog() ? _file.Stamp() : std::nullopt;
+    if (stamp && !stamp->hasLog) {
+        // SQLite would create the log. Told that nobody writes the file, it does not.
+        _stamp = stamp;
+        name = "file:" + name.toPercentEncoding("/") + "?immutable=1";
+        flags |= SQLITE_OPEN_URI;
+    }
+    else if (_file.Exists(LogSuffix) && !_file.Exists(LogIndexSuffix)) {
+        // SQLite would create the log's index, whatever the header says about a log.
+        return MakeError(_file.path(),
+                         SQLITE_CANTOPEN,
+                         QStringLiteral("the store was not closed well and must be opened for writing once"));
+    }
+    int const code = OpenHandle(name.constData(), flags, _handle);
+    return code == SQLITE_OK ? Configure(purpose) : Describe(code);
+}
+
+Failure StoreHandle::Configure(OpenPurpose purpose)
+{
+    _busyHandler.Install(get());
+    Harden(get());
+    int code = Execute(get(), Settings);
+    // To ask for the journal mode reads the schema, whose damage a snapshot may be about to report.
+    if (code == SQLITE_OK && purpose != OpenPurpose::Snapshot) {
+        QByteArray mode;
+        code = QueryText(get(), "PRAGMA journal_mode", mode);
+        _journalMode = _stamp || mode == "wal" ? JournalMode::WriteAheadLog : JournalMode::Rollback;
+    }
+    if (code != SQLITE_OK)
+        return Describe(code);
+    if (Failure failure = CheckStore(purpose))
+        return failure;
+    _identity = _file.Identity();
+    return {};
+}
+
+Failure StoreHandle::CheckStore(OpenPurpose purpose) const
+{
+    if (purpose == OpenPurpose::Upgrade || purpose == OpenPurpose::Snapshot)
+        return {};
+    // The header was looked at before: the log may hold another version, or another program may have upgraded since.
+    qint64 version = 0;
+    int const code = QueryNumber(get(), "PRAGMA user_version", version);
+    if (code != SQLITE_OK)
+        return Describe(code);
+    if (version != schema::Version)
+        return MakeError(_file.path(), SQLITE_SCHEMA, schema::OtherVersion(version));
+    if (purpose == OpenPurpose::FirstConnection) {
+        if (Failure failure = CheckLength(*this))
+            return failure;
+        if (Failure failure = schema::Check(get(), _file.path()))
+            return failure;
+    }
+    sqlite3_db_config(get(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 0, nullptr);
+    return {};
+}
+
+int StoreHandle::ConvertToJournal()
+{
+    SqliteHandle handle;
+    int code = OpenHandle(_file.name(), SQLITE_OPEN_READWRITE, handle);
+    if (code != SQLITE_OK)
+        return code;
+    // A connection that has the file to itself needs no shared memory for the log.
+    Execute(handle.get(), "PRAGMA locking_mode = EXCLUSIVE");
+    QByteArray mode;
+    code = QueryText(handle.get(), "PRAGMA journal_mode = DELETE", mode);
+    return code == SQLITE_OK && mode != "delete" ? SQLITE_CANTOPEN : code;
+}
+
+Failure StoreHandle::CheckFileUnmoved() const
+{
+    if (std::optional<FileIdentity> const found = _file.Identity(); found && found == _identity)
+        return {};
+    return DescribeError(nullptr, SQLITE_READONLY_DBMOVED, _file.path());
+}
+
+Failure StoreHandle::CheckUnmoved() const
+{
+    if (Failure failure = CheckFileUnmoved())
+        return failure;
+    if (_logIdentity && _file.LogIdentity() != _logIdentity)
+        return MakeError(_file.path(),
+                         SQLITE_READONLY_DBMOVED,
+                         QStringLiteral("the log beside the file was removed or replaced while the store was open"));
+    return {};
+}
+
+Failure StoreHandle::CheckUnchanged() const
+{
+    if (IsUnchanged())
+        return {};
+    return MakeError(
+        _file.path(), SQLITE_BUSY_SNAPSHOT, QStringLiteral("the store was changed while it was being read"));
+}
+
+void StoreHandle::AllowCheckpointOnClose() noexcept
+{
+    sqlite3_db_config(get(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 0, nullptr);
+}
+
+StoreError StoreHandle::Describe(int code, QString const& statement, bool withMessage) const
+{
+    return DescribeError(get(), code, _file.path(), statement, withMessage);
+}
+
+} // namespace sync::database

@@ -1,0 +1,97 @@
+#pragma once
+
+#include "database/OpenOptions.h"
+#include "database/file/StoreFile.h"
+#include "database/sqlite/BusyHandler.h"
+#include "database/sqlite/Failure.h"
+#include "database/sqlite/SqliteHandle.h"
+
+#include <QByteArray>
+#include <QString>
+
+#include <optional>
+
+namespace sync::database {
+
+/// What a handle on a store is opened for.
+enum class OpenPurpose
+{
+    /// A connection. The store must have the version of this library.
+    Connection,
+    /// The first connection of a factory. Also checks the file's length and the tables, and converts a store whose
+    /// write-ahead log does not work in its place to a rollback journal.
+    FirstConnection,
+    /// An upgrade, of a store of any version.
+    Upgrade,
+    /// One look at the committed state of a store of any version, damaged or not.
+    Snapshot,
+};
+
+enum class StoreAccess
+{
+    ReadWrite,
+    /// Changes no byte of the store and creates no file.
+    ReadOnly,
+};
+
+/// A SQLite handle on a store's file, with what was found out when it was opened. Closed with the object.
+class StoreHandle
+{
+public:
+    /// The handle waits for locks for `busyTimeoutMsec` milliseconds.
+    StoreHandle(StoreFile file, int busyTimeoutMsec);
+    Q_DISABLE_COPY_MOVE(StoreHandle)
+
+    /// Opens the file, hardened against its schema and read for the first time. Call once; the object is of no use if
+    /// it fails.
+    ///
+    /// A write-ahead log that a killed program left behind is only checkpointed on close once the file has proved to be
+    /// a store: for a connection when it is open, for other purposes by `AllowCheckpointOnClose`.
+    [[nodiscard]] Failure Open(OpenPurpose purpose, StoreAccess access);
+
+    sqlite3* get() const noexcept { return _handle.get(); }
+    StoreFile const& file() const noexcept { return _file; }
+    BusyHandler& busyHandler() noexcept { return _busyHandler; }
+
+    /// Of a handle opened for a connection or an upgrade.
+    JournalMode journalMode() const noexcept { return _journalMode; }
+    /// The file that stood at the path when the handle had been opened.
+    std::optional<FileIdentity> const& identity() const noexcept { return _identity; }
+
+    /// Fails if another file stands at the path, or none.
+    Failure CheckFileUnmoved() const;
+    /// The same, and for the log: what is written to a log that was removed is lost for all other connections.
+    Failure CheckUnmoved() const;
+
+    /// False if what was read may not be one committed state: SQLite read the file as one that nobody writes, and it
+    /// changed meanwhile.
+    bool IsUnchanged() const noexcept { return !_stamp || _file.Stamp() == _stamp; }
+    /// Fails if not `IsUnchanged`.
+    Failure CheckUnchanged() const;
+
+    void AllowCheckpointOnClose() noexcept;
+
+    /// An error that SQLite reported to this handle; see `DescribeError`.
+    StoreError Describe(int code, QString const& statement = {}, bool withMessage = false) const;
+
+private:
+    Failure OpenForWriting(OpenPurpose purpose);
+    Failure ConnectForWriting(OpenPurpose purpose);
+    Failure OpenForReading(OpenPurpose purpose);
+    Failure ConnectForReading(OpenPurpose purpose);
+    Failure Connect(QByteArray const& name, int flags, OpenPurpose purpose);
+    Failure Configure(OpenPurpose purpose);
+    Failure CheckStore(OpenPurpose purpose) const;
+    int ConvertToJournal();
+    void Close() noexcept;
+
+    StoreFile const _file;
+    BusyHandler _busyHandler; // outlives the handle
+    SqliteHandle _handle;
+    JournalMode _journalMode = JournalMode::WriteAheadLog;
+    std::optional<FileIdentity> _identity;
+    std::optional<FileIdentity> _logIdentity;
+    std::optional<FileStamp> _stamp;
+};
+
+} // namespace sync::database

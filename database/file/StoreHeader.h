@@ -1,0 +1,34 @@
+#pragma once
+
+#include "database/sqlite/Failure.h"
+
+#include <QtGlobal>
+
+namespace sync::database {
+
+class StoreFile;
+
+/// The header of a database file, as far as it tells whether the file is a store.
+class StoreHeader
+{
+public:
+    /// Reads the header; what the file is too short for is zero. Changes nothing.
+    [[nodiscard]] Failure Read(StoreFile const& file);
+
+    /// Fails if the file cannot be a store that this version opens or upgrades.
+    [[nodiscard]] static Failure Check(StoreFile const& file);
+
+    bool usesLog() const { return _bytes[19] == 2; }
+
+private:
+    static constexpr int Size = 100;
+
+    bool isBlank() const;
+    bool isSqlite() const;
+    qint32 version() const;
+    qint32 applicationId() const;
+
+    char _bytes[Size] = {};
+};
+
+} // namespace sync::database
