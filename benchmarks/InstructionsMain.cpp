@@ -6,6 +6,7 @@
 #include "benchmarks/SampleStore.h"
 #include "benchmarks/SqlBackend.h"
 #include "benchmarks/SqliteApi.h"
+#include "database/SqliteProcess.h"
 
 #include <QString>
 #include <QTextStream>
@@ -125,6 +126,7 @@ int main(int argc, char** argv)
         QTextStream(stdout) << Environment() << '\n' << Repetitions << '\n';
         return EXIT_SUCCESS;
     }
+    Require(sync::database::DisableSqliteMemoryStatistics(), "SQLite keeps its memory statistics");
     SampleStore store(QString::fromLocal8Bit(argv[1]), SampleRecords::OfFiles(Files));
     bool const byHand = argc > 2 && QLatin1String(argv[2]) == NameOf(BackendKind::ByHand);
     std::unique_ptr<Backend> const backend =

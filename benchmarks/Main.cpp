@@ -3,6 +3,7 @@
 #include "benchmarks/Report.h"
 #include "benchmarks/Runner.h"
 #include "benchmarks/Workloads.h"
+#include "database/SqliteProcess.h"
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
@@ -76,6 +77,7 @@ QString Line(Result const& result)
 
 int main(int argc, char** argv)
 {
+    Require(sync::database::DisableSqliteMemoryStatistics(), "SQLite keeps its memory statistics");
     QCoreApplication const application(argc, argv);
     QCommandLineParser parser;
     parser.setApplicationDescription(

@@ -3,6 +3,7 @@
 
 #include "config/FolderConfigManager.h"
 #include "database/SqliteDatabaseFactory.h"
+#include "database/SqliteProcess.h"
 #include "database/StoreFactory.h"
 #include "interf/IQSqlDatabaseWrapper.h"
 #include "interf/IRefreshNativeFileViewer.h"
@@ -47,6 +48,9 @@ void PrintTree(FolderConfigManager& folders, FolderConfiguration const& folder, 
 
 int main(int argc, char** argv)
 {
+    // SQLite is this program's own, and nothing in it asks how much memory SQLite uses.
+    sync::database::DisableSqliteMemoryStatistics();
+
     QString const path = argc > 1 ? QString::fromLocal8Bit(argv[1]) : QStringLiteral("folders.db");
     QString error;
     std::shared_ptr<SqliteDatabaseFactory> const store = SqliteDatabaseFactory::Open(path, &error);

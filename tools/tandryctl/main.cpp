@@ -1,12 +1,15 @@
 #include "CommandLine.h"
 #include "Program.h"
 
+#include "database/SqliteProcess.h"
+
 #include <QCoreApplication>
 #include <QLoggingCategory>
 #include <QTextCodec>
 
 int main(int argc, char** argv)
 {
+    sync::database::DisableSqliteMemoryStatistics();
     // File names and output are UTF-8 in every locale, so that a name always means the same file.
     QTextCodec::setCodecForLocale(QTextCodec::codecForName("UTF-8"));
     QCoreApplication const application(argc, argv);
