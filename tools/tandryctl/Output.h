@@ -6,6 +6,7 @@
 #include <QVector>
 
 #include <functional>
+#include <utility>
 
 namespace tandryctl {
 
@@ -28,9 +29,20 @@ enum class Shown
 template <class Record>
 struct Column
 {
-    char const* name;
+    using Value = std::function<QVariant(Record const&)>;
+
+    Column(QString columnName, Shown columnShown, Value columnValue)
+        : name(std::move(columnName))
+        , shown(columnShown)
+        , value(std::move(columnValue))
+    {}
+    Column(char const* columnName, Shown columnShown, Value columnValue)
+        : Column(QLatin1String(columnName), columnShown, std::move(columnValue))
+    {}
+
+    QString name;
     Shown shown;
-    std::function<QVariant(Record const&)> value;
+    Value value;
 };
 
 template <class Record>
@@ -66,7 +78,7 @@ public:
         }
         QVector<QString> names;
         for (Column<Record> const& column : shown)
-            names.append(QLatin1String(column.name));
+            names.append(column.name);
 
         _BeginRows(names);
         for (Record const& record : records) {
@@ -86,7 +98,7 @@ public:
         QVector<QString> names;
         QVector<QVariant> row;
         for (Column<Record> const& column : columns) {
-            names.append(QLatin1String(column.name));
+            names.append(column.name);
             row.append(column.value(record));
         }
         for (Extra const& extra : extras) {

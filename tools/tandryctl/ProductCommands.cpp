@@ -3,6 +3,7 @@
 #include "Failure.h"
 #include "Listing.h"
 #include "Lookups.h"
+#include "RecordColumns.h"
 #include "Removal.h"
 #include "StoreQueries.h"
 #include "Text.h"
@@ -27,37 +28,6 @@ struct Arguments
     std::optional<int> server;
     bool showSecret = false;
 };
-
-/// A product with its server id, which the record does not return.
-struct Product
-{
-    ProductConfiguration record;
-    QVariant serverId;
-    bool showSecret;
-};
-
-Columns<Product> const& ProductColumns()
-{
-    static Columns<Product> const columns{
-        {"id", Shown::Always, [](Product const& p) { return p.record.getId(); }},
-        {"name", Shown::Always, [](Product const& p) { return p.record.getName(); }},
-        {"consumerKey", Shown::Always, [](Product const& p) { return p.record.getConsumerKey(); }},
-        {"consumerSecret",
-         Shown::InFull,
-         [](Product const& p) {
-             QString const secret = p.record.getConsumerSecret();
-             return p.showSecret || secret.isEmpty() ? secret : QStringLiteral("(hidden)");
-         }},
-        {"serverId", Shown::Always, [](Product const& p) { return p.serverId; }},
-    };
-    return columns;
-}
-
-Product Complete(Session& session, ProductConfiguration const& record, bool showSecret = false)
-{
-    auto const serverId = session.Checked(session.queries().ServerOfProduct(record.getId()));
-    return {record, serverId ? QVariant(*serverId) : QVariant(), showSecret};
-}
 
 QString LabelOf(ProductConfiguration const& product)
 {
@@ -116,23 +86,21 @@ ExitStatus Add(Session& session, Arguments const& arguments)
     RefuseDuplicate(session, product, *arguments.server);
     session.CheckWritten(session.products().Add(product));
     transaction.Commit();
-    session.output().Report(QStringLiteral("added ") + LabelOf(product), ProductColumns(), Complete(session, product));
+    session.output().Report(QStringLiteral("added ") + LabelOf(product), ProductColumns(), product);
     return ExitStatus::Done;
 }
 
 ExitStatus ListAll(Session& session)
 {
-    QVector<Product> products;
-    for (ProductConfiguration const& product : session.Checked(session.products().GetAll()))
-        products.append(Complete(session, product));
-    return List(session, ProductColumns(), products, "products");
+    return List(session, ProductColumns(), session.Checked(session.products().GetAll()), "products");
 }
 
 ExitStatus Show(Session& session, Arguments const& arguments)
 {
-    Product const product = Complete(session, FindProduct(session, arguments.id), arguments.showSecret);
-    auto const server = session.Checked(session.servers().GetServerConfigById(product.serverId.toLongLong()));
-    session.output().Show(ProductColumns(), product, {{"server", server.getId() == -1 ? QString() : NameOf(server)}});
+    ProductConfiguration const product = FindProduct(session, arguments.id);
+    auto const server = session.Checked(session.servers().GetServerConfigById(ServerIdOf(product)));
+    session.output().Show(
+        ProductColumns(arguments.showSecret), product, {{"server", server.getId() == -1 ? QString() : NameOf(server)}});
     return ExitStatus::Done;
 }
 
@@ -144,21 +112,19 @@ ExitStatus Update(Session& session, Arguments const& arguments)
 
     ClientTransaction transaction(session);
     ProductConfiguration product = FindProduct(session, arguments.id);
-    int const serverId = Complete(session, product).serverId.toInt();
+    int const serverId = ServerIdOf(product);
     Fill(session, product, arguments);
     RefuseDuplicate(session, product, arguments.server.value_or(serverId));
     session.CheckWritten(session.products().Update(product));
     transaction.Commit();
-    session.output().Report(QStringLiteral("updated ") + LabelOf(product),
-                            ProductColumns(),
-                            Complete(session, FindProduct(session, arguments.id)));
+    session.output().Report(
+        QStringLiteral("updated ") + LabelOf(product), ProductColumns(), FindProduct(session, arguments.id));
     return ExitStatus::Done;
 }
 
 ExitStatus Remove(Session& session, Arguments const& arguments)
 {
     ProductConfiguration const product = FindProduct(session, arguments.id);
-    Product const before = Complete(session, product);
     auto const countReferences = [&](char const* table) {
         return session.Checked(session.queries().CountReferences(table, "productConfigurationId", product.getId()));
     };
@@ -174,7 +140,7 @@ ExitStatus Remove(Session& session, Arguments const& arguments)
     removal.AddOrphaned(countReferences("BaseFileConfiguration"), "base file", "base files");
     session.ConfirmRemoval(removal.text());
     session.CheckWritten(session.products().Remove(product.getId()));
-    session.output().Report(QStringLiteral("removed ") + removal.text(), ProductColumns(), before);
+    session.output().Report(QStringLiteral("removed ") + removal.text(), ProductColumns(), product);
     return ExitStatus::Done;
 }
 

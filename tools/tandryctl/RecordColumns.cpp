@@ -1,139 +1,130 @@
 #include "RecordColumns.h"
 
-#include "config/FileLink.h"
+#include "config/RecordColumns.h"
+
+#include <algorithm>
+#include <initializer_list>
 
 namespace tandryctl {
 
 using sync::config::AuthenticationConfiguration;
+using sync::config::ColumnKind;
 using sync::config::FileConfiguration;
-using sync::config::FileLink;
+using sync::config::FindRecordColumn;
 using sync::config::FolderConfiguration;
+using sync::config::ProductConfiguration;
+using sync::config::RecordColumn;
+using sync::config::RecordColumns;
 using sync::config::ScheduleEntry;
 using sync::config::ServerConfiguration;
 
 namespace {
 
-QVariant LinksOf(FileConfiguration const& file)
+using Names = std::initializer_list<char const*>;
+
+enum class PropertiesPrinted
 {
-    QVariantList links;
-    for (FileLink const& link : file.fileLinks) {
-        links.append(QVariantMap{{QStringLiteral("fileId"), link.fileId},
-                                 {QStringLiteral("path"), link.path},
-                                 {QStringLiteral("refId"), link.refId},
-                                 {QStringLiteral("serverFileId"), link.serverFileId}});
+    No,
+    Yes
+};
+
+/// The columns of the table that are printed, with these names as part of plain listings.
+template <class Record>
+Columns<Record> TableColumns(Names always, PropertiesPrinted properties = PropertiesPrinted::No)
+{
+    Columns<Record> columns;
+    for (RecordColumn<Record> const& column : RecordColumns<Record>()) {
+        bool const isHidden = column.kind() == ColumnKind::Properties && properties == PropertiesPrinted::No;
+        if (isHidden || !column.isReceived())
+            continue;
+        bool const isAlways = std::any_of(
+            always.begin(), always.end(), [&](char const* name) { return column.name() == QLatin1String(name); });
+        columns.append({column.name(), isAlways ? Shown::Always : Shown::InFull, [&column](Record const& record) {
+                            return column.Get(record);
+                        }});
     }
-    return links;
+    return columns;
 }
 
-QVariant PropertiesOf(FileConfiguration const& file)
+/// Prints a column by this function instead of its value in the table.
+template <class Record>
+Columns<Record> With(Columns<Record> columns, char const* name, typename Column<Record>::Value const& value)
 {
-    QVariantMap properties;
-    for (auto entry = file.nameValueProperties.begin(); entry != file.nameValueProperties.end(); ++entry)
-        properties.insert(entry.key(), entry.value());
-    return properties;
+    for (Column<Record>& column : columns) {
+        if (column.name == QLatin1String(name))
+            column.value = value;
+    }
+    return columns;
+}
+
+template <class Record>
+QVariant ValueOf(Record const& record, char const* name)
+{
+    RecordColumn<Record> const* column = FindRecordColumn<Record>(QLatin1String(name));
+    return column == nullptr ? QVariant() : column->Get(record);
+}
+
+QVariant LinksOf(FileConfiguration const& file)
+{
+    return ValueOf(file, "fileLinks").toMap().value(QStringLiteral("fileLinks"));
+}
+
+QVariant HiddenSecretOf(ProductConfiguration const& product)
+{
+    QString const secret = product.getConsumerSecret();
+    return secret.isEmpty() ? secret : QStringLiteral("(hidden)");
 }
 
 } // namespace
 
 Columns<FolderConfiguration> const& FolderColumns()
 {
-    using Record = FolderConfiguration;
-    static Columns<Record> const columns{
-        {"id", Shown::Always, [](Record const& r) { return r.getId(); }},
-        {"authenticationId", Shown::Always, [](Record const& r) { return r.getAuthenticationId(); }},
-        {"name", Shown::InFull, [](Record const& r) { return r.getName(); }},
-        {"remoteShortKey", Shown::InFull, [](Record const& r) { return r.getRemoteShortKey(); }},
-        {"remoteLongKey", Shown::InFull, [](Record const& r) { return r.getRemoteLongKey(); }},
-        {"clientPath", Shown::Always, [](Record const& r) { return r.getClientPath(); }},
-        {"serverPath", Shown::Always, [](Record const& r) { return r.getServerPath(); }},
-        {"syncStatus", Shown::Always, [](Record const& r) { return int(r.getSyncStatus()); }},
-        {"parentId", Shown::Always, [](Record const& r) { return r.getParentId(); }},
-        {"lastOperationTime", Shown::InFull, [](Record const& r) { return r.getLastOperationTime(); }},
-        {"lastSyncTime", Shown::InFull, [](Record const& r) { return r.getLastSyncTime(); }},
-        {"folderOption", Shown::InFull, [](Record const& r) { return int(r.getFolderOption()); }},
-        {"lastOperationType", Shown::InFull, [](Record const& r) { return int(r.getLastOperationType()); }},
-        {"syncDriveType", Shown::InFull, [](Record const& r) { return int(r.getSyncDriveType()); }},
-        {"rootId", Shown::InFull, [](Record const& r) { return r.getRootId(); }},
-        {"syncOption", Shown::InFull, [](Record const& r) { return int(r.getSyncOption()); }},
-        {"ownerId", Shown::InFull, [](Record const& r) { return r.getOwnerId(); }},
-        {"privileges", Shown::InFull, [](Record const& r) { return int(r.getPrivileges()); }},
-        {"serverRoot", Shown::InFull, [](Record const& r) { return r.getServerRoot(); }},
-        {"productConfigurationId", Shown::InFull, [](Record const& r) { return r.getProductConfigurationId(); }},
-        {"serverFolderId", Shown::InFull, [](Record const& r) { return r.getServerFolderId(); }},
-    };
+    static auto const columns = TableColumns<FolderConfiguration>(
+        {"id", "authenticationId", "clientPath", "serverPath", "syncStatus", "parentId"});
     return columns;
 }
 
 Columns<FileConfiguration> const& FileColumns()
 {
-    using Record = FileConfiguration;
-    static Columns<Record> const columns{
-        {"id", Shown::Always, [](Record const& r) { return r.id; }},
-        {"folderConfigurationId", Shown::Always, [](Record const& r) { return r.folderConfigurationId; }},
-        {"name", Shown::InFull, [](Record const& r) { return r.name; }},
-        {"clientPath", Shown::Always, [](Record const& r) { return r.clientPath; }},
-        {"serverPath", Shown::InFull, [](Record const& r) { return r.serverPath; }},
-        {"checkSum", Shown::InFull, [](Record const& r) { return r.checkSum; }},
-        {"createdDateTime", Shown::InFull, [](Record const& r) { return r.createdDateTime; }},
-        {"lastModifiedDateTime", Shown::Always, [](Record const& r) { return r.lastModifiedDateTime; }},
-        {"syncStatus", Shown::Always, [](Record const& r) { return int(r.getSyncStatus()); }},
-        {"lastOperationType", Shown::InFull, [](Record const& r) { return r.lastOperationType; }},
-        {"size", Shown::Always, [](Record const& r) { return r.size; }},
-        {"nameValueProperties", Shown::InFull, PropertiesOf},
-        {"lastOperationTime", Shown::InFull, [](Record const& r) { return r.lastOperationTime; }},
-        {"rootFolderId", Shown::InFull, [](Record const& r) { return r.rootFolderId; }},
-        {"syncOption", Shown::InFull, [](Record const& r) { return r.syncOption; }},
-        {"parentFileId", Shown::InFull, [](Record const& r) { return r.parentFileId; }},
-        {"fileType", Shown::InFull, [](Record const& r) { return int(r.fileType); }},
-        {"ownerId", Shown::InFull, [](Record const& r) { return r.ownerId; }},
-        {"privileges", Shown::InFull, [](Record const& r) { return r.privileges; }},
-        {"productConfigurationId", Shown::InFull, [](Record const& r) { return r.productConfigurationId; }},
-        {"serverFileId", Shown::InFull, [](Record const& r) { return r.serverFileId; }},
-        {"serverFileVersionId", Shown::InFull, [](Record const& r) { return r.serverFileVersionId; }},
-        {"checkSumMD5", Shown::InFull, [](Record const& r) { return r.checkSumMD5; }},
-        {"fileLinks", Shown::InFull, LinksOf},
-    };
+    static auto const columns =
+        With(TableColumns<FileConfiguration>(
+                 {"id", "folderConfigurationId", "clientPath", "lastModifiedDateTime", "syncStatus", "size"},
+                 PropertiesPrinted::Yes),
+             "fileLinks",
+             LinksOf);
     return columns;
 }
 
 Columns<ServerConfiguration> const& ServerColumns()
 {
-    using Record = ServerConfiguration;
-    static Columns<Record> const columns{
-        {"id", Shown::Always, [](Record const& r) { return r.getId(); }},
-        {"alias", Shown::Always, [](Record const& r) { return r.getAlias(); }},
-        {"davUrl", Shown::Always, [](Record const& r) { return r.getDavUrl(); }},
-        {"webServiceUrl", Shown::Always, [](Record const& r) { return r.getWebServiceUrl(); }},
-        {"binaryDiffEncoder", Shown::InFull, [](Record const& r) { return r.getBinaryDiffEncoder(); }},
-    };
+    static auto const columns = With(TableColumns<ServerConfiguration>({"id", "alias", "davUrl", "webServiceUrl"}),
+                                     "alias",
+                                     [](ServerConfiguration const& server) { return server.getAlias(); });
     return columns;
 }
 
 Columns<AuthenticationConfiguration> const& AccountColumns()
 {
-    using Record = AuthenticationConfiguration;
-    static Columns<Record> const columns{
-        {"id", Shown::Always, [](Record const& r) { return r.getId(); }},
-        {"domain", Shown::Always, [](Record const& r) { return r.getDomain(); }},
-        {"domainId", Shown::InFull, [](Record const& r) { return r.getDomainId(); }},
-        {"userName", Shown::Always, [](Record const& r) { return r.getUserName(); }},
-        {"serverId", Shown::Always, [](Record const& r) { return r.getServerId(); }},
-    };
+    static auto const columns = TableColumns<AuthenticationConfiguration>({"id", "domain", "userName", "serverId"});
     return columns;
+}
+
+Columns<ProductConfiguration> ProductColumns(bool showSecret)
+{
+    auto const columns = TableColumns<ProductConfiguration>({"id", "name", "consumerKey", "serverId"});
+    return showSecret ? columns : With(columns, "consumerSecret", HiddenSecretOf);
 }
 
 Columns<ScheduleEntry> const& ScheduleColumns()
 {
-    using Record = ScheduleEntry;
-    static Columns<Record> const columns{
-        {"id", Shown::Always, [](Record const& r) { return r.getId(); }},
-        {"folderConfigurationId", Shown::Always, [](Record const& r) { return r.getFolderConfigId(); }},
-        {"startTime", Shown::Always, [](Record const& r) { return r.getStartTime(); }},
-        {"expireTime", Shown::Always, [](Record const& r) { return r.getExpireTime(); }},
-        {"syncScheduleType", Shown::Always, [](Record const& r) { return int(r.getSyncScheduleType()); }},
-        {"syncInterval", Shown::Always, [](Record const& r) { return r.getSyncInterval(); }},
-    };
+    static auto const columns = TableColumns<ScheduleEntry>(
+        {"id", "folderConfigurationId", "startTime", "expireTime", "syncScheduleType", "syncInterval"});
     return columns;
+}
+
+int ServerIdOf(ProductConfiguration const& product)
+{
+    return ValueOf(product, "serverId").toInt();
 }
 
 } // namespace tandryctl

@@ -5,18 +5,25 @@
 #include "config/AuthenticationConfiguration.h"
 #include "config/FileConfiguration.h"
 #include "config/FolderConfiguration.h"
+#include "config/ProductConfiguration.h"
 #include "config/ScheduleEntry.h"
 #include "config/ServerConfiguration.h"
 
 namespace tandryctl {
 
-/// The columns of each kind of record in table order. What a record doesn't give away is left out: the name-value
-/// properties of all but files, and the password column.
+// The columns of each kind of record, in table order, without those that its records do not carry. Of the name-value
+// properties, only those of files are printed.
 
 Columns<sync::config::FolderConfiguration> const& FolderColumns();
 Columns<sync::config::FileConfiguration> const& FileColumns();
+/// "alias" is the name that is shown for the server, derived from its URL if none was set.
 Columns<sync::config::ServerConfiguration> const& ServerColumns();
 Columns<sync::config::AuthenticationConfiguration> const& AccountColumns();
+/// "consumerSecret" only tells whether there is one, unless the secret is to be shown.
+Columns<sync::config::ProductConfiguration> ProductColumns(bool showSecret = false);
 Columns<sync::config::ScheduleEntry> const& ScheduleColumns();
+
+/// Returns the server of a product; `getServerId` returns the product's own id.
+int ServerIdOf(sync::config::ProductConfiguration const& product);
 
 } // namespace tandryctl

@@ -114,7 +114,7 @@ QStringList LabelsOfProducts(Session& session, int serverId)
 {
     QStringList names;
     for (ProductConfiguration const& product : session.Checked(session.products().GetAll())) {
-        if (session.Checked(session.queries().ServerOfProduct(product.getId())) == serverId)
+        if (ServerIdOf(product) == serverId)
             names.append(Label("product", product.getId(), product.getName()));
     }
     return names;

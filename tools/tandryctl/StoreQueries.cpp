@@ -31,13 +31,6 @@ QVector<int> StoreQueries::ScheduleIds()
     return _Integers(QStringLiteral("SELECT id FROM Schedules ORDER BY id"));
 }
 
-std::optional<int> StoreQueries::ServerOfProduct(int productId)
-{
-    QVector<int> const ids =
-        _Integers(QStringLiteral("SELECT serverId FROM ProductConfiguration WHERE id = :id"), productId);
-    return ids.isEmpty() ? std::nullopt : std::optional<int>(ids.first());
-}
-
 QVector<int> StoreQueries::_Integers(QString const& statement, std::optional<int> id)
 {
     QVector<int> integers;

@@ -12,8 +12,7 @@ class IDatabaseFactory;
 
 namespace tandryctl {
 
-/// Queries that no manager offers: which rows refer to a row, and columns that records do not return. Reads only,
-/// through the store's public interface.
+/// Queries that no manager offers. Reads only, through the store's public interface.
 ///
 /// Like the managers, returns the same for a miss and for a failure; the store's `LastError` tells which.
 class StoreQueries
@@ -29,9 +28,6 @@ public:
 
     /// Returns the ids of all schedules in ascending order.
     QVector<int> ScheduleIds();
-
-    /// Returns the server id of a product, which its record does not return.
-    std::optional<int> ServerOfProduct(int productId);
 
 private:
     QVector<int> _Integers(QString const& statement, std::optional<int> id = {});
