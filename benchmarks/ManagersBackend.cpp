@@ -1,13 +1,10 @@
 #include "benchmarks/ManagersBackend.h"
 
 #include "benchmarks/Failure.h"
-#include "config/AuthenticationConfigManager.h"
-#include "config/FileConfigManager.h"
-#include "config/FolderConfigManager.h"
-#include "config/ProductConfigManager.h"
-#include "config/ServerConfigManager.h"
+#include "config/Managers.h"
 #include "database/SqliteDatabaseFactory.h"
 
+#include <optional>
 #include <utility>
 
 namespace sync::benchmarks {
@@ -28,69 +25,51 @@ std::shared_ptr<SqliteDatabaseFactory> OpenExisting(QString const& path)
     return factory;
 }
 
-struct AllManagers
-{
-    explicit AllManagers(QString const& path)
-        : factory(OpenExisting(path))
-        , folders(std::make_shared<FolderConfigManager>(factory, nullptr))
-        , files(factory, nullptr, folders)
-        , servers(factory)
-        , accounts(factory)
-        , products(factory)
-    {}
-
-    std::shared_ptr<SqliteDatabaseFactory> const factory;
-    std::shared_ptr<FolderConfigManager> const folders;
-    FileConfigManager files;
-    ServerConfigManager servers;
-    AuthenticationConfigManager accounts;
-    ProductConfigManager products;
-};
-
 class ManagersBackend : public Backend
 {
 public:
     explicit ManagersBackend(QString const& path)
         : _path(path)
-        , _managers(std::make_shared<AllManagers>(path))
+        , _managers(std::in_place, OpenExisting(path))
     {}
-    ManagersBackend(QString path, std::shared_ptr<AllManagers> managers)
+    ManagersBackend(QString path, Managers managers)
         : _path(std::move(path))
         , _managers(std::move(managers))
     {}
 
-    std::unique_ptr<Backend> ForThread() override { return std::make_unique<ManagersBackend>(_path, _managers); }
+    std::unique_ptr<Backend> ForThread() override { return std::make_unique<ManagersBackend>(_path, *_managers); }
     void Reopen() override
     {
         _managers.reset();
-        _managers = std::make_shared<AllManagers>(_path);
+        _managers.emplace(OpenExisting(_path));
     }
 
-    void Begin() override { Require(_managers->files.transaction(), "transaction() failed"); }
-    void Commit() override { Require(_managers->files.commit(), "commit() failed"); }
+    void Begin() override { Require(_managers->files->transaction(), "transaction() failed"); }
+    void Commit() override { Require(_managers->files->commit(), "commit() failed"); }
 
-    void AddFile(FileConfiguration& file) override { Require(_managers->files.Add(file), "adding a file failed"); }
+    void AddFile(FileConfiguration& file) override { Require(_managers->files->Add(file), "adding a file failed"); }
     void UpdateFile(FileConfiguration const& file) override
     {
-        Require(_managers->files.Update(file), "updating a file failed");
+        Require(_managers->files->Update(file), "updating a file failed");
     }
-    FileConfiguration FileById(int id) override { return _managers->files.GetFileConfigurationById(id); }
+    FileConfiguration FileById(int id) override { return _managers->files->GetFileConfigurationById(id); }
     FileConfiguration FileByPath(QString const& clientPath) override
     {
-        return _managers->files.GetFileConfigurationByClientPath(clientPath);
+        return _managers->files->GetFileConfigurationByClientPath(clientPath);
     }
     FileConfiguration FileByServerId(QString const& serverFileId) override
     {
-        return _managers->files.GetFileConfigurationByServerId(serverFileId);
+        return _managers->files->GetFileConfigurationByServerId(serverFileId);
     }
     QVector<FileConfiguration> FilesOfFolder(int folderId) override
     {
-        return _managers->files.GetFileConfigurationsByFolderId(folderId, interf::FileConfigOrderByName);
+        return _managers->files->GetFileConfigurationsByFolderId(folderId, interf::FileConfigOrderByName);
     }
-    QVector<FileConfiguration> AllFiles() override { return _managers->files.GetAll(); }
+    QVector<FileConfiguration> AllFiles() override { return _managers->files->GetAll(); }
     void SyncingToNotSynced(int folderId) override
     {
-        Require(_managers->files.UpdateSyncStatusFromSyncingToNotSynced(folderId), "changing a folder's status failed");
+        Require(_managers->files->UpdateSyncStatusFromSyncingToNotSynced(folderId),
+                "changing a folder's status failed");
     }
 
     void AddFolder(FolderConfiguration& folder) override
@@ -135,29 +114,32 @@ public:
         return _managers->folders->IsInExistingClientFolder(path, -1, false);
     }
 
-    ServerConfiguration ServerById(int id) override { return _managers->servers.GetServerConfigById(id); }
+    ServerConfiguration ServerById(int id) override { return _managers->servers->GetServerConfigById(id); }
     ServerConfiguration ServerByUrls(QString const& davUrl, QString const& webServiceUrl) override
     {
-        return _managers->servers.GetServerConfigByServers(davUrl, webServiceUrl);
+        return _managers->servers->GetServerConfigByServers(davUrl, webServiceUrl);
     }
-    ServerConfiguration ServerOfFile(int fileId) override { return _managers->servers.GetServerConfigByFileId(fileId); }
+    ServerConfiguration ServerOfFile(int fileId) override
+    {
+        return _managers->servers->GetServerConfigByFileId(fileId);
+    }
     AuthenticationConfiguration AccountById(int id) override
     {
-        return _managers->accounts.GetAuthenticationConfigurationById(id);
+        return _managers->accounts->GetAuthenticationConfigurationById(id);
     }
     AuthenticationConfiguration AccountByUser(QString const& domain, QString const& userName) override
     {
-        return _managers->accounts.GetAuthenticationConfigurationByDomainAndUser(domain, userName);
+        return _managers->accounts->GetAuthenticationConfigurationByDomainAndUser(domain, userName);
     }
-    ProductConfiguration ProductById(int id) override { return _managers->products.GetProductConfigurationById(id); }
+    ProductConfiguration ProductById(int id) override { return _managers->products->GetProductConfigurationById(id); }
     ProductConfiguration ProductByKey(int serverId, QString const& consumerKey) override
     {
-        return _managers->products.GetProductConfigurationByServerIdAndConsumerKey(serverId, consumerKey);
+        return _managers->products->GetProductConfigurationByServerIdAndConsumerKey(serverId, consumerKey);
     }
 
 private:
     QString const _path;
-    std::shared_ptr<AllManagers> _managers;
+    std::optional<Managers> _managers;
 };
 
 } // namespace

@@ -285,7 +285,7 @@ TEST_P(ManagerListing, ThatBreaksOffAtADamagedPageLeavesAnError)
     QByteArray const good = ScriptStore(Mode());
     PutStore();
     OpenStore();
-    int const all = Managers(store).files.GetAll().size();
+    int const all = Managers(store).files->GetAll().size();
     int brokenOff = 0;
     for (int page = 1; page < good.size() / PageSize; ++page) {
         PutStore(good.left(page * PageSize) + QByteArray(PageSize, '\0') + good.mid((page + 1) * PageSize));
@@ -293,7 +293,7 @@ TEST_P(ManagerListing, ThatBreaksOffAtADamagedPageLeavesAnError)
         if (store == nullptr)
             continue;
         Managers managers(store);
-        int const found = managers.files.GetAll().size();
+        int const found = managers.files->GetAll().size();
         if (found == all)
             continue;
         ASSERT_TRUE(store->LastError()) << found << " of " << all << " with page " << page << " damaged";

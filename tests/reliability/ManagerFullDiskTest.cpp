@@ -73,7 +73,7 @@ TEST_P(ManagerFullDisk, LeavesTheLastStateReadableAndIsWrittenAgainOnceThereIsRo
                 EXPECT_TRUE(hit || (outcome.promised() && !outcome.hasError));
 
                 files.SetRoom(Plenty);
-                EXPECT_TRUE(managers.products.Remove(ProbedProduct));
+                EXPECT_TRUE(managers.products->Remove(ProbedProduct));
                 Probe();
                 EXPECT_FALSE(files.Recover());
             }

@@ -188,14 +188,14 @@ ProductConfiguration Product(char const* key)
 void Fill(Managers& managers)
 {
     auto const addFolder = [&](FolderConfiguration folder) { EXPECT_TRUE(managers.folders->Add(folder)); };
-    auto const addFile = [&](FileConfiguration file) { EXPECT_TRUE(managers.files.Add(file)); };
+    auto const addFile = [&](FileConfiguration file) { EXPECT_TRUE(managers.files->Add(file)); };
     for (char const* name : {"a", "b"}) {
         ServerConfiguration server = Server(name);
-        EXPECT_TRUE(managers.servers.Add(server));
+        EXPECT_TRUE(managers.servers->Add(server));
         AuthenticationConfiguration account = Account(name, server.getId());
-        EXPECT_TRUE(managers.accounts.Add(account));
+        EXPECT_TRUE(managers.accounts->Add(account));
         ProductConfiguration product = Product(name);
-        EXPECT_TRUE(managers.products.Add(product));
+        EXPECT_TRUE(managers.products->Add(product));
     }
 
     addFolder(Folder(0, -1, Place(), 1));
@@ -223,15 +223,6 @@ void Fill(Managers& managers)
 }
 
 } // namespace
-
-Managers::Managers(std::shared_ptr<SqliteDatabaseFactory> const& store)
-    : folders(std::make_shared<FolderConfigManager>(store, nullptr))
-    , files(store, nullptr, folders)
-    , servers(store)
-    , accounts(store)
-    , products(store)
-    , schedules(store)
-{}
 
 std::vector<ReadingOperation> const& ReadingOperations()
 {
@@ -292,111 +283,111 @@ std::vector<ReadingOperation> const& ReadingOperations()
          }},
 
         {"IFileConfigManager::GetFileConfigurationById",
-         [](Managers& m) { return Text(m.files.GetFileConfigurationById(FirstFileId)); }},
+         [](Managers& m) { return Text(m.files->GetFileConfigurationById(FirstFileId)); }},
         {"IFileConfigManager::GetFileConfigurationByServerId",
          [](Managers& m) {
-             return Text(m.files.GetFileConfigurationByServerId(QStringLiteral("id of ") + At("/first")));
+             return Text(m.files->GetFileConfigurationByServerId(QStringLiteral("id of ") + At("/first")));
          }},
         {"IFileConfigManager::GetBaseFileConfigurationById",
-         [](Managers& m) { return Text(m.files.GetBaseFileConfigurationById(1)); },
+         [](Managers& m) { return Text(m.files->GetBaseFileConfigurationById(1)); },
          false},
         {"IFileConfigManager::GetGeneratedFileConfigurationById",
-         [](Managers& m) { return Text(m.files.GetGeneratedFileConfigurationById(1)); }},
+         [](Managers& m) { return Text(m.files->GetGeneratedFileConfigurationById(1)); }},
         {"IFileConfigManager::GetFileConfigurationByClientPath",
-         [](Managers& m) { return Text(m.files.GetFileConfigurationByClientPath(At("/sub/listed/7"))); }},
+         [](Managers& m) { return Text(m.files->GetFileConfigurationByClientPath(At("/sub/listed/7"))); }},
         {"IFileConfigManager::GetAllFileConfigurationsByClientPath",
-         [](Managers& m) { return TextOfAll(m.files.GetAllFileConfigurationsByClientPath(At("/sub/listed/7"))); }},
+         [](Managers& m) { return TextOfAll(m.files->GetAllFileConfigurationsByClientPath(At("/sub/listed/7"))); }},
         {"IFileConfigManager::GetFileConfigurationsOfNonExistingRootFolders",
-         [](Managers& m) { return TextOfAll(m.files.GetFileConfigurationsOfNonExistingRootFolders()); }},
+         [](Managers& m) { return TextOfAll(m.files->GetFileConfigurationsOfNonExistingRootFolders()); }},
         {"IFileConfigManager::GetGeneratedFileConfigurationByClientPath",
-         [](Managers& m) { return Text(m.files.GetGeneratedFileConfigurationByClientPath(At("/generated"))); }},
+         [](Managers& m) { return Text(m.files->GetGeneratedFileConfigurationByClientPath(At("/generated"))); }},
         {"IFileConfigManager::GetFileConfigurationByClientPathAndAuthenticationId",
          [](Managers& m) {
-             return Text(m.files.GetFileConfigurationByClientPathAndAuthenticationId(At("/first"), 1));
+             return Text(m.files->GetFileConfigurationByClientPathAndAuthenticationId(At("/first"), 1));
          }},
         {"IFileConfigManager::GetFileConfigurationByServerPathAndAuthenticationId",
          [](Managers& m) {
-             return Text(m.files.GetFileConfigurationByServerPathAndAuthenticationId(
+             return Text(m.files->GetFileConfigurationByServerPathAndAuthenticationId(
                  QStringLiteral("/server") + At("/first"), 1));
          }},
         {"IFileConfigManager::GetFileConfigurationsByFolderId",
          [](Managers& m) {
-             return TextOfAll(m.files.GetFileConfigurationsByFolderId(ListedFolderId, FileConfigOrderByNameDesc));
+             return TextOfAll(m.files->GetFileConfigurationsByFolderId(ListedFolderId, FileConfigOrderByNameDesc));
          }},
         {"IFileConfigManager::GetFileConfigurationsByRootFolderId, by type",
          [](Managers& m) {
-             return TextOfAll(m.files.GetFileConfigurationsByRootFolderId(RootId, FileConfigurationTypeBase));
+             return TextOfAll(m.files->GetFileConfigurationsByRootFolderId(RootId, FileConfigurationTypeBase));
          }},
         {"IFileConfigManager::GetFileConfigurationsByRootFolderId, in an order",
          [](Managers& m) {
-             return TextOfAll(m.files.GetFileConfigurationsByRootFolderId(RootId, FileConfigOrderByIdDesc));
+             return TextOfAll(m.files->GetFileConfigurationsByRootFolderId(RootId, FileConfigOrderByIdDesc));
          }},
         {"IFileConfigManager::GetFileConfigurationsWithSyncOption",
          [](Managers& m) {
-             return TextOfAll(m.files.GetFileConfigurationsWithSyncOption(RootId, FileSyncOptionRepathRequired));
+             return TextOfAll(m.files->GetFileConfigurationsWithSyncOption(RootId, FileSyncOptionRepathRequired));
          }},
         {"IFileConfigManager::GetGeneratedFileConfigurationsByRootFolderId",
          [](Managers& m) {
-             return TextOfAll(m.files.GetGeneratedFileConfigurationsByRootFolderId(RootId, FileConfigOrderById));
+             return TextOfAll(m.files->GetGeneratedFileConfigurationsByRootFolderId(RootId, FileConfigOrderById));
          }},
         {"IFileConfigManager::GetFileConfigurationsByFolderIdAndSyncStatus",
          [](Managers& m) {
              return TextOfAll(
-                 m.files.GetFileConfigurationsByFolderIdAndSyncStatus(ListedFolderId, FileSyncStatusSyncing));
+                 m.files->GetFileConfigurationsByFolderIdAndSyncStatus(ListedFolderId, FileSyncStatusSyncing));
          }},
         {"IFileConfigManager::GetGeneratedFileConfigurationsByParentFileId",
-         [](Managers& m) { return TextOfAll(m.files.GetGeneratedFileConfigurationsByParentFileId(FirstFileId)); }},
+         [](Managers& m) { return TextOfAll(m.files->GetGeneratedFileConfigurationsByParentFileId(FirstFileId)); }},
         {"IFileConfigManager::GetAll, by type",
-         [](Managers& m) { return TextOfAll(m.files.GetAll(FileConfigurationTypeGenerated)); }},
-        {"IFileConfigManager::GetAll, of the client's own", [](Managers& m) { return TextOfAll(m.files.GetAll()); }},
+         [](Managers& m) { return TextOfAll(m.files->GetAll(FileConfigurationTypeGenerated)); }},
+        {"IFileConfigManager::GetAll, of the client's own", [](Managers& m) { return TextOfAll(m.files->GetAll()); }},
         {"IFileConfigManager::GetBaseFileConfigurationByParentFileId",
-         [](Managers& m) { return Text(m.files.GetBaseFileConfigurationByParentFileId(1)); },
+         [](Managers& m) { return Text(m.files->GetBaseFileConfigurationByParentFileId(1)); },
          false},
         {"IFileConfigManager::GetFileConfiguration",
          [](Managers& m) {
-             return Text(m.files.GetFileConfiguration(LinkTo(QStringLiteral("../first")), At("/sub/second")));
+             return Text(m.files->GetFileConfiguration(LinkTo(QStringLiteral("../first")), At("/sub/second")));
          }},
 
         {"IServerConfigManager::GetServerConfigById",
-         [](Managers& m) { return Text(m.servers.GetServerConfigById(2)); }},
+         [](Managers& m) { return Text(m.servers->GetServerConfigById(2)); }},
         {"IServerConfigManager::GetServerConfigByServers",
          [](Managers& m) {
              return Text(
-                 m.servers.GetServerConfigByServers(QStringLiteral("https://dav/b"), QStringLiteral("https://web/b")));
+                 m.servers->GetServerConfigByServers(QStringLiteral("https://dav/b"), QStringLiteral("https://web/b")));
          }},
-        {"IServerConfigManager::GetAll", [](Managers& m) { return TextOfAll(m.servers.GetAll()); }},
+        {"IServerConfigManager::GetAll", [](Managers& m) { return TextOfAll(m.servers->GetAll()); }},
         {"IServerConfigManager::GetServerConfigByAuthenticationId",
-         [](Managers& m) { return Text(m.servers.GetServerConfigByAuthenticationId(2)); }},
+         [](Managers& m) { return Text(m.servers->GetServerConfigByAuthenticationId(2)); }},
         {"IServerConfigManager::GetServerConfigByFolderId",
-         [](Managers& m) { return Text(m.servers.GetServerConfigByFolderId(SubFolderId)); }},
+         [](Managers& m) { return Text(m.servers->GetServerConfigByFolderId(SubFolderId)); }},
         {"IServerConfigManager::GetServerConfigByFileId",
-         [](Managers& m) { return Text(m.servers.GetServerConfigByFileId(FirstFileId)); }},
+         [](Managers& m) { return Text(m.servers->GetServerConfigByFileId(FirstFileId)); }},
         {"IServerConfigManager::GetDefaultServerConfig",
-         [](Managers& m) { return Text(m.servers.GetDefaultServerConfig()); }},
+         [](Managers& m) { return Text(m.servers->GetDefaultServerConfig()); }},
 
         {"IAuthenticationConfigManager::GetAuthenticationConfigurationByDomainAndUser",
          [](Managers& m) {
-             return Text(m.accounts.GetAuthenticationConfigurationByDomainAndUser(QStringLiteral("domain"),
-                                                                                  QStringLiteral("b")));
+             return Text(m.accounts->GetAuthenticationConfigurationByDomainAndUser(QStringLiteral("domain"),
+                                                                                   QStringLiteral("b")));
          }},
         {"IAuthenticationConfigManager::GetAuthenticationConfigurationById",
-         [](Managers& m) { return Text(m.accounts.GetAuthenticationConfigurationById(2)); }},
-        {"IAuthenticationConfigManager::GetAll", [](Managers& m) { return TextOfAll(m.accounts.GetAll()); }},
+         [](Managers& m) { return Text(m.accounts->GetAuthenticationConfigurationById(2)); }},
+        {"IAuthenticationConfigManager::GetAll", [](Managers& m) { return TextOfAll(m.accounts->GetAll()); }},
         {"IAuthenticationConfigManager::GetDistinctAuthenticationConfigurations",
-         [](Managers& m) { return TextOfAll(m.accounts.GetDistinctAuthenticationConfigurations()); }},
+         [](Managers& m) { return TextOfAll(m.accounts->GetDistinctAuthenticationConfigurations()); }},
 
         {"IProductConfigManager::GetProductConfigurationById",
-         [](Managers& m) { return Text(m.products.GetProductConfigurationById(2)); }},
+         [](Managers& m) { return Text(m.products->GetProductConfigurationById(2)); }},
         {"IProductConfigManager::GetProductConfigurationByServerIdAndConsumerKey",
          [](Managers& m) {
-             return Text(m.products.GetProductConfigurationByServerIdAndConsumerKey(1, QStringLiteral("b")));
+             return Text(m.products->GetProductConfigurationByServerIdAndConsumerKey(1, QStringLiteral("b")));
          }},
-        {"IProductConfigManager::GetAll", [](Managers& m) { return TextOfAll(m.products.GetAll()); }},
+        {"IProductConfigManager::GetAll", [](Managers& m) { return TextOfAll(m.products->GetAll()); }},
 
         {"IScheduleEntryManager::GetScheduleEntryById",
-         [](Managers& m) { return Text(m.schedules.GetScheduleEntryById(1)); }},
+         [](Managers& m) { return Text(m.schedules->GetScheduleEntryById(1)); }},
         {"IScheduleEntryManager::GetDefaultScheduleEntry",
-         [](Managers& m) { return Text(m.schedules.GetDefaultScheduleEntry()); }},
+         [](Managers& m) { return Text(m.schedules->GetDefaultScheduleEntry()); }},
     };
     return operations;
 }
@@ -439,130 +430,130 @@ std::vector<WritingOperation> const& WritingOperations()
              FileConfiguration file = File(RootId, RootId, At("/renamed"));
              file.id = FirstFileId;
              file.nameValueProperties[QStringLiteral("key")] = QString(3000, QLatin1Char('v'));
-             return m.files.Update(file);
+             return m.files->Update(file);
          }},
         {"IFileConfigManager::Add, of a new file",
          [](Managers& m, auto&) {
              FileConfiguration file = File(RootId, RootId, At("/new"));
-             return m.files.Add(file);
+             return m.files->Add(file);
          }},
         {"IFileConfigManager::Add, of a file on record",
          [](Managers& m, auto&) {
              FileConfiguration file = File(RootId, RootId, At("/first"));
              file.size = 7;
-             return m.files.Add(file);
+             return m.files->Add(file);
          },
          Failing::PartsAndMore},
         {"IFileConfigManager::Add, of a generated file",
          [](Managers& m, auto&) {
              FileConfiguration file = Generated(FirstFileId, At("/new generated"));
-             return m.files.Add(file);
+             return m.files->Add(file);
          }},
         {"IFileConfigManager::Add, of a base file",
          [](Managers& m, auto&) {
              FileConfiguration file = Base(At("/new base"));
-             return m.files.Add(file);
+             return m.files->Add(file);
          }},
         {"IFileConfigManager::Add, of a file with a link",
          [](Managers& m, auto&) {
              FileConfiguration file = File(SubFolderId, RootId, At("/sub/linking"));
              file.fileLinks.append(LinkTo(QStringLiteral("../linked")));
-             return m.files.Add(file);
+             return m.files->Add(file);
          },
          Failing::PartsAndMore},
         {"IFileConfigManager::RemoveFileConfigurationAndLinkedConfigurations",
-         [](Managers& m, auto&) { return m.files.RemoveFileConfigurationAndLinkedConfigurations(FirstFileId); },
+         [](Managers& m, auto&) { return m.files->RemoveFileConfigurationAndLinkedConfigurations(FirstFileId); },
          Failing::Parts},
         {"IFileConfigManager::RemoveBaseFileConfiguration",
-         [](Managers& m, auto&) { return m.files.RemoveBaseFileConfiguration(1); },
+         [](Managers& m, auto&) { return m.files->RemoveBaseFileConfiguration(1); },
          Failing::AllOrNothing,
          false},
         {"IFileConfigManager::RemoveGeneratedFileConfiguration",
-         [](Managers& m, auto&) { return m.files.RemoveGeneratedFileConfiguration(1); }},
+         [](Managers& m, auto&) { return m.files->RemoveGeneratedFileConfiguration(1); }},
         {"IFileConfigManager::RemoveByFolderConfigurationId",
-         [](Managers& m, auto&) { return m.files.RemoveByFolderConfigurationId(ListedFolderId); }},
+         [](Managers& m, auto&) { return m.files->RemoveByFolderConfigurationId(ListedFolderId); }},
         {"IFileConfigManager::RemoveGeneratedFileConfigurationsByRootFolderId",
-         [](Managers& m, auto&) { return m.files.RemoveGeneratedFileConfigurationsByRootFolderId(RootId); }},
+         [](Managers& m, auto&) { return m.files->RemoveGeneratedFileConfigurationsByRootFolderId(RootId); }},
         {"IFileConfigManager::RemoveGeneratedFileConfigurationsByRootFolderIdAndSyncStatus",
          [](Managers& m, SqliteDatabaseFactory& store) {
-             EXPECT_FALSE(
-                 m.files.RemoveGeneratedFileConfigurationsByRootFolderIdAndSyncStatus(RootId, FileSyncStatusNotSynced));
+             EXPECT_FALSE(m.files->RemoveGeneratedFileConfigurationsByRootFolderIdAndSyncStatus(
+                 RootId, FileSyncStatusNotSynced));
              return !store.LastError();
          },
          Failing::Parts},
         {"IFileConfigManager::UpdateSyncStatusFromSyncingToNotSynced",
-         [](Managers& m, auto&) { return m.files.UpdateSyncStatusFromSyncingToNotSynced(ListedFolderId); }},
+         [](Managers& m, auto&) { return m.files->UpdateSyncStatusFromSyncingToNotSynced(ListedFolderId); }},
         {"IFileConfigManager::transaction",
-         [](Managers& m, auto&) { return m.files.transaction() && m.files.commit(); }},
+         [](Managers& m, auto&) { return m.files->transaction() && m.files->commit(); }},
         {"IFileConfigManager::commit",
          [](Managers& m, auto&) {
-             if (!m.files.transaction())
+             if (!m.files->transaction())
                  return false;
              FileConfiguration file = File(RootId, RootId, At("/new"));
-             bool const added = m.files.Add(file) && m.files.RemoveByFolderConfigurationId(ListedFolderId);
+             bool const added = m.files->Add(file) && m.files->RemoveByFolderConfigurationId(ListedFolderId);
              if (added)
-                 return m.files.commit();
-             EXPECT_TRUE(m.files.rollback());
+                 return m.files->commit();
+             EXPECT_TRUE(m.files->rollback());
              return false;
          }},
         {"IFileConfigManager::rollback",
          [](Managers& m, auto&) {
-             if (!m.files.transaction())
+             if (!m.files->transaction())
                  return false;
-             static_cast<void>(m.files.RemoveByFolderConfigurationId(ListedFolderId));
-             return m.files.rollback();
+             static_cast<void>(m.files->RemoveByFolderConfigurationId(ListedFolderId));
+             return m.files->rollback();
          }},
 
         {"IServerConfigManager::Update",
          [](Managers& m, auto&) {
              ServerConfiguration server = Server("changed");
              server.setId(1);
-             return m.servers.Update(server);
+             return m.servers->Update(server);
          }},
         {"IServerConfigManager::Add",
          [](Managers& m, auto&) {
              ServerConfiguration server = Server("new");
-             return m.servers.Add(server);
+             return m.servers->Add(server);
          }},
-        {"IServerConfigManager::Remove", [](Managers& m, auto&) { return m.servers.Remove(1); }},
+        {"IServerConfigManager::Remove", [](Managers& m, auto&) { return m.servers->Remove(1); }},
 
         {"IAuthenticationConfigManager::UpdatePassword",
          [](Managers& m, auto&) {
-             return m.accounts.UpdatePassword(QStringLiteral("domain"), QStringLiteral("a"), QString()) == 1;
+             return m.accounts->UpdatePassword(QStringLiteral("domain"), QStringLiteral("a"), QString()) == 1;
          }},
         {"IAuthenticationConfigManager::Update",
          [](Managers& m, auto&) {
              AuthenticationConfiguration account = Account("changed", 2);
              account.setId(1);
-             return m.accounts.Update(account);
+             return m.accounts->Update(account);
          }},
         {"IAuthenticationConfigManager::Add",
          [](Managers& m, auto&) {
              AuthenticationConfiguration account = Account("new", 2);
-             return m.accounts.Add(account);
+             return m.accounts->Add(account);
          }},
-        {"IAuthenticationConfigManager::Remove", [](Managers& m, auto&) { return m.accounts.Remove(1); }},
+        {"IAuthenticationConfigManager::Remove", [](Managers& m, auto&) { return m.accounts->Remove(1); }},
 
         {"IProductConfigManager::Update",
          [](Managers& m, auto&) {
-             ProductConfiguration product = m.products.GetProductConfigurationById(1);
+             ProductConfiguration product = m.products->GetProductConfigurationById(1);
              product.setName(QStringLiteral("changed"));
-             return m.products.Update(product) && product.getId() == 1;
+             return m.products->Update(product) && product.getId() == 1;
          }},
         {"IProductConfigManager::Add",
          [](Managers& m, auto&) {
              ProductConfiguration product = Product("new");
-             return m.products.Add(product);
+             return m.products->Add(product);
          }},
-        {"IProductConfigManager::Remove", [](Managers& m, auto&) { return m.products.Remove(1); }},
+        {"IProductConfigManager::Remove", [](Managers& m, auto&) { return m.products->Remove(1); }},
 
         {"IScheduleEntryManager::Update",
          [](Managers& m, auto&) {
-             ScheduleEntry entry = m.schedules.GetScheduleEntryById(1);
+             ScheduleEntry entry = m.schedules->GetScheduleEntryById(1);
              entry.setSyncInterval(7);
-             return m.schedules.Update(entry) && entry.getId() == 1;
+             return m.schedules->Update(entry) && entry.getId() == 1;
          }},
-        {"IScheduleEntryManager::Remove", [](Managers& m, auto&) { return m.schedules.Remove(1); }},
+        {"IScheduleEntryManager::Remove", [](Managers& m, auto&) { return m.schedules->Remove(1); }},
     };
     return operations;
 }

@@ -1,11 +1,6 @@
 #pragma once
 
-#include "config/AuthenticationConfigManager.h"
-#include "config/FileConfigManager.h"
-#include "config/FolderConfigManager.h"
-#include "config/ProductConfigManager.h"
-#include "config/ScheduleEntryManager.h"
-#include "config/ServerConfigManager.h"
+#include "config/Managers.h"
 #include "database/SqliteDatabaseFactory.h"
 
 #include <QByteArray>
@@ -18,18 +13,7 @@
 
 namespace tandry::test {
 
-/// A manager of each kind on one store. The shell hears of nothing.
-struct Managers
-{
-    explicit Managers(std::shared_ptr<sync::database::SqliteDatabaseFactory> const& store);
-
-    std::shared_ptr<sync::config::FolderConfigManager> folders;
-    sync::config::FileConfigManager files;
-    sync::config::ServerConfigManager servers;
-    sync::config::AuthenticationConfigManager accounts;
-    sync::config::ProductConfigManager products;
-    sync::config::ScheduleEntryManager schedules;
-};
+using sync::config::Managers;
 
 /// An operation that reads, with values that find something in the script's store.
 struct ReadingOperation

@@ -1,11 +1,6 @@
 #include "reliability/WritingLoop.h"
 
-#include "config/AuthenticationConfigManager.h"
-#include "config/FileConfigManager.h"
-#include "config/FolderConfigManager.h"
-#include "config/ProductConfigManager.h"
-#include "config/ScheduleEntryManager.h"
-#include "config/ServerConfigManager.h"
+#include "config/Managers.h"
 #include "database/SqliteDatabaseFactory.h"
 #include "support/QtPrinters.h"
 #include "support/RawStore.h"
@@ -130,12 +125,7 @@ public:
         , _directory(QFileInfo(store->path()).absolutePath())
         , _news(news)
         , _random(seed)
-        , _servers(store)
-        , _accounts(store)
-        , _products(store)
-        , _schedules(store)
-        , _folders(std::make_shared<FolderConfigManager>(store, nullptr))
-        , _files(store, nullptr, _folders)
+        , _managers(store)
     {
         QObject::connect(store.get(), &SqliteDatabaseFactory::CommitFailed, store.get(), [this] { _isLost = true; });
     }
@@ -180,11 +170,12 @@ private:
         QString const name = NextName();
         server.setAlias(name);
         server.setDavUrl("added"_q);
-        bool done = Write({true, {Sets(Servers, name, "added"_q)}}, [&] { return _servers.Add(server); });
+        bool done = Write({true, {Sets(Servers, name, "added"_q)}}, [&] { return _managers.servers->Add(server); });
         server.setDavUrl("updated"_q);
-        done = done && Write({true, {Sets(Servers, name, "updated"_q)}}, [&] { return _servers.Update(server); });
+        done = done &&
+               Write({true, {Sets(Servers, name, "updated"_q)}}, [&] { return _managers.servers->Update(server); });
         if (done && _random() % 2 == 0)
-            done = Write({true, {Removes(Servers, name)}}, [&] { return _servers.Remove(server.getId()); });
+            done = Write({true, {Removes(Servers, name)}}, [&] { return _managers.servers->Remove(server.getId()); });
         return done;
     }
 
@@ -195,12 +186,15 @@ private:
         account.setUserName(name);
         account.setDomain("domain"_q);
         account.setDomainId("added"_q);
-        bool done = Write({true, {Sets(Accounts, name, "added"_q)}}, [&] { return _accounts.Add(account); });
+        bool done = Write({true, {Sets(Accounts, name, "added"_q)}}, [&] { return _managers.accounts->Add(account); });
         account.setDomainId("updated"_q);
-        done = done && Write({true, {Sets(Accounts, name, "updated"_q)}}, [&] { return _accounts.Update(account); });
-        done = done && Write({true, {}}, [&] { return _accounts.UpdatePassword("domain"_q, name, QString()) == 1; });
+        done = done &&
+               Write({true, {Sets(Accounts, name, "updated"_q)}}, [&] { return _managers.accounts->Update(account); });
+        done = done &&
+               Write({true, {}}, [&] { return _managers.accounts->UpdatePassword("domain"_q, name, QString()) == 1; });
         if (done && _random() % 2 == 0)
-            done = Write({true, {Removes(Accounts, name)}}, [&] { return _accounts.Remove(account.getId()); });
+            done =
+                Write({true, {Removes(Accounts, name)}}, [&] { return _managers.accounts->Remove(account.getId()); });
         return done;
     }
 
@@ -210,24 +204,27 @@ private:
         QString const name = NextName();
         product.setName(name);
         product.setConsumerKey("added"_q);
-        bool done = Write({true, {Sets(Products, name, "added"_q)}}, [&] { return _products.Add(product); });
+        bool done = Write({true, {Sets(Products, name, "added"_q)}}, [&] { return _managers.products->Add(product); });
         product.setConsumerKey("updated"_q);
-        done = done && Write({true, {Sets(Products, name, "updated"_q)}}, [&] { return _products.Update(product); });
+        done = done &&
+               Write({true, {Sets(Products, name, "updated"_q)}}, [&] { return _managers.products->Update(product); });
         if (done && _random() % 2 == 0)
-            done = Write({true, {Removes(Products, name)}}, [&] { return _products.Remove(product.getId()); });
+            done =
+                Write({true, {Removes(Products, name)}}, [&] { return _managers.products->Remove(product.getId()); });
         return done;
     }
 
     bool WriteSchedule()
     {
-        ScheduleEntry schedule = _schedules.GetDefaultScheduleEntry();
+        ScheduleEntry schedule = _managers.schedules->GetDefaultScheduleEntry();
         if (schedule.getId() == -1)
             return true; // removed in an earlier step, for good
         if (_random() % 20 == 0)
-            return Write({true, {Removes(Schedules, "0"_q)}}, [&] { return _schedules.Remove(schedule.getId()); });
+            return Write({true, {Removes(Schedules, "0"_q)}},
+                         [&] { return _managers.schedules->Remove(schedule.getId()); });
         schedule.setSyncInterval(schedule.getSyncInterval() + 1);
         return Write({true, {Sets(Schedules, "0"_q, QString::number(schedule.getSyncInterval()))}},
-                     [&] { return _schedules.Update(schedule); });
+                     [&] { return _managers.schedules->Update(schedule); });
     }
 
     bool AddRoot(FolderConfiguration& root, QString const& path)
@@ -235,7 +232,7 @@ private:
         root.setParentId(0);
         root.setClientPath(path);
         root.setServerPath(path);
-        return Write({true, {Sets(Folders, path, path)}}, [&] { return _folders->Add(root); });
+        return Write({true, {Sets(Folders, path, path)}}, [&] { return _managers.folders->Add(root); });
     }
 
     bool AddFile(FolderConfiguration const& folder, FileConfigurationType type, FileConfiguration& file)
@@ -245,7 +242,8 @@ private:
         file.fileType = type;
         file.folderConfigurationId = folder.getId();
         file.rootFolderId = folder.getRootId();
-        return Write({true, {Sets(FileTables[type], file.clientPath, "added 2"_q)}}, [&] { return _files.Add(file); });
+        return Write({true, {Sets(FileTables[type], file.clientPath, "added 2"_q)}},
+                     [&] { return _managers.files->Add(file); });
     }
 
     /// A tree that grows level by level, with files of every kind, and goes from its leaves up.
@@ -258,11 +256,12 @@ private:
         QString const lower = upper + "/b"_q;
         FolderConfiguration folder;
         bool done = Write({false, {Sets(Folders, upper, upper), Sets(Folders, lower, lower)}}, [&] {
-            folder = _folders->AddFolderAndParent(lower, root);
+            folder = _managers.folders->AddFolderAndParent(lower, root);
             return folder.getId() != -1;
         });
         folder.setServerPath("updated"_q);
-        done = done && Write({true, {Sets(Folders, lower, "updated"_q)}}, [&] { return _folders->Update(folder); });
+        done = done &&
+               Write({true, {Sets(Folders, lower, "updated"_q)}}, [&] { return _managers.folders->Update(folder); });
 
         FileConfiguration file;
         FileConfiguration generated;
@@ -275,25 +274,25 @@ private:
         file.checkSum = "updated"_q;
         file.setSyncStatus(FileSyncStatusSyncing);
         done = done && Write({true, {Sets(FileTables[0], file.clientPath, "updated 1"_q)}},
-                             [&] { return _files.Update(file); });
+                             [&] { return _managers.files->Update(file); });
         done = done && Write({true, {Sets(FileTables[0], file.clientPath, "updated 2"_q)}},
-                             [&] { return _files.UpdateSyncStatusFromSyncingToNotSynced(folder.getId()); });
+                             [&] { return _managers.files->UpdateSyncStatusFromSyncingToNotSynced(folder.getId()); });
         if (_random() % 3 == 0)
             return done;
         if (_random() % 2 == 0) {
             done =
                 done &&
                 Write({false, {Removes(FileTables[1], generated.clientPath), Removes(FileTables[0], file.clientPath)}},
-                      [&] { return _files.RemoveFileConfigurationAndLinkedConfigurations(file.id); });
+                      [&] { return _managers.files->RemoveFileConfigurationAndLinkedConfigurations(file.id); });
         }
         else {
             done = done && Write({true, {Removes(FileTables[1], generated.clientPath)}},
-                                 [&] { return _files.RemoveGeneratedFileConfiguration(generated.id); });
+                                 [&] { return _managers.files->RemoveGeneratedFileConfiguration(generated.id); });
             done = done && Write({true, {Removes(FileTables[0], file.clientPath)}},
-                                 [&] { return _files.RemoveByFolderConfigurationId(folder.getId()); });
+                                 [&] { return _managers.files->RemoveByFolderConfigurationId(folder.getId()); });
         }
         return done && Write({false, {Removes(Folders, lower), Removes(Folders, upper)}},
-                             [&] { return _folders->RemoveFolderAndChildren(folder.getParentId()); });
+                             [&] { return _managers.folders->RemoveFolderAndChildren(folder.getParentId()); });
     }
 
     /// A root with files that goes at once.
@@ -310,21 +309,22 @@ private:
         part.parentFileId = generated.id;
         done = done && AddFile(root, FileConfigurationTypeGenerated, part);
         done = done && Write({true, {Removes(FileTables[1], part.clientPath)}}, [&] {
-                   _files.RemoveGeneratedFileConfigurationsByRootFolderIdAndSyncStatus(root.getId(),
-                                                                                       FileSyncStatusNotSynced);
+                   _managers.files->RemoveGeneratedFileConfigurationsByRootFolderIdAndSyncStatus(
+                       root.getId(), FileSyncStatusNotSynced);
                    return !_store->LastError(); // its answer is always false
                });
-        done = done && Write({true, {Removes(FileTables[1], generated.clientPath)}},
-                             [&] { return _files.RemoveGeneratedFileConfigurationsByRootFolderId(root.getId()); });
+        done = done && Write({true, {Removes(FileTables[1], generated.clientPath)}}, [&] {
+                   return _managers.files->RemoveGeneratedFileConfigurationsByRootFolderId(root.getId());
+               });
         PlannedWrite cleaning{true,
                               {Removes(FileTables[0], first.clientPath), Removes(FileTables[0], second.clientPath)}};
         if (_random() % 2 == 0) {
-            done = done && Write(cleaning, [&] { return _files.RemoveByRootFolderId(root.getId()); });
+            done = done && Write(cleaning, [&] { return _managers.files->RemoveByRootFolderId(root.getId()); });
             return done && Write({true, {Removes(Folders, root.getClientPath())}},
-                                 [&] { return _folders->Remove(root.getId()); });
+                                 [&] { return _managers.folders->Remove(root.getId()); });
         }
         cleaning.changes.push_back(Removes(Folders, root.getClientPath()));
-        return done && Write(cleaning, [&] { return _folders->CleanRootFolder(root.getId()); });
+        return done && Write(cleaning, [&] { return _managers.folders->CleanRootFolder(root.getId()); });
     }
 
     /// A file with a link to one on the disk, which gets a row first.
@@ -343,7 +343,7 @@ private:
         file.folderConfigurationId = file.rootFolderId = _linkedRoot.getId();
         file.fileLinks.append(link);
         return Write({false, {Sets(FileTables[0], link.path, ""_q), Sets(FileTables[0], file.clientPath, "added 2"_q)}},
-                     [&] { return _files.Add(file); });
+                     [&] { return _managers.files->Add(file); });
     }
 
     /// Three files that come together, or don't.
@@ -360,10 +360,10 @@ private:
         if (!keep)
             write.changes.clear();
         return Write(write, [&] {
-            bool done = _files.transaction();
+            bool done = _managers.files->transaction();
             for (FileConfiguration& file : files)
-                done = done && _files.Add(file);
-            return done && (keep ? _files.commit() : _files.rollback());
+                done = done && _managers.files->Add(file);
+            return done && (keep ? _managers.files->commit() : _managers.files->rollback());
         });
     }
 
@@ -375,12 +375,7 @@ private:
     FolderConfiguration _linkedRoot;
     bool _isLost = false;
     int _names = 0;
-    ServerConfigManager _servers;
-    AuthenticationConfigManager _accounts;
-    ProductConfigManager _products;
-    ScheduleEntryManager _schedules;
-    std::shared_ptr<FolderConfigManager> _folders;
-    FileConfigManager _files;
+    Managers _managers;
 };
 
 } // namespace

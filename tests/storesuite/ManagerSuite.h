@@ -1,20 +1,16 @@
 #pragma once
 
-#include "config/AuthenticationConfigManager.h"
 #include "config/AuthenticationConfiguration.h"
-#include "config/FileConfigManager.h"
 #include "config/FileConfiguration.h"
-#include "config/FolderConfigManager.h"
 #include "config/FolderConfiguration.h"
-#include "config/ProductConfigManager.h"
+#include "config/Managers.h"
 #include "config/ProductConfiguration.h"
 #include "config/ScheduleEntry.h"
-#include "config/ScheduleEntryManager.h"
-#include "config/ServerConfigManager.h"
 #include "config/ServerConfiguration.h"
 #include "database/TransactionalScope.h"
 #include "storesuite/StoreSuiteFixture.h"
 
+#include <optional>
 #include <vector>
 
 namespace tandry::storesuite {
@@ -35,12 +31,7 @@ protected:
         StoreSuite::SetUp();
         if (HasFatalFailure())
             return;
-        servers = std::make_unique<sync::config::ServerConfigManager>(factory);
-        accounts = std::make_unique<sync::config::AuthenticationConfigManager>(factory);
-        products = std::make_unique<sync::config::ProductConfigManager>(factory);
-        folders = std::make_shared<sync::config::FolderConfigManager>(factory, nullptr);
-        files = std::make_unique<sync::config::FileConfigManager>(factory, nullptr, folders);
-        schedules = std::make_unique<sync::config::ScheduleEntryManager>(factory);
+        managers.emplace(factory);
     }
 
     int AddServerRecord(QString const& davUrl)
@@ -48,7 +39,7 @@ protected:
         ServerConfiguration server;
         server.setDavUrl(davUrl);
         server.setWebServiceUrl(QStringLiteral("https://web.example/"));
-        EXPECT_TRUE(servers->Add(server));
+        EXPECT_TRUE(managers->servers->Add(server));
         return server.getId();
     }
 
@@ -59,7 +50,7 @@ protected:
         account.setUserName(userName);
         account.setServerId(serverId);
         account.setPassword(QStringLiteral("password"));
-        EXPECT_TRUE(accounts->Add(account));
+        EXPECT_TRUE(managers->accounts->Add(account));
         return account.getId();
     }
 
@@ -73,7 +64,7 @@ protected:
         folder.setAuthenticationId(root.getAuthenticationId());
         folder.setParentId(parent.getId());
         folder.setRootId(root.getId());
-        EXPECT_TRUE(folders->Add(folder));
+        EXPECT_TRUE(managers->folders->Add(folder));
         return folder;
     }
 
@@ -85,7 +76,7 @@ protected:
         folder.setServerPath(QStringLiteral("/server") + path);
         folder.setAuthenticationId(accountId);
         folder.setParentId(0);
-        EXPECT_TRUE(folders->Add(folder));
+        EXPECT_TRUE(managers->folders->Add(folder));
         return folder;
     }
 
@@ -99,7 +90,7 @@ protected:
         file.folderConfigurationId = folder.getId();
         file.rootFolderId = folder.getRootId();
         file.fileType = type;
-        EXPECT_TRUE(files->Add(file));
+        EXPECT_TRUE(managers->files->Add(file));
         return file;
     }
 
@@ -111,12 +102,7 @@ protected:
         return names;
     }
 
-    std::unique_ptr<sync::config::ServerConfigManager> servers;
-    std::unique_ptr<sync::config::AuthenticationConfigManager> accounts;
-    std::unique_ptr<sync::config::ProductConfigManager> products;
-    std::shared_ptr<sync::config::FolderConfigManager> folders;
-    std::unique_ptr<sync::config::FileConfigManager> files;
-    std::unique_ptr<sync::config::ScheduleEntryManager> schedules;
+    std::optional<sync::config::Managers> managers;
 };
 
 // Records come back complete.
@@ -128,23 +114,24 @@ TEST_P(ManagerSuite, ServerComesBackAndIsFoundByItsUrls)
     server.setDavUrl(QStringLiteral("https://dav.example/"));
     server.setWebServiceUrl(QStringLiteral("https://web.example/"));
     server.setBinaryDiffEncoder(QStringLiteral("encoder"));
-    ASSERT_TRUE(servers->Add(server));
+    ASSERT_TRUE(managers->servers->Add(server));
 
-    ServerConfiguration const read = servers->GetServerConfigById(server.getId());
+    ServerConfiguration const read = managers->servers->GetServerConfigById(server.getId());
     EXPECT_EQ(read.getId(), server.getId());
     EXPECT_EQ(read.getAlias(), QStringLiteral("alias"));
     EXPECT_EQ(read.getDavUrl(), QStringLiteral("https://dav.example")); // stored without the trailing slash
     EXPECT_EQ(read.getWebServiceUrl(), QStringLiteral("https://web.example"));
     EXPECT_EQ(read.getBinaryDiffEncoder(), QStringLiteral("encoder"));
-    EXPECT_EQ(servers->GetServerConfigByServers(server.getDavUrl(), server.getWebServiceUrl()).getId(), server.getId());
-    EXPECT_EQ(servers->GetAll().size(), 1U);
+    EXPECT_EQ(managers->servers->GetServerConfigByServers(server.getDavUrl(), server.getWebServiceUrl()).getId(),
+              server.getId());
+    EXPECT_EQ(managers->servers->GetAll().size(), 1U);
 }
 
 TEST_P(ManagerSuite, AccountComesBackWithoutItsPassword)
 {
     int const id = AddAccount(QStringLiteral("user"), 7);
-    AuthenticationConfiguration const read =
-        accounts->GetAuthenticationConfigurationByDomainAndUser(QStringLiteral("domain"), QStringLiteral("user"));
+    AuthenticationConfiguration const read = managers->accounts->GetAuthenticationConfigurationByDomainAndUser(
+        QStringLiteral("domain"), QStringLiteral("user"));
     EXPECT_EQ(read.getId(), id);
     EXPECT_EQ(read.getServerId(), 7);
     EXPECT_TRUE(read.getPassword().isNull());
@@ -158,13 +145,15 @@ TEST_P(ManagerSuite, UpdateRemovesAProductsSecret)
     product.setConsumerKey(QStringLiteral("key"));
     product.setConsumerSecret(QStringLiteral("secret"));
     product.setServerId(3);
-    ASSERT_TRUE(products->Add(product));
-    EXPECT_EQ(products->GetProductConfigurationById(product.getId()).getConsumerSecret(), QStringLiteral("secret"));
-    ASSERT_TRUE(products->Update(product));
+    ASSERT_TRUE(managers->products->Add(product));
+    EXPECT_EQ(managers->products->GetProductConfigurationById(product.getId()).getConsumerSecret(),
+              QStringLiteral("secret"));
+    ASSERT_TRUE(managers->products->Update(product));
     EXPECT_TRUE(Value(3, statements::GetProducts).isNull());
-    EXPECT_EQ(products->GetProductConfigurationByServerIdAndConsumerKey(3, QStringLiteral("key")).getId(),
+    EXPECT_EQ(managers->products->GetProductConfigurationByServerIdAndConsumerKey(3, QStringLiteral("key")).getId(),
               product.getId());
-    EXPECT_EQ(products->GetProductConfigurationByServerIdAndConsumerKey(4, QStringLiteral("key")).getId(), -1);
+    EXPECT_EQ(managers->products->GetProductConfigurationByServerIdAndConsumerKey(4, QStringLiteral("key")).getId(),
+              -1);
 }
 
 TEST_P(ManagerSuite, FolderComesBackComplete)
@@ -192,9 +181,9 @@ TEST_P(ManagerSuite, FolderComesBackComplete)
     folder.setServerRoot(QStringLiteral("/root"));
     folder.setProductConfigurationId(109);
     folder.setServerFolderId(QStringLiteral("folder id"));
-    ASSERT_TRUE(folders->Add(folder));
+    ASSERT_TRUE(managers->folders->Add(folder));
 
-    FolderConfiguration const read = folders->GetFolderConfigurationById(folder.getId());
+    FolderConfiguration const read = managers->folders->GetFolderConfigurationById(folder.getId());
     EXPECT_EQ(read.getId(), folder.getId());
     EXPECT_EQ(read.getAuthenticationId(), 101);
     EXPECT_EQ(read.getName(), QStringLiteral("name"));
@@ -251,9 +240,9 @@ TEST_P(ManagerSuite, FileComesBackComplete)
         file.serverFileVersionId = QStringLiteral("version id");
         file.checkSumMD5 = QStringLiteral("md5");
         file.fileDate = utc(4, 0);
-        ASSERT_TRUE(files->Add(file));
+        ASSERT_TRUE(managers->files->Add(file));
 
-        QVector<FileConfiguration> const all = files->GetAll(type);
+        QVector<FileConfiguration> const all = managers->files->GetAll(type);
         ASSERT_EQ(all.size(), 1);
         FileConfiguration const& read = all.front();
         EXPECT_EQ(read.id, file.id);
@@ -285,7 +274,7 @@ TEST_P(ManagerSuite, FileComesBackComplete)
 
 TEST_P(ManagerSuite, ScheduleKeepsItsWallClockTimes)
 {
-    ScheduleEntry schedule = schedules->GetDefaultScheduleEntry();
+    ScheduleEntry schedule = managers->schedules->GetDefaultScheduleEntry();
     ASSERT_NE(schedule.getId(), -1);
     EXPECT_EQ(schedule.getSyncInterval(), 30);
     schedule.setStartTime(QDateTime(QDate(2024, 7, 1), QTime(8, 0), Qt::LocalTime));
@@ -293,45 +282,45 @@ TEST_P(ManagerSuite, ScheduleKeepsItsWallClockTimes)
     schedule.setSyncScheduleType(sync::config::SyncSchedule(4));
     schedule.setFolderConfigId(12);
     schedule.setSyncInterval(5);
-    ASSERT_TRUE(schedules->Update(schedule));
+    ASSERT_TRUE(managers->schedules->Update(schedule));
 
-    ScheduleEntry const read = schedules->GetScheduleEntryById(schedule.getId());
+    ScheduleEntry const read = managers->schedules->GetScheduleEntryById(schedule.getId());
     EXPECT_EQ(read.getStartTime(), QDateTime(QDate(2024, 7, 1), QTime(8, 0), Qt::LocalTime));
     EXPECT_EQ(read.getExpireTime(), QDateTime(QDate(2024, 7, 1), QTime(20, 0), Qt::LocalTime));
     EXPECT_EQ(read.getSyncScheduleType(), 4);
     EXPECT_EQ(read.getFolderConfigId(), 12);
     EXPECT_EQ(read.getSyncInterval(), 5);
-    EXPECT_EQ(schedules->GetDefaultScheduleEntry().getId(), -1);
-    EXPECT_TRUE(schedules->Remove(schedule.getId()));
-    EXPECT_EQ(schedules->GetScheduleEntryById(schedule.getId()).getId(), -1);
+    EXPECT_EQ(managers->schedules->GetDefaultScheduleEntry().getId(), -1);
+    EXPECT_TRUE(managers->schedules->Remove(schedule.getId()));
+    EXPECT_EQ(managers->schedules->GetScheduleEntryById(schedule.getId()).getId(), -1);
 }
 
 // Missing rows.
 
 TEST_P(ManagerSuite, LookupsWithoutARowReturnADefaultRecord)
 {
-    EXPECT_EQ(servers->GetServerConfigById(1).getId(), -1);
-    EXPECT_EQ(accounts->GetAuthenticationConfigurationById(1).getId(), -1);
-    EXPECT_EQ(products->GetProductConfigurationById(1).getId(), -1);
-    EXPECT_EQ(folders->GetFolderConfigurationById(1).getId(), -1);
-    EXPECT_EQ(files->GetFileConfigurationById(1).id, -1);
-    EXPECT_EQ(schedules->GetScheduleEntryById(-5).getId(), -1);
+    EXPECT_EQ(managers->servers->GetServerConfigById(1).getId(), -1);
+    EXPECT_EQ(managers->accounts->GetAuthenticationConfigurationById(1).getId(), -1);
+    EXPECT_EQ(managers->products->GetProductConfigurationById(1).getId(), -1);
+    EXPECT_EQ(managers->folders->GetFolderConfigurationById(1).getId(), -1);
+    EXPECT_EQ(managers->files->GetFileConfigurationById(1).id, -1);
+    EXPECT_EQ(managers->schedules->GetScheduleEntryById(-5).getId(), -1);
 }
 
 TEST_P(ManagerSuite, WritesOfAMissingRowReturnTrue)
 {
-    EXPECT_TRUE(servers->Update(ServerConfiguration()));
-    EXPECT_TRUE(servers->Remove(1));
-    EXPECT_TRUE(accounts->Update(AuthenticationConfiguration()));
-    EXPECT_TRUE(accounts->Remove(1));
-    EXPECT_TRUE(products->Update(ProductConfiguration()));
-    EXPECT_TRUE(products->Remove(1));
-    EXPECT_TRUE(folders->Update(FolderConfiguration()));
-    EXPECT_TRUE(folders->Remove(1));
-    EXPECT_TRUE(files->Update(FileConfiguration()));
-    EXPECT_TRUE(files->RemoveFileConfigurationAndLinkedConfigurations(1));
-    EXPECT_TRUE(schedules->Update(ScheduleEntry()));
-    EXPECT_TRUE(schedules->Remove(-5));
+    EXPECT_TRUE(managers->servers->Update(ServerConfiguration()));
+    EXPECT_TRUE(managers->servers->Remove(1));
+    EXPECT_TRUE(managers->accounts->Update(AuthenticationConfiguration()));
+    EXPECT_TRUE(managers->accounts->Remove(1));
+    EXPECT_TRUE(managers->products->Update(ProductConfiguration()));
+    EXPECT_TRUE(managers->products->Remove(1));
+    EXPECT_TRUE(managers->folders->Update(FolderConfiguration()));
+    EXPECT_TRUE(managers->folders->Remove(1));
+    EXPECT_TRUE(managers->files->Update(FileConfiguration()));
+    EXPECT_TRUE(managers->files->RemoveFileConfigurationAndLinkedConfigurations(1));
+    EXPECT_TRUE(managers->schedules->Update(ScheduleEntry()));
+    EXPECT_TRUE(managers->schedules->Remove(-5));
 }
 
 TEST_P(ManagerSuite, FileTypeWithoutATableFails)
@@ -339,9 +328,9 @@ TEST_P(ManagerSuite, FileTypeWithoutATableFails)
     FileConfiguration file;
     file.clientPath = QStringLiteral("/a");
     file.fileType = sync::config::FileConfigurationType(9);
-    EXPECT_FALSE(files->Add(file));
+    EXPECT_FALSE(managers->files->Add(file));
     EXPECT_EQ(file.id, -1);
-    EXPECT_TRUE(files->GetAll(sync::config::FileConfigurationType(9)).isEmpty());
+    EXPECT_TRUE(managers->files->GetAll(sync::config::FileConfigurationType(9)).isEmpty());
 }
 
 // Joins.
@@ -353,12 +342,12 @@ TEST_P(ManagerSuite, ServerIsFoundFromAnAccountAFolderAndAFile)
     int const account = AddAccount(QStringLiteral("user"), server);
     FolderConfiguration const root = AddRoot(QStringLiteral("/r"), account);
     FileConfiguration const file = AddFile(QStringLiteral("/r/f"), root);
-    EXPECT_EQ(servers->GetServerConfigByAuthenticationId(account).getId(), server);
-    EXPECT_EQ(servers->GetServerConfigByFolderId(root.getId()).getId(), server);
-    EXPECT_EQ(servers->GetServerConfigByFileId(file.id).getId(), server);
-    EXPECT_TRUE(servers->Remove(server));
-    EXPECT_EQ(servers->GetServerConfigByFileId(file.id).getId(), -1);
-    EXPECT_EQ(accounts->GetAuthenticationConfigurationById(account).getServerId(), server);
+    EXPECT_EQ(managers->servers->GetServerConfigByAuthenticationId(account).getId(), server);
+    EXPECT_EQ(managers->servers->GetServerConfigByFolderId(root.getId()).getId(), server);
+    EXPECT_EQ(managers->servers->GetServerConfigByFileId(file.id).getId(), server);
+    EXPECT_TRUE(managers->servers->Remove(server));
+    EXPECT_EQ(managers->servers->GetServerConfigByFileId(file.id).getId(), -1);
+    EXPECT_EQ(managers->accounts->GetAuthenticationConfigurationById(account).getServerId(), server);
 }
 
 TEST_P(ManagerSuite, UpdatePasswordCountsAllAccountsOfTheName)
@@ -366,9 +355,10 @@ TEST_P(ManagerSuite, UpdatePasswordCountsAllAccountsOfTheName)
     AddAccount(QStringLiteral("user"), 1);
     AddAccount(QStringLiteral("user"), 2);
     AddAccount(QStringLiteral("other"), 1);
-    EXPECT_EQ(accounts->UpdatePassword(QStringLiteral("domain"), QStringLiteral("user"), QStringLiteral("new")), 2);
-    EXPECT_EQ(accounts->UpdatePassword(QStringLiteral("domain"), QStringLiteral("nobody"), QString()), 0);
-    EXPECT_EQ(accounts->GetDistinctAuthenticationConfigurations().size(), 2);
+    EXPECT_EQ(
+        managers->accounts->UpdatePassword(QStringLiteral("domain"), QStringLiteral("user"), QStringLiteral("new")), 2);
+    EXPECT_EQ(managers->accounts->UpdatePassword(QStringLiteral("domain"), QStringLiteral("nobody"), QString()), 0);
+    EXPECT_EQ(managers->accounts->GetDistinctAuthenticationConfigurations().size(), 2);
 }
 
 // Folders.
@@ -377,22 +367,22 @@ TEST_P(ManagerSuite, NewRootIsItsOwnRoot)
 {
     FolderConfiguration const root = AddRoot(QStringLiteral("/r"));
     EXPECT_EQ(root.getRootId(), root.getId());
-    EXPECT_EQ(folders->GetFolderConfigurationById(root.getId()).getRootId(), root.getId());
-    EXPECT_EQ(folders->GetAllRootFolders().size(), 1);
-    EXPECT_EQ(folders->GetRootFolderConfigurationCount(), 1);
+    EXPECT_EQ(managers->folders->GetFolderConfigurationById(root.getId()).getRootId(), root.getId());
+    EXPECT_EQ(managers->folders->GetAllRootFolders().size(), 1);
+    EXPECT_EQ(managers->folders->GetRootFolderConfigurationCount(), 1);
 }
 
 TEST_P(ManagerSuite, MissingFoldersAreAddedFromTheRootDown)
 {
     FolderConfiguration const root = AddRoot(QStringLiteral("/r"));
-    FolderConfiguration const made = folders->AddFolderAndParent(QStringLiteral("/r/a/b"), root);
-    FolderConfiguration const parent = folders->GetFolderConfigurationByClientPath(QStringLiteral("/r/a"));
+    FolderConfiguration const made = managers->folders->AddFolderAndParent(QStringLiteral("/r/a/b"), root);
+    FolderConfiguration const parent = managers->folders->GetFolderConfigurationByClientPath(QStringLiteral("/r/a"));
     ASSERT_NE(made.getId(), -1);
     EXPECT_EQ(made.getParentId(), parent.getId());
     EXPECT_EQ(parent.getParentId(), root.getId());
     EXPECT_EQ(made.getServerPath(), QStringLiteral("/server/r/a/b"));
-    EXPECT_EQ(folders->GetFolderConfigurationsByRootId(root.getId()).size(), 3);
-    EXPECT_EQ(folders->AddFolderAndParent(QStringLiteral("/r/a/b"), root).getId(), made.getId());
+    EXPECT_EQ(managers->folders->GetFolderConfigurationsByRootId(root.getId()).size(), 3);
+    EXPECT_EQ(managers->folders->AddFolderAndParent(QStringLiteral("/r/a/b"), root).getId(), made.getId());
 }
 
 TEST_P(ManagerSuite, ChildrenAreSortedByName)
@@ -401,7 +391,7 @@ TEST_P(ManagerSuite, ChildrenAreSortedByName)
     for (char const* name : {"b", "c", "a"})
         AddFolder(QStringLiteral("/r/") + QString::fromUtf8(name), root, root);
     QStringList names;
-    for (FolderConfiguration const& child : folders->GetFolderConfigurationByParentId(root.getId()))
+    for (FolderConfiguration const& child : managers->folders->GetFolderConfigurationByParentId(root.getId()))
         names.append(child.getName());
     EXPECT_EQ(names, QStringList({QStringLiteral("a"), QStringLiteral("b"), QStringLiteral("c")}));
 }
@@ -414,10 +404,10 @@ TEST_P(ManagerSuite, TreeIsRemovedWithItsFilesAndNothingElse)
     FileConfiguration const kept = AddFile(QStringLiteral("/r/f"), root);
     AddFile(QStringLiteral("/r/a/f"), a);
     AddFile(QStringLiteral("/r/a/b/f"), b);
-    EXPECT_TRUE(folders->RemoveFolderAndChildren(a.getId()));
-    EXPECT_EQ(folders->GetFolderConfigurationsByRootId(root.getId()).size(), 1);
-    ASSERT_EQ(files->GetAll().size(), 1);
-    EXPECT_EQ(files->GetAll().front().id, kept.id);
+    EXPECT_TRUE(managers->folders->RemoveFolderAndChildren(a.getId()));
+    EXPECT_EQ(managers->folders->GetFolderConfigurationsByRootId(root.getId()).size(), 1);
+    ASSERT_EQ(managers->files->GetAll().size(), 1);
+    EXPECT_EQ(managers->files->GetAll().front().id, kept.id);
 }
 
 TEST_P(ManagerSuite, CleanedRootIsRemovedWithItsFoldersAndFiles)
@@ -427,10 +417,10 @@ TEST_P(ManagerSuite, CleanedRootIsRemovedWithItsFoldersAndFiles)
     FolderConfiguration const a = AddFolder(QStringLiteral("/r/a"), root, root);
     AddFile(QStringLiteral("/r/a/f"), a);
     AddFile(QStringLiteral("/other/f"), other);
-    EXPECT_TRUE(folders->CleanRootFolder(root.getId()));
-    ASSERT_EQ(folders->GetAll().size(), 1);
-    EXPECT_EQ(folders->GetAll().front().getId(), other.getId());
-    EXPECT_EQ(Names(files->GetAll()), QStringList({QStringLiteral("f")}));
+    EXPECT_TRUE(managers->folders->CleanRootFolder(root.getId()));
+    ASSERT_EQ(managers->folders->GetAll().size(), 1);
+    EXPECT_EQ(managers->folders->GetAll().front().getId(), other.getId());
+    EXPECT_EQ(Names(managers->files->GetAll()), QStringList({QStringLiteral("f")}));
 
     // It is durable.
     auto const elsewhere = store->Open();
@@ -445,22 +435,23 @@ TEST_P(ManagerSuite, FoldersAndFilesOfMissingRootsAreFound)
     FolderConfiguration const orphan = AddFolder(QStringLiteral("/gone/a"), gone, gone);
     AddFile(QStringLiteral("/gone/a/orphan"), orphan);
     AddFile(QStringLiteral("/r/f"), root);
-    EXPECT_TRUE(folders->Remove(gone.getId()));
-    QVector<FolderConfiguration> const found = folders->GetFolderConfigurationsOfNonExistingRootFolders();
+    EXPECT_TRUE(managers->folders->Remove(gone.getId()));
+    QVector<FolderConfiguration> const found = managers->folders->GetFolderConfigurationsOfNonExistingRootFolders();
     ASSERT_EQ(found.size(), 1);
     EXPECT_EQ(found.front().getId(), orphan.getId());
-    EXPECT_EQ(Names(files->GetFileConfigurationsOfNonExistingRootFolders()), QStringList({QStringLiteral("orphan")}));
+    EXPECT_EQ(Names(managers->files->GetFileConfigurationsOfNonExistingRootFolders()),
+              QStringList({QStringLiteral("orphan")}));
 }
 
 TEST_P(ManagerSuite, FoldersOutOfSyncAndOfAnAccountAreFound)
 {
     FolderConfiguration root = AddRoot(QStringLiteral("/r"), 5);
-    EXPECT_FALSE(folders->IsAnyFolderConfigOutOfSync());
+    EXPECT_FALSE(managers->folders->IsAnyFolderConfigOutOfSync());
     root.setSyncStatus(sync::config::FolderStatusOutOfSync);
-    EXPECT_TRUE(folders->Update(root));
-    EXPECT_TRUE(folders->IsAnyFolderConfigOutOfSync());
-    EXPECT_TRUE(folders->IsInExistingAuthentication(5));
-    EXPECT_FALSE(folders->IsInExistingAuthentication(6));
+    EXPECT_TRUE(managers->folders->Update(root));
+    EXPECT_TRUE(managers->folders->IsAnyFolderConfigOutOfSync());
+    EXPECT_TRUE(managers->folders->IsInExistingAuthentication(5));
+    EXPECT_FALSE(managers->folders->IsInExistingAuthentication(6));
 }
 
 // Files.
@@ -472,7 +463,7 @@ TEST_P(ManagerSuite, FileWithAPathThatItsFolderHasIsUpdated)
     FileConfiguration const file = AddFile(QStringLiteral("/r/f"), root);
     EXPECT_EQ(AddFile(QStringLiteral("/r/f"), root).id, file.id);
     EXPECT_NE(AddFile(QStringLiteral("/r/f"), a).id, file.id);
-    EXPECT_EQ(files->GetAllFileConfigurationsByClientPath(QStringLiteral("/r/f")).size(), 2);
+    EXPECT_EQ(managers->files->GetAllFileConfigurationsByClientPath(QStringLiteral("/r/f")).size(), 2);
 }
 
 TEST_P(ManagerSuite, FilesAreSortedInEveryOrder)
@@ -495,10 +486,10 @@ TEST_P(ManagerSuite, FilesAreSortedInEveryOrder)
         file.lastOperationType = int(kept.size % 1000);
         file.createdDateTime = file.lastModifiedDateTime = QDateTime(QDate(2024, 1, kept.day), QTime(0, 0), Qt::UTC);
         file.setSyncStatus(sync::config::FileSynchronizationStatus(kept.day));
-        ASSERT_TRUE(files->Add(file));
+        ASSERT_TRUE(managers->files->Add(file));
     }
     auto const order = [&](int value) {
-        return Names(files->GetFileConfigurationsByFolderId(root.getId(), FileConfigOrderByEnum(value)))
+        return Names(managers->files->GetFileConfigurationsByFolderId(root.getId(), FileConfigOrderByEnum(value)))
             .join(QString());
     };
     EXPECT_EQ(order(FileConfigOrderById), QStringLiteral("bac"));
@@ -529,12 +520,13 @@ TEST_P(ManagerSuite, FilesAreFoundByAllBitsOfAnOption)
         file.clientPath = QStringLiteral("/r/") + file.name;
         file.folderConfigurationId = file.rootFolderId = root.getId();
         file.syncOption = option;
-        ASSERT_TRUE(files->Add(file));
+        ASSERT_TRUE(managers->files->Add(file));
     }
     QStringList found =
-        Names(files->GetFileConfigurationsWithSyncOption(root.getId(), sync::config::FileSyncOption(66)));
+        Names(managers->files->GetFileConfigurationsWithSyncOption(root.getId(), sync::config::FileSyncOption(66)));
     EXPECT_EQ(found, QStringList({QStringLiteral("66")}));
-    found = Names(files->GetFileConfigurationsWithSyncOption(root.getId(), sync::config::FileSyncOptionRepathRequired));
+    found = Names(
+        managers->files->GetFileConfigurationsWithSyncOption(root.getId(), sync::config::FileSyncOptionRepathRequired));
     found.sort();
     EXPECT_EQ(found, QStringList({QStringLiteral("64"), QStringLiteral("65"), QStringLiteral("66")}));
 }
@@ -547,16 +539,16 @@ TEST_P(ManagerSuite, SyncingFilesOfAFolderBecomeNotSynced)
     auto const add = [&](char const* name, FolderConfiguration const& folder, FileSynchronizationStatus status) {
         FileConfiguration file = AddFile(folder.getClientPath() + QString::fromUtf8(name), folder);
         file.setSyncStatus(status);
-        EXPECT_TRUE(files->Update(file));
+        EXPECT_TRUE(managers->files->Update(file));
         return file.id;
     };
     int const syncing = add("/a", root, FileSyncStatusSyncing);
     int const linked = add("/b", root, FileSyncStatusLinkDiscovered);
     int const elsewhere = add("/a", other, FileSyncStatusSyncing);
-    EXPECT_TRUE(files->UpdateSyncStatusFromSyncingToNotSynced(root.getId()));
-    EXPECT_EQ(files->GetFileConfigurationById(syncing).getSyncStatus(), FileSyncStatusNotSynced);
-    EXPECT_EQ(files->GetFileConfigurationById(linked).getSyncStatus(), FileSyncStatusLinkDiscovered);
-    EXPECT_EQ(files->GetFileConfigurationById(elsewhere).getSyncStatus(), FileSyncStatusSyncing);
+    EXPECT_TRUE(managers->files->UpdateSyncStatusFromSyncingToNotSynced(root.getId()));
+    EXPECT_EQ(managers->files->GetFileConfigurationById(syncing).getSyncStatus(), FileSyncStatusNotSynced);
+    EXPECT_EQ(managers->files->GetFileConfigurationById(linked).getSyncStatus(), FileSyncStatusLinkDiscovered);
+    EXPECT_EQ(managers->files->GetFileConfigurationById(elsewhere).getSyncStatus(), FileSyncStatusSyncing);
 }
 
 TEST_P(ManagerSuite, FileIsRemovedWithTheRowsOfItsGeneratedFiles)
@@ -570,35 +562,35 @@ TEST_P(ManagerSuite, FileIsRemovedWithTheRowsOfItsGeneratedFiles)
         generated.folderConfigurationId = generated.rootFolderId = root.getId();
         generated.fileType = FileConfigurationTypeGenerated;
         generated.parentFileId = parent;
-        ASSERT_TRUE(files->Add(generated));
+        ASSERT_TRUE(managers->files->Add(generated));
     }
-    EXPECT_TRUE(files->RemoveFileConfigurationAndLinkedConfigurations(file.id));
-    EXPECT_TRUE(files->GetAll().isEmpty());
-    ASSERT_EQ(files->GetAll(FileConfigurationTypeGenerated).size(), 1);
-    EXPECT_EQ(files->GetAll(FileConfigurationTypeGenerated).front().parentFileId, file.id + 1);
+    EXPECT_TRUE(managers->files->RemoveFileConfigurationAndLinkedConfigurations(file.id));
+    EXPECT_TRUE(managers->files->GetAll().isEmpty());
+    ASSERT_EQ(managers->files->GetAll(FileConfigurationTypeGenerated).size(), 1);
+    EXPECT_EQ(managers->files->GetAll(FileConfigurationTypeGenerated).front().parentFileId, file.id + 1);
 }
 
 // Transactions and scopes.
 
 TEST_P(ManagerSuite, TransactionOfTheFileManagerIncludesAllManagers)
 {
-    ASSERT_TRUE(files->transaction());
+    ASSERT_TRUE(managers->files->transaction());
     FolderConfiguration const root = AddRoot(QStringLiteral("/r"));
     AddFile(QStringLiteral("/r/f"), root);
     AddServerRecord(QStringLiteral("https://dav.example"));
-    EXPECT_FALSE(files->transaction());
-    EXPECT_TRUE(files->rollback());
-    EXPECT_FALSE(files->rollback());
-    folders->ClearCaches();
-    EXPECT_TRUE(folders->GetAll().isEmpty());
-    EXPECT_TRUE(files->GetAll().isEmpty());
-    EXPECT_TRUE(servers->GetAll().empty());
+    EXPECT_FALSE(managers->files->transaction());
+    EXPECT_TRUE(managers->files->rollback());
+    EXPECT_FALSE(managers->files->rollback());
+    managers->folders->ClearCaches();
+    EXPECT_TRUE(managers->folders->GetAll().isEmpty());
+    EXPECT_TRUE(managers->files->GetAll().isEmpty());
+    EXPECT_TRUE(managers->servers->GetAll().empty());
 
-    ASSERT_TRUE(files->transaction());
+    ASSERT_TRUE(managers->files->transaction());
     FolderConfiguration const kept = AddRoot(QStringLiteral("/kept"));
-    EXPECT_TRUE(folders->CleanRootFolder(kept.getId()));
+    EXPECT_TRUE(managers->folders->CleanRootFolder(kept.getId()));
     AddRoot(QStringLiteral("/kept"));
-    EXPECT_TRUE(files->commit());
+    EXPECT_TRUE(managers->files->commit());
     auto const elsewhere = store->Open();
     ASSERT_NE(elsewhere, nullptr);
     EXPECT_EQ(sync::config::FolderConfigManager(elsewhere, nullptr).GetAll().size(), 1);
@@ -610,7 +602,7 @@ TEST_P(ManagerSuite, OperationsInTheClientsScopeAreDurableAfterItsEnd)
         sync::database::TransactionalScope const scope;
         FolderConfiguration const root = AddRoot(QStringLiteral("/r"));
         AddFile(QStringLiteral("/r/f"), root);
-        EXPECT_TRUE(files->GetAll(sync::config::FileConfigurationType(9)).isEmpty());
+        EXPECT_TRUE(managers->files->GetAll(sync::config::FileConfigurationType(9)).isEmpty());
         AddFile(QStringLiteral("/r/g"), root);
     }
     auto const elsewhere = store->Open();

@@ -78,12 +78,7 @@ Session::Session(SessionOptions const& options, StoreAccess access)
     if (!_store)
         throw Failure(ExitStatus::StoreFailed, Printable(error));
 
-    _folders = std::make_shared<sync::config::FolderConfigManager>(_store, nullptr);
-    _files = std::make_unique<sync::config::FileConfigManager>(_store, nullptr, _folders);
-    _servers = std::make_unique<sync::config::ServerConfigManager>(_store);
-    _accounts = std::make_unique<sync::config::AuthenticationConfigManager>(_store);
-    _products = std::make_unique<sync::config::ProductConfigManager>(_store);
-    _schedules = std::make_unique<sync::config::ScheduleEntryManager>(_store);
+    _managers.emplace(_store);
     _queries = std::make_unique<StoreQueries>(_store);
 }
 

@@ -2,19 +2,14 @@
 
 #include "Output.h"
 
-#include "config/AuthenticationConfigManager.h"
-#include "config/FileConfigManager.h"
-#include "config/FolderConfigManager.h"
-#include "config/ProductConfigManager.h"
-#include "config/ScheduleEntryManager.h"
-#include "config/ServerConfigManager.h"
+#include "config/Managers.h"
 
 #include <QFile>
 #include <QString>
 #include <QStringList>
 
 #include <memory>
-#include <utility>
+#include <optional>
 
 namespace sync::database {
 class SqliteDatabaseFactory;
@@ -58,12 +53,12 @@ public:
     /// Returns whether this session has created the store.
     bool isNew() const { return _isNew; }
 
-    sync::config::FolderConfigManager& folders() { return *_folders; }
-    sync::config::FileConfigManager& files() { return *_files; }
-    sync::config::ServerConfigManager& servers() { return *_servers; }
-    sync::config::AuthenticationConfigManager& accounts() { return *_accounts; }
-    sync::config::ProductConfigManager& products() { return *_products; }
-    sync::config::ScheduleEntryManager& schedules() { return *_schedules; }
+    sync::config::FolderConfigManager& folders() { return *_managers->folders; }
+    sync::config::FileConfigManager& files() { return *_managers->files; }
+    sync::config::ServerConfigManager& servers() { return *_managers->servers; }
+    sync::config::AuthenticationConfigManager& accounts() { return *_managers->accounts; }
+    sync::config::ProductConfigManager& products() { return *_managers->products; }
+    sync::config::ScheduleEntryManager& schedules() { return *_managers->schedules; }
     /// Queries that no manager offers.
     StoreQueries& queries() { return *_queries; }
     Output& output() { return _output; }
@@ -102,12 +97,7 @@ private:
     QFile _stdout;
     Output _output;
     std::shared_ptr<sync::database::SqliteDatabaseFactory> _store;
-    std::shared_ptr<sync::config::FolderConfigManager> _folders;
-    std::unique_ptr<sync::config::FileConfigManager> _files;
-    std::unique_ptr<sync::config::ServerConfigManager> _servers;
-    std::unique_ptr<sync::config::AuthenticationConfigManager> _accounts;
-    std::unique_ptr<sync::config::ProductConfigManager> _products;
-    std::unique_ptr<sync::config::ScheduleEntryManager> _schedules;
+    std::optional<sync::config::Managers> _managers;
     std::unique_ptr<StoreQueries> _queries;
 };
 

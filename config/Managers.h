@@ -1,0 +1,38 @@
+#pragma once
+
+#include "config/AuthenticationConfigManager.h"
+#include "config/FileConfigManager.h"
+#include "config/FolderConfigManager.h"
+#include "config/ProductConfigManager.h"
+#include "config/ScheduleEntryManager.h"
+#include "config/ServerConfigManager.h"
+#include "config/TandryConfigurationExport.h"
+
+#include <memory>
+
+namespace sync::interf {
+class IRefreshNativeFileViewer;
+namespace factory {
+class IDatabaseFactory;
+}
+} // namespace sync::interf
+
+namespace sync::config {
+
+/// The six managers of one store. Each may outlive the others.
+struct TANDRY_CONFIGURATION_EXPORT Managers
+{
+    /// Keeps a share of each argument in the managers and makes no call on the store. With a null refresh object the
+    /// shell is never refreshed; the factory must not be null.
+    explicit Managers(std::shared_ptr<sync::interf::factory::IDatabaseFactory> const& databaseFactory,
+                      std::shared_ptr<sync::interf::IRefreshNativeFileViewer> const& refreshNativeFileViewer = nullptr);
+
+    std::shared_ptr<ServerConfigManager> servers;
+    std::shared_ptr<AuthenticationConfigManager> accounts;
+    std::shared_ptr<ProductConfigManager> products;
+    std::shared_ptr<FolderConfigManager> folders;
+    std::shared_ptr<FileConfigManager> files;
+    std::shared_ptr<ScheduleEntryManager> schedules;
+};
+
+} // namespace sync::config
