@@ -302,13 +302,13 @@ TEST_F(FileManagerRemoval, GoesThroughOverridesOfTheLookUps)
 TEST_F(FileManagerRemoval, BracketsGoToADatabaseObjectThatIsReleasedAndGiveItsAnswerBack)
 {
     for (bool answer : {true, false}) {
-        store->SetBracketAnswer(answer);
+        store->SetTransactionResult(answer);
         EXPECT_EQ(manager.transaction(), answer);
         EXPECT_EQ(manager.commit(), answer);
         EXPECT_EQ(manager.rollback(), answer);
         EXPECT_EQ(store->LiveObjects(), 0);
     }
-    EXPECT_THAT(store->Brackets(),
+    EXPECT_THAT(store->TransactionCalls(),
                 ElementsAre("transaction"_q, "commit"_q, "rollback"_q, "transaction"_q, "commit"_q, "rollback"_q));
     EXPECT_EQ(store->QueriesCreated(), 0);
 }

@@ -309,7 +309,7 @@ TEST_P(StoreOpening, RefusalLeavesWhatAnotherProgramLeftBehind)
 {
     MakeLeftBehindStore();
     int const root = InChildProcess([&] {
-        return RawStore(Path(), RawStore::LeavingLog)
+        return RawStore(Path(), RawStore::KeepLog)
             .Value(QStringLiteral("SELECT rootpage FROM sqlite_schema WHERE name = 'FolderConfiguration'"))
             .toInt();
     });

@@ -6,20 +6,20 @@
 
 namespace tandry::test {
 
-/// A process that runs a function and ends with its result as exit status, without the test program's own clean-up.
+/// A forked process that runs a function and exits with its result, without the destructors of the test program.
 ///
-/// Copied from this process, without its other threads. No store may be open here: the copy would take its locks for
-/// its own. `OtherProgram` is for that.
+/// The child has only the forking thread, and no store may be open when it is forked: SQLite would assume that the
+/// child holds the parent's locks. Use `OtherProgram` if a store is open.
 class ChildProcess
 {
 public:
     explicit ChildProcess(std::function<int()> const& function);
-    /// Waits for a process that was not waited for.
+    /// Waits for the process unless `Wait` has been called.
     ~ChildProcess();
     ChildProcess(ChildProcess const&) = delete;
     ChildProcess& operator=(ChildProcess const&) = delete;
 
-    /// The exit status, or minus the signal that ended the process.
+    /// Waits for the process; returns its exit status, or the negative number of the signal that ended it.
     int Wait();
 
     pid_t id() const { return _id; }
@@ -28,13 +28,13 @@ private:
     pid_t _id = -1;
 };
 
-/// Runs the function in a process of its own and gives its result.
+/// Runs the function in a child process and returns its result.
 int InChildProcess(std::function<int()> const& function);
 
-/// Ends the calling process at once, as a crash would.
+/// Kills the calling process immediately.
 [[noreturn]] void Crash();
 
-/// Takes the rights of root from the calling process, if it has them: nothing is forbidden to root.
+/// Makes the calling process an unprivileged user if it is root, so that file permissions apply to it.
 void DropRights();
 
 } // namespace tandry::test

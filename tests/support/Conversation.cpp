@@ -27,20 +27,20 @@ Execution Written(char const* statement, std::vector<Bound> const& bindings)
 
 void ExpectConversation(RecordingStore const& store, std::vector<Execution> const& expected)
 {
-    std::vector<Execution> const& said = store.Executions();
-    for (std::size_t i = 0; i < std::max(said.size(), expected.size()); ++i) {
+    std::vector<Execution> const& actual = store.Executions();
+    for (std::size_t i = 0; i < std::max(actual.size(), expected.size()); ++i) {
         SCOPED_TRACE("statement " + std::to_string(i + 1));
         if (i >= expected.size()) {
-            ADD_FAILURE() << "not expected: " << testing::PrintToString(said[i].statement);
+            ADD_FAILURE() << "unexpected: " << testing::PrintToString(actual[i].statement);
             continue;
         }
-        if (i >= said.size()) {
-            ADD_FAILURE() << "never said: " << testing::PrintToString(expected[i].statement);
+        if (i >= actual.size()) {
+            ADD_FAILURE() << "missing: " << testing::PrintToString(expected[i].statement);
             continue;
         }
-        EXPECT_EQ(said[i].statement, expected[i].statement);
-        EXPECT_EQ(said[i].bindings, expected[i].bindings);
-        EXPECT_EQ(said[i].scopeDepth, expected[i].scopeDepth);
+        EXPECT_EQ(actual[i].statement, expected[i].statement);
+        EXPECT_EQ(actual[i].bindings, expected[i].bindings);
+        EXPECT_EQ(actual[i].scopeDepth, expected[i].scopeDepth);
     }
 }
 

@@ -12,7 +12,7 @@
 
 namespace tandry::test {
 
-/// A binding in an expected conversation: {":id", 7}. Without a value it is the default-constructed one, NULL.
+/// An expected binding, such as {":id", 7}. Without a value it is a default-constructed QVariant, which means NULL.
 struct Bound : Binding
 {
     explicit Bound(char const* name)
@@ -32,20 +32,20 @@ struct Bound : Binding
     {}
 };
 
-/// An expected statement that only reads, and so runs outside all scopes.
+/// Returns an expected statement that reads, outside all scopes.
 Execution Read(char const* statement, std::vector<Bound> const& bindings = {});
 
-/// An expected statement that runs in one scope of its own.
+/// Returns an expected statement that writes, in a scope of depth 1.
 Execution Written(char const* statement, std::vector<Bound> const& bindings = {});
 
-/// Expects exactly these statements, word by word: text, placeholders in order, types and values, depth of scopes.
-/// `succeeded` isn't compared.
+/// Expects exactly these statements, with the same texts, placeholders in order, types, values and scope depths. Does
+/// not compare `succeeded`.
 void ExpectConversation(RecordingStore const& store, std::vector<Execution> const& expected);
 
-/// The "NameValueXml" document with one entry.
+/// Returns the "NameValueXml" document with one entry.
 QString OneProperty(char const* key, char const* value);
 
-/// The "NameValueXml" document without entries.
+/// Returns the "NameValueXml" document without entries.
 QString NoProperties();
 
 } // namespace tandry::test

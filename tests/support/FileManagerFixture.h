@@ -12,7 +12,7 @@
 #include <memory>
 #include <vector>
 
-/// The beginning of every SELECT on the tables of files.
+/// The beginning of every SELECT from the tables of files.
 #define FILE_COLUMNS                                                                                                   \
     "SELECT id, folderConfigurationId, name, clientPath, serverPath, checkSum, createdDateTime, "                      \
     "lastModifiedDateTime, "                                                                                           \
@@ -22,8 +22,7 @@
 
 namespace tandry::test {
 
-/// A file manager that talks to a recording store, with a folder side that fails on any call that a test doesn't
-/// expect.
+/// A file manager on a recording store, with a strict mock of the folder manager.
 class FileManagerFixture : public testing::Test
 {
 protected:
@@ -31,7 +30,7 @@ protected:
         : manager(store, refresh, folders)
     {}
 
-    /// What the last statement was given for a placeholder.
+    /// Returns the value that was bound to a placeholder of the last statement.
     QVariant LastBound(char const* placeholder) const
     {
         for (Binding const& binding : store->Executions().back().bindings) {

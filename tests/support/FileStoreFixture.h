@@ -16,7 +16,7 @@
 
 namespace tandry::test {
 
-/// The file manager and the folder manager on a store of their own, and a folder `root` on disk for the files.
+/// A file manager and a folder manager on a new store, and a directory `rootPath` for files.
 class FileStoreFixture : public StoreFixture
 {
 protected:
@@ -34,7 +34,7 @@ protected:
         files = std::make_unique<sync::config::FileConfigManager>(store, refresh, folders);
     }
 
-    /// Closes the store and opens it anew: what a test then reads was on the disk.
+    /// Closes the store and opens it again, so that the test reads what was written to the disk.
     void Reopen()
     {
         files.reset();
@@ -43,7 +43,7 @@ protected:
         MakeManagers();
     }
 
-    /// A root on record with the server path /server.
+    /// Adds a root with the server path /server.
     sync::config::FolderConfiguration AddRoot(QString const& clientPath, int authenticationId = 4)
     {
         sync::config::FolderConfiguration root;
@@ -55,7 +55,7 @@ protected:
         return root;
     }
 
-    /// A file on record, with nothing but what is given.
+    /// Adds a file with these members and otherwise defaults.
     sync::config::FileConfiguration
     AddFile(QString const& clientPath,
             int folderId,
@@ -73,7 +73,7 @@ protected:
         return file;
     }
 
-    /// An empty file on disk, with its folders; the absolute path.
+    /// Creates an empty file with its directories and returns its absolute path.
     QString MakeFile(QString const& path)
     {
         QString absolute = folder.filePath(path);

@@ -16,7 +16,6 @@ QMap<QString, QByteArray> FolderContents(QString const& folder)
     return contents;
 }
 
-/// Another process reads: closing the file in this one would drop the locks that an open store holds on it.
 QByteArray ReadFile(QString const& path)
 {
     QProcess reader;

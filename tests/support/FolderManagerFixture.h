@@ -19,7 +19,7 @@
 
 namespace tandry::test {
 
-/// A folder manager over the recording store.
+/// A folder manager on a recording store.
 class FolderManagerTest : public testing::Test
 {
 protected:
@@ -30,7 +30,7 @@ protected:
         EXPECT_EQ(sync::database::TransactionalScope::Depth(), 0) << "an operation left a scope open";
     }
 
-    /// Plays one row for each id.
+    /// Makes the next SELECT return one row for each id.
     void PlayFolders(std::vector<std::pair<int, sync::config::FolderConfiguration>> const& folders)
     {
         std::vector<Row> rows;
@@ -40,7 +40,7 @@ protected:
         store->PlayRows(std::move(rows));
     }
 
-    /// For a SELECT that finds nothing.
+    /// Makes the next SELECT find nothing.
     void PlayNothing() { store->PlayRows({}); }
 
     std::shared_ptr<RecordingStore> store = std::make_shared<RecordingStore>();
@@ -48,9 +48,9 @@ protected:
     sync::config::FolderConfigManager manager{store, refresh};
 };
 
-/// What happens in and around a folder manager, in order, each with the depth of scopes behind it: the operations that
-/// are called through the virtual interface ("Remove 7 @0"), the statements ("exec DeleteById @1", with "fails" when
-/// they do) and what the shell hears ("shell /a @1").
+/// Records the events of a folder manager in order, each with the scope depth: calls through the virtual interface
+/// ("Remove 7 @0"), statements ("exec DeleteById @1", with "fails" if they do) and refreshes of the shell ("shell /a
+/// @1").
 class FolderEvents
 {
 public:
@@ -64,7 +64,7 @@ public:
         _events.push_back(event + " @%1"_q.arg(sync::database::TransactionalScope::Depth()));
     }
 
-    /// The events since the last call.
+    /// Returns the events since the last call.
     std::vector<QString> Take()
     {
         _AddExecutions();
@@ -86,7 +86,7 @@ private:
     std::vector<QString> _events;
 };
 
-/// A refresh object that tells the events what it was handed.
+/// A refresh object that records its calls as events.
 class LoggedRefresh : public sync::interf::IRefreshNativeFileViewer
 {
 public:
@@ -100,7 +100,7 @@ private:
     FolderEvents& _events;
 };
 
-/// A folder manager that overrides each operation, tells the events of the call and goes on as the manager does.
+/// A folder manager that records each call as an event before it runs the operation.
 class LoggedFolderManager : public sync::config::FolderConfigManager
 {
 public:
@@ -202,7 +202,7 @@ private:
     FolderEvents& _events;
 };
 
-/// A manager whose events are kept, over the recording store.
+/// A folder manager on a recording store, with its events.
 class FolderEventsTest : public FolderManagerTest
 {
 protected:

@@ -2,8 +2,8 @@
 
 #include <QString>
 
-/// The statements that the folder manager must send, each in full: written down apart from the library's own constants,
-/// so that a change there shows.
+/// The statements that the folder manager must send. Copies of the library's constants, so that the tests detect a
+/// change of those.
 namespace tandry::test::folder_texts {
 
 const QString Columns =
@@ -57,7 +57,7 @@ const QString CountRoots = QStringLiteral("SELECT count(*) from FolderConfigurat
 const QString DeleteFilesByFolder =
     QStringLiteral("DELETE FROM FileConfiguration WHERE folderConfigurationId = :folderConfigurationId;");
 
-/// The name of the constant that a statement is, or the statement itself.
+/// Returns the name of the constant with this text, or the text itself.
 inline QString NameOf(QString const& statement)
 {
     struct Known

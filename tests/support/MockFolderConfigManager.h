@@ -9,7 +9,7 @@
 
 namespace tandry::test {
 
-/// The folder side as the file side sees it.
+/// A mock of the folder manager for tests of the file manager.
 class MockFolderConfigManager : public sync::interf::IFolderConfigManager
 {
 public:

@@ -5,7 +5,8 @@
 
 #include <ostream>
 
-/// Readable texts in the messages of failed expectations, where a QString would be a list of numbers.
+// GoogleTest prints a QString as a list of numbers and a QByteArray likewise; these make failure messages readable.
+
 inline void PrintTo(QString const& text, std::ostream* out)
 {
     if (text.isNull())
@@ -21,7 +22,7 @@ inline void PrintTo(QByteArray const& bytes, std::ostream* out)
 
 namespace tandry::test {
 
-/// "text"_q is a QString.
+/// Makes "text"_q a QString.
 inline QString operator""_q(char const* text, std::size_t size)
 {
     return QString::fromUtf8(text, static_cast<int>(size));

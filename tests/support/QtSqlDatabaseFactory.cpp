@@ -53,9 +53,8 @@ constexpr Table Tables[] = {
      "folderConfigurationId INTEGER, startTime TEXT, expireTime TEXT, syncScheduleType INTEGER, syncInterval INTEGER"},
 };
 
-/// Whether the engine keeps a text as it is given when it comes in UTF-16: it takes lone surrogates and the last two
-/// codes of the first plane for mistakes and puts U+FFFD in their place.
-bool CanBeKept(QString const& text)
+/// Whether SQLite stores a UTF-16 text unchanged: it replaces lone surrogates, U+FFFE and U+FFFF by U+FFFD.
+bool IsStoredUnchanged(QString const& text)
 {
     for (int i = 0; i < text.size(); ++i) {
         bool const isPair = text[i].isHighSurrogate() && i + 1 < text.size() && text[i + 1].isLowSurrogate();
@@ -68,7 +67,7 @@ bool CanBeKept(QString const& text)
 
 } // namespace
 
-/// The connection, which factory and queries share, with its transaction.
+/// The connection with its transaction, shared by the factory and its queries.
 class QtSqlConnection : public sync::database::ScopeParticipant, public std::enable_shared_from_this<QtSqlConnection>
 {
 public:
@@ -77,7 +76,7 @@ public:
     {
         QSqlDatabase database = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), _name);
         database.setDatabaseName(path);
-        // Another connection may hold the file; a test that waits for it has nothing to gain.
+        // A lock of another connection belongs to the same thread, so waiting is pointless.
         database.setConnectOptions(QStringLiteral("QSQLITE_BUSY_TIMEOUT=50"));
     }
 
@@ -85,7 +84,7 @@ public:
     {
         if (_transaction == Transaction::Scope) {
             TransactionalScope::Leave(*this);
-            static_cast<void>(Say("COMMIT"));
+            static_cast<void>(RunStatement("COMMIT"));
         }
         database().close();
         QSqlDatabase::removeDatabase(_name);
@@ -100,15 +99,15 @@ public:
         QSqlQuery version(QStringLiteral("PRAGMA user_version"), database());
         if (!version.next())
             return false;
-        return version.value(0).toInt() == 1 || MakeTables();
+        return version.value(0).toInt() == 1 || CreateTables();
     }
 
-    /// To be called before each statement that writes.
-    bool BeginScopeIfThereIsOne()
+    /// Call it before each statement that writes.
+    bool BeginOpenScope()
     {
         if (_transaction != Transaction::None || TransactionalScope::Depth() == 0)
             return true;
-        if (!Say("BEGIN IMMEDIATE"))
+        if (!RunStatement("BEGIN IMMEDIATE"))
             return false;
         _transaction = Transaction::Scope;
         TransactionalScope::Join(*this);
@@ -118,23 +117,23 @@ public:
     bool CommitScope() noexcept override
     {
         _transaction = Transaction::None;
-        return Say("COMMIT");
+        return RunStatement("COMMIT");
     }
 
-    bool BeginBracket()
+    bool BeginClientTransaction()
     {
-        if (_transaction != Transaction::None || TransactionalScope::Depth() > 0 || !Say("BEGIN IMMEDIATE"))
+        if (_transaction != Transaction::None || TransactionalScope::Depth() > 0 || !RunStatement("BEGIN IMMEDIATE"))
             return false;
-        _transaction = Transaction::Bracket;
+        _transaction = Transaction::Client;
         return true;
     }
 
-    bool EndBracket(char const* statement)
+    bool EndClientTransaction(char const* statement)
     {
-        if (_transaction != Transaction::Bracket)
+        if (_transaction != Transaction::Client)
             return false;
         _transaction = Transaction::None;
-        return Say(statement);
+        return RunStatement(statement);
     }
 
 private:
@@ -142,12 +141,15 @@ private:
     {
         None,
         Scope,
-        Bracket,
+        Client,
     };
 
-    bool Say(char const* statement) const { return QSqlQuery(database()).exec(QString::fromLatin1(statement)); }
+    bool RunStatement(char const* statement) const
+    {
+        return QSqlQuery(database()).exec(QString::fromLatin1(statement));
+    }
 
-    bool MakeTables() const
+    bool CreateTables() const
     {
         QStringList statements{QStringLiteral("BEGIN IMMEDIATE")};
         for (Table const& table : Tables)
@@ -189,7 +191,7 @@ public:
         _prepared = _query.prepare(statement);
         if (!_prepared)
             return false;
-        // Qt refuses to run a statement with a placeholder that has no value.
+        // Qt refuses to run a statement with an unbound placeholder.
         static QRegularExpression const placeholder(QStringLiteral(":[A-Za-z]+"));
         for (auto match = placeholder.globalMatch(statement); match.hasNext();)
             _query.bindValue(match.next().captured(), QVariant());
@@ -200,21 +202,21 @@ public:
     {
         if (value.userType() == QMetaType::QDateTime) {
             QDateTime date = value.toDateTime();
-            date.setTimeSpec(Qt::UTC); // the clock reading is what is kept
+            date.setTimeSpec(Qt::UTC); // keep the clock reading
             _query.bindValue(placeholder, date.isValid() ? date.toString(Qt::ISODateWithMs) : QVariant());
             return;
         }
-        if (value.userType() == QMetaType::QString && !CanBeKept(value.toString()))
+        if (value.userType() == QMetaType::QString && !IsStoredUnchanged(value.toString()))
             _refused = true;
         _query.bindValue(placeholder, value);
     }
 
     bool exec() override
     {
-        if (!_prepared || _refused || (_writes && !_connection->BeginScopeIfThereIsOne()))
+        if (!_prepared || _refused || (_writes && !_connection->BeginOpenScope()))
             return false;
         bool const succeeded = _query.exec();
-        _lastInsertId = _query.lastInsertId(); // Qt asks the connection, which other queries share
+        _lastInsertId = _query.lastInsertId(); // Qt reads the connection's last id, which other queries change
         return succeeded;
     }
 
@@ -223,7 +225,7 @@ public:
 
     QVariant value(int column) override
     {
-        // Qt would say on the console that there is no such value.
+        // Qt would print a warning for a missing value.
         return _query.isValid() && column >= 0 && column < _query.record().count() ? _query.value(column) : QVariant();
     }
 
@@ -234,7 +236,7 @@ public:
 
 private:
     std::shared_ptr<QtSqlConnection> _connection;
-    QSqlQuery _query; // goes before the connection does
+    QSqlQuery _query; // must be destroyed before the connection
     QVariant _lastInsertId;
     bool _prepared = false;
     bool _refused = false;
@@ -248,9 +250,9 @@ public:
         : _connection(std::move(connection))
     {}
 
-    bool transaction() override { return _connection->BeginBracket(); }
-    bool commit() override { return _connection->EndBracket("COMMIT"); }
-    bool rollback() override { return _connection->EndBracket("ROLLBACK"); }
+    bool transaction() override { return _connection->BeginClientTransaction(); }
+    bool commit() override { return _connection->EndClientTransaction("COMMIT"); }
+    bool rollback() override { return _connection->EndClientTransaction("ROLLBACK"); }
 
 private:
     std::shared_ptr<QtSqlConnection> _connection;

@@ -10,18 +10,18 @@ namespace tandry::test {
 
 class QtSqlConnection;
 
-/// A store over Qt SQL: the least that the interfaces ask for, by other means than the SQLite store's, so that nothing
-/// which both keep can be an accident of the one.
+/// A minimal store over Qt SQL. It shares no code with the project's own store, so that the store suite does not test
+/// peculiarities of that one.
 ///
-/// For one thread. Dates are kept as ISO texts, statements are prepared for each query, and the file is an SQLite
-/// database by the engine's own defaults.
+/// For one thread. It stores dates as ISO texts and prepares a statement for each query; the file is an SQLite database
+/// with SQLite's default settings.
 class QtSqlDatabaseFactory : public sync::interf::factory::IDatabaseFactory
 {
 public:
-    /// Opens the file and makes the tables where there are none; null when that fails.
+    /// Opens the file, and creates the tables if there are none. Returns null on failure.
     static std::shared_ptr<QtSqlDatabaseFactory> Open(QString const& path);
 
-    /// Takes back an open bracket; what an open scope wrote stays.
+    /// Rolls back an open client transaction and commits an open scope.
     ~QtSqlDatabaseFactory() override;
 
     std::shared_ptr<sync::interf::IQSqlDatabaseWrapper> CreateDatabase() override;

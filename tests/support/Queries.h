@@ -12,12 +12,12 @@
 #include <utility>
 #include <vector>
 
-/// Short ways to talk to a store as a client of its query objects does.
+/// Short forms of common uses of a store's queries.
 namespace tandry::test {
 
 using Bindings = std::initializer_list<std::pair<char const*, QVariant>>;
 
-/// A query with its statement prepared and its values bound.
+/// Returns a query with its statement prepared and its values bound.
 inline std::shared_ptr<sync::interf::IQSqlQueryWrapper>
 Prepared(sync::interf::factory::IDatabaseFactory& factory, QString const& statement, Bindings bindings = {})
 {
@@ -28,13 +28,13 @@ Prepared(sync::interf::factory::IDatabaseFactory& factory, QString const& statem
     return query;
 }
 
-/// The answer of `exec`.
+/// Runs a statement and returns the result of `exec`.
 inline bool Execute(sync::interf::factory::IDatabaseFactory& factory, QString const& statement, Bindings bindings = {})
 {
     return Prepared(factory, statement, bindings)->exec();
 }
 
-/// The first column of all rows.
+/// Returns the first column of all rows.
 inline std::vector<QVariant>
 Column(sync::interf::factory::IDatabaseFactory& factory, QString const& statement, Bindings bindings = {})
 {
@@ -47,7 +47,7 @@ Column(sync::interf::factory::IDatabaseFactory& factory, QString const& statemen
     return values;
 }
 
-/// The first column of the first row; invalid without one.
+/// Returns the first column of the first row, or an invalid value if there is none.
 inline QVariant
 Single(sync::interf::factory::IDatabaseFactory& factory, QString const& statement, Bindings bindings = {})
 {
@@ -55,7 +55,7 @@ Single(sync::interf::factory::IDatabaseFactory& factory, QString const& statemen
     return values.empty() ? QVariant() : values.front();
 }
 
-/// Adds a server with this alias, the smallest row that a store can take.
+/// Adds a server with this alias and no other value.
 inline bool AddServer(sync::interf::factory::IDatabaseFactory& factory, QString const& alias)
 {
     return Execute(

@@ -13,7 +13,7 @@ RawStore::RawStore(QString const& path, Closing closing)
     EXPECT_EQ(sqlite3_open_v2(QFile::encodeName(path).constData(), &_handle, SQLITE_OPEN_READWRITE, nullptr), SQLITE_OK)
         << sqlite3_errmsg(_handle);
     sqlite3_busy_timeout(_handle, 5000);
-    sqlite3_db_config(_handle, SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, closing == LeavingLog ? 1 : 0, nullptr);
+    sqlite3_db_config(_handle, SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, closing == KeepLog ? 1 : 0, nullptr);
 }
 
 RawStore::~RawStore()

@@ -11,34 +11,34 @@ struct sqlite3;
 
 namespace tandry::test {
 
-/// A handle of the engine's own on a store file, to look at rows, and to change them, behind the store's back.
+/// Reads and changes a store file directly with SQLite.
 ///
-/// Texts come back as `QString`, integers as `qlonglong`, NULL as an invalid value; a date-time as the integer that it
-/// is kept as. A statement that fails fails the test.
+/// Returns texts as `QString`, integers as `qlonglong`, NULL as an invalid value and a date-time as the integer that is
+/// stored. Fails the test if a statement fails.
 class RawStore
 {
 public:
-    /// What happens, when it is closed, to a log that a program left behind.
+    /// What the destructor does with a write-ahead log.
     enum Closing
     {
-        WorkingOffLog,
-        LeavingLog,
+        CheckpointLog,
+        KeepLog,
     };
 
-    explicit RawStore(QString const& path, Closing closing = WorkingOffLog);
+    explicit RawStore(QString const& path, Closing closing = CheckpointLog);
     ~RawStore();
     RawStore(RawStore const&) = delete;
     RawStore& operator=(RawStore const&) = delete;
 
-    /// Runs statements whose rows don't matter.
+    /// Runs statements and ignores their rows.
     void Run(QString const& statements);
-    /// All rows of a statement.
+    /// Returns all rows of a statement.
     std::vector<QVector<QVariant>> Rows(QString const& statement);
-    /// The first column of the first row; invalid when there is none.
+    /// Returns the first column of the first row, or an invalid value if there is none.
     QVariant Value(QString const& statement);
     qlonglong Count(QString const& table);
 
-    /// For what the operations above don't cover.
+    /// For uses that the operations above do not cover.
     sqlite3* handle() const { return _handle; }
 
 private:

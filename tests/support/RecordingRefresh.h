@@ -7,7 +7,7 @@
 
 namespace tandry::test {
 
-/// A refresh object that keeps the paths it was handed, in order.
+/// A refresh object that records its paths in order.
 class RecordingRefresh : public sync::interf::IRefreshNativeFileViewer
 {
 public:

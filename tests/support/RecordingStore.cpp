@@ -117,8 +117,8 @@ public:
 private:
     bool Record(QString const& operation)
     {
-        _store._brackets.push_back(operation);
-        return _store._bracketAnswer;
+        _store._transactionCalls.push_back(operation);
+        return _store._transactionResult;
     }
 
     RecordingStore& _store;
@@ -128,8 +128,8 @@ RecordingStore::RecordingStore() = default;
 
 RecordingStore::~RecordingStore()
 {
-    EXPECT_TRUE(_failures.empty()) << "a planned failure was never reached";
-    EXPECT_TRUE(_results.empty()) << "rows were never asked for";
+    EXPECT_TRUE(_failures.empty()) << "a planned failure was not reached";
+    EXPECT_TRUE(_results.empty()) << "prepared rows were not read";
     EXPECT_EQ(_liveObjects, 0) << "an operation kept a query or a database object";
 }
 

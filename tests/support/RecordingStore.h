@@ -20,18 +20,18 @@ namespace tandry::test {
 
 using Row = QVector<QVariant>;
 
-/// One placeholder as it was bound.
+/// A placeholder with the value that was bound.
 struct Binding
 {
     QString placeholder;
     QVariant value;
 };
 
-/// Equal when the placeholder, the value's type, its nullness and the value agree.
+/// Equal if the placeholders, the types of the values, their nullness and the values are equal.
 bool operator==(Binding const& left, Binding const& right);
 void PrintTo(Binding const& binding, std::ostream* out);
 
-/// One statement that reached `exec`.
+/// A statement that was run by `exec`.
 struct Execution
 {
     QString statement;
@@ -40,10 +40,9 @@ struct Execution
     bool succeeded = true;
 };
 
-/// A store without a database: it keeps what managers say to it, plays rows back and fails when told to.
+/// A store without a database. It records the managers' statements, returns prepared rows and fails on demand.
 ///
-/// Executions are counted from 1. A planned failure that is never reached fails the test at the store's end, and so
-/// does a result that is never asked for.
+/// Executions are counted from 1. The destructor fails the test if a planned failure or a prepared result was not used.
 class RecordingStore : public sync::interf::factory::IDatabaseFactory
 {
 public:
@@ -53,27 +52,27 @@ public:
     std::shared_ptr<sync::interf::IQSqlDatabaseWrapper> CreateDatabase() override;
     std::shared_ptr<sync::interf::IQSqlQueryWrapper> CreateQuery() override;
 
-    /// The nth `exec` from the store's beginning answers false and changes nothing.
+    /// Makes the nth `exec` of the store return false.
     void FailExec(int n) { _failures.insert(n); }
-    /// Every `exec` from now on answers false, until `Recover`.
+    /// Makes every `exec` return false until `Recover`.
     void FailAll() { _failAll = true; }
     void Recover() { _failAll = false; }
-    /// Rows for the next SELECT that has none yet; SELECTs without rows find nothing.
+    /// Sets the rows of the next SELECT without rows. A SELECT without rows finds nothing.
     void PlayRows(std::vector<Row> rows) { _results.push_back(std::move(rows)); }
-    /// Id for the next INSERT; without one they count up from 1.
+    /// Sets the id of the next INSERT. By default the ids count up from 1.
     void PlayInsertId(QVariant id) { _insertIds.push_back(std::move(id)); }
     void SetRowsAffected(int rows) { _rowsAffected = rows; }
-    /// What the brackets of `CreateDatabase` answer.
-    void SetBracketAnswer(bool answer) { _bracketAnswer = answer; }
+    /// Sets the result of `transaction`, `commit` and `rollback`.
+    void SetTransactionResult(bool result) { _transactionResult = result; }
 
     std::vector<Execution> const& Executions() const { return _executions; }
-    /// The statements that reached `exec`, in order.
+    /// Returns the statements that `exec` has run, in order.
     std::vector<QString> Statements() const;
-    /// "transaction", "commit" and "rollback" as the bracket object received them.
-    std::vector<QString> const& Brackets() const { return _brackets; }
+    /// Returns the calls of "transaction", "commit" and "rollback", in order.
+    std::vector<QString> const& TransactionCalls() const { return _transactionCalls; }
     void Forget() { _executions.clear(); }
 
-    /// Queries and database objects that are alive, to show that an operation keeps none.
+    /// Returns the number of queries and database objects that exist now.
     int LiveObjects() const { return _liveObjects; }
     int QueriesCreated() const { return _queriesCreated; }
 
@@ -87,12 +86,12 @@ private:
     std::deque<QVariant> _insertIds;
     int _lastInsertId = 0;
     int _rowsAffected = 1;
-    bool _bracketAnswer = true;
+    bool _transactionResult = true;
     int _execCount = 0;
     int _liveObjects = 0;
     int _queriesCreated = 0;
     std::vector<Execution> _executions;
-    std::vector<QString> _brackets;
+    std::vector<QString> _transactionCalls;
 };
 
 } // namespace tandry::test

@@ -12,31 +12,30 @@
 
 namespace tandry::test {
 
-/// A store file as a version of this library left it, cleanly closed; tests/data/stores/rows.sql tells the rows.
+/// A store file written and closed by a version of this library. tests/data/stores/rows.sql lists its rows.
 struct ReleasedStore
 {
     int version;
     sync::database::JournalMode journalMode;
 
-    /// Puts a copy of the file at the path.
+    /// Copies the file to the path.
     void CopyTo(QString const& path) const;
-    /// Letters and digits.
+    /// Returns a name for test cases, of letters and digits.
     std::string Name() const;
 };
 
 void PrintTo(ReleasedStore const& store, std::ostream* out);
 
-/// Every version there has been, with a log and with a journal.
+/// Returns a store of every version, with a log and with a journal.
 std::vector<ReleasedStore> AllReleasedStores();
-/// Those of them that have to be brought up to date.
+/// Returns the stores of older versions.
 std::vector<ReleasedStore> OlderStores();
 
-/// The rows of all tables by the table's name, with every column, in the order of their ids.
+/// The complete rows of all tables by table name, ordered by id.
 using StoreRows = QMap<QString, std::vector<QVector<QVariant>>>;
 StoreRows RowsOf(RawStore& store);
 
-/// The rows that a store of the current version holds once it has been brought up to date from these: the same, and a
-/// default schedule.
+/// Returns the rows after an upgrade to the current version: the same rows, and a default schedule if there was none.
 StoreRows UpToDate(StoreRows rows);
 
 int VersionOf(RawStore& store);

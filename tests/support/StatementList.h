@@ -6,8 +6,8 @@
 
 namespace tandry::test {
 
-/// The statements of tests/data/statements.txt, in the file's order: all that the managers ever say to their store.
-/// Fails the test when the file can't be read.
+/// Returns the statements of tests/data/statements.txt in their order: all statements of the managers. Fails the test
+/// if the file cannot be read.
 std::vector<QString> ListedStatements();
 
 } // namespace tandry::test

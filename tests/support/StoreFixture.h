@@ -13,8 +13,8 @@
 
 namespace tandry::test {
 
-/// A test with a store in a folder of its own. The store is opened before the test and must be free of errors after it,
-/// unless the test cleared them.
+/// A test with a store in a temporary folder. The store is opened before the test; the test fails if `LastError` is set
+/// at its end.
 class StoreFixture : public testing::Test
 {
 protected:
@@ -35,7 +35,8 @@ protected:
         ASSERT_NE(store, nullptr) << error.toStdString();
     }
 
-    /// Closes the store and opens it anew: what a test then reads was on the disk. Managers that share it must be gone.
+    /// Closes the store and opens it again, so that the test reads what was written to the disk. The test must have
+    /// destroyed the managers that share the store.
     void ReopenStore()
     {
         store.reset();
@@ -46,7 +47,7 @@ protected:
     std::shared_ptr<sync::database::SqliteDatabaseFactory> store;
 };
 
-/// A store test that runs with either way of keeping transactions.
+/// A store test that runs in both journal modes.
 class EachJournalMode : public StoreFixture, public testing::WithParamInterface<sync::database::JournalMode>
 {
 protected:

@@ -7,8 +7,8 @@
 
 namespace tandry::test {
 
-/// Keeps `QSettings` away from the user's own files: they lie in a temporary folder from here on. Made ahead of the
-/// first settings object of a case.
+/// Makes `QSettings` use files in a temporary folder instead of the user's. Create it before the first settings object
+/// of a test.
 class TemporarySettings
 {
 public:
@@ -18,7 +18,7 @@ public:
             QSettings::setPath(QSettings::NativeFormat, scope, _folder.filePath(QString::number(scope)));
     }
 
-    /// Sets the default server as the client would.
+    /// Sets the default server as the client does.
     void SetDefaultServer(QVariant const& value)
     {
         QSettings settings(QSettings::UserScope, QStringLiteral("Norvalis"), QStringLiteral("Norvalis Sync"));

@@ -1,6 +1,5 @@
-// The thread sanitizer watches what it compiled, and Qt's library isn't among that: it would take a QMutex for no lock
-// at all. These stand before the library's operations in every test program of that build, call them and tell the
-// sanitizer.
+// Qt's library is not compiled with the thread sanitizer, which therefore does not know that QMutex is a lock. In that
+// build, every test program contains these replacements, which call the library's functions and inform the sanitizer.
 
 #include <QLoggingCategory>
 #include <QMutex>
@@ -12,8 +11,8 @@
 
 #include <mutex>
 
-/// What Qt keeps for a thread that it did not make goes with the last object that the thread made, a record in a cached
-/// listing say. It counts by an atomic of its own library. Nothing of ours has a wait condition.
+/// Qt frees its data for a foreign thread with the last object that the thread created, such as a record in a cached
+/// listing, and counts the references with an atomic in its own library. The project has no wait conditions itself.
 extern "C" Q_DECL_EXPORT char const* __tsan_default_suppressions()
 {
     return "race:QWaitCondition::\n";
@@ -21,14 +20,14 @@ extern "C" Q_DECL_EXPORT char const* __tsan_default_suppressions()
 
 namespace {
 
-/// The library's operation of this name, as a function of its object.
+/// Returns the library's function with this symbol; it takes the object as its first argument.
 template <class Function>
 Function* Library(char const* symbol)
 {
     return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, symbol));
 }
 
-/// What lines of the log look like is worked out for the first of them, which is this one, ahead of all threads.
+/// Qt parses the log pattern for the first message. This one comes before any thread.
 [[maybe_unused]] QString const firstLine = qFormatLogMessage(QtDebugMsg, QMessageLogContext(), QString());
 
 } // namespace
@@ -56,7 +55,7 @@ void QMutex::unlock() noexcept
     unlock(this);
 }
 
-/// The list of codecs has a lock that nobody else can reach; documents ask for one whenever they become a text.
+/// Qt guards its list of codecs by a private lock. `QDomDocument::toString` looks a codec up.
 QTextCodec* QTextCodec::codecForName(QByteArray const& name)
 {
     static auto* const codecForName =
