@@ -1,5 +1,5 @@
-// A damaged file: opened, read and written through all managers. No crash, and no byte of a file changes that was
-// refused or opened for reading.
+// Opens a damaged file and reads and writes it through all managers. Nothing crashes, and no byte of a file changes
+// that was refused or opened read-only.
 
 #include "config/AuthenticationConfigManager.h"
 #include "config/AuthenticationConfiguration.h"
@@ -32,7 +32,7 @@ using sync::database::SqliteDatabaseFactory;
 namespace {
 
 constexpr int PageSize = 4096;
-/// An input may make the file longer, but not without end.
+/// The size to which an input can extend the file.
 constexpr int MostPages = 256;
 
 QMap<QString, QByteArray> FilesIn(QDir const& folder)
@@ -53,7 +53,7 @@ void Write(QString const& path, QByteArray const& bytes)
             "an input can be written");
 }
 
-/// A good store with some rows in every table, as a file.
+/// Returns the file of an undamaged store with some rows in every table.
 QByteArray GoodStore(JournalMode journalMode)
 {
     QTemporaryDir folder;
@@ -65,7 +65,7 @@ QByteArray GoodStore(JournalMode journalMode)
         Require(factory != nullptr, "a good store opens");
         auto const folders = std::make_shared<FolderConfigManager>(factory, nullptr);
         FileConfigManager files(factory, nullptr, folders);
-        Require(files.transaction(), "a bracket opens");
+        Require(files.transaction(), "a client transaction begins");
         ServerConfiguration server;
         server.setAlias(QStringLiteral("alias"));
         AuthenticationConfiguration account;
@@ -81,7 +81,7 @@ QByteArray GoodStore(JournalMode journalMode)
         for (int i = 0; good && i < 90; ++i) {
             FileConfiguration file;
             file.clientPath = QStringLiteral("/r/%1").arg(i);
-            file.name = QString::number(i).repeated(i % 7 == 0 ? 900 : 9); // some rows need pages of their own
+            file.name = QString::number(i).repeated(i % 7 == 0 ? 900 : 9); // some rows need overflow pages
             file.folderConfigurationId = file.rootFolderId = root.getId();
             file.fileType = FileConfigurationType(i % 3);
             file.parentFileId = i / 3;
@@ -92,7 +92,7 @@ QByteArray GoodStore(JournalMode journalMode)
     return FilesIn(QDir(folder.path())).value(QStringLiteral("store.db"));
 }
 
-/// Damages that the fuzzer describes in a few bytes each; it would take it long to find a good store by itself.
+/// Applies damages, each described by a few bytes of the input: the fuzzer would hardly ever construct a valid store.
 QByteArray Damaged(QByteArray file, FuzzInput& input)
 {
     for (int count = 0; !input.isEmpty() && count < 64; ++count) {
@@ -107,7 +107,7 @@ QByteArray Damaged(QByteArray file, FuzzInput& input)
                 file[at] = char(input.TakeByte());
             break;
         }
-        case 2: { // a number in the header of a page, or of the file
+        case 2: { // a number in the header of a page or of the file
             int const at = page + int(input.TakeByte());
             std::uint32_t const number = input.TakeNumber(4);
             for (int i = 0; i < 4 && at + i < file.size(); ++i)
@@ -117,13 +117,13 @@ QByteArray Damaged(QByteArray file, FuzzInput& input)
         case 3: // a page of zeros
             file.replace(page, PageSize, QByteArray(PageSize, 0));
             break;
-        case 4: // a page that stands where another belongs
+        case 4: // another page
             file.replace(page, PageSize, file.mid(int(input.TakeByte()) % pages * PageSize, PageSize));
             break;
-        case 5: // cut short
+        case 5: // truncated
             file.truncate(page + int(input.TakeNumber(2)) % PageSize);
             break;
-        case 6: // a run of one byte
+        case 6: // a repeated byte
             for (int at = page + int(input.TakeNumber(2)) % PageSize, end = at + input.TakeByte(); at < end; ++at) {
                 if (at < file.size())
                     file[at] = char(what);
@@ -210,7 +210,7 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size
 {
     static QByteArray const goodStores[] = {GoodStore(JournalMode::WriteAheadLog), GoodStore(JournalMode::Rollback)};
     static bool const silent = [] {
-        QLoggingCategory::setFilterRules(QStringLiteral("tandry.*=false")); // errors are many
+        QLoggingCategory::setFilterRules(QStringLiteral("tandry.*=false")); // there are many errors
         return true;
     }();
     Require(silent, "the log is off");
@@ -230,7 +230,7 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size
     }
     else {
         Write(path, Damaged(good, input));
-        if ((choice & 0x0c) == 0x08) // a log or a journal that another program left
+        if ((choice & 0x0c) == 0x08) // a log or a journal that another program has left
             Write(folder.filePath((choice & 0x01) == 0 ? log : journal), Damaged(good, input));
     }
     QMap<QString, QByteArray> const before = FilesIn(QDir(folder.path()));
@@ -247,14 +247,14 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size
         factory->ClearError();
         ReadEverything(factory);
     }
-    Require(opened == error.isEmpty(), "there is a reason exactly when a file is refused");
+    Require(opened == error.isEmpty(), "there is an error exactly when a file is refused");
     QMap<QString, QByteArray> after = FilesIn(QDir(folder.path()));
     if (opened && !isReadOnly)
         return 0;
     if (!isReadOnly && before.contains(journal))
-        after[journal] = before[journal]; // the engine works a journal off, or takes it for void, before it can look
+        after[journal] = before[journal]; // SQLite rolls a journal back or discards it before it reads the file
     if (!isReadOnly && before.contains(log))
-        after.remove(QStringLiteral("store.db-shm")); // and makes an index for a log
+        after.remove(QStringLiteral("store.db-shm")); // SQLite creates an index for a log
     for (QString const& name : before.keys() + after.keys()) {
         if (after.value(name) == before.value(name) && after.contains(name) == before.contains(name))
             continue;
@@ -264,7 +264,7 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size
                      before.contains(name) ? before[name].size() : -1,
                      after.contains(name) ? after[name].size() : -1,
                      qPrintable(error));
-        Require(false, "a file that was refused or only read is as it was");
+        Require(false, "a file that was refused or only read is unchanged");
     }
     return 0;
 }

@@ -1,4 +1,4 @@
-// Any text as a "FileLinks" document. What was read, reads again as the same when it has been written.
+// Reads any text as a "FileLinks" document, and expects the same links when they are written and read again.
 
 #include "config/FileLinksDocument.h"
 #include "fuzz/DocumentAgreement.h"

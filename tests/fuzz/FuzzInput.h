@@ -10,7 +10,7 @@
 
 namespace tandry::fuzz {
 
-/// Ends the program, as a fuzzer expects it of a fault, unless the condition holds.
+/// Aborts the program, which libFuzzer reports as a fault, unless the condition holds.
 inline void Require(bool holds, char const* what)
 {
     if (holds)
@@ -19,7 +19,7 @@ inline void Require(bool holds, char const* what)
     std::abort();
 }
 
-/// What the fuzzer gives, taken from the front. When it is used up, everything is 0 and every text empty.
+/// Reads values from the fuzzer's input. After its end, numbers are 0 and texts empty.
 class FuzzInput
 {
 public:
@@ -46,7 +46,7 @@ public:
         return number;
     }
 
-    /// All that is left.
+    /// Returns the rest of the input.
     QByteArray TakeRest()
     {
         QByteArray const rest(reinterpret_cast<char const*>(_data), int(_size));
@@ -54,7 +54,7 @@ public:
         return rest;
     }
 
-    /// A text behind a byte with its kind and length: a null one, UTF-8, or any codes of 16 bits.
+    /// Returns a text. A byte in front of it gives its length and kind: null, UTF-8 or arbitrary 16-bit codes.
     QString TakeText()
     {
         std::uint8_t const head = TakeByte();
@@ -67,7 +67,7 @@ public:
         return (head & 1) == 0 ? QString::fromUtf8(bytes.isNull() ? QByteArray("") : bytes) : FromCodes(bytes);
     }
 
-    /// A document: UTF-8, or with the bytes FF FE in front any codes of 16 bits.
+    /// Returns the rest of the input as a text: UTF-8, or after the bytes FF FE arbitrary 16-bit codes.
     QString TakeDocument()
     {
         QByteArray const bytes = TakeRest();
@@ -87,7 +87,7 @@ private:
     std::size_t _size;
 };
 
-/// Whether a text is proper UTF-16.
+/// Whether a text is valid UTF-16.
 inline bool HasNoLoneSurrogate(QString const& text)
 {
     for (int i = 0; i < text.size(); ++i) {
@@ -100,8 +100,8 @@ inline bool HasNoLoneSurrogate(QString const& text)
     return true;
 }
 
-/// Whether XML can hold a text in a CDATA section so that its reader gives it back as it was: no characters that XML
-/// has no place for, no end mark, and no line ends that a reader makes one of.
+/// Whether an XML reader returns a text in a CDATA section unchanged: it has no characters that XML does not allow, no
+/// "]]>", and no carriage returns, which the reader would replace.
 inline bool FitsCdata(QString const& text)
 {
     return HasNoLoneSurrogate(text) && !text.contains(QLatin1String("]]>")) &&

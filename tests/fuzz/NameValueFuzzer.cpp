@@ -1,4 +1,4 @@
-// Any text as a "NameValueXml" document. What was read and can be written, reads again as the same.
+// Reads any text as a "NameValueXml" document, and expects the same properties when they are written and read again.
 
 #include "config/DatabaseConfigurationManager.h"
 #include "fuzz/DocumentAgreement.h"

@@ -1,4 +1,4 @@
-// Records with any texts, written to a store and read back: the same, or refused with an error.
+// Writes records with any texts to a store and reads them back. They are unchanged, or refused with an error.
 
 #include "config/AuthenticationConfigManager.h"
 #include "config/AuthenticationConfiguration.h"
@@ -27,23 +27,23 @@ bool Same(QString const& left, QString const& right)
     return left == right && left.isNull() == right.isNull();
 }
 
-/// One store for the whole run; each input works in a bracket that is taken back.
+/// One store for the whole run. Each input runs in a client transaction that is rolled back.
 class Store
 {
 public:
     Store()
     {
-        QLoggingCategory::setFilterRules(QStringLiteral("tandry.*=false")); // refusals are many
+        QLoggingCategory::setFilterRules(QStringLiteral("tandry.*=false")); // there are many errors
         factory = sync::database::SqliteDatabaseFactory::Open(_folder.filePath(QStringLiteral("store.db")));
         Require(factory != nullptr, "the store opens");
         folders = std::make_shared<FolderConfigManager>(factory, nullptr);
     }
 
-    /// What `Add` has to answer for a record whose texts are all of these.
-    void ExpectAnswer(bool answer, std::initializer_list<QString> const& texts) const
+    /// Expects the right result of `Add` for a record with these texts.
+    void ExpectResult(bool added, std::initializer_list<QString> const& texts) const
     {
         bool const canBeKept = std::all_of(texts.begin(), texts.end(), HasNoLoneSurrogate);
-        Require(answer == canBeKept, "a record is kept exactly when its texts can be kept");
+        Require(added == canBeKept, "a record is added exactly when its texts can be kept");
         Require(factory->LastError().has_value() == !canBeKept, "there is an error exactly when a record was refused");
         factory->ClearError();
     }
@@ -66,7 +66,7 @@ void TryServer(Store& store, FuzzInput& input)
     server.setBinaryDiffEncoder(input.TakeText());
 
     bool const added = servers.Add(server);
-    store.ExpectAnswer(
+    store.ExpectResult(
         added, {server.getAlias(), server.getDavUrl(), server.getWebServiceUrl(), server.getBinaryDiffEncoder()});
     ServerConfiguration const read = servers.GetServerConfigById(server.getId());
     Require(read.getId() == server.getId(), "a server is there when it was added, and else not");
@@ -89,7 +89,7 @@ void TryAccount(Store& store, FuzzInput& input)
     account.setPassword(input.TakeText());
 
     bool const added = accounts.Add(account);
-    store.ExpectAnswer(added, {account.getDomain(), account.getDomainId(), account.getUserName()});
+    store.ExpectResult(added, {account.getDomain(), account.getDomainId(), account.getUserName()});
     AuthenticationConfiguration const read = accounts.GetAuthenticationConfigurationById(account.getId());
     Require(read.getId() == account.getId(), "an account is there when it was added, and else not");
     if (!added)
@@ -113,7 +113,7 @@ void TryProduct(Store& store, FuzzInput& input)
     product.setConsumerSecret(input.TakeText());
 
     bool const added = products.Add(product);
-    store.ExpectAnswer(added, {product.getName(), product.getConsumerKey(), product.getConsumerSecret()});
+    store.ExpectResult(added, {product.getName(), product.getConsumerKey(), product.getConsumerSecret()});
     ProductConfiguration const read = products.GetProductConfigurationById(product.getId());
     Require(read.getId() == product.getId(), "a product is there when it was added, and else not");
     if (!added)
@@ -139,7 +139,7 @@ void TryFolder(Store& store, FuzzInput& input)
     folder.setFeatureName(feature);
 
     bool const added = store.folders->Add(folder);
-    store.ExpectAnswer(added,
+    store.ExpectResult(added,
                        {folder.getName(),
                         folder.getRemoteShortKey(),
                         folder.getRemoteLongKey(),
@@ -184,9 +184,9 @@ void TryFile(Store& store, FuzzInput& input)
     file.nameValueProperties.insert(QStringLiteral("Key"), value);
     file.size = qint64(quint64(input.TakeNumber(4)) << 32 | input.TakeNumber(4));
 
-    // The path is looked up before the row is written, and a failure there is told too.
+    // The look-up of the path before the write fails for the same texts.
     bool const added = files.Add(file);
-    store.ExpectAnswer(added,
+    store.ExpectResult(added,
                        {file.clientPath,
                         file.name,
                         file.serverPath,
@@ -197,7 +197,7 @@ void TryFile(Store& store, FuzzInput& input)
                         file.serverFileVersionId,
                         value});
     FileConfiguration const read = files.GetFileConfigurationById(file.id);
-    Require(read.id == file.id, "a file is there when it was added, and else not");
+    Require(read.id == file.id, "a file is in the store exactly when it was added");
     if (!added)
         return;
     Require(Same(read.clientPath, file.clientPath), "client path");
@@ -221,9 +221,9 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size
     constexpr void (*Tries[])(Store&, FuzzInput&) = {TryServer, TryAccount, TryProduct, TryFolder, TryFile};
 
     FuzzInput input(data, size);
-    Require(store.factory->CreateDatabase()->transaction(), "a bracket opens");
+    Require(store.factory->CreateDatabase()->transaction(), "a client transaction begins");
     Tries[input.TakeByte() % std::size(Tries)](store, input);
-    Require(store.factory->CreateDatabase()->rollback(), "a bracket is taken back");
+    Require(store.factory->CreateDatabase()->rollback(), "a client transaction is rolled back");
     Require(!store.factory->LastError(), "nothing else went wrong");
     return 0;
 }

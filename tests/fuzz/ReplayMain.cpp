@@ -1,4 +1,4 @@
-// Stands in for the fuzzer's own main where there is no fuzzer: runs the inputs of the folders that it is given.
+// The main function of a fuzzer that is built without libFuzzer: runs the inputs in the given folders.
 
 #include <QDir>
 #include <QFile>
@@ -16,12 +16,12 @@ int main(int argc, char** argv)
         for (QString const& name : folder.entryList(QDir::Files, QDir::Name)) {
             QFile file(folder.filePath(name));
             if (!file.open(QIODevice::ReadOnly)) {
-                std::fprintf(stderr, "can't read %s\n", qPrintable(file.fileName()));
+                std::fprintf(stderr, "cannot read %s\n", qPrintable(file.fileName()));
                 return 1;
             }
             QByteArray const input = file.readAll();
             std::printf("%s\n", qPrintable(name));
-            std::fflush(stdout); // the last line tells which input it was
+            std::fflush(stdout); // after a crash, the last line is the input
             LLVMFuzzerTestOneInput(reinterpret_cast<std::uint8_t const*>(input.constData()), std::size_t(input.size()));
             ++count;
         }

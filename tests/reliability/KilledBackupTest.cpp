@@ -22,7 +22,7 @@ using sync::database::SqliteDatabaseFactory;
 class KilledBackup : public testing::TestWithParam<JournalMode>
 {};
 
-TEST_P(KilledBackup, LeavesNoCopyThatIsNotWholeAndTheStoreAsItWas)
+TEST_P(KilledBackup, LeavesACompleteCopyOrNoneAndTheStoreUnchanged)
 {
     int kills = 0;
     int end = -SIGKILL;

@@ -24,11 +24,11 @@ using sync::database::SqliteDatabaseFactory;
 class KilledProcessTest : public testing::TestWithParam<JournalMode>
 {};
 
-TEST_P(KilledProcessTest, LosesNoAnsweredWriteAndLeavesNoHalfOne)
+TEST_P(KilledProcessTest, LosesNoAcknowledgedWriteAndLeavesNoPartialOne)
 {
     unsigned const seed = std::random_device()();
     std::mt19937 random(seed);
-    int answered = 0;
+    int acknowledged = 0;
     int lost = 0;
     for (int round = 0; round < Rounds(); ++round) {
         SCOPED_TRACE("seed %1, round %2"_q.arg(seed).arg(round).toStdString());
@@ -41,18 +41,18 @@ TEST_P(KilledProcessTest, LosesNoAnsweredWriteAndLeavesNoHalfOne)
         auto const writerSeed = static_cast<unsigned>(random());
         ChildProcess writer([&] {
             close(ends[0]);
-            return WriteWithoutEnd(path, writerSeed, fdopen(ends[1], "w"));
+            return WriteUntilFailure(path, writerSeed, fdopen(ends[1], "w"));
         });
         close(ends[1]);
         std::FILE* const pipeEnd = fdopen(ends[0], "r");
-        WriterNews news(pipeEnd, before);
-        ASSERT_TRUE(news.ReadAnswers(1 + int(random() % 40))) << "the writer failed by itself";
-        // A moment that is no moment of the writer's own.
+        WriterReport report(pipeEnd, before);
+        ASSERT_TRUE(report.ReadAcknowledgements(1 + int(random() % 40))) << "the writer failed before it was killed";
+        // Waits a random time, so that the kill is not tied to a step of the writer.
         for (unsigned long volatile spins = random() % 2'000'000; spins > 0; spins = spins - 1) {
         }
         ASSERT_EQ(kill(writer.id(), SIGKILL), 0);
         ASSERT_EQ(writer.Wait(), -SIGKILL);
-        news.ReadRest();
+        report.ReadRest();
         std::fclose(pipeEnd);
 
         QString error;
@@ -60,14 +60,14 @@ TEST_P(KilledProcessTest, LosesNoAnsweredWriteAndLeavesNoHalfOne)
         RawStore raw(path);
         EXPECT_EQ(raw.Value("PRAGMA integrity_check"_q).toString(), "ok"_q);
         EXPECT_EQ(raw.Value("SELECT count(*) FROM FolderConfiguration WHERE rootId = -1"_q).toInt(), 0);
-        std::vector<QByteArray> const lostNow = news.Lost(ReadRows(path));
+        std::vector<QByteArray> const lostNow = report.Lost(ReadRows(path));
         EXPECT_THAT(lostNow, testing::IsEmpty());
-        answered += news.answered();
+        acknowledged += report.acknowledged();
         lost += int(lostNow.size());
     }
     std::cout << (GetParam() == JournalMode::WriteAheadLog ? "log" : "journal") << ": " << Rounds() << " kills, "
-              << answered << " writes acknowledged, " << lost << " lost" << std::endl;
-    EXPECT_GT(answered, 0);
+              << acknowledged << " writes acknowledged, " << lost << " lost" << std::endl;
+    EXPECT_GT(acknowledged, 0);
 }
 
 INSTANTIATE_TEST_SUITE_P(Each,

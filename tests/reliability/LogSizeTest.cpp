@@ -14,7 +14,7 @@ namespace {
 
 using namespace tandry::test;
 
-/// What a log may keep on the disk once nobody needs it, in bytes: the limit that the connections are set to.
+/// The `journal_size_limit` of the connections, in bytes: the size to which an unused log shrinks.
 constexpr qint64 LogLimit = 8 * 1024 * 1024;
 
 class LogSize : public StoreFixture
@@ -22,11 +22,11 @@ class LogSize : public StoreFixture
 protected:
     qint64 LogBytes() const { return QFileInfo(StorePath() + "-wal"_q).size(); }
 
-    /// Rows in brackets of a thousand, on a thread of their own.
+    /// Adds rows in transactions of a thousand, on another thread.
     void AddServersOnAnotherThread(int thousands)
     {
         std::thread([&] {
-            for (int bracket = 0; bracket < thousands; ++bracket) {
+            for (int thousand = 0; thousand < thousands; ++thousand) {
                 ASSERT_TRUE(store->CreateDatabase()->transaction());
                 auto const query =
                     Prepared(*store, "INSERT INTO ServerConfiguration (alias, davUrl) VALUES (:alias, :davUrl);"_q);
@@ -40,18 +40,18 @@ protected:
         }).join();
     }
 
-    /// Whether a checkpoint gets through the whole log, which an active statement of any connection keeps it from.
-    bool LogCanBeWorkedOff() const
+    /// Whether a checkpoint can process the whole log; an active statement of any connection prevents that.
+    bool LogCanBeCheckpointed() const
     {
         RawStore raw(StorePath());
         sqlite3_busy_timeout(raw.handle(), 0);
-        raw.Count("ServerConfiguration"_q); // a connection that has read nothing has no log to work off
+        raw.Count("ServerConfiguration"_q); // a connection opens the log when it first reads
         return sqlite3_wal_checkpoint_v2(raw.handle(), nullptr, SQLITE_CHECKPOINT_TRUNCATE, nullptr, nullptr) ==
                SQLITE_OK;
     }
 };
 
-TEST_F(LogSize, IsBackUnderItsLimitSoonAfterALongListingEndsAndGoneAfterClosing)
+TEST_F(LogSize, ShrinksAfterALongListingEndsAndIsDeletedOnClose)
 {
     ASSERT_TRUE(AddServer(*store, "first"_q));
     ASSERT_TRUE(AddServer(*store, "second"_q));
@@ -60,12 +60,12 @@ TEST_F(LogSize, IsBackUnderItsLimitSoonAfterALongListingEndsAndGoneAfterClosing)
     ASSERT_TRUE(listing->next());
 
     AddServersOnAnotherThread(200);
-    ASSERT_GT(LogBytes(), LogLimit) << "the listing held nothing, so this shows nothing";
+    ASSERT_GT(LogBytes(), LogLimit) << "the listing does not hold the log, so the test is void";
     ASSERT_TRUE(listing->next());
     EXPECT_EQ(listing->value(0).toString(), "second"_q);
-    EXPECT_FALSE(listing->next()) << "the listing shows what was there when it began";
+    EXPECT_FALSE(listing->next()) << "a listing shows the state at its beginning";
 
-    AddServersOnAnotherThread(2); // one works the log off, the next begins it anew
+    AddServersOnAnotherThread(2); // the first one checkpoints the log, the second one starts it again
     EXPECT_LE(LogBytes(), LogLimit);
     EXPECT_EQ(CountServers(*store), 202'002);
 
@@ -75,7 +75,7 @@ TEST_F(LogSize, IsBackUnderItsLimitSoonAfterALongListingEndsAndGoneAfterClosing)
     EXPECT_FALSE(QFileInfo::exists(StorePath() + "-shm"_q));
 }
 
-TEST_F(LogSize, NoStatementStaysActiveBehindItsLastRow)
+TEST_F(LogSize, StatementIsInactiveAfterItsLastRow)
 {
     ASSERT_TRUE(AddServer(*store, "only"_q));
     auto const query = Prepared(*store, "SELECT alias FROM ServerConfiguration"_q);
@@ -83,10 +83,10 @@ TEST_F(LogSize, NoStatementStaysActiveBehindItsLastRow)
     ASSERT_TRUE(query->next());
     AddServersOnAnotherThread(1);
     EXPECT_FALSE(query->next());
-    EXPECT_TRUE(LogCanBeWorkedOff()) << "though the query is still there";
+    EXPECT_TRUE(LogCanBeCheckpointed()) << "while the query exists";
 }
 
-TEST_F(LogSize, NoStatementStaysActiveWhenItsQueryGoes)
+TEST_F(LogSize, StatementIsInactiveAfterItsQueryIsDestroyed)
 {
     ASSERT_TRUE(AddServer(*store, "one"_q));
     ASSERT_TRUE(AddServer(*store, "two"_q));
@@ -94,12 +94,12 @@ TEST_F(LogSize, NoStatementStaysActiveWhenItsQueryGoes)
     ASSERT_TRUE(query->exec());
     ASSERT_TRUE(query->next());
     AddServersOnAnotherThread(1);
-    EXPECT_FALSE(LogCanBeWorkedOff()) << "a listing under way holds the log";
+    EXPECT_FALSE(LogCanBeCheckpointed()) << "an unfinished listing holds the log";
     query.reset();
-    EXPECT_TRUE(LogCanBeWorkedOff());
+    EXPECT_TRUE(LogCanBeCheckpointed());
 }
 
-TEST_F(LogSize, NoStatementStaysActiveAfterFinish)
+TEST_F(LogSize, StatementIsInactiveAfterFinish)
 {
     ASSERT_TRUE(AddServer(*store, "one"_q));
     ASSERT_TRUE(AddServer(*store, "two"_q));
@@ -108,7 +108,7 @@ TEST_F(LogSize, NoStatementStaysActiveAfterFinish)
     ASSERT_TRUE(query->next());
     AddServersOnAnotherThread(1);
     query->finish();
-    EXPECT_TRUE(LogCanBeWorkedOff());
+    EXPECT_TRUE(LogCanBeCheckpointed());
 }
 
 } // namespace

@@ -13,10 +13,10 @@ using sync::database::JournalMode;
 
 constexpr int PageSize = 4096;
 
-/// The same junk for the same place.
-QByteArray Junk(int size, int place)
+/// Returns pseudo-random bytes, always the same for the same seed.
+QByteArray Junk(int size, int seed)
 {
-    auto random = static_cast<unsigned>(place) + 1u;
+    auto random = static_cast<unsigned>(seed) + 1u;
     QByteArray bytes(size, '\0');
     for (char& byte : bytes) {
         random = random * 1664525u + 1013904223u;
@@ -25,21 +25,21 @@ QByteArray Junk(int size, int place)
     return bytes;
 }
 
-/// What can happen to a page of a file.
+/// A way to damage a page of a file.
 struct Damage
 {
     char const* name;
-    QByteArray (*spoil)(QByteArray file, int page);
-    /// The engine keeps no sums of its pages: rows that were changed into other rows show nowhere.
-    bool shows = true;
+    QByteArray (*apply)(QByteArray file, int page);
+    /// Whether SQLite detects it. SQLite has no page checksums, so one valid row in place of another is not detected.
+    bool isDetectable = true;
 };
 
 constexpr Damage Damages[] = {
     {"junk", [](QByteArray file, int page) { return file.replace(page * PageSize, PageSize, Junk(PageSize, page)); }},
     {"zeros",
      [](QByteArray file, int page) { return file.replace(page * PageSize, PageSize, QByteArray(PageSize, '\0')); }},
-    {"cut off before it", [](QByteArray file, int page) { return file.left(page * PageSize); }},
-    {"cut off inside it", [](QByteArray file, int page) { return file.left(page * PageSize + PageSize / 2); }},
+    {"truncated before it", [](QByteArray file, int page) { return file.left(page * PageSize); }},
+    {"truncated inside it", [](QByteArray file, int page) { return file.left(page * PageSize + PageSize / 2); }},
     {"another page",
      [](QByteArray file, int page) {
          return file.replace(page * PageSize, PageSize, file.mid((page / 2) * PageSize, PageSize));
@@ -54,7 +54,7 @@ constexpr Damage Damages[] = {
      false},
 };
 
-/// A store whose file was damaged while nobody had it open, or taken away while it was.
+/// A store whose file is damaged while it is closed, or removed while it is open.
 class ManagerDamage : public ManagerScriptFixture
 {
 protected:
@@ -64,7 +64,7 @@ protected:
         EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << path.toStdString();
         return file.readAll();
     }
-    /// Of a store that is closed.
+    /// Returns the contents of the files of a closed store.
     QMap<QString, QByteArray> Files() const
     {
         QMap<QString, QByteArray> files;
@@ -74,25 +74,25 @@ protected:
     }
     QStringList FileNames() const { return QDir(folder.path()).entryList(QDir::Files | QDir::Hidden); }
 
-    /// What the reading operations find. Of those that found nothing, or too little, the store has an error.
-    void ReadAll(QStringList const& whole, bool damageShows)
+    /// Runs the reading operations. Expects an error in the store from each that returns less than `undamaged`.
+    void ReadAll(QStringList const& undamaged, bool isDetectable)
     {
-        std::vector<ReadingOperation> const operations = Own(ReadingOperations());
+        std::vector<ReadingOperation> const operations = OfThisInterface(ReadingOperations());
         for (std::size_t i = 0; i < operations.size(); ++i) {
             Managers managers(store);
             QString const answer = operations[i].run(managers);
-            EXPECT_TRUE(!damageShows || store->LastError() || answer == whole.value(static_cast<int>(i)))
-                << operations[i].name << " gives " << answer.toStdString();
+            EXPECT_TRUE(!isDetectable || store->LastError() || answer == undamaged.value(static_cast<int>(i)))
+                << operations[i].name << " returns " << answer.toStdString();
             store->ClearError();
         }
     }
 
-    /// Whether any of the writing operations wrote something. Of those that could not the store has an error, unless
-    /// they may find that somebody has done their work already.
+    /// Runs the writing operations and returns whether any of them wrote. Expects an error in the store from each that
+    /// fails, unless it may find its work already done.
     bool WriteAll(bool mayBeDone = false)
     {
         bool wrote = false;
-        for (WritingOperation const& operation : Own(WritingOperations())) {
+        for (WritingOperation const& operation : OfThisInterface(WritingOperations())) {
             if (!operation.usesStore)
                 continue;
             Managers managers(store);
@@ -104,12 +104,12 @@ protected:
         return wrote;
     }
 
-    QStringList WholeAnswers()
+    QStringList UndamagedAnswers()
     {
-        PutStore();
+        ResetStore();
         OpenStore();
         QStringList answers;
-        for (ReadingOperation const& operation : Own(ReadingOperations())) {
+        for (ReadingOperation const& operation : OfThisInterface(ReadingOperations())) {
             Managers managers(store);
             answers.append(operation.run(managers));
         }
@@ -130,34 +130,34 @@ protected:
 
 TANDRY_FOR_EACH_MANAGER(ManagerDamage);
 
-TEST_P(ManagerDamage, OfAnyPageIsAnsweredAndAFileThatCannotBeReadStaysAsItIs)
+TEST_P(ManagerDamage, OfAnyPageIsReportedAndAnUnreadableFileIsUnchanged)
 {
-    QStringList const whole = WholeAnswers();
+    QStringList const undamaged = UndamagedAnswers();
     QByteArray const good = ScriptStore(Mode());
     int refused = 0;
     int opened = 0;
     for (Damage const& damage : Damages) {
         for (int page = 0; page < good.size() / PageSize; ++page) {
             SCOPED_TRACE("page " + std::to_string(page) + ": " + damage.name);
-            PutStore(damage.spoil(good, page));
+            ResetStore(damage.apply(good, page));
             QMap<QString, QByteArray> const before = Files();
             OpenStore();
             if (store == nullptr) {
                 ++refused;
-                EXPECT_TRUE(refusal.contains(StorePath())) << refusal.toStdString();
-                EXPECT_TRUE(Files() == before) << "a refused file is not as it was";
+                EXPECT_TRUE(openError.contains(StorePath())) << openError.toStdString();
+                EXPECT_TRUE(Files() == before) << "a refused file has changed";
                 continue;
             }
             ++opened;
-            ReadAll(whole, damage.shows);
+            ReadAll(undamaged, damage.isDetectable);
             store.reset();
-            EXPECT_TRUE(Files() == before) << "a file that was read is not as it was";
+            EXPECT_TRUE(Files() == before) << "a file that was only read has changed";
 
             OpenStore();
-            ASSERT_NE(store, nullptr) << refusal.toStdString();
+            ASSERT_NE(store, nullptr) << openError.toStdString();
             bool const wrote = WriteAll();
             store.reset();
-            EXPECT_TRUE(wrote || Files() == before) << "a file that could not be written is not as it was";
+            EXPECT_TRUE(wrote || Files() == before) << "a file that could not be written has changed";
             EXPECT_GE(BytesOf(StorePath()).size(), good.size());
         }
     }
@@ -165,18 +165,18 @@ TEST_P(ManagerDamage, OfAnyPageIsAnsweredAndAFileThatCannotBeReadStaysAsItIs)
     EXPECT_GT(opened, 0);
 }
 
-TEST_P(ManagerDamage, OfALogOrAJournalThatWasLeftBehindIsAnswered)
+TEST_P(ManagerDamage, OfALeftLogOrJournalGivesACommittedStateOrAnError)
 {
-    // All states that were committed, and the files that a program leaves when it is killed.
+    // All committed states, and the files that a killed program leaves.
     std::vector<StoreRows> states{RowsBefore()};
     QString const left = StorePath() + (Mode() == JournalMode::WriteAheadLog ? "-wal"_q : "-journal"_q);
     QMap<QString, QByteArray> files;
-    PutStore();
+    ResetStore();
     if (Mode() == JournalMode::WriteAheadLog) {
         OpenStore();
-        for (WritingOperation const& operation : Own(WritingOperations())) {
+        for (WritingOperation const& operation : OfThisInterface(WritingOperations())) {
             if (operation.failing != Failing::AllOrNothing)
-                continue; // these commit several times
+                continue; // commits more than once
             Managers managers(store);
             EXPECT_TRUE(operation.run(managers, *store)) << operation.name;
             states.push_back(RowsOf(*store));
@@ -196,18 +196,17 @@ TEST_P(ManagerDamage, OfALogOrAJournalThatWasLeftBehindIsAnswered)
     for (Damage const& damage : Damages) {
         for (int page = 0; page <= files[name].size() / PageSize; ++page) {
             SCOPED_TRACE("page " + std::to_string(page) + ": " + damage.name);
-            QByteArray const spoilt =
-                damage.spoil(files[name] + QByteArray(PageSize, '\0'), page).left(files[name].size());
-            PutStore(files["store.db"_q]);
-            WriteFile(left, spoilt);
+            QByteArray const damaged =
+                damage.apply(files[name] + QByteArray(PageSize, '\0'), page).left(files[name].size());
+            ResetStore(files["store.db"_q]);
+            WriteFile(left, damaged);
             OpenStore();
             if (store == nullptr)
                 continue;
             ++opened;
             if (Mode() == JournalMode::WriteAheadLog) {
                 StoreRows const found = RowsOf(*store);
-                EXPECT_NE(std::find(states.begin(), states.end(), found), states.end())
-                    << "this was never committed together";
+                EXPECT_NE(std::find(states.begin(), states.end(), found), states.end()) << "not a committed state";
                 EXPECT_FALSE(store->LastError());
             }
             ReadAll({}, false);
@@ -218,10 +217,10 @@ TEST_P(ManagerDamage, OfALogOrAJournalThatWasLeftBehindIsAnswered)
     }
     EXPECT_GT(opened, 0);
 
-    // Removed altogether.
-    PutStore(files["store.db"_q]);
+    // Without the log or journal.
+    ResetStore(files["store.db"_q]);
     OpenStore();
-    ASSERT_NE(store, nullptr) << refusal.toStdString();
+    ASSERT_NE(store, nullptr) << openError.toStdString();
     if (Mode() == JournalMode::WriteAheadLog) {
         EXPECT_TRUE(Same(states.front(), RowsOf(*store), "without the log"));
     }
@@ -229,38 +228,38 @@ TEST_P(ManagerDamage, OfALogOrAJournalThatWasLeftBehindIsAnswered)
     WriteAll(true);
 }
 
-TEST_P(ManagerDamage, FileThatVanishesWhileOpenIsToldAtEveryWriteAndNoneTakesItsPlace)
+TEST_P(ManagerDamage, FileRemovedWhileOpenFailsEveryWriteAndIsNotRecreated)
 {
-    QStringList const whole = WholeAnswers();
+    QStringList const undamaged = UndamagedAnswers();
     StoreRows const before = RowsBefore();
     OpenStore();
-    ASSERT_NE(store, nullptr) << refusal.toStdString();
+    ASSERT_NE(store, nullptr) << openError.toStdString();
     ASSERT_TRUE(QFile::rename(StorePath(), away));
     QStringList const filesThen = FileNames();
-    for (WritingOperation const& operation : Own(WritingOperations())) {
+    for (WritingOperation const& operation : OfThisInterface(WritingOperations())) {
         Managers managers(store);
         EXPECT_NE(operation.run(managers, *store), operation.usesStore) << operation.name;
         if (operation.usesStore)
             ExpectMoved(operation.name);
         EXPECT_EQ(FileNames(), filesThen) << operation.name;
     }
-    ReadAll(whole, true);
+    ReadAll(undamaged, true);
     store.reset();
     EXPECT_FALSE(QFile::exists(StorePath()));
-    EXPECT_TRUE(Same(before, RowsOnDisk(away), "as it was"));
+    EXPECT_TRUE(Same(before, RowsOnDisk(away), "unchanged"));
 }
 
-TEST_P(ManagerDamage, FileThatIsReplacedWhileOpenIsToldAtEveryWriteAndTheNewOneStaysAsItIs)
+TEST_P(ManagerDamage, FileReplacedWhileOpenFailsEveryWriteAndTheNewOneIsUnchanged)
 {
-    PutStore();
+    ResetStore();
     ASSERT_TRUE(QFile::copy(StorePath(), away));
     for (QByteArray const& replacement : {BytesOf(away), QByteArray("something else"), QByteArray()}) {
-        PutStore();
+        ResetStore();
         OpenStore();
-        ASSERT_NE(store, nullptr) << refusal.toStdString();
+        ASSERT_NE(store, nullptr) << openError.toStdString();
         ASSERT_TRUE(QFile::rename(StorePath(), away));
         WriteFile(StorePath(), replacement);
-        for (WritingOperation const& operation : Own(WritingOperations())) {
+        for (WritingOperation const& operation : OfThisInterface(WritingOperations())) {
             Managers managers(store);
             EXPECT_NE(operation.run(managers, *store), operation.usesStore) << operation.name;
             if (operation.usesStore)
@@ -280,15 +279,15 @@ INSTANTIATE_TEST_SUITE_P(For,
                                           testing::Values("IFileConfigManager")),
                          NameOfScriptCase);
 
-TEST_P(ManagerListing, ThatBreaksOffAtADamagedPageLeavesAnError)
+TEST_P(ManagerListing, ThatBreaksOffAtADamagedPageSetsAnError)
 {
     QByteArray const good = ScriptStore(Mode());
-    PutStore();
+    ResetStore();
     OpenStore();
     int const all = Managers(store).files->GetAll().size();
-    int brokenOff = 0;
+    int incomplete = 0;
     for (int page = 1; page < good.size() / PageSize; ++page) {
-        PutStore(good.left(page * PageSize) + QByteArray(PageSize, '\0') + good.mid((page + 1) * PageSize));
+        ResetStore(good.left(page * PageSize) + QByteArray(PageSize, '\0') + good.mid((page + 1) * PageSize));
         OpenStore();
         if (store == nullptr)
             continue;
@@ -299,9 +298,9 @@ TEST_P(ManagerListing, ThatBreaksOffAtADamagedPageLeavesAnError)
         ASSERT_TRUE(store->LastError()) << found << " of " << all << " with page " << page << " damaged";
         EXPECT_EQ(store->LastError()->code & 0xff, SQLITE_CORRUPT);
         EXPECT_TRUE(store->LastError()->text.contains("damaged"_q)) << store->LastError()->text.toStdString();
-        brokenOff += found > 0 ? 1 : 0;
+        incomplete += found > 0 ? 1 : 0;
     }
-    EXPECT_GT(brokenOff, 1) << "no listing broke off midway";
+    EXPECT_GT(incomplete, 1) << "no listing broke off midway";
 }
 
 } // namespace

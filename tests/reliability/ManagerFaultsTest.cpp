@@ -11,18 +11,19 @@ namespace {
 using namespace tandry::test;
 using sync::database::JournalMode;
 
-/// Each operation of the engine on its files fails once, under each operation of the managers.
+/// Runs each operation of the managers and makes each of SQLite's file operations below it fail once.
 class ManagerFaults : public ManagerScriptFixture
 {
 protected:
     using Op = FileOperation;
-    /// How operations on files fail, and which: reading needs no room and no memory, and locks take none either.
+    /// An error code and the file operations that return it. Reading needs no disk space or memory, and locking no
+    /// space.
     struct Fault
     {
         char const* name;
         int code;
         std::vector<FileOperation> operations;
-        bool staysForGood = false;
+        bool isPermanent = false;
     };
     static Fault IoError() { return {"I/O error", SQLITE_IOERR, AllOperations}; }
     static Fault FullDisk()
@@ -30,13 +31,13 @@ protected:
         return {"full disk", SQLITE_FULL, {Op::Open, Op::Write, Op::Truncate, Op::Sync, Op::MapMemory}};
     }
     static Fault NoMemory() { return {"no memory", SQLITE_NOMEM, AllButReading}; }
-    static Fault NoMemoryForGood() { return {"no memory from there on", SQLITE_NOMEM, NoMemory().operations, true}; }
+    static Fault NoMoreMemory() { return {"no more memory", SQLITE_NOMEM, NoMemory().operations, true}; }
 
-    void ExpectNoWriteLostInSilence(std::vector<Fault> const& faults);
+    void ExpectNoSilentLoss(std::vector<Fault> const& faults);
 
     static void Fail(FaultyFiles& files, int n, Fault const& fault)
     {
-        files.Fail(n, fault.code, fault.operations, fault.staysForGood);
+        files.Fail(n, fault.code, fault.operations, fault.isPermanent);
     }
 
     static std::string Name(char const* operation, Fault const& fault, int n)
@@ -47,38 +48,38 @@ protected:
 
 TANDRY_FOR_EACH_MANAGER(ManagerFaults);
 
-/// A write that was answered with true is there afterwards, or the factory has told of its loss. And the factory works
-/// on.
-void ManagerFaults::ExpectNoWriteLostInSilence(std::vector<Fault> const& faults)
+/// Expects that a write that returned true is in the store afterwards, unless the factory has emitted `CommitFailed`,
+/// and that the factory works again after the fault.
+void ManagerFaults::ExpectNoSilentLoss(std::vector<Fault> const& faults)
 {
     StoreRows const before = RowsBefore();
-    for (WritingOperation const& operation : Own(WritingOperations())) {
+    for (WritingOperation const& operation : OfThisInterface(WritingOperations())) {
         StoreRows const after = RowsAfter(operation);
         FaultyFiles files;
         for (Fault const& fault : faults) {
             int n = 1;
             for (bool hit = true; hit; ++n) {
                 SCOPED_TRACE(Name(operation.name, fault, n));
-                PutStore();
+                ResetStore();
                 OpenStore();
-                ASSERT_NE(store, nullptr) << refusal.toStdString();
+                ASSERT_NE(store, nullptr) << openError.toStdString();
                 StoreRows expected;
                 {
                     Managers managers(store);
                     Fail(files, n, fault);
                     bool const answer = operation.run(managers, *store);
                     hit = files.Recover();
-                    Outcome const outcome{answer, store->LastError().has_value(), told > 0};
-                    EXPECT_TRUE(hit || (outcome.promised() && !outcome.hasError));
+                    Outcome const outcome{answer, store->LastError().has_value(), commitFailures > 0};
+                    EXPECT_TRUE(hit || (outcome.succeeded() && !outcome.hasError));
                     store->ClearError();
 
-                    // The same factory does now what it could not do before; be it that it reads first, or not.
-                    bool const doesAgain = !outcome.promised() && operation.failing == Failing::AllOrNothing;
-                    if (!doesAgain || !fault.staysForGood) {
+                    // Now the same factory succeeds, with and without reading first.
+                    bool const runsAgain = !outcome.succeeded() && operation.failing == Failing::AllOrNothing;
+                    if (!runsAgain || !fault.isPermanent) {
                         expected = RowsOf(*store);
-                        EXPECT_TRUE(Agrees(operation, outcome, before, after, expected));
+                        EXPECT_TRUE(MatchesOutcome(operation, outcome, before, after, expected));
                     }
-                    if (doesAgain) {
+                    if (runsAgain) {
                         EXPECT_TRUE(operation.run(managers, *store));
                         expected = after;
                     }
@@ -86,7 +87,7 @@ void ManagerFaults::ExpectNoWriteLostInSilence(std::vector<Fault> const& faults)
                 Probe();
                 StoreRows const seen = RowsOf(*store);
                 EXPECT_EQ(seen.size(), expected.size() + 1) << "the probe";
-                EXPECT_TRUE(Same(expected, WithoutProbe(seen), "when the fault had gone"));
+                EXPECT_TRUE(Same(expected, WithoutProbe(seen), "after the fault"));
                 store.reset();
                 EXPECT_TRUE(Same(seen, RowsOnDisk(StorePath()), "seen by the factory"));
             }
@@ -96,28 +97,28 @@ void ManagerFaults::ExpectNoWriteLostInSilence(std::vector<Fault> const& faults)
     }
 }
 
-TEST_P(ManagerFaults, NoWriteIsLostInSilenceByAnErrorOrAFullDisk)
+TEST_P(ManagerFaults, IoErrorOrFullDiskLosesNoWriteSilently)
 {
-    ExpectNoWriteLostInSilence({IoError(), FullDisk()});
+    ExpectNoSilentLoss({IoError(), FullDisk()});
 }
 
-TEST_P(ManagerFaults, NoWriteIsLostInSilenceByALackOfMemory)
+TEST_P(ManagerFaults, LackOfMemoryLosesNoWriteSilently)
 {
-    ExpectNoWriteLostInSilence({NoMemory(), NoMemoryForGood()});
+    ExpectNoSilentLoss({NoMemory(), NoMoreMemory()});
 }
 
-TEST_P(ManagerFaults, FaultDuringTheCloseLosesNothing)
+TEST_P(ManagerFaults, FaultDuringCloseLosesNothing)
 {
     FaultyFiles files;
     bool hit = true;
     for (int n = 1; hit; ++n) {
         SCOPED_TRACE(Name("the close", IoError(), n));
-        PutStore();
+        ResetStore();
         OpenStore();
-        ASSERT_NE(store, nullptr) << refusal.toStdString();
+        ASSERT_NE(store, nullptr) << openError.toStdString();
         {
             Managers managers(store);
-            for (WritingOperation const& operation : Own(WritingOperations()))
+            for (WritingOperation const& operation : OfThisInterface(WritingOperations()))
                 EXPECT_TRUE(operation.run(managers, *store)) << operation.name;
         }
         StoreRows const written = RowsOf(*store);
@@ -129,14 +130,14 @@ TEST_P(ManagerFaults, FaultDuringTheCloseLosesNothing)
     }
 }
 
-TEST_P(ManagerFaults, NoReadingTakesWhatItCouldNotReadForMissing)
+TEST_P(ManagerFaults, FailedReadIsNotMistakenForAMiss)
 {
-    PutStore();
+    ResetStore();
     FaultyFiles files;
-    for (ReadingOperation const& operation : Own(ReadingOperations())) {
+    for (ReadingOperation const& operation : OfThisInterface(ReadingOperations())) {
         OpenStore();
-        ASSERT_NE(store, nullptr) << refusal.toStdString();
-        QString const whole = [&] {
+        ASSERT_NE(store, nullptr) << openError.toStdString();
+        QString const expected = [&] {
             Managers managers(store);
             return operation.run(managers);
         }();
@@ -147,17 +148,17 @@ TEST_P(ManagerFaults, NoReadingTakesWhatItCouldNotReadForMissing)
             for (bool hit = true; hit; ++n) {
                 SCOPED_TRACE(Name(operation.name, fault, n));
                 OpenStore();
-                ASSERT_NE(store, nullptr) << refusal.toStdString();
+                ASSERT_NE(store, nullptr) << openError.toStdString();
                 {
                     Managers managers(store);
                     Fail(files, n, fault);
                     QString const answer = operation.run(managers);
                     hit = files.Recover();
-                    EXPECT_TRUE(store->LastError() || answer == whole) << answer.toStdString();
+                    EXPECT_TRUE(store->LastError() || answer == expected) << answer.toStdString();
                     store->ClearError();
 
                     managers.folders->ClearCaches();
-                    EXPECT_EQ(operation.run(managers), whole) << "when the fault had gone";
+                    EXPECT_EQ(operation.run(managers), expected) << "after the fault";
                     EXPECT_FALSE(store->LastError());
                 }
                 store.reset();
@@ -170,7 +171,7 @@ TEST_P(ManagerFaults, NoReadingTakesWhatItCouldNotReadForMissing)
     EXPECT_TRUE(Same(RowsBefore(), RowsOnDisk(StorePath()), "read only"));
 }
 
-TEST(ManagerScript, HoldsEveryOperationOfEveryInterface)
+TEST(ManagerScript, CoversEveryOperationOfEveryInterface)
 {
     QSet<QString> inScript;
     auto const add = [&](char const* name) {

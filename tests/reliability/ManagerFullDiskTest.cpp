@@ -7,27 +7,27 @@ namespace {
 
 using namespace tandry::test;
 
-/// The place of the store gets full, at each point in turn.
+/// Runs the operations with every amount of free disk space from none on.
 class ManagerFullDisk : public ManagerScriptFixture
 {
 protected:
-    /// Between two limits. What goes to the disk goes in pages of four times as much.
+    /// The difference between two amounts. SQLite writes pages of four times this size.
     static constexpr qint64 Step = 1024;
     static constexpr qint64 Page = 4096;
     static constexpr qint64 Plenty = 1 << 20;
     static constexpr int ProbedProduct = 2;
 
-    /// What the reading operations find.
+    /// Returns the results of the reading operations.
     QStringList Answers()
     {
         Managers managers(store);
         QStringList answers;
-        for (ReadingOperation const& operation : Own(ReadingOperations()))
+        for (ReadingOperation const& operation : OfThisInterface(ReadingOperations()))
             answers.append(operation.run(managers));
         return answers;
     }
 
-    void ExpectTold()
+    void ExpectFullDiskError()
     {
         ASSERT_TRUE(store->LastError());
         EXPECT_EQ(store->LastError()->code & 0xff, SQLITE_FULL);
@@ -41,36 +41,36 @@ protected:
 
 TANDRY_FOR_EACH_MANAGER(ManagerFullDisk);
 
-TEST_P(ManagerFullDisk, LeavesTheLastStateReadableAndIsWrittenAgainOnceThereIsRoom)
+TEST_P(ManagerFullDisk, KeepsTheLastStateReadableAndAcceptsWritesOnceThereIsSpace)
 {
     StoreRows const before = RowsBefore();
     OpenStore();
     QStringList const answersBefore = Answers();
-    for (WritingOperation const& operation : Own(WritingOperations())) {
+    for (WritingOperation const& operation : OfThisInterface(WritingOperations())) {
         StoreRows const after = RowsAfter(operation);
         bool hit = true;
         qint64 room = 0;
         for (; hit; room += Step) {
             SCOPED_TRACE(std::string(operation.name) + ", room " + std::to_string(room));
-            PutStore();
+            ResetStore();
             OpenStore();
-            ASSERT_NE(store, nullptr) << refusal.toStdString();
+            ASSERT_NE(store, nullptr) << openError.toStdString();
             StoreRows seen;
             {
                 Managers managers(store);
                 files.SetRoom(room);
                 bool const answer = operation.run(managers, *store);
-                Outcome const outcome{answer, store->LastError().has_value(), told > 0};
-                if (!outcome.promised() || outcome.hasError)
-                    ExpectTold();
+                Outcome const outcome{answer, store->LastError().has_value(), commitFailures > 0};
+                if (!outcome.succeeded() || outcome.hasError)
+                    ExpectFullDiskError();
                 seen = RowsOf(*store);
-                EXPECT_TRUE(Agrees(operation, outcome, before, after, seen));
+                EXPECT_TRUE(MatchesOutcome(operation, outcome, before, after, seen));
                 if (seen == before) {
                     EXPECT_EQ(Answers(), answersBefore);
                 }
-                EXPECT_FALSE(store->LastError()) << "reading needs no room";
+                EXPECT_FALSE(store->LastError()) << "reading needs no space";
                 hit = files.Recover();
-                EXPECT_TRUE(hit || (outcome.promised() && !outcome.hasError));
+                EXPECT_TRUE(hit || (outcome.succeeded() && !outcome.hasError));
 
                 files.SetRoom(Plenty);
                 EXPECT_TRUE(managers.products->Remove(ProbedProduct));
@@ -81,37 +81,37 @@ TEST_P(ManagerFullDisk, LeavesTheLastStateReadableAndIsWrittenAgainOnceThereIsRo
             seen.remove(QStringLiteral("ProductConfiguration %1").arg(ProbedProduct));
             StoreRows const found = RowsOnDisk(StorePath());
             EXPECT_EQ(found.size(), seen.size() + 1) << "the probe";
-            EXPECT_TRUE(Same(seen, WithoutProbe(found), "seen while there was no room"));
+            EXPECT_TRUE(Same(seen, WithoutProbe(found), "seen on the full disk"));
         }
         EXPECT_TRUE(room > Step || after == before) << "the disk was never full under " << operation.name;
     }
 }
 
-TEST_P(ManagerFullDisk, KeepsWhatWasWrittenBeforeItFilledWhenTheStoreIsClosed)
+TEST_P(ManagerFullDisk, KeepsEarlierWritesWhenTheStoreIsClosed)
 {
     bool hit = true;
     qint64 room = 0;
     for (; hit; room += Page) {
         SCOPED_TRACE("room " + std::to_string(room));
-        PutStore();
+        ResetStore();
         OpenStore();
-        ASSERT_NE(store, nullptr) << refusal.toStdString();
+        ASSERT_NE(store, nullptr) << openError.toStdString();
         files.SetRoom(room);
         StoreRows last = RowsOf(*store);
         {
             Managers managers(store);
-            for (WritingOperation const& operation : Own(WritingOperations())) {
+            for (WritingOperation const& operation : OfThisInterface(WritingOperations())) {
                 bool const answer = operation.run(managers, *store);
                 StoreRows const seen = RowsOf(*store);
-                if (operation.failing == Failing::AllOrNothing && (!answer || told > 0)) {
+                if (operation.failing == Failing::AllOrNothing && (!answer || commitFailures > 0)) {
                     EXPECT_TRUE(Same(last, seen, operation.name));
                 }
                 last = seen;
-                told = 0;
+                commitFailures = 0;
                 store->ClearError();
             }
         }
-        store.reset(); // with no room for what the log holds either
+        store.reset(); // without space to checkpoint the log
         hit = files.Recover();
         EXPECT_TRUE(Same(last, RowsOnDisk(StorePath()), "seen last"));
     }

@@ -26,16 +26,16 @@ using sync::database::JournalMode;
 using sync::database::OpenOptions;
 using sync::database::SqliteDatabaseFactory;
 
-/// The ids that the rows of the script's store have.
+/// Ids of rows in the script's store.
 constexpr int RootId = 1;
 constexpr int SubFolderId = 2;
 constexpr int ListedFolderId = 3;
 constexpr int FirstFileId = 1;
-/// Enough that a listing of them goes over several pages.
+/// Enough files that a listing needs several pages.
 constexpr int ListedFiles = 8;
 constexpr int NoSuchRoot = 99;
 
-/// A folder on disk, the same as long as the program runs: links to files are made only where there is a file.
+/// Returns a directory that exists until the program ends: links are resolved only to files on disk.
 QString Place()
 {
     static QTemporaryDir const place;
@@ -560,7 +560,7 @@ std::vector<WritingOperation> const& WritingOperations()
 
 namespace {
 
-/// Gives the key of each row in each table, and all its columns.
+/// Returns a statement that selects a key and all columns of each row of each table.
 QString const& RowStatement()
 {
     static QString const statement = [] {

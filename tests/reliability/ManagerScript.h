@@ -15,50 +15,50 @@ namespace tandry::test {
 
 using sync::config::Managers;
 
-/// An operation that reads, with values that find something in the script's store.
+/// An operation that reads, with arguments that match rows of the script's store.
 struct ReadingOperation
 {
-    /// Interface and operation as the header spells them; after a comma which one where there are several.
+    /// Interface and operation as spelt in the header; overloads and variants are told apart by a comma and a suffix.
     char const* name;
-    /// What was found, as a text.
+    /// Runs the operation and returns its result as a text.
     QString (*run)(Managers&);
-    bool usesStore = true; // some answer by themselves
+    bool usesStore = true; // some return without accessing the store
 };
 
-/// What may be in the store after a writing operation that met with a failure.
+/// What a failed writing operation may leave in the store.
 enum class Failing
 {
-    /// Everything after true, nothing after false.
+    /// All of its writes if it returns true, none if it returns false.
     AllOrNothing,
-    /// A composite operation leaves what was done before the failure. One that could not read what it was to write next
-    /// may take it for missing and answer true; the store's last error tells.
+    /// The writes before the failure. An operation that fails to read what it would write next may take it for missing
+    /// and return true; the store then has an error.
     Parts,
-    /// The same, and where it could not read what is on record it may make another one.
+    /// The same, and if it fails to read a row it may add a duplicate.
     PartsAndMore,
 };
 
-/// An operation that writes, with values that change something in the script's store.
+/// An operation that writes, with arguments that change the script's store.
 struct WritingOperation
 {
     char const* name;
-    /// The operation's answer. Of one that always answers the same, whether the store has no error.
+    /// Runs the operation and returns its result; if that is always the same, whether the store has no error.
     bool (*run)(Managers&, sync::database::SqliteDatabaseFactory&);
     Failing failing = Failing::AllOrNothing;
     bool usesStore = true;
 };
 
-/// Every operation of every manager's interface.
+/// Returns the operations of all managers' interfaces.
 std::vector<ReadingOperation> const& ReadingOperations();
 std::vector<WritingOperation> const& WritingOperations();
 
-/// All rows of a store's tables by table and id, each as a text.
+/// The rows of all tables as texts, by table and id.
 using StoreRows = QMap<QString, QString>;
-/// Through the store's own queries.
+/// Reads the rows through the store.
 StoreRows RowsOf(sync::database::SqliteDatabaseFactory& store);
-/// Of a closed store, by the engine alone; finds fault with a file that is not whole.
+/// Reads the rows of a closed store with SQLite. Fails the test if the file is damaged.
 StoreRows RowsOnDisk(QString const& path);
 
-/// The bytes of a store in which the operations find something: a few pages, with one listing that goes over several.
+/// Returns the file of a store with rows for the operations: a few pages, with one listing that needs several of them.
 QByteArray const& ScriptStore(sync::database::JournalMode journalMode);
 
 } // namespace tandry::test

@@ -23,14 +23,14 @@
 
 namespace tandry::test {
 
-/// Runs the operations of one manager's interface, each on a copy of the script's store, in one journal mode.
+/// Runs the operations of one manager's interface in one journal mode, each on a new copy of the script's store.
 class ManagerScriptFixture : public testing::TestWithParam<std::tuple<sync::database::JournalMode, char const*>>
 {
 protected:
     ManagerScriptFixture()
     {
-        QLoggingCategory::setFilterRules(QStringLiteral("tandry.*=false")); // errors are many
-        static_cast<void>(ScriptStore(Mode()));                             // made ahead of any fault
+        QLoggingCategory::setFilterRules(QStringLiteral("tandry.*=false")); // there are many errors
+        static_cast<void>(ScriptStore(Mode()));                             // created before any fault
     }
 
     ~ManagerScriptFixture() override { QLoggingCategory::setFilterRules(QString()); }
@@ -38,15 +38,15 @@ protected:
     void TearDown() override
     {
         store.reset();
-        EXPECT_EQ(OpenFiles(), _openFiles) << "a file was left open";
+        EXPECT_EQ(CountOpenFiles(), _openFiles) << "a file is still open";
     }
 
     sync::database::JournalMode Mode() const { return std::get<0>(GetParam()); }
     QString StorePath() const { return folder.filePath(QStringLiteral("store.db")); }
 
-    /// Those of the operations that belong to this case's interface.
+    /// Returns the operations of this test's interface.
     template <class Operation>
-    std::vector<Operation> Own(std::vector<Operation> const& operations) const
+    std::vector<Operation> OfThisInterface(std::vector<Operation> const& operations) const
     {
         std::vector<Operation> own;
         for (Operation const& operation : operations) {
@@ -56,71 +56,72 @@ protected:
         return own;
     }
 
-    /// A new copy of the script's store in place of whatever is there.
-    void PutStore(QByteArray const& bytes)
+    /// Replaces all files in the folder by a new copy of the script's store.
+    void ResetStore(QByteArray const& bytes)
     {
         store.reset();
         for (QString const& name : QDir(folder.path()).entryList(QDir::Files | QDir::Hidden))
             EXPECT_TRUE(QFile::remove(folder.filePath(name)));
         WriteFile(StorePath(), bytes);
     }
-    void PutStore() { PutStore(ScriptStore(Mode())); }
+    void ResetStore() { ResetStore(ScriptStore(Mode())); }
 
-    /// Opens what is there; null if it is refused, with the reason in `refusal`.
+    /// Opens the store. Sets `store` to null and `openError` to the reason if it is refused.
     void OpenStore()
     {
         sync::database::OpenOptions options;
         options.mode = sync::database::OpenMode::OpenExisting;
         options.busyTimeoutMsec = 0;
-        refusal.clear();
-        told = 0;
-        store = sync::database::SqliteDatabaseFactory::Open(StorePath(), &refusal, options);
+        openError.clear();
+        commitFailures = 0;
+        store = sync::database::SqliteDatabaseFactory::Open(StorePath(), &openError, options);
         if (store != nullptr)
-            QObject::connect(store.get(), &sync::database::SqliteDatabaseFactory::CommitFailed, [this] { ++told; });
+            QObject::connect(
+                store.get(), &sync::database::SqliteDatabaseFactory::CommitFailed, [this] { ++commitFailures; });
     }
 
-    /// What the operation makes of the script's store where nothing fails.
+    /// Returns the rows after the operation has run on the script's store without a failure.
     StoreRows RowsAfter(WritingOperation const& operation)
     {
-        PutStore();
+        ResetStore();
         OpenStore();
         Managers managers(store);
         EXPECT_TRUE(operation.run(managers, *store)) << operation.name;
         EXPECT_FALSE(store->LastError()) << operation.name;
-        EXPECT_EQ(told, 0) << operation.name;
+        EXPECT_EQ(commitFailures, 0) << operation.name;
         store.reset();
         return RowsOnDisk(StorePath());
     }
 
     StoreRows RowsBefore()
     {
-        PutStore();
+        ResetStore();
         return RowsOnDisk(StorePath());
     }
 
-    /// What an operation that met with a failure said, and what is there.
+    /// The result of an operation that may have failed.
     struct Outcome
     {
         bool answer = false;
         bool hasError = false;
-        bool wasTold = false;
+        bool commitFailed = false;
 
-        bool promised() const { return answer && !wasTold; }
+        bool succeeded() const { return answer && !commitFailed; }
     };
 
-    /// Holds what is in the store against the answer of an operation.
-    static testing::AssertionResult Agrees(WritingOperation const& operation,
-                                           Outcome const& outcome,
-                                           StoreRows const& before,
-                                           StoreRows const& after,
-                                           StoreRows const& found)
+    /// Compares the rows in the store with the result of an operation.
+    static testing::AssertionResult MatchesOutcome(WritingOperation const& operation,
+                                                   Outcome const& outcome,
+                                                   StoreRows const& before,
+                                                   StoreRows const& after,
+                                                   StoreRows const& found)
     {
         if (!outcome.answer && !outcome.hasError)
             return testing::AssertionFailure() << "false without an error";
-        if (operation.failing == Failing::AllOrNothing || (outcome.promised() && !outcome.hasError))
-            return Same(outcome.promised() ? after : before, found, outcome.promised() ? "promised" : "not done");
+        if (operation.failing == Failing::AllOrNothing || (outcome.succeeded() && !outcome.hasError))
+            return Same(outcome.succeeded() ? after : before, found, outcome.succeeded() ? "succeeded" : "failed");
 
-        // What was done before the failure stays: each row is as before or as after.
+        // Writes before the failure stay, so each row is as before or as after the operation.
         for (QString const& key : before.keys() + after.keys() + found.keys()) {
             bool const mayBeAnother = operation.failing == Failing::PartsAndMore && !before.contains(key);
             bool const isAsBefore = found.contains(key) == before.contains(key) && found[key] == before[key];
@@ -144,7 +145,7 @@ protected:
         return testing::AssertionSuccess();
     }
 
-    /// Writes one row more to the store.
+    /// Adds a row, to show that the store works.
     void Probe()
     {
         EXPECT_TRUE(AddServer(*store, QStringLiteral("a probe")));
@@ -159,8 +160,8 @@ protected:
         return rows;
     }
 
-    /// How many files this process has open.
-    static int OpenFiles()
+    /// Returns the number of files that this process has open.
+    static int CountOpenFiles()
     {
         return QDir(QStringLiteral("/proc/self/fd")).entryList(QDir::Files | QDir::System).size();
     }
@@ -168,11 +169,11 @@ protected:
     TemporarySettings settings;
     QTemporaryDir folder;
     std::shared_ptr<sync::database::SqliteDatabaseFactory> store;
-    QString refusal;
-    int told = 0;
+    QString openError;
+    int commitFailures = 0;
 
 private:
-    int const _openFiles = OpenFiles();
+    int const _openFiles = CountOpenFiles();
 };
 
 inline std::string NameOfScriptCase(testing::TestParamInfo<ManagerScriptFixture::ParamType> const& info)

@@ -19,7 +19,7 @@ namespace {
 using namespace tandry::test;
 using sync::database::SqliteDatabaseFactory;
 
-/// The power goes while a program writes: the disk holds what was flushed, and any of what wasn't.
+/// Simulates a power cut while a program writes: the disk has what was flushed, and any part of the rest.
 class PowerCut : public EachJournalMode
 {
 protected:
@@ -28,42 +28,42 @@ protected:
 
 TANDRY_IN_EACH_JOURNAL_MODE(PowerCut);
 
-TEST_P(PowerCut, LosesNoAnsweredWriteAndLeavesNoHalfOne)
+TEST_P(PowerCut, LosesNoAcknowledgedWriteAndLeavesNoPartialOne)
 {
     unsigned const seed = std::random_device()();
     std::mt19937 random(seed);
     FaultyFiles files;
-    int answered = 0;
+    int acknowledged = 0;
     int lost = 0;
     for (int round = 0; round < Rounds(); ++round) {
         SCOPED_TRACE("seed %1, round %2"_q.arg(seed).arg(round).toStdString());
         QTemporaryDir const place;
         QString const path = place.filePath("store.db"_q);
         RowStates const before = MakeStoreForWriting(path, GetParam());
-        std::unique_ptr<std::FILE, int (*)(std::FILE*)> const told(std::tmpfile(), &std::fclose);
+        std::unique_ptr<std::FILE, int (*)(std::FILE*)> const reportFile(std::tmpfile(), &std::fclose);
 
         UnflushedWrites writes;
         files.Tell(&writes);
         files.Fail(100 + int(random() % 3000), SQLITE_IOERR, AllOperations, true);
-        EXPECT_EQ(WriteWithoutEnd(path, unsigned(random()), told.get()), 1);
+        EXPECT_EQ(WriteUntilFailure(path, unsigned(random()), reportFile.get()), 1);
         ASSERT_TRUE(files.Recover());
         files.Tell(nullptr);
         writes.CutPower(random);
 
-        std::rewind(told.get());
-        WriterNews news(told.get(), before);
-        news.ReadRest();
+        std::rewind(reportFile.get());
+        WriterReport report(reportFile.get(), before);
+        report.ReadRest();
         QString error;
         ASSERT_NE(SqliteDatabaseFactory::Open(path, &error), nullptr) << error.toStdString();
         EXPECT_EQ(RawStore(path).Value("PRAGMA integrity_check"_q).toString(), "ok"_q);
-        std::vector<QByteArray> const lostNow = news.Lost(ReadRows(path));
+        std::vector<QByteArray> const lostNow = report.Lost(ReadRows(path));
         EXPECT_THAT(lostNow, testing::IsEmpty());
-        answered += news.answered();
+        acknowledged += report.acknowledged();
         lost += int(lostNow.size());
     }
-    std::cout << (UsesLog() ? "log" : "journal") << ": " << Rounds() << " power cuts, " << answered
+    std::cout << (UsesLog() ? "log" : "journal") << ": " << Rounds() << " power cuts, " << acknowledged
               << " writes acknowledged, " << lost << " lost" << std::endl;
-    EXPECT_GT(answered, 0);
+    EXPECT_GT(acknowledged, 0);
 }
 
 } // namespace

@@ -27,22 +27,22 @@ using sync::database::TransactionalScope;
 class SharedStore : public EachJournalMode
 {
 protected:
-    /// With a journal every reader and writer waits for every other, each of them for the disk several times.
-    int Patience() const { return UsesLog() ? 5'000 : 60'000; }
+    /// The busy timeout. With a journal, readers and writers wait for each other, and each of them for several flushes.
+    int BusyTimeoutMsec() const { return UsesLog() ? 5'000 : 60'000; }
 
     void SetUp() override
     {
         OpenOptions options;
         options.journalMode = GetParam();
-        options.busyTimeoutMsec = Patience();
+        options.busyTimeoutMsec = BusyTimeoutMsec();
         OpenStore(options);
     }
 
-    /// Adds `count` servers one by one, each durable by itself; how many answers were false.
+    /// Adds `count` servers, each durable on its own, and returns how many calls returned false.
     int AddServers(QString const& path, QString const& prefix, int count) const
     {
         OpenOptions options;
-        options.busyTimeoutMsec = Patience();
+        options.busyTimeoutMsec = BusyTimeoutMsec();
         auto const other = SqliteDatabaseFactory::Open(path, nullptr, options);
         if (other == nullptr)
             return count;
@@ -56,8 +56,8 @@ protected:
         return refused;
     }
 
-    /// A lock that another thread holds is an error at once from here on.
-    void ReopenWithoutPatience()
+    /// Reopens the store so that a lock of another thread is an error immediately.
+    void ReopenWithoutTimeout()
     {
         store.reset();
         OpenOptions options;
@@ -65,7 +65,7 @@ protected:
         OpenStore(options);
     }
 
-    /// A program with a store of its own and this much patience.
+    /// Opens the store a second time, as another program would.
     std::shared_ptr<SqliteDatabaseFactory> OpenOther(int busyTimeoutMsec) const
     {
         OpenOptions options;
@@ -98,9 +98,9 @@ TEST_P(SharedStore, ThreadsWithOwnAndSharedManagersLoseNoWrite)
             bool done = folders.Add(root) && folders.GetFolderConfigurationById(root.getId()).getClientPath() == path;
             if (number == 0)
                 folders.ClearCaches();
-            folders.GetAllRootFolders(); // which may lag behind another thread's write
+            folders.GetAllRootFolders(); // may be outdated
 
-            // Two files that stay, and two that are taken back.
+            // Two files that are committed, and two that are rolled back.
             for (bool const keeps : {true, false}) {
                 done = done && files.transaction();
                 for (int file = 0; file < 2; ++file) {
@@ -133,17 +133,17 @@ TEST_P(SharedStore, ThreadsWithOwnAndSharedManagersLoseNoWrite)
 
 TEST_P(SharedStore, CachedListingOfAnotherThreadDoesNotWaitForAScopeThatHasWritten)
 {
-    ReopenWithoutPatience();
+    ReopenWithoutTimeout();
     FolderConfigManager folders(store, nullptr);
     FolderConfiguration root;
     root.setParentId(0);
     TransactionalScope const scope;
-    ASSERT_TRUE(folders.Add(root)); // which clears the cached listings before the scope ends
+    ASSERT_TRUE(folders.Add(root)); // clears the cached listings before the scope ends
     std::thread([&] {
         EXPECT_EQ(folders.GetAllRootFolders().size(), 0);
         EXPECT_FALSE(store->LastError()) << store->LastError()->text.toStdString();
     }).join();
-    ASSERT_TRUE(folders.Update(root)) << "and its lock is free again";
+    ASSERT_TRUE(folders.Update(root)) << "the reader must have released its lock";
 }
 
 TEST_P(SharedStore, WritingProcessesLoseNothingAndAreNeverRefused)
@@ -154,7 +154,7 @@ TEST_P(SharedStore, WritingProcessesLoseNothingAndAreNeverRefused)
     if (!isNumber)
         writes = 100;
     QString const path = StorePath();
-    store.reset(); // a process that forks must have no store open
+    store.reset(); // no store may be open when a process forks
     {
         std::vector<std::unique_ptr<ChildProcess>> processes;
         for (int number = 0; number < Processes; ++number)
@@ -169,7 +169,7 @@ TEST_P(SharedStore, WritingProcessesLoseNothingAndAreNeverRefused)
     EXPECT_EQ(raw.Count("ServerConfiguration"_q), Processes * writes);
 }
 
-TEST_P(SharedStore, WriteBesideABracketThatOutlivesThePatienceIsRefusedAsLocked)
+TEST_P(SharedStore, WriteDuringALongClientTransactionIsRefusedAsLocked)
 {
     ASSERT_TRUE(store->CreateDatabase()->transaction());
     ASSERT_TRUE(AddServer(*store, "held"_q));
@@ -187,11 +187,11 @@ TEST_P(SharedStore, WriteBesideABracketThatOutlivesThePatienceIsRefusedAsLocked)
     ASSERT_TRUE(store->CreateDatabase()->commit());
 
     auto const other = OpenOther(50);
-    EXPECT_TRUE(AddServer(*other, "at last"_q));
+    EXPECT_TRUE(AddServer(*other, "accepted"_q));
     EXPECT_EQ(CountServers(*store), 2);
 }
 
-TEST_P(SharedStore, ReadingProcessSeesTheLastCommitBesideAnOpenTransactionAndDoesNotWait)
+TEST_P(SharedStore, ReaderSeesTheLastCommitDuringAnOpenTransactionWithoutWaiting)
 {
     if (!UsesLog())
         GTEST_SKIP() << "with a journal a reader waits for a writer";
@@ -199,7 +199,7 @@ TEST_P(SharedStore, ReadingProcessSeesTheLastCommitBesideAnOpenTransactionAndDoe
     ASSERT_TRUE(AddServer(*store, "committed"_q));
     store.reset();
 
-    // The writer is the other process, so that none forks with a store open.
+    // The writer is the child process, so that no store is open when it is forked.
     int toReader[2];
     int toWriter[2];
     ASSERT_EQ(pipe(toReader), 0);
@@ -214,7 +214,7 @@ TEST_P(SharedStore, ReadingProcessSeesTheLastCommitBesideAnOpenTransactionAndDoe
     });
     char word = 'r';
     ASSERT_EQ(::read(toReader[0], &word, 1), 1);
-    auto const reader = OpenOther(0); // no patience: a lock would be an error at once
+    auto const reader = OpenOther(0); // a lock is an error immediately
     ASSERT_NE(reader, nullptr);
     ServerConfigManager servers(reader);
     ASSERT_EQ(servers.GetAll().size(), 1u);

@@ -26,18 +26,18 @@ using sync::database::SqliteDatabaseFactory;
 std::initializer_list<FileOperation> const Changes = {
     FileOperation::Open, FileOperation::Write, FileOperation::Truncate, FileOperation::Sync, FileOperation::Delete};
 
-/// The upgrade of an older store is broken off at each of its places in turn.
+/// Interrupts the upgrade of an older store at each of its file operations.
 class UpgradeFaults : public testing::TestWithParam<ReleasedStore>
 {
 protected:
-    /// A copy of the store in a folder of its own.
+    /// A copy of the store in a temporary folder.
     class Place
     {
     public:
         explicit Place(ReleasedStore const& store)
         {
             store.CopyTo(Path());
-            // Looked at in a further copy, so that the store is still as it was released when it is opened.
+            // Read in a second copy, because reading may change the file.
             store.CopyTo(other.filePath("store.db"_q));
             RawStore raw(other.filePath("store.db"_q));
             before = RowsOf(raw);
@@ -45,10 +45,10 @@ protected:
 
         QString Path() const { return folder.filePath("store.db"_q); }
 
-        /// The store, with what was left beside it, must be wholly of the old version or of the new one, and open.
-        void ExpectWholeAndOpening() const
+        /// Expects that the store has either the old or the new version completely, and that it can be opened.
+        void ExpectCompleteAndOpening() const
         {
-            ExpectWhole();
+            ExpectComplete();
             QString error;
             ASSERT_NE(SqliteDatabaseFactory::Open(Path(), &error), nullptr) << error.toStdString();
             RawStore raw(Path());
@@ -60,8 +60,8 @@ protected:
         bool HasBackup() const { return !Backups().isEmpty(); }
 
     private:
-        /// Looked at in a copy: who opens the store next must find what was left.
-        void ExpectWhole() const
+        /// Checks a copy, so that the next opening finds the files as they were left.
+        void ExpectComplete() const
         {
             QTemporaryDir const look;
             for (QString const& name : {"store.db"_q, "store.db-wal"_q, "store.db-journal"_q})
@@ -74,7 +74,7 @@ protected:
                 EXPECT_EQ(RowsOf(raw), UpToDate(before));
         }
 
-        /// Whatever bears a backup's name is one, and there is one now that the store has been brought up to date.
+        /// Expects at least one backup, and that each file with a backup's name is one.
         void ExpectGoodBackups() const
         {
             EXPECT_TRUE(HasBackup());
@@ -100,8 +100,8 @@ protected:
         StoreRows before;
     };
 
-    /// Every operation fails once, or from then on, with this code.
-    static void FailEach(int code, std::initializer_list<FileOperation> operations, bool forGood)
+    /// Makes each operation fail in turn, once or permanently.
+    static void FailEach(int code, std::initializer_list<FileOperation> operations, bool permanently)
     {
         int refused = 0;
         int step = 1;
@@ -110,7 +110,7 @@ protected:
             Place const place(GetParam());
             {
                 FaultyFiles files;
-                files.Fail(step, code, operations, forGood);
+                files.Fail(step, code, operations, permanently);
                 QString error;
                 bool const opened = SqliteDatabaseFactory::Open(place.Path(), &error) != nullptr;
                 hit = files.Recover();
@@ -120,7 +120,7 @@ protected:
                     ++refused;
                 }
             }
-            place.ExpectWholeAndOpening();
+            place.ExpectCompleteAndOpening();
             if (HasFatalFailure())
                 return;
         }
@@ -151,7 +151,7 @@ TEST_P(UpgradeFaults, ProcessKilledAtAnyOperationLeavesTheOldStoreOrTheNewOne)
             return SqliteDatabaseFactory::Open(place.Path()) != nullptr ? 0 : 1;
         });
         kills += end == -SIGKILL ? 1 : 0;
-        place.ExpectWholeAndOpening();
+        place.ExpectCompleteAndOpening();
         if (HasFatalFailure())
             return;
     }
@@ -165,12 +165,12 @@ TEST_P(UpgradeFaults, OperationThatFailsOnceLosesNothing)
     FailEach(SQLITE_IOERR, AllOperations, false);
 }
 
-TEST_P(UpgradeFaults, OperationsThatFailForGoodLoseNothing)
+TEST_P(UpgradeFaults, OperationsThatKeepFailingLoseNothing)
 {
     FailEach(SQLITE_IOERR, Changes, true);
 }
 
-TEST_P(UpgradeFaults, FullDiskLosesNothingAndLeavesNoHeapOfBackups)
+TEST_P(UpgradeFaults, FullDiskLosesNothingAndLeavesNoExtraBackups)
 {
     int refused = 0;
     for (qint64 room = 0;; room += 4000) {
@@ -190,7 +190,7 @@ TEST_P(UpgradeFaults, FullDiskLosesNothingAndLeavesNoHeapOfBackups)
             EXPECT_FALSE(place.HasBackup());
             ++refused;
         }
-        place.ExpectWholeAndOpening();
+        place.ExpectCompleteAndOpening();
         if (opened || HasFatalFailure())
             break;
     }

@@ -31,17 +31,17 @@ std::array<QByteArray, 3> const FileTables{QByteArrayLiteral("FileConfiguration"
                                            QByteArrayLiteral("GeneratedFileConfiguration"),
                                            QByteArrayLiteral("BaseFileConfiguration")};
 
-/// The column that names a row, and the one that shows its state.
-struct Watched
+/// A table with the column that identifies a row and an expression for its state.
+struct WatchedTable
 {
     QByteArray table;
     QString name;
     QString state;
 };
 
-std::vector<Watched> const& WatchedTables()
+std::vector<WatchedTable> const& WatchedTables()
 {
-    static std::vector<Watched> const tables{
+    static std::vector<WatchedTable> const tables{
         {Servers, "alias"_q, "davUrl"_q},
         {Accounts, "userName"_q, "domainId"_q},
         {Products, "name"_q, "consumerKey"_q},
@@ -54,24 +54,25 @@ std::vector<Watched> const& WatchedTables()
     return tables;
 }
 
-// On the pipe a write is a line "W" or "S" (whole, or step by step), a line for each row, and a line "D" once it was
-// answered. Names and states hold no line break and no tab.
+// In the report, a write is a line that begins with "W" (atomic) or "S" (step by step) and has three fields for each
+// row, separated by tabs, and a line "D" after it has been acknowledged. Names and states contain no line breaks or
+// tabs.
 
-void Tell(std::FILE* news, PlannedWrite const& write)
+void Report(std::FILE* report, PlannedWrite const& write)
 {
-    QByteArray text = write.whole ? "W" : "S";
+    QByteArray text = write.atomic ? "W" : "S";
     for (RowChange const& change : write.changes)
         text += '\t' + change.row.first + '\t' + change.row.second + '\t' +
                 (change.state ? '=' + *change.state : QByteArray("-"));
-    std::fputs((text + '\n').constData(), news);
-    std::fflush(news);
+    std::fputs((text + '\n').constData(), report);
+    std::fflush(report);
 }
 
 PlannedWrite Parse(QByteArray const& line)
 {
     QList<QByteArray> const fields = line.split('\t');
     PlannedWrite write;
-    write.whole = fields.front() == "W";
+    write.atomic = fields.front() == "W";
     for (int field = 1; field + 2 < fields.size(); field += 3) {
         RowChange change{{fields[field], fields[field + 1]}, std::nullopt};
         if (fields[field + 2].startsWith('='))
@@ -95,10 +96,10 @@ std::optional<QByteArray> StateOf(RowStates const& rows, RowName const& row)
     return found == rows.end() ? std::nullopt : std::optional(found->second);
 }
 
-/// Of each row that differs its name, with what was expected and what was found.
+/// Returns a description of each row that differs.
 std::vector<QByteArray> Differences(RowStates const& expected, RowStates const& found)
 {
-    auto const told = [](std::optional<QByteArray> const& state) {
+    auto const format = [](std::optional<QByteArray> const& state) {
         return state ? '"' + *state + '"' : QByteArrayLiteral("no row");
     };
     std::set<RowName> rows;
@@ -111,19 +112,19 @@ std::vector<QByteArray> Differences(RowStates const& expected, RowStates const& 
         std::optional<QByteArray> const wanted = StateOf(expected, row);
         std::optional<QByteArray> const is = StateOf(found, row);
         if (wanted != is)
-            differences.push_back(row.first + ' ' + row.second + ": " + told(is) + " instead of " + told(wanted));
+            differences.push_back(row.first + ' ' + row.second + ": " + format(is) + " instead of " + format(wanted));
     }
     return differences;
 }
 
-/// The life of one process that writes: each step is one round through the operations of a family of managers.
+/// Writes in steps; each step calls the operations of one family of managers.
 class Writer
 {
 public:
-    Writer(std::shared_ptr<SqliteDatabaseFactory> const& store, unsigned seed, std::FILE* news)
+    Writer(std::shared_ptr<SqliteDatabaseFactory> const& store, unsigned seed, std::FILE* report)
         : _store(store)
         , _directory(QFileInfo(store->path()).absolutePath())
-        , _news(news)
+        , _report(report)
         , _random(seed)
         , _managers(store)
     {
@@ -139,17 +140,17 @@ public:
                                                                   &Writer::WriteTree,
                                                                   &Writer::WriteRoot,
                                                                   &Writer::WriteLinks,
-                                                                  &Writer::WriteBracket};
+                                                                  &Writer::WriteClientTransaction};
         return (this->*Rounds[_random() % Rounds.size()])();
     }
 
 private:
     bool Write(PlannedWrite const& write, std::function<bool()> const& call)
     {
-        Tell(_news, write);
+        Report(_report, write);
         if (!call() || _isLost)
             return false;
-        return std::fputs("D\n", _news) >= 0 && std::fflush(_news) == 0;
+        return std::fputs("D\n", _report) >= 0 && std::fflush(_report) == 0;
     }
 
     QString NextName() { return "n%1"_q.arg(++_names); }
@@ -218,7 +219,7 @@ private:
     {
         ScheduleEntry schedule = _managers.schedules->GetDefaultScheduleEntry();
         if (schedule.getId() == -1)
-            return true; // removed in an earlier step, for good
+            return true; // an earlier step has removed it
         if (_random() % 20 == 0)
             return Write({true, {Removes(Schedules, "0"_q)}},
                          [&] { return _managers.schedules->Remove(schedule.getId()); });
@@ -246,7 +247,7 @@ private:
                      [&] { return _managers.files->Add(file); });
     }
 
-    /// A tree that grows level by level, with files of every kind, and goes from its leaves up.
+    /// Adds a tree with files of every kind, level by level, and removes it.
     bool WriteTree()
     {
         FolderConfiguration root;
@@ -295,7 +296,7 @@ private:
                              [&] { return _managers.folders->RemoveFolderAndChildren(folder.getParentId()); });
     }
 
-    /// A root with files that goes at once.
+    /// Adds a root with files and removes it in one call.
     bool WriteRoot()
     {
         FolderConfiguration root;
@@ -311,7 +312,7 @@ private:
         done = done && Write({true, {Removes(FileTables[1], part.clientPath)}}, [&] {
                    _managers.files->RemoveGeneratedFileConfigurationsByRootFolderIdAndSyncStatus(
                        root.getId(), FileSyncStatusNotSynced);
-                   return !_store->LastError(); // its answer is always false
+                   return !_store->LastError(); // it always returns false
                });
         done = done && Write({true, {Removes(FileTables[1], generated.clientPath)}}, [&] {
                    return _managers.files->RemoveGeneratedFileConfigurationsByRootFolderId(root.getId());
@@ -327,7 +328,7 @@ private:
         return done && Write(cleaning, [&] { return _managers.folders->CleanRootFolder(root.getId()); });
     }
 
-    /// A file with a link to one on the disk, which gets a row first.
+    /// Adds a file with a link to a file on disk, which is added first.
     bool WriteLinks()
     {
         if (_linkedRoot.getId() == -1 && !AddRoot(_linkedRoot, _directory))
@@ -346,8 +347,8 @@ private:
                      [&] { return _managers.files->Add(file); });
     }
 
-    /// Three files that come together, or don't.
-    bool WriteBracket()
+    /// Adds three files in one client transaction, which is committed or rolled back.
+    bool WriteClientTransaction()
     {
         std::array<FileConfiguration, 3> files;
         PlannedWrite write;
@@ -368,9 +369,9 @@ private:
     }
 
     std::shared_ptr<SqliteDatabaseFactory> const _store;
-    /// Where it lies, and the files that are linked to.
+    /// The directory of the store and of the linked files.
     QString const _directory;
-    std::FILE* _news;
+    std::FILE* _report;
     std::mt19937 _random;
     FolderConfiguration _linkedRoot;
     bool _isLost = false;
@@ -392,66 +393,66 @@ RowStates MakeStoreForWriting(QString const& path, sync::database::JournalMode m
     sync::database::OpenOptions options;
     options.journalMode = mode;
     EXPECT_NE(SqliteDatabaseFactory::Open(path, nullptr, options), nullptr);
-    // A generated file's parent may be a file or a generated file, told by its id alone. The writer has both kinds, so
-    // the ids must differ.
+    // The parent of a generated file is an id of a file or of a generated file. The writer uses both, so their ids must
+    // differ.
     RawStore(path).Run("INSERT INTO sqlite_sequence VALUES ('GeneratedFileConfiguration', 1000000)"_q);
     return ReadRows(path);
 }
 
-int WriteWithoutEnd(QString const& path, unsigned seed, std::FILE* news)
+int WriteUntilFailure(QString const& path, unsigned seed, std::FILE* report)
 {
     std::shared_ptr<SqliteDatabaseFactory> const store = SqliteDatabaseFactory::Open(path);
     if (store == nullptr)
         return 1;
-    Writer writer(store, seed, news);
+    Writer writer(store, seed, report);
     while (writer.Step()) {
     }
     return 1;
 }
 
-bool WriterNews::ReadLine()
+bool WriterReport::ReadLine()
 {
     QByteArray line;
-    for (int character = std::fgetc(_news); character != '\n'; character = std::fgetc(_news)) {
+    for (int character = std::fgetc(_report); character != '\n'; character = std::fgetc(_report)) {
         if (character == EOF)
-            return false; // a line without an end was never told
+            return false; // ignores an incomplete line
         line += static_cast<char>(character);
     }
     if (line != "D") {
-        _underWay = Parse(line);
+        _pending = Parse(line);
         return true;
     }
-    for (RowChange const& change : _underWay->changes)
+    for (RowChange const& change : _pending->changes)
         Apply(_rows, change);
-    _underWay.reset();
-    ++_answered;
+    _pending.reset();
+    ++_acknowledged;
     return true;
 }
 
-bool WriterNews::ReadAnswers(int count)
+bool WriterReport::ReadAcknowledgements(int count)
 {
-    int const goal = _answered + count;
-    while (_answered < goal) {
+    int const goal = _acknowledged + count;
+    while (_acknowledged < goal) {
         if (!ReadLine())
             return false;
     }
     return true;
 }
 
-void WriterNews::ReadRest()
+void WriterReport::ReadRest()
 {
     while (ReadLine()) {
     }
 }
 
-std::vector<QByteArray> WriterNews::Lost(RowStates const& found) const
+std::vector<QByteArray> WriterReport::Lost(RowStates const& found) const
 {
     RowStates expected = _rows;
     std::vector<QByteArray> const without = Differences(expected, found);
-    if (!_underWay || without.empty())
+    if (!_pending || without.empty())
         return without;
-    for (RowChange const& change : _underWay->changes) {
-        if (_underWay->whole || StateOf(found, change.row) == change.state)
+    for (RowChange const& change : _pending->changes) {
+        if (_pending->atomic || StateOf(found, change.row) == change.state)
             Apply(expected, change);
     }
     return Differences(expected, found);
@@ -461,7 +462,7 @@ RowStates ReadRows(QString const& path)
 {
     RowStates rows;
     RawStore raw(path);
-    for (Watched const& watched : WatchedTables()) {
+    for (WatchedTable const& watched : WatchedTables()) {
         QString const statement =
             "SELECT %1, %2 FROM %3"_q.arg(watched.name, watched.state, QString::fromLatin1(watched.table));
         for (auto const& row : raw.Rows(statement))

@@ -13,67 +13,67 @@
 
 namespace tandry::test {
 
-/// A row by its table and its unique text, with what is to be seen of its other columns.
+/// A row's table and the text that identifies it there; and the rows with their states, texts of other columns.
 using RowName = std::pair<QByteArray, QByteArray>;
 using RowStates = std::map<RowName, QByteArray>;
 
-/// What a write makes of one row; nothing for a row that goes.
+/// The new state of one row; nothing if the row is removed.
 struct RowChange
 {
     RowName row;
     std::optional<QByteArray> state;
 };
 
-/// One call of a manager, and the rows that it changes.
+/// A call of a manager and the rows that it changes.
 struct PlannedWrite
 {
-    /// Whether the rows change together; else one after the other, each by itself.
-    bool whole = true;
+    /// Whether all rows change in one transaction; otherwise they change one after the other.
+    bool atomic = true;
     std::vector<RowChange> changes;
 };
 
-/// How often a test breaks off what writes: 30 times, unless TANDRY_SOAK_ROUNDS asks for more.
+/// Returns the number of interruptions in a test: 30, or the value of TANDRY_SOAK_ROUNDS.
 int Rounds();
 
-/// Makes a store for `WriteWithoutEnd`, and gives the rows that it begins with.
+/// Creates a store for `WriteUntilFailure` and returns its rows.
 RowStates MakeStoreForWriting(QString const& path, sync::database::JournalMode mode);
 
-/// Writes through all managers without end, telling `news` of each call before it and after it was answered with true.
-/// Returns 1 when an answer was false or not kept, or when `news` can't be written.
-int WriteWithoutEnd(QString const& path, unsigned seed, std::FILE* news);
+/// Writes through all managers until a call fails or a commit is lost, and returns 1 then. Writes each call to `report`
+/// before it starts and after it has returned true; returns 1 if `report` cannot be written.
+int WriteUntilFailure(QString const& path, unsigned seed, std::FILE* report);
 
-/// What such a process told before it ended: the answered writes, and the one that was under way.
-class WriterNews
+/// Reads the report of a process that runs `WriteUntilFailure`: its acknowledged writes, and the pending one.
+class WriterReport
 {
 public:
-    /// `rows` are those that the store held before.
-    WriterNews(std::FILE* news, RowStates rows)
-        : _news(news)
+    /// `rows` are the rows of the store before the process started.
+    WriterReport(std::FILE* report, RowStates rows)
+        : _report(report)
         , _rows(std::move(rows))
     {}
 
-    /// Reads on until so many further writes were answered; false when the process ended before.
-    bool ReadAnswers(int count);
-    /// Reads what is left of a process that has ended.
+    /// Reads until `count` further writes have been acknowledged. Returns false if the process ends before.
+    bool ReadAcknowledgements(int count);
+    /// Reads the rest of the report of a process that has ended.
     void ReadRest();
 
-    int answered() const { return _answered; }
-    /// Rows as the answered writes left them.
+    int acknowledged() const { return _acknowledged; }
+    /// Returns the rows after the acknowledged writes.
     RowStates const& rows() const { return _rows; }
-    /// The rows that differ from what the answers promise, each in words. A write without an answer may show or not:
-    /// whole or not at all, where its rows change together.
+    /// Returns a description of each row that differs from the acknowledged state. The pending write may be there or
+    /// not; if it is atomic, all of it or nothing.
     std::vector<QByteArray> Lost(RowStates const& found) const;
 
 private:
     bool ReadLine();
 
-    std::FILE* _news;
-    int _answered = 0;
+    std::FILE* _report;
+    int _acknowledged = 0;
     RowStates _rows;
-    std::optional<PlannedWrite> _underWay;
+    std::optional<PlannedWrite> _pending;
 };
 
-/// The rows that a store holds now, by a connection of its own.
+/// Reads the rows of a store with a new connection.
 RowStates ReadRows(QString const& path);
 
 } // namespace tandry::test

@@ -1,5 +1,5 @@
--- The rows of every store here: a few in each table, with texts and times that a copy could spoil, and with rows that
--- name others which are gone.
+-- The rows of every store here: a few in each table, with texts and times that a copy could corrupt, and with references
+-- to missing rows.
 INSERT INTO ServerConfiguration (id, alias, davUrl, webServiceUrl, nameValueProperties, binaryDiffEncoder) VALUES
     (1, 'Häuser & "Gärten" ''mit'' 日本語 😀', 'https://dav.example.org/a%20b', 'https://ws.example.org',
      '<!DOCTYPE NameValueXml>' || char(10) || '<NameValueXml>' || char(10) || ' <k><![CDATA[v < w]]></k>' || char(10) || '</NameValueXml>' || char(10),
