@@ -1,4 +1,4 @@
-# Runs PROGRAM in SCRATCH, emptied first, and fails unless it prints what the file EXPECTED holds.
+# Runs PROGRAM in the emptied folder SCRATCH, and fails unless its output equals the file EXPECTED.
 cmake_minimum_required(VERSION 3.25)
 file(REMOVE_RECURSE "${SCRATCH}")
 file(MAKE_DIRECTORY "${SCRATCH}")

@@ -20,8 +20,8 @@ namespace factory {
 ///
 /// Managers return no reasons, so the store keeps them: a lookup returns the same record if nothing matches and if the
 /// store fails, and a listing that breaks off returns the rows read until then. A write returns true once its statement
-/// has succeeded; a commit that fails afterwards, at the end of the scope, is for the store to report. The factories of
-/// `TandryDatabase` keep each thread's first error (`LastError`) and emit the signal `CommitFailed`.
+/// has succeeded; a commit that fails afterwards, at the end of the scope, is for the store to report. A factory that
+/// derives from `sync::database::StoreFactory` keeps each thread's first error (`LastError`) and emits `CommitFailed`.
 class TANDRY_INTERFACES_EXPORT IDatabaseFactory : public QObject
 {
     Q_OBJECT

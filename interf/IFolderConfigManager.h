@@ -75,11 +75,12 @@ public:
 
     /// Returns the folder with this path; adds it below the root if it is missing, and its missing ancestors before it.
     ///
-    /// The nearest ancestor on record becomes the parent; unlike in `IsInExistingClientFolder`, paths are compared
-    /// exactly. Added folders get the root's account and product, a server path derived from the root's, and the status
-    /// 3, and are refreshed in the shell. The caller checks that the path lies in the root: below another root on
-    /// record the folders are added there, with `rootConfig`'s ids and with their local path as server path. A folder
-    /// of another account with exactly this path is returned as it is.
+    /// The nearest ancestor on record becomes the parent. Unlike `IsInExistingClientFolder`, this compares paths
+    /// exactly, without a trailing slash, so it does not find a root whose path has one. Added folders get the root's
+    /// account and product, a server path derived from the root's, and the status 3, and are refreshed in the shell.
+    /// The caller checks that the path lies in the root: below another root on record the folders are added there, with
+    /// `rootConfig`'s ids and with their local path as server path. A folder of another account with exactly this path
+    /// is returned as it is.
     ///
     /// The record's id is -1 if the path is empty or below no folder on record, or if the store fails. Ancestors that
     /// were added before a failure stay. A look-up that fails counts as a miss, so a folder may be added twice.

@@ -1,4 +1,4 @@
-// A root with folders below it, written as one unit and listed back, with what a client does when something fails.
+// Adds a root and folders below it in one client transaction, and lists them. Shows how a client handles failures.
 // Usage: example_folders [STORE]
 
 #include "config/FolderConfigManager.h"
@@ -19,7 +19,7 @@ using sync::database::StoreFactory;
 
 namespace {
 
-/// Stands for the file manager that would redraw a folder's icon.
+/// A real client would make the file manager redraw the folder here.
 class Shell : public sync::interf::IRefreshNativeFileViewer
 {
 public:
@@ -60,10 +60,10 @@ int main(int argc, char** argv)
     }
     FolderConfigManager folders(store, std::make_shared<Shell>());
 
-    // All of it or nothing: without the bracket each Add would be durable by itself. A return before the commit takes
-    // everything back, when the store is closed.
-    auto const bracket = store->CreateDatabase();
-    if (!bracket->transaction())
+    // Without this client transaction, each Add would be durable on its own. If the program returns before the commit,
+    // closing the store rolls the transaction back.
+    auto const transaction = store->CreateDatabase();
+    if (!transaction->transaction())
         return Fail(*store, "cannot begin");
 
     FolderConfiguration root;
@@ -74,16 +74,16 @@ int main(int argc, char** argv)
     if (!folders.Add(root))
         return Fail(*store, "cannot add the root");
 
-    // Makes "Letters" too, since it lies between the two.
+    // Adds "Letters" first, which is missing between the two.
     FolderConfiguration const year =
         folders.AddFolderAndParent(QStringLiteral("/home/ada/Documents/Letters/2024"), root);
     if (year.getId() == -1)
         return Fail(*store, "cannot add the folder");
 
-    if (!bracket->commit())
+    if (!transaction->commit())
         return Fail(*store, "cannot commit");
 
-    // An empty listing means "nothing there" or "could not be read": the store's error tells which.
+    // A listing is also empty or incomplete if the store could not be read: only LastError tells.
     store->ClearError();
     PrintTree(folders, root, 0);
     return store->LastError() ? Fail(*store, "cannot read all of it") : 0;
