@@ -8,6 +8,8 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
+
 #include <fcntl.h>
 #include <sys/stat.h>
 
@@ -24,6 +26,9 @@ QString FromUtf8(char const* text)
 class DirectoryListingTest : public testing::Test
 {
 protected:
+    /// Removes the folder: QTemporaryDir fails to remove files whose names are not valid UTF-8.
+    void TearDown() override { std::filesystem::remove_all(folder.path().toStdString()); }
+
     QString At(char const* name) const { return folder.filePath(FromUtf8(name)); }
 
     void Write(char const* name, QByteArray const& content) const

@@ -7,6 +7,7 @@
 #include <QProcessEnvironment>
 
 #include <algorithm>
+#include <filesystem>
 #include <iterator>
 #include <optional>
 #include <string>
@@ -73,6 +74,11 @@ QJsonArray RunResult::json() const
     QJsonDocument const document = QJsonDocument::fromJson(out.toUtf8());
     EXPECT_TRUE(document.isArray()) << out.toStdString() << err.toStdString();
     return document.array();
+}
+
+void ToolTest::TearDown()
+{
+    std::filesystem::remove_all(folder.path().toStdString());
 }
 
 QStringList ToolTest::_OnStore(QStringList const& arguments) const

@@ -36,6 +36,9 @@ struct RunResult
 class ToolTest : public testing::Test
 {
 protected:
+    /// Removes the folder: QTemporaryDir fails to remove files whose names are not valid UTF-8.
+    void TearDown() override;
+
     QString StorePath() const { return At("store.db"); }
     QString At(char const* name) const { return At(QString::fromUtf8(name)); }
     QString At(QString const& name) const { return folder.filePath(name); }
