@@ -15,7 +15,7 @@ namespace tandry::test {
 
 namespace {
 
-/// What is planned, and how far it has come.
+/// The planned failure and the state of the plan.
 struct Plan
 {
     std::mutex mutex;
@@ -52,11 +52,11 @@ int Ask(FileOperation operation)
     std::function<void()> const watcher = std::exchange(plan.watcher, nullptr);
     lock.unlock();
     if (watcher)
-        watcher(); // which may use the files itself
+        watcher(); // outside the lock, because it may use the files
     return code;
 }
 
-/// Takes room for growth, or gives some back.
+/// Takes space for growth, or returns some.
 int TakeRoom(qint64 bytes)
 {
     Plan& plan = ThePlan();
@@ -71,7 +71,7 @@ int TakeRoom(qint64 bytes)
     return SQLITE_OK;
 }
 
-/// Passes on what was done to a file that has a name.
+/// Reports an operation on a named file to the `UnflushedWrites`, if there is one.
 template <class... Parameters, class... Arguments>
 void Tell(void (UnflushedWrites::*what)(QByteArray const&, Parameters...),
           char const* name,
@@ -84,7 +84,7 @@ void Tell(void (UnflushedWrites::*what)(QByteArray const&, Parameters...),
 
 sqlite3_vfs* realVfs = nullptr;
 
-/// The engine's file with the real one behind it in the same memory.
+/// The file object for SQLite, followed in memory by that of the real VFS.
 struct File
 {
     sqlite3_file base;
@@ -150,7 +150,7 @@ int Truncate(sqlite3_file* file, sqlite3_int64 size)
     return code;
 }
 
-/// No test outlives a power cut, but for one that is made up, and thousands of flushes take minutes.
+/// Flushes nothing: the tests only simulate power cuts, and thousands of flushes would take minutes.
 int Sync(sqlite3_file* file, int)
 {
     int const code = Ask(FileOperation::Sync);

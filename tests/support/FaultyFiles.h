@@ -9,7 +9,7 @@ namespace tandry::test {
 
 class UnflushedWrites;
 
-/// What the engine asks of the operating system, as far as it can be made to fail.
+/// The file operations of SQLite that can be made to fail.
 enum class FileOperation
 {
     Open,
@@ -39,8 +39,8 @@ inline constexpr std::initializer_list<FileOperation> AllButReading{FileOperatio
                                                                     FileOperation::Lock,
                                                                     FileOperation::MapMemory};
 
-/// While it lives, the engine reaches its files through it, and operations fail as planned. One at a time; connections
-/// that were opened meanwhile must be closed before it goes. Any thread may call any operation.
+/// Makes SQLite's file operations fail as planned while the object exists. There may be one object at a time, and the
+/// connections that were opened meanwhile must be closed before it is destroyed. Any thread may call any operation.
 class FaultyFiles
 {
 public:

@@ -10,13 +10,13 @@
 
 namespace tandry::test {
 
-/// What a disk may hold when the power goes: each file as it was at its last flush, with any of its later changes and
-/// without any others. Told by `FaultyFiles` of what the engine does; any thread may tell.
+/// Simulates what a disk may hold after a power cut: each file as of its last flush, with an arbitrary part of its
+/// later changes. `FaultyFiles` reports SQLite's operations to it, on any thread.
 class UnflushedWrites
 {
 public:
-    /// What a file holds when it is opened for the first time counts as flushed; one that isn't there may be missing
-    /// later, unless it is flushed.
+    /// The contents of a file count as flushed when it is first opened. A new file may be missing after the power cut
+    /// unless it is flushed.
     void Opened(QByteArray const& name);
     void Written(QByteArray const& name, qint64 offset, QByteArray const& bytes);
     void Truncated(QByteArray const& name, qint64 size);
