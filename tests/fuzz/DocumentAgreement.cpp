@@ -26,7 +26,7 @@ struct FileLinks
     QDateTime date;
 };
 
-// The steps over Qt's document.
+// The steps with QDomDocument.
 
 NameValues NameValuesByQt(QString const& text)
 {
@@ -60,7 +60,7 @@ FileLinks FileLinksByQt(QString const& text)
     return read;
 }
 
-// Limits, as Qt's reader tells them.
+// The limits, measured with Qt's reader.
 
 QT_WARNING_PUSH
 QT_WARNING_DISABLE_DEPRECATED
@@ -95,7 +95,7 @@ enum class Size
 
 Size SizeOf(QString const& text)
 {
-    // Qt's reader has no limit for document types, and only its stack or its memory ends it.
+    // Qt's reader limits document types only by its stack and memory.
     if (text.contains(QLatin1String("<!EN")) ||
         (text.contains(QLatin1String("<!D")) && text.size() > XmlLimits::DocumentTypeSize))
         return Size::NotKnown;
@@ -112,7 +112,7 @@ Size SizeOf(QString const& text)
 
 QT_WARNING_POP
 
-// Equality, which tells a null text from an empty one.
+// Equality that distinguishes a null text from an empty one.
 
 bool Same(QString const& left, QString const& right)
 {

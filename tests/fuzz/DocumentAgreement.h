@@ -4,15 +4,15 @@
 
 namespace tandry::fuzz {
 
-/// Whether the text was read without Qt's document, because it has the form in which the library writes.
+/// Whether the text was read without QDomDocument because it has the form that the library writes.
 enum class ReadAs
 {
     Written,
     Document,
 };
 
-/// Reads a text with the library and, step by step, with Qt's document; ends the program unless both read the same. A
-/// text that exceeds the limits of stored documents must read as empty.
+/// Reads a text with the library and, step by step, with QDomDocument. Aborts the program unless the results are equal.
+/// A text that exceeds the limits of stored documents must read as empty.
 ReadAs RequireNameValuesAgree(QString const& text);
 ReadAs RequireFileLinksAgree(QString const& text);
 

@@ -15,7 +15,7 @@ namespace {
 using sync::config::FileLink;
 using sync::config::XmlLimits;
 
-/// Texts in ASCII, others by their units, and names of these lengths.
+/// Returns ASCII texts, texts of these UTF-16 units, and names of these lengths.
 QStringList Texts(std::initializer_list<char const*> ascii,
                   std::initializer_list<std::vector<ushort>> others,
                   std::initializer_list<int> lengths)
@@ -55,7 +55,7 @@ QStringList const& Names()
     return names;
 }
 
-/// What separates readers of XML, and the pieces of our own documents.
+/// Characters and markup that XML readers treat differently, and parts of the library's own documents.
 QStringList const& Pieces()
 {
     static QStringList const pieces = Texts({" ",
@@ -206,7 +206,8 @@ QString DocumentGenerator::FileLinks()
     return sync::config::WriteFileLinks(links, date);
 }
 
-/// Levels or attributes, a few more or less than are read, with something odd behind them.
+/// Returns a document with nearly as many levels or attributes as are read, or a few more, and something odd after
+/// them.
 QString DocumentGenerator::AtTheLimits()
 {
     static QStringList const opened = Texts({"<e a='>' b=\"/>\">",

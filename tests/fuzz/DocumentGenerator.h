@@ -8,8 +8,8 @@
 
 namespace tandry::fuzz {
 
-/// Makes texts in and around the form of stored documents, the same ones for the same seed: what the library's writers
-/// make of odd names and values, with none or a few changes, and now and then one at the limits of what is read.
+/// Generates texts in and around the form of stored documents, the same ones for the same seed: documents that the
+/// library writes for odd names and values, with no or few changes, and sometimes one at the limits of what is read.
 class DocumentGenerator
 {
 public:

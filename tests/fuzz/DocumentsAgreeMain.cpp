@@ -1,7 +1,7 @@
 // Usage: documents_agree [COUNT [SEED]]
 //
-// Holds the readers of stored documents against Qt's document on COUNT made-up texts (50,000), the same ones for the
-// same SEED (1). Ends by a fault at the first text that both read differently, after printing it.
+// Compares the readers of stored documents with QDomDocument on COUNT generated texts (default 50,000), the same ones
+// for the same SEED (default 1). Prints the first text that they read differently, and aborts.
 
 #include "fuzz/DocumentAgreement.h"
 #include "fuzz/DocumentGenerator.h"
@@ -15,7 +15,7 @@ using namespace tandry::fuzz;
 
 namespace {
 
-QByteArray current; // the text, for the case that it breaks something
+QByteArray current; // the text, to print after a crash
 
 extern "C" void PrintCurrent(int)
 {
@@ -55,6 +55,6 @@ int main(int argc, char** argv)
             ++written;
     }
     std::printf("%d texts read alike, %d of them in the written form\n", count, written);
-    // Both ways have to have been taken often enough to mean something.
+    // Both ways of reading must have been used often enough.
     return count > 0 && written >= count / 10 && written <= count - count / 10 ? EXIT_SUCCESS : EXIT_FAILURE;
 }

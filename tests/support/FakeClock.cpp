@@ -12,8 +12,8 @@ std::atomic<qint64> stoppedAt = 0;
 
 } // namespace
 
-// Takes the place of Qt's own function for the program and the libraries that it loads: the dynamic linker finds the
-// program's definition first. Qt's calls of its own function are not affected.
+// Replaces Qt's function in the program and the project's libraries: the dynamic linker finds the program's definition
+// first. Qt's internal calls are not affected.
 qint64 QDateTime::currentMSecsSinceEpoch() noexcept
 {
     if (isStopped)

@@ -4,8 +4,8 @@
 
 namespace tandry::test {
 
-/// Stops the clock of the process, as `QDateTime::currentMSecsSinceEpoch` tells it to our libraries, and moves it on
-/// demand. One at a time.
+/// Stops the clock that `QDateTime::currentMSecsSinceEpoch` returns to the project's libraries, and moves it on demand.
+/// There may be one object at a time.
 class FakeClock
 {
 public:

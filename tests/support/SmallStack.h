@@ -7,8 +7,8 @@
 
 namespace tandry::test {
 
-/// Runs a function on a thread whose stack has 512 KiB, as the threads of several systems have by default, and returns
-/// what the function returned. An overflow ends the test program.
+/// Runs a function on a thread with a stack of 512 KiB, the default of several systems, and returns its result. A stack
+/// overflow ends the test program.
 template <class Function>
 auto OnSmallStack(Function&& function)
 {
