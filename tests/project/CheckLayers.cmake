@@ -28,7 +28,8 @@ layer(config SEES "interf/.*" "core/.*" "database/TransactionalScope\\.h" "(QtXm
 layer(models PUBLIC_OF interf database config)
 layer(postgres SEES "interf/.*" "libpq-fe\\.h" PUBLIC_OF database)
 # Programs are clients like any other.
-layer(tools/tandryctl BESIDE QT SEES "CLI/.*" PUBLIC_OF ${libraries})
+layer(tools/findings PUBLIC_OF ${libraries})
+layer(tools/tandryctl BESIDE QT SEES "CLI/.*" "tools/findings/.*" PUBLIC_OF ${libraries})
 layer(tools/viewer BESIDE QT PUBLIC_OF ${libraries})
 layer(examples QT PUBLIC_OF ${libraries})
 # Installed, and built with the client's GoogleTest.

@@ -238,3 +238,59 @@ TEST_F(StoreCommandsTest, StoreFileNameMayContainOddCharacters)
     RunResult const ran = RunWithoutStore({"--store"_q, path, "list"_q, "schedules"_q});
     EXPECT_EQ(ran.status, 0) << ran.err.toStdString();
 }
+
+TEST_F(StoreCommandsTest, RecoverCopiesADamagedStoreAndCountsItsRows)
+{
+    Init();
+    AddRoot("docs"_q, "/docs"_q);
+    QByteArray const before = Content(StorePath());
+    RunResult const ran = RunWithoutStore({"recover"_q, StorePath(), "--to"_q, At("new.db"), "--json"_q});
+    EXPECT_EQ(ran.status, 0) << ran.err.toStdString();
+    bool found = false;
+    for (QJsonValue const& table : ran.json()) {
+        if (table.toObject().value("table"_q) != QJsonValue("FolderConfiguration"_q))
+            continue;
+        found = true;
+        EXPECT_EQ(
+            table.toObject(),
+            (QJsonObject{{"table"_q, "FolderConfiguration"_q}, {"recovered"_q, 1}, {"lost"_q, 0}, {"ambiguous"_q, 0}}));
+    }
+    EXPECT_TRUE(found);
+    EXPECT_EQ(Content(StorePath()), before);
+    EXPECT_EQ(RawStore(At("new.db")).Count("FolderConfiguration"_q), 1);
+}
+
+TEST_F(StoreCommandsTest, RecoverReportsLostRowsByItsExitStatus)
+{
+    Init();
+    {
+        RawStore raw(StorePath());
+        raw.Run("WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < 500) "
+                "INSERT INTO FileConfiguration (clientPath) SELECT printf('%0100d', i) FROM n;"_q);
+    }
+    int const page = RawStore(StorePath())
+                         .Value("SELECT max(pageno) FROM dbstat WHERE name = 'FileConfiguration' AND "
+                                "pagetype = 'leaf'"_q)
+                         .toInt();
+    QFile file(StorePath());
+    ASSERT_TRUE(file.open(QIODevice::ReadWrite));
+    ASSERT_TRUE(file.seek(qint64(page - 1) * 4096));
+    ASSERT_EQ(file.write(QByteArray(4096, '\xaa')), 4096);
+    file.close();
+    RunResult const ran = RunWithoutStore({"recover"_q, StorePath(), "--to"_q, At("new.db")});
+    EXPECT_EQ(ran.status, 1) << ran.err.toStdString();
+    EXPECT_TRUE(ran.out.contains(At("new.db"))) << ran.out.toStdString();
+    EXPECT_EQ(RunWithoutStore({"--store"_q, At("new.db"), "check"_q}).status, 0);
+}
+
+TEST_F(StoreCommandsTest, RecoverReplacesNoFileAndNeedsATarget)
+{
+    Init();
+    WriteFile("new.db"_q, "mine");
+    RunResult const ran = RunWithoutStore({"recover"_q, StorePath(), "--to"_q, At("new.db")});
+    EXPECT_EQ(ran.status, 3);
+    EXPECT_TRUE(ran.err.contains(At("new.db"))) << ran.err.toStdString();
+    EXPECT_EQ(ran.err.count(QLatin1Char('\n')), 1);
+    EXPECT_EQ(Content(At("new.db")), "mine");
+    EXPECT_EQ(RunWithoutStore({"recover"_q, StorePath()}).status, 2);
+}

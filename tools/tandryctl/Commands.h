@@ -7,6 +7,7 @@ class Command;
 // One function for each family of commands, defined in the family's source file. It adds the commands to `top`.
 
 void AddStoreCommands(Command& top);
+void AddRecoverCommand(Command& top);
 void AddRootCommands(Command& top);
 void AddFolderCommands(Command& top);
 void AddFileCommands(Command& top);

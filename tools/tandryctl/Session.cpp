@@ -49,6 +49,7 @@ OpenOptions OptionsFor(StoreAccess access)
         options.mode = OpenMode::OpenExisting;
         break;
     case StoreAccess::Read:
+    case StoreAccess::None:
         options.mode = OpenMode::ReadOnly;
         break;
     }
@@ -64,6 +65,9 @@ Session::Session(SessionOptions const& options, StoreAccess access)
 {
     if (!_stdout.open(STDOUT_FILENO, QIODevice::WriteOnly | QIODevice::Unbuffered))
         throw Failure(ExitStatus::NothingFound, QStringLiteral("standard output cannot be written"));
+
+    if (access == StoreAccess::None)
+        return;
 
     QFileInfo const file(_storePath);
     bool const exists = file.exists() || file.isSymLink();

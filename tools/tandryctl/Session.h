@@ -27,7 +27,9 @@ enum class StoreAccess
     /// Opens it for writing.
     Write,
     /// Opens it for reading; changes no byte of it.
-    Read
+    Read,
+    /// Opens no store: the command gets an output and nothing else.
+    None
 };
 
 /// The common options of all commands.

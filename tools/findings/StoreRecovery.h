@@ -1,0 +1,40 @@
+#pragma once
+
+#include <QString>
+#include <QStringList>
+#include <QtGlobal>
+
+#include <optional>
+#include <vector>
+
+namespace tandry::findings {
+
+/// What came back of one table.
+struct RecoveredTable
+{
+    QString name;
+    qint64 recovered = 0;
+    /// Rows that are known to be missing: those that an index names, or that can be seen and not be read. Without an
+    /// index there may be more.
+    qint64 lost = 0;
+    /// Recovered rows that may belong to another table with the same columns.
+    qint64 ambiguous = 0;
+};
+
+/// What a recovery has brought back.
+struct RecoveryReport
+{
+    std::vector<RecoveredTable> tables;
+    /// What else a user has to know, a sentence each.
+    QStringList remarks;
+};
+
+/// Copies whatever can still be read of a damaged store into a new one, with the rows' ids.
+///
+/// The damaged store, its log and its journal are read as bytes; nothing is written to them, locked or created beside
+/// them, and no other program may write to them meanwhile. Deleted rows do not come back. The new store appears whole,
+/// and an existing file is never replaced. Returns nothing on failure; `error` then names the file and the reason.
+[[nodiscard]] std::optional<RecoveryReport>
+RecoverStore(QString const& damagedPath, QString const& newPath, QString& error);
+
+} // namespace tandry::findings
