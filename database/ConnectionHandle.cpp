@@ -2,6 +2,7 @@
 
 #include "database/file/SecretErasure.h"
 #include "database/file/StoreLog.h"
+#include "database/sqlite/FailedCommit.h"
 
 namespace sync::database {
 
@@ -97,12 +98,39 @@ int ConnectionHandle::Begin() noexcept
     return code;
 }
 
-int ConnectionHandle::Commit() noexcept
+Failure ConnectionHandle::Commit()
 {
     int const code = RunOwn(_commit);
-    if (code == SQLITE_OK)
+    if (code == SQLITE_OK) {
         _store.busyHandler().TransactionCommitted(_store.get());
-    return code;
+        return {};
+    }
+    StoreError error = Describe(code); // before what follows has errors of its own
+    RollBack();
+    switch (SettleFailedCommit(code)) {
+    case CommitOutcome::Gone:
+        return error;
+    case CommitOutcome::Kept:
+        qCWarning(StoreLog).noquote() << error.text
+                                      << "when a transaction was committed, which is durable all the same";
+        return {};
+    case CommitOutcome::Unknown:
+        error.kind = StoreErrorKind::OutcomeUnknown;
+        error.text += QStringLiteral("; it is not known whether the transaction is kept: once a later write has "
+                                     "succeeded, read what it wrote before you repeat it");
+        return error;
+    }
+    return error;
+}
+
+CommitOutcome ConnectionHandle::SettleFailedCommit(int code) noexcept
+{
+    if (!_isUsable)
+        return CommitOutcome::Gone; // by the journal that was left, which every other handle obeys
+    _runsOwnStatement = true;
+    CommitOutcome const outcome = database::SettleFailedCommit(_store.get(), hasLog(), code);
+    _runsOwnStatement = false;
+    return outcome;
 }
 
 void ConnectionHandle::RollBack() noexcept
@@ -130,9 +158,6 @@ void ConnectionHandle::CheckJournalIsGone() noexcept
 
 int ConnectionHandle::Write(PreparedStatement& statement, RunResult& result)
 {
-    bool const isAlone = !isInTransaction();
-    if (isAlone)
-        _store.busyHandler().BeforeTransaction();
     qint64 const changesBefore = changes();
     sqlite3_set_last_insert_rowid(_store.get(), 0);
     int const code = statement.Step();
@@ -140,8 +165,6 @@ int ConnectionHandle::Write(PreparedStatement& statement, RunResult& result)
         return code;
     result.rowsAffected = changes() != changesBefore ? sqlite3_changes(_store.get()) : 0;
     result.insertId = sqlite3_last_insert_rowid(_store.get());
-    if (isAlone)
-        _store.busyHandler().TransactionCommitted(_store.get());
     return SQLITE_OK;
 }
 

@@ -7,6 +7,7 @@
 namespace sync::database {
 
 class SecretErasure;
+enum class CommitOutcome;
 
 /// What running a statement gave.
 struct RunResult
@@ -41,12 +42,12 @@ public:
     qint64 changes() const { return sqlite3_total_changes64(_store.get()); }
 
     [[nodiscard]] int Begin() noexcept;
-    [[nodiscard]] int Commit() noexcept;
+    /// Returns success if the transaction is durable. Otherwise nothing of it is, and the transaction has been rolled
+    /// back, unless the error is of the kind `OutcomeUnknown`.
+    [[nodiscard]] Failure Commit();
     void RollBack() noexcept;
-    /// To be called when SQLite has rolled a transaction back by itself.
-    void CheckJournalIsGone() noexcept;
 
-    /// Runs a writing statement to its end, in the open transaction or in one of its own.
+    /// Runs a writing statement to its end, in the open transaction.
     [[nodiscard]] int Write(PreparedStatement& statement, RunResult& result);
     /// Writes what the open transaction has changed to the log.
     [[nodiscard]] int FlushToLog();
@@ -57,6 +58,8 @@ public:
     StoreError Describe(int code, PreparedStatement const* statement = nullptr) const;
 
 private:
+    CommitOutcome SettleFailedCommit(int code) noexcept;
+    void CheckJournalIsGone() noexcept;
     int PrepareOwnStatements() noexcept;
     int RunOwn(StatementHandle const& statement) noexcept;
     static int Authorize(void* handle, int action, char const*, char const* argument, char const*, char const*);

@@ -96,7 +96,8 @@ bool ConnectionTransaction::CommitScope() noexcept
         _errors.Record(*failure);
         return false;
     }
-    failure->text += QStringLiteral("; what was written in the scope is lost");
+    if (failure->kind != StoreErrorKind::OutcomeUnknown)
+        failure->text += QStringLiteral("; what was written in the scope is lost");
     _errors.RecordLostWrites(*failure);
     return false;
 }
@@ -112,15 +113,11 @@ void ConnectionTransaction::CommitAbandonedScope() noexcept
 /// Rolls back on failure.
 Failure ConnectionTransaction::Commit(ConnectionHandle& handle)
 {
-    Failure failure = handle.store().CheckUnmoved();
-    if (!failure) {
-        int const code = handle.Commit();
-        if (code == SQLITE_OK)
-            return {};
-        failure = handle.Describe(code);
+    if (Failure failure = handle.store().CheckUnmoved()) {
+        handle.RollBack();
+        return failure;
     }
-    handle.RollBack();
-    return failure;
+    return handle.Commit();
 }
 
 Failure ConnectionTransaction::Refuse(int code, QString const& words) const

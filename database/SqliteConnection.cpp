@@ -172,6 +172,8 @@ Failure SqliteConnection::Write(PreparedStatement& statement, RunResult& result)
         failure->statement = statement.text();
         return failure;
     }
+    if (!_transaction.isOpen())
+        return WriteAlone(statement, result);
     qint64 const changesBefore = _handle->changes();
     int code = _handle->Write(statement, result);
     bool const isWritten = code == SQLITE_OK;
@@ -185,11 +187,28 @@ Failure SqliteConnection::Write(PreparedStatement& statement, RunResult& result)
 
     result = {};
     Failure failure = _handle->Describe(code, &statement);
-    bool const isRolledBack = !_handle->isInTransaction();
-    if (_transaction.isOpen() && (isWritten || isRolledBack))
+    if (isWritten || !_handle->isInTransaction())
         _transaction.Lose(*failure, changesBefore);
-    else if (isRolledBack)
-        _handle->CheckJournalIsGone();
+    return failure;
+}
+
+/// A statement outside of any transaction gets one of its own, so that a failed commit is looked into here too.
+Failure SqliteConnection::WriteAlone(PreparedStatement& statement, RunResult& result)
+{
+    if (int const code = _handle->Begin(); code != SQLITE_OK)
+        return _handle->Describe(code, &statement);
+    Failure failure;
+    if (int const code = _handle->Write(statement, result); code == SQLITE_OK) {
+        failure = _handle->Commit();
+    }
+    else {
+        failure = _handle->Describe(code, &statement);
+        _handle->RollBack();
+    }
+    if (!failure)
+        return {};
+    result = {};
+    failure->statement = statement.text();
     return failure;
 }
 

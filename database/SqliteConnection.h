@@ -62,6 +62,7 @@ private:
     Failure CheckRead(PreparedStatement const& statement) const;
     Failure PrepareToWrite();
     Failure Write(PreparedStatement& statement, RunResult& result);
+    Failure WriteAlone(PreparedStatement& statement, RunResult& result);
     Failure Refuse(int code, QString const& words, PreparedStatement const* statement = nullptr) const;
 
     std::shared_ptr<SqliteStore> const _store;

@@ -20,7 +20,9 @@ enum class StoreErrorKind
     Moved,
     /// The store does not accept the statement, the value or the operation at this point. Trying again fails again.
     Refused,
-    /// A commit failed, and the transaction may be durable nevertheless. Read the rows before writing them again.
+    /// A commit failed, and the disk failed again when the store looked what became of it: a crash may still bring the
+    /// transaction back or take it away. This is settled as soon as a later write has succeeded. Then read the rows, and
+    /// write again only what is missing.
     OutcomeUnknown,
     /// The connection to a database server was lost.
     ConnectionLost,

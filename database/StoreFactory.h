@@ -31,7 +31,8 @@ public:
 
 Q_SIGNALS:
     /// Emitted when writes that were answered with true are lost: the commit at the end of their scope failed, or a
-    /// fault rolled the transaction back before. Emitted on the scope's thread; a slot may use the store.
+    /// fault rolled the transaction back before. If the error's kind is `OutcomeUnknown`, they may be lost. Emitted on
+    /// the scope's thread; a slot may use the store.
     void CommitFailed(sync::database::StoreError const& error);
 };
 

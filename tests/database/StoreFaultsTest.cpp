@@ -97,7 +97,7 @@ TEST_P(StoreFaults, NoFaultLosesWhatWasAnsweredWithTrueInSilence)
                 store.get(),
                 [&] { told = true; },
                 Qt::DirectConnection);
-            files.Fail(n, code, code == SQLITE_IOERR ? AllOperations : AllButReading);
+            files.Fail(n, code, code == SQLITE_IOERR ? AllOperations : AllThatNeedResources);
             Work();
             bool const hit = files.Recover();
 

@@ -60,7 +60,7 @@ TEST_P(ManagerFullDisk, KeepsTheLastStateReadableAndAcceptsWritesOnceThereIsSpac
                 Managers managers(store);
                 files.SetRoom(room);
                 bool const answer = operation.run(managers, *store);
-                Outcome const outcome{answer, store->LastError().has_value(), commitFailures > 0};
+                Outcome const outcome{answer, store->LastError().has_value(), commitFailures > 0, isOutcomeUnknown};
                 if (!outcome.succeeded() || outcome.hasError)
                     ExpectFullDiskError();
                 seen = RowsOf(*store);

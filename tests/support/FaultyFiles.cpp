@@ -38,6 +38,43 @@ Plan& ThePlan()
     return plan;
 }
 
+/// The code that SQLite's own file system gives for an I/O error.
+int IoErrorOf(FileOperation operation)
+{
+    switch (operation) {
+    case FileOperation::Open:
+        return SQLITE_CANTOPEN;
+    case FileOperation::Read:
+        return SQLITE_IOERR_READ;
+    case FileOperation::Write:
+        return SQLITE_IOERR_WRITE;
+    case FileOperation::Truncate:
+        return SQLITE_IOERR_TRUNCATE;
+    case FileOperation::Sync:
+        return SQLITE_IOERR_FSYNC;
+    case FileOperation::Delete:
+        return SQLITE_IOERR_DELETE;
+    case FileOperation::FlushFolder:
+        return SQLITE_IOERR_DIR_FSYNC;
+    case FileOperation::Lock:
+        return SQLITE_IOERR_LOCK;
+    case FileOperation::Unlock:
+        return SQLITE_IOERR_UNLOCK;
+    case FileOperation::MapMemory:
+        return SQLITE_IOERR_SHMMAP;
+    }
+    return SQLITE_IOERR;
+}
+
+/// The planned code as that file system would give it: whatever keeps these operations from their end, a full disk
+/// included, is an I/O error to it.
+int CodeOf(FileOperation operation, int planned)
+{
+    bool const hasOneCode = operation == FileOperation::Sync || operation == FileOperation::FlushFolder ||
+                            operation == FileOperation::Unlock;
+    return planned == SQLITE_IOERR || (hasOneCode && planned != SQLITE_OK) ? IoErrorOf(operation) : planned;
+}
+
 int Ask(FileOperation operation)
 {
     Plan& plan = ThePlan();
@@ -48,7 +85,7 @@ int Ask(FileOperation operation)
     if (plan.failAt == 0 || plan.count < plan.failAt || (plan.count > plan.failAt && !plan.forGood))
         return SQLITE_OK;
     plan.hit = true;
-    int const code = plan.code;
+    int const code = CodeOf(operation, plan.code);
     std::function<void()> const watcher = std::exchange(plan.watcher, nullptr);
     lock.unlock();
     if (watcher)
@@ -154,8 +191,7 @@ int Truncate(sqlite3_file* file, sqlite3_int64 size)
 int Sync(sqlite3_file* file, int)
 {
     int const code = Ask(FileOperation::Sync);
-    if (code == SQLITE_OK)
-        Tell(&UnflushedWrites::Flushed, NameOf(file));
+    Tell(code == SQLITE_OK ? &UnflushedWrites::Flushed : &UnflushedWrites::FlushFailed, NameOf(file));
     return code;
 }
 
@@ -173,6 +209,8 @@ int Lock(sqlite3_file* file, int level)
 
 int Unlock(sqlite3_file* file, int level)
 {
+    if (int const code = Ask(FileOperation::Unlock); code != SQLITE_OK)
+        return code;
     return Methods(file)->xUnlock(Real(file), level);
 }
 
@@ -281,8 +319,9 @@ int Delete(sqlite3_vfs*, char const* name, int flushesFolder)
     if (code != SQLITE_OK)
         return code;
     TakeRoom(-size);
-    Tell(&UnflushedWrites::Deleted, name, flushesFolder != 0);
-    return SQLITE_OK;
+    int const flushCode = flushesFolder != 0 ? Ask(FileOperation::FlushFolder) : SQLITE_OK;
+    Tell(&UnflushedWrites::Deleted, name, flushesFolder != 0 && flushCode == SQLITE_OK);
+    return flushCode;
 }
 
 sqlite3_vfs& FaultyVfs()

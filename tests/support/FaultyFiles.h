@@ -18,7 +18,10 @@ enum class FileOperation
     Truncate,
     Sync,
     Delete,
+    /// The flush of a folder from which a file was deleted.
+    FlushFolder,
     Lock,
+    Unlock,
     MapMemory,
 };
 
@@ -28,16 +31,19 @@ inline constexpr std::initializer_list<FileOperation> AllOperations{FileOperatio
                                                                     FileOperation::Truncate,
                                                                     FileOperation::Sync,
                                                                     FileOperation::Delete,
+                                                                    FileOperation::FlushFolder,
                                                                     FileOperation::Lock,
+                                                                    FileOperation::Unlock,
                                                                     FileOperation::MapMemory};
-/// Reading needs neither room nor memory of the system.
-inline constexpr std::initializer_list<FileOperation> AllButReading{FileOperation::Open,
-                                                                    FileOperation::Write,
-                                                                    FileOperation::Truncate,
-                                                                    FileOperation::Sync,
-                                                                    FileOperation::Delete,
-                                                                    FileOperation::Lock,
-                                                                    FileOperation::MapMemory};
+/// Reading and unlocking need neither room nor memory of the system.
+inline constexpr std::initializer_list<FileOperation> AllThatNeedResources{FileOperation::Open,
+                                                                           FileOperation::Write,
+                                                                           FileOperation::Truncate,
+                                                                           FileOperation::Sync,
+                                                                           FileOperation::Delete,
+                                                                           FileOperation::FlushFolder,
+                                                                           FileOperation::Lock,
+                                                                           FileOperation::MapMemory};
 
 /// Makes SQLite's file operations fail as planned while the object exists. There may be one object at a time, and the
 /// connections that were opened meanwhile must be closed before it is destroyed. Any thread may call any operation.
@@ -49,8 +55,8 @@ public:
     FaultyFiles(FaultyFiles const&) = delete;
     FaultyFiles& operator=(FaultyFiles const&) = delete;
 
-    /// The nth of these operations from now on, counted from 1, gives the engine's error code, and with `forGood` every
-    /// later one.
+    /// The nth of these operations from now on, counted from 1, gives the error code, and with `forGood` every later
+    /// one. SQLITE_IOERR stands for the code of the operation that fails.
     void Fail(int n, int code, std::vector<FileOperation> const& operations, bool forGood = false);
     /// Has a function called when the planned failure is reached, before the operation answers; for one time. With
     /// SQLITE_OK as the code the operation is only watched.

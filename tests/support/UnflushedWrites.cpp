@@ -33,23 +33,40 @@ void UnflushedWrites::Opened(QByteArray const& name)
 void UnflushedWrites::Written(QByteArray const& name, qint64 offset, QByteArray const& bytes)
 {
     std::lock_guard<std::mutex> const lock(_mutex);
-    _files[name].changes.push_back({offset, bytes, false});
+    _files[name].changes.push_back({offset, bytes, false, Durability::Unflushed});
 }
 
 void UnflushedWrites::Truncated(QByteArray const& name, qint64 size)
 {
     std::lock_guard<std::mutex> const lock(_mutex);
-    _files[name].changes.push_back({size, {}, true});
+    _files[name].changes.push_back({size, {}, true, Durability::Unflushed});
 }
 
 void UnflushedWrites::Flushed(QByteArray const& name)
 {
     std::lock_guard<std::mutex> const lock(_mutex);
     File& file = _files[name];
-    for (Change const& change : file.changes)
-        Apply(file.flushed, change);
-    file.changes.clear();
+    bool anyInDoubt = false;
+    for (Change& change : file.changes) {
+        if (change.durability == Durability::Unflushed)
+            change.durability = Durability::Flushed;
+        anyInDoubt = anyInDoubt || change.durability == Durability::InDoubt;
+    }
+    if (!anyInDoubt) {
+        for (Change const& change : file.changes)
+            Apply(file.flushed, change);
+        file.changes.clear();
+    }
     file.nameIsFlushed = true;
+}
+
+void UnflushedWrites::FlushFailed(QByteArray const& name)
+{
+    std::lock_guard<std::mutex> const lock(_mutex);
+    for (Change& change : _files[name].changes) {
+        if (change.durability == Durability::Unflushed)
+            change.durability = Durability::InDoubt;
+    }
 }
 
 void UnflushedWrites::Deleted(QByteArray const& name, bool flushed)
@@ -72,11 +89,14 @@ void UnflushedWrites::CutPower(std::mt19937& random) const
             continue;
         }
         QByteArray contents = file.flushed;
-        // None of the changes, all of them, or any.
-        auto const kept = random() % 3;
-        for (Change const& change : file.changes) {
-            if (kept == 1 || (kept == 2 && random() % 2 == 0))
-                Apply(contents, change);
+        // None of the changes that no flush covered, all of them, the first ones, or any.
+        auto const kept = random() % 4;
+        auto const firstOnes = random() % (file.changes.size() + 1);
+        for (std::size_t change = 0; change < file.changes.size(); ++change) {
+            bool const isKept = file.changes[change].durability == Durability::Flushed || kept == 1 ||
+                                (kept == 2 && change < firstOnes) || (kept == 3 && random() % 2 == 0);
+            if (isKept)
+                Apply(contents, file.changes[change]);
         }
         WriteFile(path, contents);
     }

@@ -21,21 +21,31 @@ public:
     void Written(QByteArray const& name, qint64 offset, QByteArray const& bytes);
     void Truncated(QByteArray const& name, qint64 size);
     void Flushed(QByteArray const& name);
+    /// What was written before stays in doubt from then on: the system doesn't write it again at the next flush.
+    void FlushFailed(QByteArray const& name);
     void Deleted(QByteArray const& name, bool flushed);
 
     /// Leaves the files as a power cut might. Nobody may have them open.
     void CutPower(std::mt19937& random) const;
 
 private:
+    enum class Durability
+    {
+        Unflushed,
+        InDoubt,
+        Flushed,
+    };
     struct Change
     {
         qint64 offset = 0;
         QByteArray bytes;
         bool truncates = false;
+        Durability durability = Durability::Unflushed;
     };
     struct File
     {
         QByteArray flushed;
+        /// Later ones; flushed ones are among them only as long as an earlier one is in doubt.
         std::vector<Change> changes;
         bool isThere = false;
         /// Whether the folder may know nothing yet of its coming, or of its going.
