@@ -32,7 +32,12 @@ public:
 Q_SIGNALS:
     /// Emitted when writes that were answered with true are lost: the commit at the end of their scope failed, or a
     /// fault rolled the transaction back before. If the error's kind is `OutcomeUnknown`, they may be lost. Emitted on
-    /// the scope's thread; a slot may use the store.
+    /// the scope's thread.
+    ///
+    /// A slot may use the store. If it writes and that is lost too, one further signal reports this once all slots have
+    /// returned; what is lost during that signal is not reported by a third one. In a slot,
+    /// `TransactionalScope::commit` and `LastError` tell at once. An exception that leaves a slot is caught and logged;
+    /// the slots that were connected after it are not called then.
     void CommitFailed(sync::database::StoreError const& error);
 };
 

@@ -3,6 +3,7 @@
 #include "database/StoreError.h"
 
 #include <optional>
+#include <vector>
 
 namespace sync::database {
 
@@ -16,14 +17,22 @@ public:
 
     void Record(StoreError const& error);
     /// The same for writes that were answered with true and are lost; also emits the factory's `CommitFailed`.
+    ///
+    /// What slots of the signal write and lose in turn is reported by one more signal when they have returned. What is
+    /// lost during that signal is only recorded: on a disk that keeps failing there would be no end.
     void RecordLostWrites(StoreError const& error);
 
     std::optional<StoreError> const& first() const { return _first; }
     void Clear() { _first.reset(); }
 
 private:
+    void Emit(StoreError const& error) noexcept;
+
     SqliteStore const& _store;
     std::optional<StoreError> _first;
+    bool _isEmitting = false;
+    /// What slots lost while the signal was being emitted.
+    std::vector<StoreError> _lostBySlots;
 };
 
 } // namespace sync::database
