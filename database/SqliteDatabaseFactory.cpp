@@ -64,6 +64,11 @@ JournalMode SqliteDatabaseFactory::journalMode() const
     return _store->journalMode();
 }
 
+QStringList SqliteDatabaseFactory::openingWarnings() const
+{
+    return _store->openingWarnings();
+}
+
 template <class Operation>
 bool SqliteDatabaseFactory::Answer(QString* error, Operation const& operation)
 {

@@ -52,6 +52,13 @@ public:
     /// Returns the store's journal mode, which may differ from the one in the options.
     [[nodiscard]] JournalMode journalMode() const;
 
+    /// Returns what `Open` found that does not keep the store from being used but that its user should know, in one
+    /// text each. So far this is a write-ahead log that a killed program left behind and that was spoilt since: SQLite
+    /// drops the commits behind the spoilt place without an error, though their writes were answered with true. The
+    /// text names the log and how many commits are lost. A log that was cut leaves no trace. A store that is opened for
+    /// reading only is not looked at.
+    [[nodiscard]] QStringList openingWarnings() const;
+
     /// Copies one committed state of the store into a new file, while others may write. The copy is a store of its own,
     /// readable and writable by its owner only; it appears whole, checked for damage and flushed to the disk.
     ///

@@ -3,10 +3,12 @@
 #include "database/SqliteConnection.h"
 #include "database/StoreFactory.h"
 #include "database/ThreadConnections.h"
+#include "database/file/DroppedCommits.h"
 #include "database/file/StoreBackup.h"
 #include "database/file/StoreCreation.h"
 #include "database/file/StoreDamage.h"
 #include "database/file/StoreHeader.h"
+#include "database/file/StoreLog.h"
 #include "database/file/StoreSnapshot.h"
 #include "database/file/StoreUpgrade.h"
 #include "database/sqlite/ErrorTexts.h"
@@ -39,6 +41,8 @@ Failure SqliteStore::Open()
     std::shared_ptr<SqliteConnection> const connection = Connection();
     if (connection == nullptr)
         return NoConnection();
+    if (!isReadOnly())
+        WarnOfDroppedCommits();
     // A log or a journal that was left behind may hold another version than the header, so SQLite has to read it first.
     Failure failure = connection->OpenFirst();
     if (failure && failure->code == SQLITE_SCHEMA && !isReadOnly()) {
@@ -49,6 +53,19 @@ Failure SqliteStore::Open()
     if (!failure)
         _journalMode = connection->journalMode();
     return failure;
+}
+
+void SqliteStore::WarnOfDroppedCommits()
+{
+    int const commits = CountDroppedCommits(_file);
+    if (commits == 0)
+        return;
+    QString const words =
+        QStringLiteral("%1-wal: this log was left behind when a program ended without closing the store, and it is "
+                       "spoilt. What stands "
+                       "behind the spoilt place is lost: %2 commits, of which the last may not have been finished");
+    _openingWarnings.append(words.arg(_file.path()).arg(commits));
+    qCWarning(StoreLog).noquote() << _openingWarnings.last();
 }
 
 Failure SqliteStore::CheckIdentity(StoreHandle const& handle) const

@@ -32,6 +32,8 @@ public:
     StoreFile const& file() const { return _file; }
     OpenOptions const& options() const { return _options; }
     JournalMode journalMode() const { return _journalMode; }
+    /// What `Open` found that is no failure.
+    QStringList const& openingWarnings() const { return _openingWarnings; }
     bool isReadOnly() const { return _options.mode == OpenMode::ReadOnly; }
     StoreAccess access() const { return isReadOnly() ? StoreAccess::ReadOnly : StoreAccess::ReadWrite; }
     bool isClosed() const noexcept { return _isClosed.load(std::memory_order_acquire); }
@@ -60,10 +62,13 @@ public:
     SecretErasure& secretErasure() noexcept { return _secretErasure; }
 
 private:
+    void WarnOfDroppedCommits();
+
     StoreFile const _file;
     OpenOptions const _options;
     std::optional<FileIdentity> _identity;
     JournalMode _journalMode = JournalMode::WriteAheadLog;
+    QStringList _openingWarnings;
     std::weak_ptr<StoreFactory> _factory;
     std::atomic<bool> _isClosed{false};
     SecretErasure _secretErasure;
