@@ -2,6 +2,7 @@
 
 #include "database/file/SecretErasure.h"
 #include "database/file/StoreLog.h"
+#include "database/sqlite/ErrorTexts.h"
 #include "database/sqlite/FailedCommit.h"
 
 namespace sync::database {
@@ -24,9 +25,10 @@ constexpr char const* SettingsWithJournal = "PRAGMA synchronous = EXTRA;"
 
 } // namespace
 
-ConnectionHandle::ConnectionHandle(StoreFile const& file, int busyTimeoutMsec, SecretErasure& secrets)
+ConnectionHandle::ConnectionHandle(StoreFile const& file, OpenOptions const& options, SecretErasure& secrets)
     : _secrets(secrets)
-    , _store(file, busyTimeoutMsec)
+    , _logLimitBytes(options.logLimitBytes)
+    , _store(file, options.busyTimeoutMsec)
 {}
 
 Failure ConnectionHandle::Open(OpenPurpose purpose, StoreAccess access)
@@ -37,6 +39,8 @@ Failure ConnectionHandle::Open(OpenPurpose purpose, StoreAccess access)
     int code = Execute(handle, Settings);
     if (code == SQLITE_OK)
         code = Execute(handle, hasLog() ? SettingsWithLog : SettingsWithJournal);
+    if (hasLog())
+        _logLimit = LogLimit(handle, _logLimitBytes);
     sqlite3_set_authorizer(handle, &ConnectionHandle::Authorize, this);
     sqlite3_update_hook(handle, &ConnectionHandle::NoticeChange, &_secrets);
     if (code == SQLITE_OK && access == StoreAccess::ReadWrite)
@@ -89,13 +93,21 @@ int ConnectionHandle::RunOwn(StatementHandle const& statement) noexcept
     return code;
 }
 
-int ConnectionHandle::Begin() noexcept
+Failure ConnectionHandle::Begin()
 {
     _store.busyHandler().BeforeTransaction();
-    int const code = RunOwn(_begin);
+    int code = _logLimit.MakeRoom(_store.get());
+    if (code == SQLITE_BUSY || code == SQLITE_LOCKED)
+        return MakeError(_store.file().path(),
+                         code,
+                         QStringLiteral("the log has reached its limit, and a query that is still open reads an old "
+                                        "state from it"));
     if (code == SQLITE_OK)
-        _store.busyHandler().TransactionBegan(_store.get());
-    return code;
+        code = RunOwn(_begin);
+    if (code != SQLITE_OK)
+        return Describe(code);
+    _store.busyHandler().TransactionBegan(_store.get());
+    return {};
 }
 
 Failure ConnectionHandle::Commit()

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "database/file/StoreHandle.h"
+#include "database/sqlite/LogLimit.h"
 #include "database/sqlite/PreparedStatement.h"
 #include "database/sqlite/StatementCache.h"
 
@@ -24,13 +25,14 @@ struct RunResult
 class ConnectionHandle
 {
 public:
-    ConnectionHandle(StoreFile const& file, int busyTimeoutMsec, SecretErasure& secrets);
+    ConnectionHandle(StoreFile const& file, OpenOptions const& options, SecretErasure& secrets);
 
     /// Call once; the object is of no use if it fails.
     [[nodiscard]] Failure Open(OpenPurpose purpose, StoreAccess access);
 
     StoreHandle const& store() const { return _store; }
     StatementCache& statements() { return _statements; }
+    LogLimit const& logLimit() const { return _logLimit; }
     bool hasLog() const { return _store.journalMode() == JournalMode::WriteAheadLog; }
 
     /// False after a fault that makes the next commit unreliable: a new handle must take the place of this one.
@@ -41,7 +43,7 @@ public:
     /// How many rows the handle has changed so far.
     qint64 changes() const { return sqlite3_total_changes64(_store.get()); }
 
-    [[nodiscard]] int Begin() noexcept;
+    [[nodiscard]] Failure Begin();
     /// Returns success if the transaction is durable. Otherwise nothing of it is, and the transaction has been rolled
     /// back, unless the error is of the kind `OutcomeUnknown`.
     [[nodiscard]] Failure Commit();
@@ -66,11 +68,13 @@ private:
     static void NoticeChange(void* secrets, int action, char const*, char const* table, sqlite3_int64) noexcept;
 
     SecretErasure& _secrets;
+    qint64 const _logLimitBytes;
     StoreHandle _store;
     StatementHandle _begin;
     StatementHandle _commit;
     StatementHandle _rollback;
     StatementCache _statements;
+    LogLimit _logLimit;
     bool _isUsable = true;
     bool _runsOwnStatement = false;
 };

@@ -16,8 +16,8 @@ ConnectionTransaction::ConnectionTransaction(StoreFile const& file, ThreadErrors
 
 Failure ConnectionTransaction::BeginScope(ConnectionHandle& handle, std::shared_ptr<void> owner)
 {
-    if (int const code = handle.Begin(); code != SQLITE_OK)
-        return handle.Describe(code);
+    if (Failure failure = handle.Begin())
+        return failure;
     _state = State::Scope;
     _handle = &handle;
     _changesAtBegin = handle.changes();
@@ -34,8 +34,8 @@ Failure ConnectionTransaction::BeginClient(ConnectionHandle& handle)
         return Refuse(SQLITE_MISUSE, QStringLiteral("a transaction can't be opened inside a scope"));
     if (Failure failure = handle.store().CheckUnmoved())
         return failure;
-    if (int const code = handle.Begin(); code != SQLITE_OK)
-        return handle.Describe(code);
+    if (Failure failure = handle.Begin())
+        return failure;
     _state = State::Client;
     _handle = &handle;
     return {};

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QtGlobal>
+
 namespace sync::database {
 
 /// Whether opening a store may create it and may write to it.
@@ -31,6 +33,10 @@ struct OpenOptions
     /// Applies to a new store; an existing store keeps its mode. Where a write-ahead log does not work, the store gets
     /// a rollback journal.
     JournalMode journalMode = JournalMode::WriteAheadLog;
+    /// How large a write-ahead log may become because queries go on reading an old state of the store, in bytes. From
+    /// there on `next` of such a query fails, so that it must be run again; and a write waits, as for a lock, until no
+    /// query of any thread or process reads an old state, and then empties the log. A single transaction may exceed it.
+    qint64 logLimitBytes = 1024 * 1024 * 1024;
 };
 
 } // namespace sync::database

@@ -47,8 +47,7 @@ Failure SqliteConnection::OpenFor(OpenPurpose purpose)
             _replacedHandles.push_back(std::move(_handle));
         _handle.reset();
     }
-    auto handle =
-        std::make_unique<ConnectionHandle>(_store->file(), _store->options().busyTimeoutMsec, _store->secretErasure());
+    auto handle = std::make_unique<ConnectionHandle>(_store->file(), _store->options(), _store->secretErasure());
     Failure failure = handle->Open(purpose, _store->access());
     if (!failure)
         failure = _store->CheckIdentity(handle->store());
@@ -125,11 +124,12 @@ Failure SqliteConnection::Prepare(QString const& text, StatementLease& statement
 Failure SqliteConnection::Run(PreparedStatement& statement, RunResult& result)
 {
     result = {};
-    if (statement.isReading())
-        return Advance(statement, result.hasRow);
     if (Failure failure = CheckStatement(statement))
         return failure;
-    return Write(statement, result);
+    if (!statement.isReading())
+        return Write(statement, result);
+    statement.NoteLogPosition(_handle->logLimit().position());
+    return ReadRow(statement, result.hasRow);
 }
 
 Failure SqliteConnection::Advance(PreparedStatement& statement, bool& hasRow)
@@ -137,6 +137,18 @@ Failure SqliteConnection::Advance(PreparedStatement& statement, bool& hasRow)
     hasRow = false;
     if (Failure failure = CheckStatement(statement))
         return failure;
+    if (!_transaction.isOpen() && _handle->logLimit().EndsReader(statement.logPosition())) {
+        statement.Reset();
+        return Refuse(
+            SQLITE_BUSY_SNAPSHOT,
+            QStringLiteral("the log has reached its limit while this query was read, so it must be run again"),
+            &statement);
+    }
+    return ReadRow(statement, hasRow);
+}
+
+Failure SqliteConnection::ReadRow(PreparedStatement& statement, bool& hasRow)
+{
     int const code = statement.Step();
     if (code == SQLITE_ROW || code == SQLITE_DONE) {
         hasRow = code == SQLITE_ROW;
@@ -195,9 +207,11 @@ Failure SqliteConnection::Write(PreparedStatement& statement, RunResult& result)
 /// A statement outside of any transaction gets one of its own, so that a failed commit is looked into here too.
 Failure SqliteConnection::WriteAlone(PreparedStatement& statement, RunResult& result)
 {
-    if (int const code = _handle->Begin(); code != SQLITE_OK)
-        return _handle->Describe(code, &statement);
-    Failure failure;
+    Failure failure = _handle->Begin();
+    if (failure) {
+        failure->statement = statement.text();
+        return failure;
+    }
     if (int const code = _handle->Write(statement, result); code == SQLITE_OK) {
         failure = _handle->Commit();
     }

@@ -59,6 +59,7 @@ private:
     void CloseReplacedHandles() noexcept;
     Failure CheckThread() const;
     Failure CheckStatement(PreparedStatement const& statement) const;
+    Failure ReadRow(PreparedStatement& statement, bool& hasRow);
     Failure CheckRead(PreparedStatement const& statement) const;
     Failure PrepareToWrite();
     Failure Write(PreparedStatement& statement, RunResult& result);

@@ -34,6 +34,9 @@ public:
     bool isOf(sqlite3* handle) const noexcept { return sqlite3_db_handle(_handle.get()) == handle; }
     /// Whether the statement only reads.
     bool isReading() const { return _reading; }
+    /// Where the log stood when the current run began; for `LogLimit`.
+    quint32 logPosition() const noexcept { return _logPosition; }
+    void NoteLogPosition(quint32 position) noexcept { _logPosition = position; }
 
     /// The statement must not be running.
     std::optional<StatementError> Bind(QString const& placeholder, QVariant const& value);
@@ -58,6 +61,7 @@ private:
     StatementHandle _handle;
     QString _text;
     bool _reading = false;
+    quint32 _logPosition = 0;
     /// By the engine's index, which counts from 1. The text is static for the engine, so it is kept here.
     std::vector<QString> _placeholders;
     std::vector<QByteArray> _values;

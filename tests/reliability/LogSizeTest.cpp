@@ -1,3 +1,4 @@
+#include "database/TransactionalScope.h"
 #include "interf/IQSqlDatabaseWrapper.h"
 #include "interf/IQSqlQueryWrapper.h"
 #include "support/QtPrinters.h"
@@ -8,11 +9,17 @@
 
 #include <sqlite3.h>
 
+#include <algorithm>
+#include <atomic>
+#include <memory>
+#include <optional>
 #include <thread>
+#include <vector>
 
 namespace {
 
 using namespace tandry::test;
+using sync::database::TransactionalScope;
 
 /// The `journal_size_limit` of the connections, in bytes: the size to which an unused log shrinks.
 constexpr qint64 LogLimit = 8 * 1024 * 1024;
@@ -109,6 +116,162 @@ TEST_F(LogSize, StatementIsInactiveAfterFinish)
     AddServersOnAnotherThread(1);
     query->finish();
     EXPECT_TRUE(LogCanBeCheckpointed());
+}
+
+/// A log that a listing holds, with a limit that tests can reach.
+class LogAtItsLimit : public LogSize
+{
+protected:
+    static constexpr qint64 Limit = 4 * 1024 * 1024;
+    /// What the last transaction before the limit may add.
+    static constexpr qint64 Transaction = 1024 * 1024;
+
+    void SetUp() override { OpenWithLimit(0); }
+
+    void OpenWithLimit(int busyTimeoutMsec)
+    {
+        store.reset();
+        sync::database::OpenOptions options;
+        options.logLimitBytes = Limit;
+        options.busyTimeoutMsec = busyTimeoutMsec;
+        OpenStore(options);
+        ASSERT_TRUE(AddServer(*store, "first"_q));
+        ASSERT_TRUE(AddServer(*store, "second"_q));
+        ASSERT_TRUE(AddServer(*store, "third"_q));
+    }
+
+    std::shared_ptr<sync::interf::IQSqlQueryWrapper> BeginListing()
+    {
+        auto listing = Prepared(*store, "SELECT alias FROM ServerConfiguration"_q);
+        EXPECT_TRUE(listing->exec());
+        EXPECT_TRUE(listing->next());
+        return listing;
+    }
+
+    /// On another thread. Whether the row could be added.
+    bool AddLargeServer()
+    {
+        bool added = false;
+        std::thread([&] {
+            TransactionalScope const scope;
+            added = AddServer(*store, QString(100'000, QLatin1Char('x')));
+            error = store->LastError();
+        }).join();
+        return added;
+    }
+
+    void FillLog()
+    {
+        for (int row = 0; row < 1000; ++row) {
+            if (!AddLargeServer())
+                return;
+        }
+        FAIL() << "the log has no limit: " << LogBytes();
+    }
+
+    void ExpectRefusalOfWrites()
+    {
+        EXPECT_FALSE(AddLargeServer());
+        ASSERT_TRUE(error);
+        EXPECT_EQ(error->kind, sync::database::StoreErrorKind::Locked);
+        EXPECT_TRUE(error->text.contains("log"_q)) << error->text.toStdString();
+        EXPECT_GE(LogBytes(), Limit);
+        EXPECT_LE(LogBytes(), Limit + Transaction);
+    }
+
+    std::optional<sync::database::StoreError> error; // of the other thread
+};
+
+TEST_F(LogAtItsLimit, ListingThatIsLeftOpenKeepsWritersWaitingWhenItIsReached)
+{
+    auto listing = BeginListing();
+    FillLog();
+    ExpectRefusalOfWrites();
+    EXPECT_GT(RawStore(StorePath()).Count("ServerConfiguration"_q), 10) << "reading goes on";
+
+    listing.reset();
+    EXPECT_TRUE(AddLargeServer());
+    EXPECT_LE(LogBytes(), Transaction);
+}
+
+TEST_F(LogAtItsLimit, ListingOfAnotherProgramKeepsWritersWaitingToo)
+{
+    RawStore other(StorePath());
+    other.Run("BEGIN; SELECT * FROM ServerConfiguration"_q);
+    FillLog();
+    ExpectRefusalOfWrites();
+    other.Run("COMMIT"_q);
+    EXPECT_TRUE(AddLargeServer());
+}
+
+TEST_F(LogAtItsLimit, ListingThatIsReadOnIsToldToBeginAnew)
+{
+    auto const listing = BeginListing();
+    EXPECT_TRUE(AddLargeServer());
+    EXPECT_TRUE(listing->next()) << "as long as there is room";
+    FillLog();
+    EXPECT_FALSE(listing->next());
+    ASSERT_TRUE(store->LastError());
+    EXPECT_EQ(store->LastError()->kind, sync::database::StoreErrorKind::Locked);
+    EXPECT_TRUE(store->LastError()->text.contains("log"_q)) << store->LastError()->text.toStdString();
+    EXPECT_FALSE(listing->isValid());
+    store->ClearError();
+
+    EXPECT_TRUE(AddLargeServer()) << "it holds the log no longer, though the query is still there";
+    EXPECT_TRUE(listing->exec());
+    EXPECT_TRUE(listing->next());
+}
+
+TEST_F(LogAtItsLimit, ListingThatBeganWhenItWasReachedIsWhole)
+{
+    auto const held = BeginListing();
+    FillLog();
+    std::thread([this] {
+        EXPECT_GT(Column(*store, "SELECT alias FROM ServerConfiguration"_q).size(), 10u);
+        EXPECT_FALSE(store->LastError());
+    }).join();
+}
+
+TEST_F(LogAtItsLimit, WriteBesideTheThreadsOwnListingIsRefusedAtOnce)
+{
+    OpenWithLimit(600'000); // no test would wait so long
+    auto const listing = BeginListing();
+    bool added = true;
+    for (int row = 0; added && row < 1000; ++row) {
+        TransactionalScope const scope;
+        added = AddServer(*store, QString(100'000, QLatin1Char('x')));
+    }
+    EXPECT_FALSE(added);
+    ASSERT_TRUE(store->LastError());
+    EXPECT_EQ(store->LastError()->kind, sync::database::StoreErrorKind::Locked);
+    store->ClearError();
+    listing->finish();
+    EXPECT_TRUE(AddServer(*store, "after"_q));
+}
+
+TEST_F(LogAtItsLimit, ListingsThatOverlapWithoutEndDoNotPushTheLogBeyondIt)
+{
+    OpenWithLimit(60'000);
+    std::atomic<bool> isWriting{true};
+    std::vector<std::thread> readers;
+    for (int reader = 0; reader < 2; ++reader) {
+        readers.emplace_back([&] {
+            while (isWriting) {
+                std::size_t const rows = Column(*store, "SELECT id FROM ServerConfiguration"_q).size();
+                EXPECT_TRUE(rows >= 3 || store->LastError()) << "it may have had to begin anew";
+                store->ClearError();
+            }
+        });
+    }
+    qint64 largest = 0;
+    for (int row = 0; row < 100; ++row) {
+        EXPECT_TRUE(AddLargeServer());
+        largest = std::max(largest, LogBytes());
+    }
+    isWriting = false;
+    for (std::thread& reader : readers)
+        reader.join();
+    EXPECT_LE(largest, Limit + Transaction);
 }
 
 } // namespace

@@ -4,6 +4,7 @@
 
 #include <sqlite3.h>
 
+#include <algorithm>
 #include <functional>
 #include <mutex>
 #include <set>
@@ -126,6 +127,8 @@ struct File
 {
     sqlite3_file base;
     char const* name;
+    /// How many regions of shared memory are mapped, from the first one on: SQLite asks for them again and again.
+    int mappedRegions;
 };
 
 char const* NameOf(sqlite3_file* file)
@@ -236,9 +239,13 @@ int DeviceCharacteristics(sqlite3_file* file)
 
 int ShmMap(sqlite3_file* file, int page, int pageSize, int extend, void volatile** memory)
 {
-    if (int const code = Ask(FileOperation::MapMemory); code != SQLITE_OK)
+    int& mapped = reinterpret_cast<File*>(file)->mappedRegions;
+    if (int const code = page >= mapped ? Ask(FileOperation::MapMemory) : SQLITE_OK; code != SQLITE_OK)
         return code;
-    return Methods(file)->xShmMap(Real(file), page, pageSize, extend, memory);
+    int const code = Methods(file)->xShmMap(Real(file), page, pageSize, extend, memory);
+    if (code == SQLITE_OK && *memory != nullptr)
+        mapped = std::max(mapped, page + 1);
+    return code;
 }
 
 int ShmLock(sqlite3_file* file, int offset, int count, int flags)
@@ -257,6 +264,7 @@ void ShmBarrier(sqlite3_file* file)
 
 int ShmUnmap(sqlite3_file* file, int deletes)
 {
+    reinterpret_cast<File*>(file)->mappedRegions = 0;
     return Methods(file)->xShmUnmap(Real(file), deletes);
 }
 
@@ -300,6 +308,7 @@ int Open(sqlite3_vfs*, char const* name, sqlite3_file* file, int flags, int* fla
 {
     file->pMethods = nullptr;
     reinterpret_cast<File*>(file)->name = name;
+    reinterpret_cast<File*>(file)->mappedRegions = 0;
     if (int const code = Ask(FileOperation::Open); code != SQLITE_OK)
         return code;
     Tell(&UnflushedWrites::Opened, name);
