@@ -13,6 +13,9 @@ function(tandry_suites program)
   if(NOT EXISTS "${arg_PATH}")
     # CTest reports an entry without a program as failed.
     add_test(${program}_is_not_built "${arg_PATH}")
+    if(arg_SLOW STREQUAL ".")
+      set_tests_properties(${program}_is_not_built PROPERTIES LABELS slow)
+    endif()
     return()
   endif()
   execute_process(COMMAND "${arg_PATH}" --gtest_list_tests

@@ -21,7 +21,8 @@ endfunction()
 # A test program. CTest runs each suite in one process, its cases in random order: a failed run prints the seed, and
 # GTEST_RANDOM_SEED repeats it. A case that ALONE matches, because it changes its process, has one to itself. Cases that
 # SLOW matches are labelled `slow`: scripts/test leaves them out. Patterns are regular expressions, held against
-# `Suite.Case`. Cases with "Thread" in their name or their suite's are what runs under the thread sanitizer.
+# `Suite.Case`; `.` matches all, and then scripts/test does not build the program either. Cases with "Thread" in their name
+# or their suite's are what runs under the thread sanitizer.
 #
 # The time zone is one with summer time, so that a conversion where there should be none shows, and the hash seed is
 # fixed.
@@ -47,6 +48,9 @@ function(tandry_test name)
   endif()
   add_executable(${name} ${arg_SOURCES})
   target_link_libraries(${name} PRIVATE TandryTestSupport ${arg_LIBRARIES})
+  if(NOT arg_SLOW STREQUAL ".")
+    add_dependencies(quick_tests ${name})
+  endif()
   # Optimising the cases themselves gains nothing but a longer build.
   target_compile_options(${name} PRIVATE $<$<CONFIG:Debug>:-O0>)
 
