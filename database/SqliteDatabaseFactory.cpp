@@ -1,14 +1,35 @@
 #include "database/SqliteDatabaseFactory.h"
 
+#include "database/AbsolutePath.h"
 #include "database/SqliteConnection.h"
 #include "database/SqliteDatabase.h"
 #include "database/SqliteQuery.h"
 #include "database/SqliteStore.h"
 #include "database/file/StoreLog.h"
+#include "database/sqlite/ErrorTexts.h"
+
+#include <sqlite3.h>
 
 #include <utility>
 
 namespace sync::database {
+
+namespace {
+
+/// Fails if no file can have the path.
+Failure FindFile(QString const& path, std::optional<StoreFile>& file)
+{
+    QString reason;
+    QString const absolute = AbsolutePath(path, &reason);
+    if (absolute.isNull())
+        return MakeError(SQLITE_CANTOPEN, reason);
+    if (path.endsWith(QLatin1Char('/')))
+        return MakeError(path, SQLITE_CANTOPEN, QStringLiteral("this is a folder's name"));
+    file.emplace(absolute);
+    return {};
+}
+
+} // namespace
 
 SqliteDatabaseFactory::SqliteDatabaseFactory(std::shared_ptr<SqliteStore> store)
     : _store(std::move(store))
@@ -32,16 +53,19 @@ SqliteDatabaseFactory::Open(QString const& path, QString* error, OpenOptions con
 std::shared_ptr<SqliteDatabaseFactory>
 SqliteDatabaseFactory::Open(QString const& path, StoreError& error, OpenOptions const& options)
 {
-    auto const store = std::make_shared<SqliteStore>(StoreFile(path), options);
-    if (Failure const failure = store->Open()) {
-        store->Close();
-        qCWarning(StoreLog).noquote() << failure->text;
-        error = *failure;
-        return nullptr;
+    std::shared_ptr<SqliteDatabaseFactory> factory;
+    std::optional<StoreFile> file;
+    Failure failure = FindFile(path, file);
+    if (!failure) {
+        factory.reset(new SqliteDatabaseFactory(std::make_shared<SqliteStore>(*file, options)));
+        factory->_store->SetFactory(factory);
+        failure = factory->_store->Open();
     }
-    std::shared_ptr<SqliteDatabaseFactory> factory(new SqliteDatabaseFactory(store));
-    store->SetFactory(factory);
-    return factory;
+    if (!failure)
+        return factory;
+    qCWarning(StoreLog).noquote() << failure->text;
+    error = *failure;
+    return nullptr;
 }
 
 std::shared_ptr<sync::interf::IQSqlDatabaseWrapper> SqliteDatabaseFactory::CreateDatabase()
@@ -83,7 +107,11 @@ bool SqliteDatabaseFactory::Answer(QString* error, Operation const& operation)
 
 bool SqliteDatabaseFactory::Backup(QString const& path, QString* error)
 {
-    return Answer(error, [&](SqliteConnection& connection) { return _store->Backup(connection, StoreFile(path)); });
+    return Answer(error, [&](SqliteConnection& connection) {
+        std::optional<StoreFile> target;
+        Failure failure = FindFile(path, target);
+        return failure ? failure : _store->Backup(connection, *target);
+    });
 }
 
 std::optional<QStringList> SqliteDatabaseFactory::FindDamage(QString* error)

@@ -28,9 +28,10 @@ class TANDRY_DATABASE_EXPORT SqliteDatabaseFactory : public StoreFactory,
 
 public:
     /// Opens the store, or creates it as `options.mode` says. Returns null on failure; `error`, unless null, then names
-    /// the file and the reason, and the file is unchanged. Refused are folders, files that are no store or belong to
-    /// another application, damaged, emptied and newer stores, and paths without the rights to them. A new store is
-    /// readable and writable by its owner only and appears whole.
+    /// the file and the reason, and the file is unchanged. The path is made absolute by `AbsolutePath`. Refused are
+    /// paths that it refuses, folders, files that are no store or belong to another application, damaged, emptied and
+    /// newer stores, and paths without the rights to them. A new store is readable and writable by its owner only and
+    /// appears whole.
     ///
     /// A store of an older version is upgraded first, each version in one transaction, and a copy of the older store
     /// stays beside it, named after the file with ".version-" and the version appended. The store is refused if no copy

@@ -3,24 +3,47 @@
 #include "database/sqlite/ErrorTexts.h"
 
 #include <QFile>
-#include <QFileInfo>
 
 #include <sqlite3.h>
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdlib>
 #include <iterator>
+#include <memory>
 
 #include <unistd.h>
 
 namespace sync::database {
 
+namespace {
+
+/// Returns the name as it is if a part in front of the last one is missing or may not be entered.
+QByteArray WithoutLinks(QByteArray const& name)
+{
+    using Resolved = std::unique_ptr<char, decltype(&std::free)>;
+    if (Resolved const file(::realpath(name.constData(), nullptr), &std::free); file != nullptr)
+        return file.get();
+    int const slash = name.lastIndexOf('/');
+    Resolved const folder(::realpath((name.left(slash) + "/").constData(), nullptr), &std::free);
+    if (folder == nullptr)
+        return name;
+    QByteArray const root = folder.get();
+    return (root == "/" ? QByteArray() : root) + name.mid(slash);
+}
+
+} // namespace
+
 StoreFile::StoreFile(QString const& path)
-    : StoreFile(QFileInfo(path).absoluteFilePath(), QFile::encodeName(QFileInfo(path).absoluteFilePath()))
+    : _path(path)
+    , _given(QFile::encodeName(path))
+    , _name(WithoutLinks(_given))
+    , _logName(_name + LogSuffix)
 {}
 
 StoreFile::StoreFile(QString const& path, QByteArray const& name)
     : _path(path)
+    , _given(name)
     , _name(name)
     , _logName(_name + LogSuffix)
 {}
@@ -32,11 +55,8 @@ StoreFile StoreFile::WithName(QByteArray const& name) const
 
 Failure StoreFile::CheckName() const
 {
-    if (_path.isEmpty())
-        return MakeError(QStringLiteral("the store"), SQLITE_CANTOPEN, QStringLiteral("no file was named"));
-    // A null character would cut the name off; a character that the locale cannot encode would change it.
-    if (_path.contains(QChar::Null) || QFile::decodeName(_name) != _path)
-        return MakeError(_path, SQLITE_CANTOPEN, QStringLiteral("this can't be a file's name here"));
+    if (_name.size() + int(qstrlen(JournalSuffix)) > sqlite3_vfs_find(nullptr)->mxPathname)
+        return MakeError(_path, SQLITE_CANTOPEN, QStringLiteral("the path is too long for SQLite"));
     return {};
 }
 
@@ -67,7 +87,7 @@ bool StoreFile::HasFilledLog() const noexcept
 
 std::optional<FileIdentity> StoreFile::Identity() const noexcept
 {
-    return IdentityAt(name());
+    return IdentityAt(_given.constData());
 }
 
 std::optional<FileIdentity> StoreFile::LogIdentity() const noexcept

@@ -21,6 +21,7 @@ constexpr char const* DatabaseSuffixes[] = {"", LogSuffix, LogIndexSuffix, Journ
 class StoreFile
 {
 public:
+    /// REQUIRES: a path that `AbsolutePath` returned, or one with letters appended.
     explicit StoreFile(QString const& path);
 
     /// Returns the same store while its file has another name. Errors name the path all the same.
@@ -28,10 +29,13 @@ public:
 
     /// The absolute path.
     QString const& path() const { return _path; }
-    /// The path as the operating system takes it.
+    /// The path as the operating system takes it, without symbolic links as far as there are files: SQLite names the
+    /// files beside the database after what the links stand for.
     char const* name() const { return _name.constData(); }
+    /// Whether the path leads through a symbolic link.
+    bool isLinked() const { return _name != _given; }
 
-    /// Fails if the path cannot be the name of a file here.
+    /// Fails if the path is too long for SQLite.
     Failure CheckName() const;
     /// Whether nothing at all stands at the path.
     bool IsMissing() const noexcept;
@@ -42,7 +46,7 @@ public:
     /// Whether a write-ahead log beside the file holds anything.
     bool HasFilledLog() const noexcept;
 
-    /// Return nothing if there is no such file, or none can be seen.
+    /// Return nothing if there is no such file, or none can be seen. The first asks for the path as it was given.
     std::optional<FileIdentity> Identity() const noexcept;
     std::optional<FileIdentity> LogIdentity() const noexcept;
     std::optional<FileStamp> Stamp() const noexcept;
@@ -51,6 +55,7 @@ private:
     StoreFile(QString const& path, QByteArray const& name);
 
     QString _path;
+    QByteArray _given;
     QByteArray _name;
     QByteArray _logName;
 };

@@ -150,6 +150,17 @@ TEST(AbsolutePath, OfNothingIsWrongUsage)
     }
 }
 
+TEST(AbsolutePath, OfAPathThatTheSystemCannotKeepIsWrongUsage)
+{
+    try {
+        static_cast<void>(AbsolutePath("a"_q + QChar(0xd83d)));
+        FAIL();
+    }
+    catch (Failure const& failure) {
+        EXPECT_EQ(failure.status(), ExitStatus::WrongUsage);
+    }
+}
+
 TEST(ChildPath, OfTheFileSystemRootHasOneSlash)
 {
     EXPECT_EQ(ChildPath("/"_q, "a"_q), "/a"_q);

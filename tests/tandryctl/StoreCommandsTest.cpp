@@ -54,6 +54,22 @@ TEST_F(StoreCommandsTest, InitCreatesTheUsersOwnStoreWithItsFolder)
     EXPECT_EQ(RunWithoutStore({"list"_q, "schedules"_q}, {"XDG_DATA_HOME="_q + At("data")}).status, 0);
 }
 
+TEST_F(StoreCommandsTest, StoreWithANameOfAnyFormIsAFileInTheWorkingDirectory)
+{
+    for (char const* name : {":memory:", ":x", "file:x.db?mode=memory"}) {
+        QString const store = QString::fromUtf8(name);
+        RunResult const missing = RunWithoutStore({"--store"_q, store, "list"_q, "schedules"_q});
+        EXPECT_TRUE(missing.err.contains("there is no store"_q)) << missing.err.toStdString();
+        RunResult const ran = RunWithoutStore({"--store"_q, store, "init"_q});
+        EXPECT_EQ(ran.status, 0) << ran.err.toStdString();
+        EXPECT_TRUE(ran.out.contains(store)) << ran.out.toStdString();
+        EXPECT_TRUE(QDir(folder.path()).entryList(QDir::Files).contains(store));
+        EXPECT_EQ(RunWithoutStore({"--store"_q, store, "list"_q, "schedules"_q}).status, 0);
+        EXPECT_EQ(RunWithoutStore({"--store"_q, store, "backup"_q, store + ".copy"_q}).status, 0);
+        EXPECT_TRUE(QDir(folder.path()).entryList(QDir::Files).contains(store + ".copy"_q));
+    }
+}
+
 TEST_F(StoreCommandsTest, StoreComesFromTheEnvironment)
 {
     EXPECT_EQ(RunWithoutStore({"init"_q}, {"TANDRY_STORE="_q + StorePath()}).status, 0);

@@ -1,6 +1,9 @@
 #include "Paths.h"
 
 #include "Failure.h"
+#include "Text.h"
+
+#include "database/AbsolutePath.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -33,9 +36,11 @@ QString AbsolutePath(QString const& given)
 {
     if (given.isEmpty())
         throw Failure(ExitStatus::WrongUsage, QStringLiteral("the path is empty"));
-    // QFileInfo would take a name that begins with a colon for a Qt resource.
-    bool const isAbsolute = given.startsWith(QLatin1Char('/'));
-    return QDir::cleanPath(isAbsolute ? given : QDir::currentPath() + QLatin1Char('/') + given);
+    QString error;
+    QString const path = sync::database::AbsolutePath(given, &error);
+    if (path.isNull())
+        throw Failure(ExitStatus::WrongUsage, Printable(error));
+    return QDir::cleanPath(path); // recorded paths have no "..", whatever is a link
 }
 
 QString ChildPath(QString const& folder, QString const& name)

@@ -5,6 +5,7 @@
 #include "Terminal.h"
 #include "Text.h"
 
+#include "database/AbsolutePath.h"
 #include "database/SqliteDatabaseFactory.h"
 
 #include <QDir>
@@ -69,7 +70,11 @@ Session::Session(SessionOptions const& options, StoreAccess access)
     if (access == StoreAccess::None)
         return;
 
-    QFileInfo const file(_storePath);
+    QString error;
+    QString const path = sync::database::AbsolutePath(_storePath, &error);
+    if (path.isNull())
+        throw Failure(ExitStatus::StoreFailed, Printable(error));
+    QFileInfo const file(path);
     bool const exists = file.exists() || file.isSymLink();
     if (!exists && access != StoreAccess::Create)
         ThrowNoStore(_storePath);
@@ -77,7 +82,6 @@ Session::Session(SessionOptions const& options, StoreAccess access)
         QDir().mkpath(file.absolutePath()); // if this fails, opening the store reports it
     _isNew = !exists;
 
-    QString error;
     _store = SqliteDatabaseFactory::Open(_storePath, &error, OptionsFor(access));
     if (!_store)
         throw Failure(ExitStatus::StoreFailed, Printable(error));
