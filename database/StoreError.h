@@ -21,8 +21,8 @@ enum class StoreErrorKind
     /// The store does not accept the statement, the value or the operation at this point. Trying again fails again.
     Refused,
     /// A commit failed, and the disk failed again when the store looked what became of it: a crash may still bring the
-    /// transaction back or take it away. This is settled as soon as a later write has succeeded. Then read the rows, and
-    /// write again only what is missing.
+    /// transaction back or take it away. This is settled as soon as a later write has succeeded. Then read the rows,
+    /// and write again only what is missing.
     OutcomeUnknown,
     /// The connection to a database server was lost.
     ConnectionLost,

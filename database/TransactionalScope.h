@@ -22,8 +22,8 @@ public:
     virtual ~TransactionalScope();
 
     /// In the outermost scope makes durable what was written so far, and what follows begins anew; false when a store
-    /// could not, and then what was written is gone, unless the store reports that the outcome is not known. In an inner
-    /// scope true, and nothing ends.
+    /// could not, and then what was written is gone, unless the store reports that the outcome is not known. In an
+    /// inner scope true, and nothing ends.
     bool commit();
 
     /// How many scopes the calling thread has open.

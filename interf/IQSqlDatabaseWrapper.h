@@ -30,9 +30,9 @@ public:
     virtual bool transaction() = 0;
 
     /// Commits the client transaction: its writes are durable when this returns true. Returns false if the thread has
-    /// none, or if the store fails. A failed transaction is over, and its writes are rolled back as by `rollback`. If the
-    /// store cannot find out whether they are, because the disk goes on failing, `lastError` says so: the client must
-    /// then read what is in the store, once a later write has succeeded, before it writes anything again.
+    /// none, or if the store fails. A failed transaction is over, and its writes are rolled back as by `rollback`. If
+    /// the store cannot find out whether they are, because the disk goes on failing, `lastError` says so: the client
+    /// must then read what is in the store, once a later write has succeeded, before it writes anything again.
     virtual bool commit() = 0;
 
     /// Rolls back the client transaction. Returns false if the thread has none.

@@ -41,8 +41,8 @@ public:
     virtual void bindValue(QString const& placeholder, QVariant const& value) = 0;
 
     /// Runs the prepared statement. Returns false on any failure; the statement has then changed nothing. Outside of
-    /// scopes and client transactions the statement is a transaction of its own, and a failure may be one of its commit:
-    /// see `IQSqlDatabaseWrapper::commit`.
+    /// scopes and client transactions the statement is a transaction of its own, and a failure may be one of its
+    /// commit: see `IQSqlDatabaseWrapper::commit`.
     virtual bool exec() = 0;
 
     /// Returns why the last `prepare`, `exec` or `next` failed, without any bound value; null if it succeeded. The
