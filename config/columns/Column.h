@@ -133,8 +133,8 @@ struct TextForm
     }
 };
 
-/// A store keeps the clock reading alone; a time that is read gets this spec, unconverted.
-template <Qt::TimeSpec Spec>
+/// A store keeps the clock reading alone; a time that is read gets this time spec, unconverted.
+template <Qt::TimeSpec TimeSpec>
 struct TimeForm
 {
     static constexpr ColumnKind kind = ColumnKind::Time;
@@ -147,13 +147,13 @@ struct TimeForm
     template <class From, class Documents>
     static void Read(QDateTime& value, From& from, int position, Documents&)
     {
-        value = from.Time(position, Spec);
+        value = from.Time(position, TimeSpec);
     }
     static QVariant ToVariant(QDateTime const& value) { return value; }
     template <class>
     static std::optional<QDateTime> FromVariant(QVariant const& variant)
     {
-        return ToTime(variant, Spec);
+        return ToTime(variant, TimeSpec);
     }
 };
 

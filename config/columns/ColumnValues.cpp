@@ -108,7 +108,7 @@ std::optional<QString> ToText(QVariant const& value)
     return value.toString();
 }
 
-std::optional<QDateTime> ToTime(QVariant const& value, Qt::TimeSpec spec)
+std::optional<QDateTime> ToTime(QVariant const& value, Qt::TimeSpec timeSpec)
 {
     QDateTime time;
     if (value.userType() == QMetaType::QDateTime) {
@@ -122,7 +122,7 @@ std::optional<QDateTime> ToTime(QVariant const& value, Qt::TimeSpec spec)
         if (!text->isEmpty() && !time.isValid())
             return std::nullopt;
     }
-    time.setTimeSpec(spec);
+    time.setTimeSpec(timeSpec);
     return time;
 }
 

@@ -17,8 +17,8 @@ namespace sync::config::column {
 std::optional<int> ToInteger(QVariant const& value);
 std::optional<qint64> ToLongInteger(QVariant const& value);
 std::optional<QString> ToText(QVariant const& value);
-/// The clock reading of the value, in this spec.
-std::optional<QDateTime> ToTime(QVariant const& value, Qt::TimeSpec spec);
+/// The clock reading of the value, in this time spec.
+std::optional<QDateTime> ToTime(QVariant const& value, Qt::TimeSpec timeSpec);
 
 QVariant FromProperties(QMap<QString, QString> const& properties);
 std::optional<QMap<QString, QString>> ToProperties(QVariant const& value);

@@ -32,11 +32,11 @@ public:
     }
     qint64 Long(int position) const { return _query.value(position).toLongLong(); }
     QString Text(int position) const { return _query.value(position).toString(); }
-    /// The clock reading, in this spec.
-    QDateTime Time(int position, Qt::TimeSpec spec) const
+    /// The clock reading, in this time spec.
+    QDateTime Time(int position, Qt::TimeSpec timeSpec) const
     {
         QDateTime time = _query.value(position).toDateTime();
-        time.setTimeSpec(spec);
+        time.setTimeSpec(timeSpec);
         return time;
     }
 

@@ -248,7 +248,7 @@ TYPED_TEST(RecordColumnsOfEachKind, GiveBackWhatEachWasSetToInItsOwnType)
         QVariant const value = columns[i].Get(record);
         QVariant const expected = DistinctValue(columns[i].kind(), i);
         EXPECT_EQ(value.userType(), expected.userType()) << columns[i].name().toStdString();
-        if (columns[i].kind() == ColumnKind::Time) // the table says in which spec a clock reading comes back
+        if (columns[i].kind() == ColumnKind::Time) // the table says in which time spec a clock reading comes back
             EXPECT_EQ(value.toDateTime().time(), expected.toDateTime().time()) << columns[i].name().toStdString();
         else
             EXPECT_EQ(value, expected) << columns[i].name().toStdString();
