@@ -31,6 +31,10 @@ function(tandry_test name)
   if(NOT arg_TIMEOUT)
     set(arg_TIMEOUT 120)
   endif()
+  if(TANDRY_SANITIZE)
+    # A suite is one process, and one that forks costs many times as much under a sanitizer.
+    math(EXPR arg_TIMEOUT "${arg_TIMEOUT} * 6")
+  endif()
 
   foreach(source IN LISTS arg_SOURCES)
     set_property(GLOBAL APPEND PROPERTY TANDRY_TEST_SOURCES "${CMAKE_CURRENT_SOURCE_DIR}/${source}")
