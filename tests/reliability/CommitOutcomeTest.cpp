@@ -92,6 +92,9 @@ protected:
     void SetUp() override
     {
         EachJournalMode::SetUp();
+#if defined(__SANITIZE_ADDRESS__)
+        GTEST_SKIP() << "thousands of forks take too long under the address sanitizer";
+#endif
         ASSERT_TRUE(AddServer(*store, "before"_q));
         store.reset();
         _made = ReadFile(StorePath());
