@@ -15,13 +15,13 @@ public:
     QString Write(Map const& properties) { return _nameValues.ToNameValuePropertyString(properties); }
     Map Read(QString const& text) const { return _nameValues.ToNameValuePropertyMap(text); }
 
-    static QString WriteLinks(config::FileConfiguration const& file)
+    static QString WriteLinks(QList<config::FileLink> const& links, QDateTime const& date)
     {
-        return config::WriteFileLinks(file.fileLinks, file.fileDate);
+        return config::WriteFileLinks(links, date);
     }
-    static void ReadLinks(QString const& text, config::FileConfiguration& file)
+    static QList<config::FileLink> ReadLinks(QString const& text, QDateTime& date)
     {
-        file.fileLinks = config::ReadFileLinks(text, file.fileDate);
+        return config::ReadFileLinks(text, date);
     }
 
 private:

@@ -67,7 +67,7 @@ public:
         int Int(int column) const { return _query->value(column).toInt(); }
         qint64 Long(int column) const { return _query->value(column).toLongLong(); }
         QString Text(int column) const { return _query->value(column).toString(); }
-        QDateTime Time(int column) const
+        QDateTime Time(int column, Qt::TimeSpec) const
         {
             QVariant const value = _query->value(column);
             return value.isNull() ? QDateTime() : QDateTime::fromMSecsSinceEpoch(value.toLongLong(), Qt::UTC);

@@ -1,7 +1,10 @@
 #include "benchmarks/Runner.h"
 
+#include "benchmarks/Documents.h"
 #include "benchmarks/Failure.h"
-#include "benchmarks/RecordColumns.h"
+#include "config/columns/ColumnList.h"
+#include "config/file/FileColumns.h"
+#include "config/folder/FolderColumns.h"
 
 #include <QByteArray>
 #include <QFile>
@@ -40,7 +43,7 @@ QStringList ColumnsOf(Record const& record)
 {
     Documents documents;
     ColumnTexts columns;
-    Bind(columns, record, documents);
+    config::column::BindAll<config::column::Writing::Insert>(columns, record, documents);
     return columns.texts;
 }
 

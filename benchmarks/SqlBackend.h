@@ -3,12 +3,18 @@
 #include "benchmarks/Backend.h"
 #include "benchmarks/Documents.h"
 #include "benchmarks/Failure.h"
-#include "benchmarks/RecordColumns.h"
+#include "benchmarks/RecordId.h"
 #include "benchmarks/StatementText.h"
+#include "config/account/AuthenticationColumns.h"
 #include "config/account/AuthenticationStatements.h"
+#include "config/columns/ColumnList.h"
+#include "config/file/FileColumns.h"
 #include "config/file/FileStatements.h"
+#include "config/folder/FolderColumns.h"
 #include "config/folder/FolderStatements.h"
+#include "config/product/ProductColumns.h"
 #include "config/product/ProductStatements.h"
+#include "config/server/ServerColumns.h"
 #include "config/server/ServerStatements.h"
 
 #include <QDir>
@@ -62,8 +68,8 @@ inline const StatementText ProductByKey(config::product_sql::GetByServerIdAndCon
 
 } // namespace text
 
-/// Runs the managers' statements without the managers, through SQLite's C interface or Qt SQL, and reads rows directly
-/// into records.
+/// Runs the managers' statements without the managers, through SQLite's C interface or Qt SQL. Records are bound and
+/// filled by the library's lists of columns, which the compiler resolves.
 ///
 /// `Api` is a connection: it opens the store at a path, its `Use` returns a statement that is ready to bind and run,
 /// and it has `Begin` and `Commit`.
@@ -97,7 +103,7 @@ public:
         InsertFile(file);
     }
     /// Adds without looking for a duplicate.
-    void InsertFile(config::FileConfiguration& file) { file.id = _Insert(text::AddFile, file); }
+    void InsertFile(config::FileConfiguration& file) { _Insert(text::AddFile, file); }
     void UpdateFile(config::FileConfiguration const& file) override { _Update(text::UpdateFile, file, file.id); }
     config::FileConfiguration FileById(int id) override
     {
@@ -125,10 +131,7 @@ public:
         statement.Run();
     }
 
-    void AddFolder(config::FolderConfiguration& folder) override
-    {
-        folder.*Reveal(member::FolderId()) = _Insert(text::AddFolder, folder);
-    }
+    void AddFolder(config::FolderConfiguration& folder) override { _Insert(text::AddFolder, folder); }
     void UpdateFolder(config::FolderConfiguration const& folder) override
     {
         _Update(text::UpdateFolder, folder, folder.getId());
@@ -237,7 +240,7 @@ private:
         auto statement = _api->Use(text);
         _Bind(statement, bound...);
         if (statement.Next())
-            Fill(record, statement, _documents);
+            config::column::ReadAll(record, statement, _documents);
         return record;
     }
 
@@ -249,25 +252,26 @@ private:
         _Bind(statement, bound...);
         while (statement.Next()) {
             records.resize(records.size() + 1); // unlike append, copies no record
-            Fill(records.last(), statement, _documents);
+            config::column::ReadAll(records.last(), statement, _documents);
         }
         return records;
     }
 
     template <class Record>
-    int _Insert(StatementText const& text, Record const& record)
+    void _Insert(StatementText const& text, Record& record)
     {
         auto statement = _api->Use(text);
-        Bind(statement, record, _documents);
+        config::column::BindAll<config::column::Writing::Insert>(statement, std::as_const(record), _documents);
         statement.Run();
-        return statement.InsertedId();
+        GiveId(record, statement.InsertedId());
     }
 
+    /// By hand, values are bound by position: the columns first and then the id, as the statements name them.
     template <class Record>
     void _Update(StatementText const& text, Record const& record, int id)
     {
         auto statement = _api->Use(text);
-        Bind(statement, record, _documents);
+        config::column::BindAll<config::column::Writing::Insert>(statement, record, _documents);
         statement.Bind(QStringLiteral(":id"), id);
         statement.Run();
     }

@@ -77,11 +77,11 @@ public:
             auto const* text = reinterpret_cast<char const*>(sqlite3_column_text(_statement, column));
             return QString::fromUtf8(text, sqlite3_column_bytes(_statement, column));
         }
-        QDateTime Time(int column) const
+        QDateTime Time(int column, Qt::TimeSpec) const
         {
             if (sqlite3_column_type(_statement, column) == SQLITE_NULL)
                 return {};
-            return QDateTime::fromMSecsSinceEpoch(Long(column), Qt::UTC);
+            return QDateTime::fromMSecsSinceEpoch(Long(column), Qt::UTC); // as the tables of the samples have it
         }
 
         int InsertedId() const { return int(sqlite3_last_insert_rowid(_database)); }

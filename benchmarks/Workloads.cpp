@@ -1,8 +1,9 @@
 #include "benchmarks/Workloads.h"
 
 #include "benchmarks/Failure.h"
-#include "benchmarks/PrivateMembers.h"
+#include "benchmarks/RecordId.h"
 #include "benchmarks/SqliteApi.h"
+#include "config/folder/FolderColumns.h"
 
 #include <QStringList>
 
@@ -156,7 +157,7 @@ struct Folders
     static int Id(Record const& folder) { return folder.getId(); }
     static Record Changed(Record folder, int number)
     {
-        folder.*Reveal(member::FolderId()) = 1 + number;
+        GiveId(folder, 1 + number);
         folder.setRemoteShortKey(folder.getServerFolderId());
         folder.setSyncStatus(config::FolderStatusOutOfSync);
         folder.resetSyncStatusChanged();
