@@ -149,6 +149,34 @@ TEST_F(CommandLineTest, UnknownWordIsNamed)
     EXPECT_TRUE(RunWithoutStore({"list"_q, "gods\n"_q}).err.contains("'gods\\n'"_q));
 }
 
+TEST_F(CommandLineTest, EveryFailureSaysWhatHappenedAndWhatToDo)
+{
+    struct Row
+    {
+        char const* arguments;
+        char const* line;
+    };
+    constexpr Row Rows[] = {
+        {"server show 7", "there is no server 7; see 'tandryctl server list'"},
+        {"account list", "no accounts on record; add one with 'tandryctl account add --user NAME --server ID'"},
+        {"list files", "no files on record; 'tandryctl scan' records the files on disk"},
+        {"scan", "no roots on record; add a root with 'tandryctl root add DIR --server-path PATH'"},
+        {"file show 3", "there is no file 3 on record; see 'tandryctl list files --type file'"},
+        {"where /a", "'/a' lies in no root; see 'tandryctl list roots'"},
+        {"root add /etc/passwd --server-path /s",
+         "'/etc/passwd' is not an existing directory; make it first, or give another one"},
+        {"root add /etc --server-path ", "the server path is empty; give a path such as /docs"},
+        {"server add", "a server needs a URL; give --dav-url, --web-service-url or both"},
+        {"nonsense", "unexpected argument 'nonsense'; see 'tandryctl --help'"},
+    };
+    Init();
+    for (Row const& row : Rows) {
+        RunResult const ran = Run(QString::fromUtf8(row.arguments).split(QLatin1Char(' ')));
+        EXPECT_EQ(ran.err, "tandryctl: %1\n"_q.arg(QString::fromUtf8(row.line))) << row.arguments;
+        EXPECT_EQ(ran.out, QString());
+    }
+}
+
 TEST_F(CommandLineTest, ArgumentThatIsNotUtf8IsWrongUsage)
 {
     char const* const arguments[] = {"tandryctl", "where", "caf\xe9"};

@@ -44,7 +44,7 @@ TEST_F(ListCommandsTest, EmptyStoreReportsThatNothingIsOnRecord)
         RunResult const ran = Run({"list"_q, QString::fromUtf8(what)});
         EXPECT_EQ(ran.status, 1) << what;
         EXPECT_EQ(ran.out, QString());
-        EXPECT_EQ(ran.err, "tandryctl: no %1 on record\n"_q.arg(QString::fromUtf8(what)));
+        EXPECT_TRUE(ran.err.startsWith("tandryctl: no %1 on record; "_q.arg(QString::fromUtf8(what))));
     }
 }
 

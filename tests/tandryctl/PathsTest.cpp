@@ -146,7 +146,7 @@ TEST(AbsolutePath, OfNothingIsWrongUsage)
         FAIL();
     }
     catch (Failure const& failure) {
-        EXPECT_EQ(failure.status(), ExitStatus::WrongUsage);
+        EXPECT_EQ(failure.code(), FailureCode::WrongUsage);
     }
 }
 
@@ -157,7 +157,7 @@ TEST(AbsolutePath, OfAPathThatTheSystemCannotKeepIsWrongUsage)
         FAIL();
     }
     catch (Failure const& failure) {
-        EXPECT_EQ(failure.status(), ExitStatus::WrongUsage);
+        EXPECT_EQ(failure.code(), FailureCode::WrongUsage);
     }
 }
 

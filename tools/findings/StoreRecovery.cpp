@@ -234,13 +234,13 @@ std::optional<RecoveryReport> RecoverStore(QString const& damagedPath, QString c
 {
     QFileInfo const target(newPath);
     if (target.exists() || target.isSymLink()) {
-        error = QStringLiteral("%1 exists already; give a name that is free").arg(newPath);
+        error = QStringLiteral("%1 exists already").arg(newPath);
         return std::nullopt;
     }
     QString reason;
     std::unique_ptr<PageFile> const file = PageFile::Open(damagedPath, reason);
     if (file == nullptr) {
-        error = QStringLiteral("%1 cannot be recovered: %2; restore a backup instead").arg(damagedPath, reason);
+        error = QStringLiteral("%1 cannot be recovered: %2").arg(damagedPath, reason);
         return std::nullopt;
     }
     std::unique_ptr<NewStore> const store = NewStore::Make(newPath, error);
@@ -253,8 +253,7 @@ std::optional<RecoveryReport> RecoverStore(QString const& damagedPath, QString c
     }
     RowFinder finder(*file, tables);
     if (!finder.FoundAnything()) {
-        error = QStringLiteral("%1 cannot be recovered: no table of a store was found in it; restore a backup instead")
-                    .arg(damagedPath);
+        error = QStringLiteral("%1 cannot be recovered: no table of a store was found in it").arg(damagedPath);
         return std::nullopt;
     }
 

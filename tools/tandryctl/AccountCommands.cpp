@@ -40,7 +40,8 @@ void Fill(Session& session, AuthenticationConfiguration& account, Arguments cons
     if (arguments.server)
         account.setServerId(FindServer(session, *arguments.server).getId());
     if (account.getUserName().isEmpty())
-        throw Failure(ExitStatus::WrongUsage, QStringLiteral("the user name is empty; give one with --user"));
+        throw Failure(
+            FailureCode::WrongUsage, QStringLiteral("the user name is empty"), QStringLiteral("give one with --user"));
 }
 
 void RefuseDuplicate(Session& session, AuthenticationConfiguration const& account)
@@ -48,10 +49,9 @@ void RefuseDuplicate(Session& session, AuthenticationConfiguration const& accoun
     for (AuthenticationConfiguration const& other : session.Checked(session.accounts().GetAll())) {
         if (other.getId() != account.getId() && other.getServerId() == account.getServerId() &&
             other.getDomain() == account.getDomain() && other.getUserName() == account.getUserName())
-            throw Failure(
-                ExitStatus::NothingFound,
-                QStringLiteral("%1 already has this domain, user name and server; see 'tandryctl account list'")
-                    .arg(LabelOf(other)));
+            throw Failure(FailureCode::Conflict,
+                          QStringLiteral("%1 already has this domain, user name and server").arg(LabelOf(other)),
+                          See("account list"));
     }
 }
 
@@ -69,7 +69,11 @@ ExitStatus Add(Session& session, Arguments const& arguments)
 
 ExitStatus ListAll(Session& session)
 {
-    return List(session, AccountColumns(), session.Checked(session.accounts().GetAll()), "accounts");
+    return List(session,
+                AccountColumns(),
+                session.Checked(session.accounts().GetAll()),
+                "accounts",
+                "add one with 'tandryctl account add --user NAME --server ID'");
 }
 
 ExitStatus Show(Session& session, Arguments const& arguments)

@@ -71,6 +71,12 @@ QString FullName(CLI::App const& app)
     return app.get_parent() == nullptr ? name : FullName(*app.get_parent()) + QLatin1Char(' ') + name;
 }
 
+ExitStatus Report(Failure const& failure)
+{
+    PrintError(failure.message() + QStringLiteral("; ") + failure.hint());
+    return StatusOf(failure.code());
+}
+
 template <class Visit>
 void VisitCommands(CLI::App const& app, QString const& prefix, Visit const& visit)
 {
@@ -225,16 +231,16 @@ ExitStatus CommandLine::Run(int argc, char const* const* argv)
         return ExitStatus::Done;
     }
     catch (CLI::ParseError const& error) {
-        PrintError(QStringLiteral("%1; see '%2 --help'").arg(_ErrorText(error), FullName(DeepestSubcommand(*_app))));
-        return ExitStatus::WrongUsage;
+        return Report({FailureCode::WrongUsage,
+                       _ErrorText(error),
+                       QStringLiteral("see '%1 --help'").arg(FullName(DeepestSubcommand(*_app)))});
     }
 
     try {
         return _RunChosen();
     }
     catch (Failure const& failure) {
-        PrintError(failure.text());
-        return failure.status();
+        return Report(failure);
     }
 }
 
@@ -250,9 +256,18 @@ QString CommandLine::_ErrorText(CLI::ParseError const& error) const
 ExitStatus CommandLine::_RunChosen()
 {
     Session session(_options, _chosen->access);
-    ExitStatus const status = _chosen->action(session);
-    session.Flush();
-    return status;
+    try {
+        ExitStatus const status = _chosen->action(session);
+        session.Flush();
+        return status;
+    }
+    catch (Failure const& failure) {
+        if (failure.code() == FailureCode::NotFound) {
+            session.output().ListNothing();
+            session.Flush();
+        }
+        throw;
+    }
 }
 
 QStringList CommandLine::Commands() const

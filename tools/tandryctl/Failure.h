@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ExitStatus.h"
+#include "FailureCode.h"
 
 #include <QByteArray>
 #include <QString>
@@ -9,25 +9,27 @@
 
 namespace tandryctl {
 
-/// Ends a command with an exit status and a message. Thrown by commands and caught in `CommandLine::Run`; no exception
-/// passes through the libraries.
-///
-/// The message is one line that says what is wrong and what to do about it.
+/// Ends a command. Thrown by commands and caught in `CommandLine::Run`; no exception passes through the libraries.
 class Failure : public std::exception
 {
 public:
-    Failure(ExitStatus status, QString const& text)
-        : _status(status)
-        , _text(text.toUtf8())
+    /// The message says what is wrong, with the name of the file or record; the hint says what to do about it. Neither
+    /// has a line break or a full stop at its end.
+    Failure(FailureCode code, QString const& message, QString const& hint)
+        : _code(code)
+        , _message(message.toUtf8())
+        , _hint(hint.toUtf8())
     {}
 
-    ExitStatus status() const noexcept { return _status; }
-    QString text() const { return QString::fromUtf8(_text); }
-    char const* what() const noexcept override { return _text.constData(); }
+    FailureCode code() const noexcept { return _code; }
+    QString message() const { return QString::fromUtf8(_message); }
+    QString hint() const { return QString::fromUtf8(_hint); }
+    char const* what() const noexcept override { return _message.constData(); }
 
 private:
-    ExitStatus _status;
-    QByteArray _text;
+    FailureCode _code;
+    QByteArray _message;
+    QByteArray _hint;
 };
 
 } // namespace tandryctl

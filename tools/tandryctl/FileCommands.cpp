@@ -82,7 +82,7 @@ ExitStatus ShowLinks(Session& session, Arguments const& arguments)
         {"linksTo", Shown::Always, TargetOf},
     };
     FileConfiguration const file = FindFile(session, arguments.file, FileConfigurationType(arguments.type.value_or(0)));
-    return List(session, columns, Resolve(session, file), "links");
+    return List(session, columns, Resolve(session, file), "links", "'tandryctl scan' records the links on disk");
 }
 
 ExitStatus Remove(Session& session, RemoveArguments const& arguments)

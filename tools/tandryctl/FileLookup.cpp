@@ -148,12 +148,12 @@ FileConfiguration FindFile(Session& session, QString const& idOrPath, FileConfig
         file = isId ? FindById(session, id, type) : FindByPath(session, path, type);
 
     if (file.id == -1)
-        throw Failure(ExitStatus::NothingFound,
-                      QStringLiteral("there is no %1 %2 on record; see 'tandryctl list files --type %3'")
+        throw Failure(FailureCode::NotFound,
+                      QStringLiteral("there is no %1 %2 on record")
                           .arg(type == FileConfigurationTypeFile ? QStringLiteral("file")
                                                                  : FileTypeNames().at(type) + QStringLiteral(" file"),
-                               isId ? idOrPath : Quoted(path),
-                               FileTypeNames().at(type)));
+                               isId ? idOrPath : Quoted(path)),
+                      See(QStringLiteral("list files --type ") + FileTypeNames().at(type)));
     return file;
 }
 

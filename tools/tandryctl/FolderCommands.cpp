@@ -33,23 +33,23 @@ ExitStatus AddFolder(Session& session, AddArguments const& arguments)
     QString const path = AbsolutePath(arguments.path);
     QFileInfo const onDisk(path);
     if (onDisk.exists() && !onDisk.isDir())
-        throw Failure(ExitStatus::NothingFound, QStringLiteral("%1 is not a folder").arg(Quoted(path)));
+        throw Failure(FailureCode::UnusableFile,
+                      QStringLiteral("%1 is not a folder").arg(Quoted(path)),
+                      QStringLiteral("give a folder; 'tandryctl scan' records files"));
     if (arguments.account)
         FindAccount(session, *arguments.account);
     auto const root = FindRootOf(path, session.Checked(session.folders().GetAllRootFolders()), arguments.account);
     if (!root)
-        throw Failure(ExitStatus::NothingFound,
-                      QStringLiteral("%1 lies in no root; see 'tandryctl list roots'").arg(Quoted(path)));
+        throw Failure(FailureCode::NotFound, QStringLiteral("%1 lies in no root").arg(Quoted(path)), See("list roots"));
 
     int const before =
         session.Checked(session.queries().CountReferences("FolderConfiguration", "rootId", root->getId()));
     FolderConfiguration const folder = session.Checked(session.folders().AddFolderAndParent(path, *root));
     if (folder.getId() == -1)
-        throw Failure(ExitStatus::NothingFound,
-                      QStringLiteral("%1 cannot be recorded below %2; see 'tandryctl tree %3'")
-                          .arg(Quoted(path),
-                               Label("root", root->getId(), root->getClientPath()),
-                               QString::number(root->getId())));
+        throw Failure(FailureCode::Conflict,
+                      QStringLiteral("%1 cannot be recorded below %2")
+                          .arg(Quoted(path), Label("root", root->getId(), root->getClientPath())),
+                      See(QStringLiteral("tree %1").arg(root->getId())));
     int const added =
         session.Checked(session.queries().CountReferences("FolderConfiguration", "rootId", root->getId())) - before;
 
@@ -91,10 +91,9 @@ ExitStatus RemoveFolder(Session& session, RemoveArguments const& arguments)
 {
     FolderConfiguration const folder = FindFolder(session, arguments.id);
     if (folder.isRoot())
-        throw Failure(
-            ExitStatus::NothingFound,
-            QStringLiteral("%1 is a root; remove it with 'tandryctl root remove %2'")
-                .arg(Label("folder", folder.getId(), folder.getClientPath()), QString::number(folder.getId())));
+        throw Failure(FailureCode::Conflict,
+                      QStringLiteral("%1 is a root").arg(Label("folder", folder.getId(), folder.getClientPath())),
+                      QStringLiteral("remove it with 'tandryctl root remove %1'").arg(folder.getId()));
 
     Removal const removal = RemovalOf(session, folder, arguments.recursive);
     session.ConfirmRemoval(removal.text());

@@ -42,7 +42,8 @@ struct TreeArguments
 
 ExitStatus ListRoots(Session& session)
 {
-    return List(session, FolderColumns(), session.Checked(session.folders().GetAllRootFolders()), "roots");
+    return List(
+        session, FolderColumns(), session.Checked(session.folders().GetAllRootFolders()), "roots", HowToAddARoot);
 }
 
 ExitStatus ListFolders(Session& session, FolderArguments const& arguments)
@@ -51,7 +52,7 @@ ExitStatus ListFolders(Session& session, FolderArguments const& arguments)
         arguments.root ? session.Checked(session.folders().GetFolderConfigurationsByRootId(
                              FindRoot(session, *arguments.root).getId()))
                        : session.Checked(session.folders().GetAll());
-    return List(session, FolderColumns(), folders, "folders");
+    return List(session, FolderColumns(), folders, "folders", HowToAddARoot);
 }
 
 ExitStatus ListFiles(Session& session, FileArguments const& arguments)
@@ -69,7 +70,7 @@ ExitStatus ListFiles(Session& session, FileArguments const& arguments)
     QVector<FileConfiguration> files = FindFiles(session, filter);
     if (arguments.order)
         SortFiles(files, *arguments.order);
-    return List(session, FileColumns(), files, "files");
+    return List(session, FileColumns(), files, "files", "'tandryctl scan' records the files on disk");
 }
 
 ExitStatus ListSchedules(Session& session)
@@ -77,7 +78,7 @@ ExitStatus ListSchedules(Session& session)
     QVector<ScheduleEntry> schedules;
     for (int const id : session.Checked(session.queries().ScheduleIds()))
         schedules.append(session.Checked(session.schedules().GetScheduleEntryById(id)));
-    return List(session, ScheduleColumns(), schedules, "schedules");
+    return List(session, ScheduleColumns(), schedules, "schedules", "the client makes schedules");
 }
 
 struct TreeNode

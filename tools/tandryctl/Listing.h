@@ -1,19 +1,20 @@
 #pragma once
 
+#include "Failure.h"
 #include "Session.h"
-#include "Terminal.h"
 
 namespace tandryctl {
 
-/// Prints records. If there are none, reports that on standard error, with `plural` as their name.
+/// Prints records. If there are none, throws with `plural` as their name and this hint.
 template <class Record, class Range>
-ExitStatus List(Session& session, Columns<Record> const& columns, Range const& records, char const* plural)
+ExitStatus
+List(Session& session, Columns<Record> const& columns, Range const& records, char const* plural, char const* hint)
 {
+    if (records.empty())
+        throw Failure(
+            FailureCode::NotFound, QStringLiteral("no %1 on record").arg(QLatin1String(plural)), QLatin1String(hint));
     session.output().List(columns, records);
-    if (!records.empty())
-        return ExitStatus::Done;
-    PrintError(QStringLiteral("no %1 on record").arg(QLatin1String(plural)));
-    return ExitStatus::NothingFound;
+    return ExitStatus::Done;
 }
 
 } // namespace tandryctl

@@ -15,11 +15,8 @@ namespace {
 
 [[noreturn]] void ThrowNotFound(char const* kind, int id, char const* listing)
 {
-    throw Failure(ExitStatus::NothingFound,
-                  QStringLiteral("there is no %1 %2; see 'tandryctl %3'")
-                      .arg(QLatin1String(kind))
-                      .arg(id)
-                      .arg(QLatin1String(listing)));
+    throw Failure(
+        FailureCode::NotFound, QStringLiteral("there is no %1 %2").arg(QLatin1String(kind)).arg(id), See(listing));
 }
 
 template <class Record>
@@ -69,8 +66,7 @@ QVector<FolderConfiguration> FindRoots(Session& session, std::optional<int> id)
         return {FindRoot(session, *id)};
     QVector<FolderConfiguration> const roots = session.Checked(session.folders().GetAllRootFolders());
     if (roots.isEmpty())
-        throw Failure(ExitStatus::NothingFound,
-                      QStringLiteral("there is no root yet; add one with 'tandryctl root add DIR --server-path PATH'"));
+        throw Failure(FailureCode::NotFound, QStringLiteral("no roots on record"), QLatin1String(HowToAddARoot));
     return roots;
 }
 

@@ -18,6 +18,8 @@ namespace tandryctl {
 
 class Session;
 
+constexpr char const* HowToAddARoot = "add a root with 'tandryctl root add DIR --server-path PATH'";
+
 // The record with this id. If there is none, these functions throw a message that names the command to list what there
 // is.
 

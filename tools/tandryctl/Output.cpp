@@ -86,6 +86,12 @@ void Output::PrintLine(QString const& text)
         _Write(text.toUtf8() + '\n');
 }
 
+void Output::ListNothing()
+{
+    _BeginRows({});
+    _EndRows();
+}
+
 bool Output::Flush()
 {
     if (!_buffer.isEmpty() && _device.write(_buffer) != _buffer.size())

@@ -91,6 +91,9 @@ public:
         _EndRows();
     }
 
+    /// Prints a listing without rows: an empty array in JSON, nothing in plain format.
+    void ListNothing();
+
     /// Prints one record in full; in plain format with one line per column.
     template <class Record>
     void Show(Columns<Record> const& columns, Record const& record, QVector<Extra> const& extras = {})

@@ -51,10 +51,11 @@ ExitStatus Where(Session& session, WhereArguments const& arguments)
     auto const root = FindRootOf(path, session.Checked(session.folders().GetAllRootFolders()), arguments.account);
     if (!root)
         throw Failure(
-            ExitStatus::NothingFound,
-            QStringLiteral("%1 lies in no root%2; see 'tandryctl list roots'")
+            FailureCode::NotFound,
+            QStringLiteral("%1 lies in no root%2")
                 .arg(Quoted(path),
-                     arguments.account ? QStringLiteral(" of account %1").arg(*arguments.account) : QString()));
+                     arguments.account ? QStringLiteral(" of account %1").arg(*arguments.account) : QString()),
+            See("list roots"));
 
     FolderConfiguration const nearest = NearestFolder(session, path, *root);
     int const account = arguments.account.value_or(AnyAccount);
@@ -91,16 +92,17 @@ ExitStatus Where(Session& session, WhereArguments const& arguments)
 ExitStatus Overlap(Session& session, OverlapArguments const& arguments)
 {
     if (arguments.serverPath.isEmpty())
-        throw Failure(ExitStatus::WrongUsage, QStringLiteral("the server path is empty"));
+        throw EmptyServerPath();
     FindAccount(session, arguments.account);
 
     QString match;
     if (!session.Checked(
             session.folders().AncestorOrDescendantOfServerFolderExists(arguments.serverPath, arguments.account, match)))
-        throw Failure(ExitStatus::NothingFound,
+        throw Failure(FailureCode::NotFound,
                       QStringLiteral("no root of account %1 overlaps %2 on the server")
                           .arg(arguments.account)
-                          .arg(Quoted(arguments.serverPath)));
+                          .arg(Quoted(arguments.serverPath)),
+                      See("list roots"));
 
     static Columns<QString> const columns{
         {"serverPath", Shown::Always, [](QString const& serverPath) { return serverPath; }}};

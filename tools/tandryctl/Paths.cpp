@@ -1,6 +1,5 @@
 #include "Paths.h"
 
-#include "Failure.h"
 #include "Text.h"
 
 #include "database/AbsolutePath.h"
@@ -35,12 +34,21 @@ char const* Relation(QString const& directory, QString const& root)
 QString AbsolutePath(QString const& given)
 {
     if (given.isEmpty())
-        throw Failure(ExitStatus::WrongUsage, QStringLiteral("the path is empty"));
+        throw Failure(FailureCode::WrongUsage,
+                      QStringLiteral("the path is empty"),
+                      QStringLiteral("give one, such as . for the working directory"));
     QString error;
     QString const path = sync::database::AbsolutePath(given, &error);
     if (path.isNull())
-        throw Failure(ExitStatus::WrongUsage, Printable(error));
+        throw Failure(FailureCode::WrongUsage, Printable(error), QStringLiteral("give an absolute path in UTF-8"));
     return QDir::cleanPath(path); // recorded paths have no "..", whatever is a link
+}
+
+Failure EmptyServerPath()
+{
+    return {FailureCode::WrongUsage,
+            QStringLiteral("the server path is empty"),
+            QStringLiteral("give a path such as /docs")};
 }
 
 QString ChildPath(QString const& folder, QString const& name)

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Failure.h"
+
 #include "config/FolderConfiguration.h"
 
 #include <QString>
@@ -11,6 +13,9 @@ namespace tandryctl {
 
 /// Returns a path from the command line as an absolute, cleaned path. Throws if it is empty.
 QString AbsolutePath(QString const& given);
+
+/// Returns the failure of a command that was given no server path.
+Failure EmptyServerPath();
 
 /// Returns the path of a folder's entry.
 QString ChildPath(QString const& folder, QString const& name);

@@ -41,14 +41,17 @@ QString ReadSecret(QString const& path)
     bool const opened =
         path == QLatin1String("-") ? file.open(stdin, QIODevice::ReadOnly) : file.open(QIODevice::ReadOnly);
     if (!opened)
-        throw Failure(ExitStatus::NothingFound,
-                      QStringLiteral("the secret cannot be read from %1: %2").arg(Quoted(path), file.errorString()));
+        throw Failure(FailureCode::UnusableFile,
+                      QStringLiteral("the secret cannot be read from %1: %2").arg(Quoted(path), file.errorString()),
+                      QStringLiteral("give a file that you may read, or - for standard input"));
     QByteArray line = file.readLine();
     while (line.endsWith('\n') || line.endsWith('\r'))
         line.chop(1);
     auto const secret = DecodeUtf8(line);
     if (!secret)
-        throw Failure(ExitStatus::WrongUsage, QStringLiteral("the secret in %1 is not valid UTF-8").arg(Quoted(path)));
+        throw Failure(FailureCode::WrongUsage,
+                      QStringLiteral("the secret in %1 is not valid UTF-8").arg(Quoted(path)),
+                      QStringLiteral("give a file with text in UTF-8"));
     return *secret;
 }
 
@@ -61,8 +64,9 @@ void Fill(Session& session, ProductConfiguration& product, Arguments const& argu
     if (arguments.server)
         product.setServerId(FindServer(session, *arguments.server).getId());
     if (product.getName().isEmpty() || product.getConsumerKey().isEmpty())
-        throw Failure(ExitStatus::WrongUsage,
-                      QStringLiteral("a product needs a name and a key; give them with --name and --key"));
+        throw Failure(FailureCode::WrongUsage,
+                      QStringLiteral("a product needs a name and a key"),
+                      QStringLiteral("give them with --name and --key"));
 }
 
 void RefuseDuplicate(Session& session, ProductConfiguration const& product, int serverId)
@@ -70,10 +74,9 @@ void RefuseDuplicate(Session& session, ProductConfiguration const& product, int 
     ProductConfiguration const other = session.Checked(
         session.products().GetProductConfigurationByServerIdAndConsumerKey(serverId, product.getConsumerKey()));
     if (other.getId() != -1 && other.getId() != product.getId())
-        throw Failure(ExitStatus::NothingFound,
-                      QStringLiteral("%1 already has this key on server %2; change it with 'tandryctl product "
-                                     "update %3'")
-                          .arg(LabelOf(other), QString::number(serverId), QString::number(other.getId())));
+        throw Failure(FailureCode::Conflict,
+                      QStringLiteral("%1 already has this key on server %2").arg(LabelOf(other)).arg(serverId),
+                      QStringLiteral("change it with 'tandryctl product update %1'").arg(other.getId()));
 }
 
 ExitStatus Add(Session& session, Arguments const& arguments)
@@ -92,7 +95,11 @@ ExitStatus Add(Session& session, Arguments const& arguments)
 
 ExitStatus ListAll(Session& session)
 {
-    return List(session, ProductColumns(), session.Checked(session.products().GetAll()), "products");
+    return List(session,
+                ProductColumns(),
+                session.Checked(session.products().GetAll()),
+                "products",
+                "add one with 'tandryctl product add --name NAME --key KEY --server ID'");
 }
 
 ExitStatus Show(Session& session, Arguments const& arguments)

@@ -32,7 +32,10 @@ ExitStatus Recover(Session& session, RecoverArguments const& arguments)
     QString error;
     auto const report = tandry::findings::RecoverStore(arguments.damaged, arguments.target, error);
     if (!report)
-        throw Failure(ExitStatus::StoreFailed, Printable(error));
+        throw Failure(FailureCode::StoreFailed,
+                      Printable(error),
+                      QStringLiteral("give a name for the new store that is free; if nothing of the damaged one can be "
+                                     "read, restore a backup"));
 
     session.output().List(columns, report->tables);
     for (QString const& remark : report->remarks)

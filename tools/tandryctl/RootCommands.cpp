@@ -40,20 +40,22 @@ ExitStatus AddRoot(Session& session, AddArguments const& arguments)
 {
     QString const directory = AbsolutePath(arguments.directory);
     if (!QFileInfo(directory).isDir())
-        throw Failure(ExitStatus::NothingFound,
-                      QStringLiteral("%1 is not an existing directory").arg(Quoted(directory)));
+        throw Failure(FailureCode::UnusableFile,
+                      QStringLiteral("%1 is not an existing directory").arg(Quoted(directory)),
+                      QStringLiteral("make it first, or give another one"));
     if (arguments.serverPath.isEmpty())
-        throw Failure(ExitStatus::WrongUsage, QStringLiteral("the server path is empty; give a path such as /docs"));
+        throw EmptyServerPath();
 
     ClientTransaction transaction(session); // keeps other programs from adding an overlapping root after the check
     if (arguments.account)
         FindAccount(session, *arguments.account);
     if (auto const conflict = FindRootConflict(directory, session.Checked(session.folders().GetAllRootFolders())))
-        throw Failure(ExitStatus::NothingFound,
-                      QStringLiteral("%1 %2 %3; roots must not overlap: add another directory or remove that root")
+        throw Failure(FailureCode::Conflict,
+                      QStringLiteral("%1 %2 %3")
                           .arg(Quoted(directory),
                                QLatin1String(conflict->relation),
-                               Label("root", conflict->root.getId(), conflict->root.getClientPath())));
+                               Label("root", conflict->root.getId(), conflict->root.getClientPath())),
+                      QStringLiteral("roots must not overlap: add another directory or remove that root"));
 
     FolderConfiguration root;
     root.setParentId(0);

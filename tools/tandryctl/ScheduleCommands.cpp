@@ -2,6 +2,7 @@
 #include "Commands.h"
 #include "Failure.h"
 #include "RecordColumns.h"
+#include "Text.h"
 
 namespace tandryctl {
 
@@ -13,8 +14,8 @@ ExitStatus ShowDefault(Session& session)
 {
     ScheduleEntry const schedule = session.Checked(session.schedules().GetDefaultScheduleEntry());
     if (schedule.getId() == -1)
-        throw Failure(ExitStatus::NothingFound,
-                      QStringLiteral("the store has no default schedule; see 'tandryctl list schedules'"));
+        throw Failure(
+            FailureCode::NotFound, QStringLiteral("the store has no default schedule"), See("list schedules"));
     session.output().Show(ScheduleColumns(), schedule);
     return ExitStatus::Done;
 }

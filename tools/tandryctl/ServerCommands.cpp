@@ -57,9 +57,9 @@ void RefuseDuplicate(Session& session, ServerConfiguration const& server)
     ServerConfiguration const other =
         session.Checked(session.servers().GetServerConfigByServers(server.getDavUrl(), server.getWebServiceUrl()));
     if (other.getId() != -1 && other.getId() != server.getId())
-        throw Failure(ExitStatus::NothingFound,
-                      QStringLiteral("%1 already has these URLs; change it with 'tandryctl server update %2'")
-                          .arg(LabelOf(other), QString::number(other.getId())));
+        throw Failure(FailureCode::Conflict,
+                      QStringLiteral("%1 already has these URLs").arg(LabelOf(other)),
+                      QStringLiteral("change it with 'tandryctl server update %1'").arg(other.getId()));
 }
 
 ExitStatus Add(Session& session, Arguments const& arguments)
@@ -67,8 +67,9 @@ ExitStatus Add(Session& session, Arguments const& arguments)
     ServerConfiguration server;
     Fill(server, arguments);
     if (server.getDavUrl().isEmpty() && server.getWebServiceUrl().isEmpty())
-        throw Failure(ExitStatus::WrongUsage,
-                      QStringLiteral("a server needs a URL; give --dav-url, --web-service-url or both"));
+        throw Failure(FailureCode::WrongUsage,
+                      QStringLiteral("a server needs a URL"),
+                      QStringLiteral("give --dav-url, --web-service-url or both"));
     ClientTransaction transaction(session);
     RefuseDuplicate(session, server);
     session.CheckWritten(session.servers().Add(server));
@@ -79,7 +80,11 @@ ExitStatus Add(Session& session, Arguments const& arguments)
 
 ExitStatus ListAll(Session& session)
 {
-    return List(session, ServerColumns(), session.Checked(session.servers().GetAll()), "servers");
+    return List(session,
+                ServerColumns(),
+                session.Checked(session.servers().GetAll()),
+                "servers",
+                "add one with 'tandryctl server add --web-service-url URL'");
 }
 
 ExitStatus Show(Session& session, Arguments const& arguments)
@@ -165,9 +170,9 @@ ExitStatus ShowDefault(Session& session)
     QString const setting = DefaultServerSetting().text();
     ServerConfiguration const server = session.Checked(session.servers().GetDefaultServerConfig());
     if (server.getId() == -1)
-        throw Failure(
-            ExitStatus::NothingFound,
-            QStringLiteral("the default server is not on record (%1); see 'tandryctl server list'").arg(setting));
+        throw Failure(FailureCode::NotFound,
+                      QStringLiteral("the default server is not on record (%1)").arg(setting),
+                      See("server list"));
     session.output().Show(ServerColumns(), server, {{"setting", setting}});
     return ExitStatus::Done;
 }

@@ -1,6 +1,7 @@
 #include "Session.h"
 
 #include "Failure.h"
+#include "StoreFailure.h"
 #include "StoreQueries.h"
 #include "Terminal.h"
 #include "Text.h"
@@ -21,8 +22,16 @@ namespace tandryctl {
 using sync::database::OpenMode;
 using sync::database::OpenOptions;
 using sync::database::SqliteDatabaseFactory;
+using sync::database::StoreError;
 
 namespace {
+
+Failure OutputFailure(QFile const& output)
+{
+    return {FailureCode::UnusableFile,
+            QStringLiteral("standard output could not be written: %1").arg(output.errorString()),
+            QStringLiteral("make room there or send it elsewhere; what the command has changed stays changed")};
+}
 
 QString StorePath(QString const& given)
 {
@@ -33,10 +42,9 @@ QString StorePath(QString const& given)
 
 [[noreturn]] void ThrowNoStore(QString const& path)
 {
-    throw Failure(
-        ExitStatus::StoreFailed,
-        QStringLiteral("there is no store %1; create it with 'tandryctl --store FILE init' or give another one")
-            .arg(Quoted(path)));
+    throw Failure(FailureCode::StoreMissing,
+                  QStringLiteral("there is no store %1").arg(Quoted(path)),
+                  QStringLiteral("create it with 'tandryctl --store FILE init' or give another one"));
 }
 
 OpenOptions OptionsFor(StoreAccess access)
@@ -65,7 +73,7 @@ Session::Session(SessionOptions const& options, StoreAccess access)
     , _output(_stdout, options.json ? OutputFormat::Json : OutputFormat::Plain)
 {
     if (!_stdout.open(STDOUT_FILENO, QIODevice::WriteOnly | QIODevice::Unbuffered))
-        throw Failure(ExitStatus::NothingFound, QStringLiteral("standard output cannot be written"));
+        throw OutputFailure(_stdout);
 
     if (access == StoreAccess::None)
         return;
@@ -73,7 +81,7 @@ Session::Session(SessionOptions const& options, StoreAccess access)
     QString error;
     QString const path = sync::database::AbsolutePath(_storePath, &error);
     if (path.isNull())
-        throw Failure(ExitStatus::StoreFailed, Printable(error));
+        throw Failure(FailureCode::StoreMissing, Printable(error), QStringLiteral("give an absolute path in UTF-8"));
     QFileInfo const file(path);
     bool const exists = file.exists() || file.isSymLink();
     if (!exists && access != StoreAccess::Create)
@@ -82,9 +90,10 @@ Session::Session(SessionOptions const& options, StoreAccess access)
         QDir().mkpath(file.absolutePath()); // if this fails, opening the store reports it
     _isNew = !exists;
 
-    _store = SqliteDatabaseFactory::Open(_storePath, &error, OptionsFor(access));
+    StoreError openError;
+    _store = SqliteDatabaseFactory::Open(_storePath, openError, OptionsFor(access));
     if (!_store)
-        throw Failure(ExitStatus::StoreFailed, Printable(error));
+        throw StoreFailure(openError);
 
     _managers.emplace(_store);
     _queries = std::make_unique<StoreQueries>(_store);
@@ -92,13 +101,13 @@ Session::Session(SessionOptions const& options, StoreAccess access)
 
 Session::~Session() = default;
 
-void Session::CheckWritten(bool written)
+void Session::CheckWritten(bool written, QString const& hintForOther)
 {
-    _ThrowIfStoreFailed();
+    _ThrowIfStoreFailed(hintForOther);
     if (!written)
-        throw Failure(
-            ExitStatus::StoreFailed,
-            QStringLiteral("the store %1 could not be written and reported no reason").arg(Quoted(_storePath)));
+        throw Failure(FailureCode::StoreFailed,
+                      QStringLiteral("the store %1 failed and reported no reason").arg(Quoted(_storePath)),
+                      See("check"));
 }
 
 void Session::ConfirmRemoval(QString const& what)
@@ -106,39 +115,36 @@ void Session::ConfirmRemoval(QString const& what)
     if (_yes)
         return;
     if (!CanAsk())
-        throw Failure(ExitStatus::WrongUsage,
-                      QStringLiteral("this would remove %1; without a terminal to confirm it, give --yes").arg(what));
+        throw Failure(FailureCode::Unconfirmed,
+                      QStringLiteral("this would remove %1").arg(what),
+                      QStringLiteral("without a terminal to confirm it, give --yes"));
     if (!Ask(QStringLiteral("Remove %1?").arg(what)))
-        throw Failure(ExitStatus::NothingFound, QStringLiteral("nothing was removed"));
+        throw Failure(
+            FailureCode::Declined, QStringLiteral("nothing was removed"), QStringLiteral("answer y to remove it"));
 }
 
 void Session::Backup(QString const& path)
 {
-    QString error;
-    if (!_store->Backup(path, &error))
-        throw Failure(ExitStatus::StoreFailed, Printable(error));
+    CheckWritten(_store->Backup(path), QStringLiteral("give a name that is not taken, in a folder that you may write"));
 }
 
 QStringList Session::FindDamage()
 {
-    QString error;
-    std::optional<QStringList> const damage = _store->FindDamage(&error);
-    if (!damage)
-        throw Failure(ExitStatus::StoreFailed, Printable(error));
+    std::optional<QStringList> const damage = _store->FindDamage();
+    CheckWritten(damage.has_value());
     return *damage;
 }
 
 void Session::Flush()
 {
     if (!_output.Flush())
-        throw Failure(ExitStatus::NothingFound, QStringLiteral("the output could not be written completely"));
+        throw OutputFailure(_stdout);
 }
 
-void Session::_ThrowIfStoreFailed()
+void Session::_ThrowIfStoreFailed(QString const& hintForOther)
 {
-    auto const error = _store->LastError();
-    if (error)
-        throw Failure(ExitStatus::StoreFailed, QStringLiteral("the store failed: ") + Printable(error->text));
+    if (auto const error = _store->LastError())
+        throw StoreFailure(*error, hintForOther);
 }
 
 ClientTransaction::ClientTransaction(Session& session)

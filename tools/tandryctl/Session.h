@@ -73,8 +73,8 @@ public:
         return answer;
     }
 
-    /// Throws if a writing operation has returned false, or if its commit has failed.
-    void CheckWritten(bool written);
+    /// Throws if an operation has returned false, or if its commit has failed. `hintForOther` is for `StoreFailure`.
+    void CheckWritten(bool written, QString const& hintForOther = {});
 
     /// Asks for confirmation; throws if it is denied or if there is no terminal. `what` completes the question "Remove
     /// ...?", such as "folder 3 '/a' with 2 files".
@@ -91,7 +91,7 @@ public:
 private:
     Q_DISABLE_COPY_MOVE(Session)
 
-    void _ThrowIfStoreFailed();
+    void _ThrowIfStoreFailed(QString const& hintForOther = {});
 
     QString const _storePath;
     bool const _yes;

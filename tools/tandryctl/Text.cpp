@@ -93,6 +93,16 @@ QString Counted(qint64 count, char const* singular, char const* plural)
     return QStringLiteral("%1 %2").arg(count).arg(QLatin1String(count == 1 ? singular : plural));
 }
 
+QString See(QString const& command)
+{
+    return QStringLiteral("see 'tandryctl %1'").arg(command);
+}
+
+QString See(char const* command)
+{
+    return See(QString(QLatin1String(command)));
+}
+
 QString JoinWithAnd(QStringList const& items)
 {
     if (items.size() < 2)

@@ -20,6 +20,10 @@ int DisplayWidth(QString const& text);
 /// Returns a count with its unit: "1 folder", "2 folders".
 QString Counted(qint64 count, char const* singular, char const* plural);
 
+/// Returns the hint to look something up with a command: "see 'tandryctl list roots'".
+QString See(QString const& command);
+QString See(char const* command);
+
 /// Joins texts with commas and a final "and": "a, b and c".
 QString JoinWithAnd(QStringList const& items);
 

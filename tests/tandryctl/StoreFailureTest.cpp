@@ -1,0 +1,84 @@
+#include "tools/tandryctl/StoreFailure.h"
+#include "support/QtPrinters.h"
+
+#include "database/StoreError.h"
+
+#include <gtest/gtest.h>
+
+#include <set>
+
+using namespace tandryctl;
+using namespace tandry::test;
+using sync::database::StoreError;
+using sync::database::StoreErrorKind;
+
+namespace {
+
+StoreError ErrorOf(StoreErrorKind kind)
+{
+    StoreError error;
+    error.text = "/a/store.db: it failed"_q;
+    error.kind = kind;
+    return error;
+}
+
+struct KindRow
+{
+    StoreErrorKind kind;
+    FailureCode code;
+};
+
+constexpr KindRow Kinds[] = {
+    {StoreErrorKind::Locked, FailureCode::StoreLocked},
+    {StoreErrorKind::Full, FailureCode::StoreFull},
+    {StoreErrorKind::ReadOnly, FailureCode::StoreReadOnly},
+    {StoreErrorKind::Damaged, FailureCode::StoreDamaged},
+    {StoreErrorKind::Moved, FailureCode::StoreMoved},
+    {StoreErrorKind::Refused, FailureCode::StoreRefused},
+    {StoreErrorKind::OutcomeUnknown, FailureCode::StoreOutcomeUnknown},
+    {StoreErrorKind::ConnectionLost, FailureCode::StoreFailed},
+    {StoreErrorKind::Other, FailureCode::StoreFailed},
+};
+
+} // namespace
+
+TEST(StoreFailure, HasTheCodeOfItsKindAndExitStatusThree)
+{
+    for (KindRow const& row : Kinds) {
+        Failure const failure = StoreFailure(ErrorOf(row.kind));
+        EXPECT_EQ(failure.code(), row.code);
+        EXPECT_EQ(StatusOf(failure.code()), ExitStatus::StoreFailed);
+        EXPECT_EQ(failure.message(), "/a/store.db: it failed"_q);
+    }
+}
+
+TEST(StoreFailure, HasAHintForEachKind)
+{
+    std::set<QString> hints;
+    std::set<FailureCode> codes;
+    for (KindRow const& row : Kinds) {
+        QString const hint = StoreFailure(ErrorOf(row.kind)).hint();
+        EXPECT_FALSE(hint.isEmpty());
+        hints.insert(hint);
+        codes.insert(row.code);
+    }
+    EXPECT_EQ(hints.size(), codes.size());
+}
+
+TEST(StoreFailure, OfADamagedStoreNamesTheCommandThatHelps)
+{
+    EXPECT_TRUE(StoreFailure(ErrorOf(StoreErrorKind::Damaged)).hint().contains("tandryctl recover"_q));
+}
+
+TEST(StoreFailure, TakesTheCommandsHintOnlyForOtherErrors)
+{
+    EXPECT_EQ(StoreFailure(ErrorOf(StoreErrorKind::Other), "give another name"_q).hint(), "give another name"_q);
+    EXPECT_NE(StoreFailure(ErrorOf(StoreErrorKind::Full), "give another name"_q).hint(), "give another name"_q);
+}
+
+TEST(StoreFailure, KeepsItsMessageOnOneLine)
+{
+    StoreError error = ErrorOf(StoreErrorKind::Other);
+    error.text = "/a\nb: it failed"_q;
+    EXPECT_EQ(StoreFailure(error).message(), "/a\\nb: it failed"_q);
+}

@@ -1,0 +1,38 @@
+#pragma once
+
+#include "ExitStatus.h"
+
+namespace tandryctl {
+
+/// What kind of failure ends a command.
+enum class FailureCode
+{
+    /// No record matches.
+    NotFound,
+    /// The records that are there do not admit the change.
+    Conflict,
+    /// A file or folder on disk is not what the command needs.
+    UnusableFile,
+    /// The user answered a question with no.
+    Declined,
+
+    WrongUsage,
+    /// The command asks before it goes on, and there is no terminal to ask on.
+    Unconfirmed,
+
+    StoreMissing,
+    // One for each kind of a store's errors.
+    StoreLocked,
+    StoreFull,
+    StoreReadOnly,
+    StoreDamaged,
+    StoreMoved,
+    StoreRefused,
+    StoreOutcomeUnknown,
+    /// Any other failure of the store.
+    StoreFailed,
+};
+
+ExitStatus StatusOf(FailureCode code);
+
+} // namespace tandryctl

@@ -1,0 +1,57 @@
+#include "StoreFailure.h"
+
+#include "Text.h"
+
+#include "database/StoreError.h"
+
+namespace tandryctl {
+
+using sync::database::StoreError;
+using sync::database::StoreErrorKind;
+
+namespace {
+
+struct Advice
+{
+    FailureCode code;
+    QString hint;
+};
+
+Advice AdviceOn(StoreErrorKind kind)
+{
+    switch (kind) {
+    case StoreErrorKind::Locked:
+        return {FailureCode::StoreLocked, QStringLiteral("try again when the other program has finished")};
+    case StoreErrorKind::Full:
+        return {FailureCode::StoreFull, QStringLiteral("free space there, then try again")};
+    case StoreErrorKind::ReadOnly:
+        return {FailureCode::StoreReadOnly,
+                QStringLiteral("allow yourself to write the file and its folder, then try again")};
+    case StoreErrorKind::Damaged:
+        return {FailureCode::StoreDamaged,
+                QStringLiteral("copy what can still be read to a new store with 'tandryctl recover FILE --to NEW'")};
+    case StoreErrorKind::Moved:
+        return {FailureCode::StoreMoved, QStringLiteral("see which file is there now, then try again")};
+    case StoreErrorKind::Refused:
+        return {FailureCode::StoreRefused, QStringLiteral("see whether 'tandryctl check' finds damage")};
+    case StoreErrorKind::OutcomeUnknown:
+        return {FailureCode::StoreOutcomeUnknown,
+                QStringLiteral("free the disk of its fault, look what is on record and repeat only what is missing")};
+    case StoreErrorKind::ConnectionLost:
+    case StoreErrorKind::Other:
+        break;
+    }
+    return {FailureCode::StoreFailed,
+            QStringLiteral("see that the file, its folder and the disk can be used, then try again")};
+}
+
+} // namespace
+
+Failure StoreFailure(StoreError const& error, QString const& hintForOther)
+{
+    Advice const advice = AdviceOn(error.kind);
+    bool const isReplaced = advice.code == FailureCode::StoreFailed && !hintForOther.isNull();
+    return {advice.code, Printable(error.text), isReplaced ? hintForOther : advice.hint};
+}
+
+} // namespace tandryctl
