@@ -6,6 +6,7 @@
 #include "database/SqliteQuery.h"
 #include "database/SqliteStore.h"
 #include "database/file/StoreLog.h"
+#include "database/file/StoreRestore.h"
 #include "database/sqlite/ErrorTexts.h"
 
 #include <sqlite3.h>
@@ -112,6 +113,24 @@ bool SqliteDatabaseFactory::Backup(QString const& path, QString* error)
         Failure failure = FindFile(path, target);
         return failure ? failure : _store->Backup(connection, *target);
     });
+}
+
+std::optional<QString> SqliteDatabaseFactory::Restore(QString const& backup, QString const& path, StoreError& error)
+{
+    std::optional<StoreFile> source;
+    std::optional<StoreFile> target;
+    Failure failure = FindFile(backup, source);
+    if (!failure)
+        failure = FindFile(path, target);
+    if (!failure) {
+        StoreRestore restore(*source, *target);
+        failure = restore.Run();
+        if (!failure)
+            return restore.kept() ? restore.kept()->path() : QStringLiteral("");
+    }
+    qCWarning(StoreLog).noquote() << failure->text;
+    error = *failure;
+    return std::nullopt;
 }
 
 std::optional<QStringList> SqliteDatabaseFactory::FindDamage(QString* error)

@@ -69,6 +69,17 @@ public:
     /// written, is refused.
     [[nodiscard]] bool Backup(QString const& path, QString* error = nullptr);
 
+    /// Puts a backup in the place of the store at `path`, which no process may have open and which need not exist. A
+    /// backup is any store, also of an older version, that was written by `Backup` or closed in an orderly way; it
+    /// stays as it is. Returns the path under which the earlier store is kept, with the files beside it: `path` with
+    /// ".replaced" and perhaps a number appended; empty if there was none.
+    ///
+    /// Returns nothing on failure, and sets `error`: the earlier store is then in its place, or, if the files beside it
+    /// could not be removed, a notice that no opening takes for a store. A process that is killed leaves the earlier
+    /// store, the notice or the new store, each whole; after a notice, restore again. Whether a process has the store
+    /// open is known for processes of this machine that use this library, and for all that use a write-ahead log.
+    [[nodiscard]] static std::optional<QString> Restore(QString const& backup, QString const& path, StoreError& error);
+
     /// Reads the whole store and returns what is damaged in it, one text for each fault. Returns nothing if the store
     /// could not be read to its end; `error`, unless null, then names the file and the reason, and so does `LastError`.
     /// A thread with an open client transaction, or with a scope that has written, is refused.

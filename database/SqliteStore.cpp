@@ -34,6 +34,7 @@ Failure SqliteStore::Open()
     }
     if (Failure failure = StoreHeader::Check(_file))
         return failure;
+    _presence.emplace(_file);
     _identity = _file.Identity();
     if (!_identity)
         return MakeError(_file.path(), SQLITE_CANTOPEN, QStringLiteral("the file went away while it was opened"));

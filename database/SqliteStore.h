@@ -3,6 +3,7 @@
 #include "database/OpenOptions.h"
 #include "database/file/SecretErasure.h"
 #include "database/file/StoreHandle.h"
+#include "database/file/StorePresence.h"
 
 #include <QStringList>
 
@@ -72,6 +73,7 @@ private:
     std::weak_ptr<StoreFactory> _factory;
     std::atomic<bool> _isClosed{false};
     SecretErasure _secretErasure;
+    std::optional<StorePresence> _presence;
 
     std::mutex _mutex; // guards the list, not the connections
     std::vector<std::shared_ptr<SqliteConnection>> _connections;

@@ -1,5 +1,7 @@
 #include "database/file/NewFile.h"
 
+#include "database/file/Descriptor.h"
+#include "database/file/DiskFlush.h"
 #include "database/sqlite/ErrorTexts.h"
 
 #include <QFileInfo>
@@ -16,44 +18,7 @@ namespace sync::database {
 
 namespace {
 
-/// A file descriptor that closes itself.
-class Descriptor
-{
-public:
-    explicit Descriptor(int descriptor)
-        : _descriptor(descriptor)
-    {}
-    ~Descriptor()
-    {
-        if (_descriptor >= 0)
-            ::close(_descriptor);
-    }
-    Q_DISABLE_COPY_MOVE(Descriptor)
-
-    bool isValid() const { return _descriptor >= 0; }
-    int get() const { return _descriptor; }
-
-private:
-    int _descriptor;
-};
-
-// The functions below return 0 or the operating system's error number.
-
-int SyncToDisk(char const* name, int flags)
-{
-    Descriptor const descriptor(::open(name, flags | O_RDONLY | O_CLOEXEC));
-    return descriptor.isValid() && ::fsync(descriptor.get()) == 0 ? 0 : errno;
-}
-
-/// Flushes the folder of a file: until then a power cut may take the file's name.
-int SyncFolderOf(QByteArray const& name)
-{
-    int const slash = name.lastIndexOf('/');
-    QByteArray const folder = slash > 0 ? name.left(slash) : QByteArray("/");
-    int const errorNumber = SyncToDisk(folder.constData(), O_DIRECTORY);
-    return errorNumber == EINVAL ? 0 : errorNumber; // the file system flushes no folders
-}
-
+/// Returns 0 or the operating system's error number.
 int RenameWithoutReplacing(QByteArray const& from, char const* to)
 {
     if (::renameat2(AT_FDCWD, from.constData(), AT_FDCWD, to, RENAME_NOREPLACE) == 0)
@@ -101,22 +66,38 @@ int NewFile::Open(SqliteHandle& handle) const
 Failure NewFile::Publish(bool& isTaken) const
 {
     isTaken = false;
-    int errorNumber = SyncToDisk(_temporary.constData(), 0);
+    int errorNumber = FlushFile(_temporary.constData());
     if (errorNumber == 0)
         errorNumber = RenameWithoutReplacing(_temporary, _target.name());
     if (errorNumber == EEXIST) {
         isTaken = true;
         return {};
     }
-    if (errorNumber != 0)
-        return DescribeSystemError(_target.path(), QStringLiteral("the new file can't be put in place"), errorNumber);
-    errorNumber = SyncFolderOf(_target.name());
-    if (errorNumber != 0)
-        return DescribeSystemError(
-            _target.path(),
-            QStringLiteral("the new file is whole, but its folder can't be flushed and may lose it in a power cut"),
-            errorNumber);
-    return {};
+    return errorNumber == 0 ? FlushName() : CannotPutInPlace(errorNumber);
+}
+
+Failure NewFile::Replace() const
+{
+    int errorNumber = FlushFile(_temporary.constData());
+    if (errorNumber == 0 && ::rename(_temporary.constData(), _target.name()) != 0)
+        errorNumber = errno;
+    return errorNumber == 0 ? FlushName() : CannotPutInPlace(errorNumber);
+}
+
+Failure NewFile::FlushName() const
+{
+    int const errorNumber = FlushFolder(_target.folder());
+    if (errorNumber == 0)
+        return {};
+    return DescribeSystemError(
+        _target.path(),
+        QStringLiteral("the new file is whole, but its folder can't be flushed and may lose it in a power cut"),
+        errorNumber);
+}
+
+Failure NewFile::CannotPutInPlace(int errorNumber) const
+{
+    return DescribeSystemError(_target.path(), QStringLiteral("the new file can't be put in place"), errorNumber);
 }
 
 } // namespace sync::database

@@ -34,7 +34,13 @@ public:
     /// another process may already be using it; but a power cut may remove it.
     [[nodiscard]] Failure Publish(bool& isTaken) const;
 
+    /// The same, but takes the place of a file that has the name.
+    [[nodiscard]] Failure Replace() const;
+
 private:
+    Failure FlushName() const;
+    Failure CannotPutInPlace(int errorNumber) const;
+
     StoreFile const _target;
     QByteArray _temporary;
 };

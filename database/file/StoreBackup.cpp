@@ -74,13 +74,18 @@ Failure StoreBackup::Write(StoreFile const& target) const
     NewFile copy(target);
     if (Failure failure = copy.Create())
         return failure;
-    if (Failure failure = Copy(copy))
-        return failure;
-    if (Failure failure = CheckCopy(copy.file()))
+    if (Failure failure = WriteTo(copy))
         return failure;
     bool isTaken = false;
     Failure failure = copy.Publish(isTaken);
     return isTaken ? Failure(TargetIsTaken(target)) : failure;
+}
+
+Failure StoreBackup::WriteTo(NewFile const& copy) const
+{
+    if (Failure failure = Copy(copy))
+        return failure;
+    return CheckCopy(copy.file());
 }
 
 Failure StoreBackup::Copy(NewFile const& copy) const

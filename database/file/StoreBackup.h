@@ -17,6 +17,9 @@ public:
     /// for the one after which it exists.
     [[nodiscard]] Failure Write(StoreFile const& target) const;
 
+    /// The same, into a file that has been created, and that the caller puts in place.
+    [[nodiscard]] Failure WriteTo(NewFile const& copy) const;
+
 private:
     Failure Copy(NewFile const& copy) const;
 

@@ -48,9 +48,23 @@ StoreFile::StoreFile(QString const& path, QByteArray const& name)
     , _logName(_name + LogSuffix)
 {}
 
+StoreFile StoreFile::FirstFree(QString const& path)
+{
+    StoreFile file(path);
+    for (int number = 2; !file.IsFree(); ++number)
+        file = StoreFile(path + QLatin1Char('-') + QString::number(number));
+    return file;
+}
+
 StoreFile StoreFile::WithName(QByteArray const& name) const
 {
     return {_path, name};
+}
+
+QByteArray StoreFile::folder() const
+{
+    int const slash = _name.lastIndexOf('/');
+    return slash > 0 ? _name.left(slash) : QByteArray("/");
 }
 
 Failure StoreFile::CheckName() const

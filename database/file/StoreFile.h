@@ -24,6 +24,9 @@ public:
     /// REQUIRES: a path that `AbsolutePath` returned, or one with letters appended.
     explicit StoreFile(QString const& path);
 
+    /// Returns the store with this path, or else the first with a number appended to it, whose names are free.
+    static StoreFile FirstFree(QString const& path);
+
     /// Returns the same store while its file has another name. Errors name the path all the same.
     StoreFile WithName(QByteArray const& name) const;
 
@@ -32,6 +35,8 @@ public:
     /// The path as the operating system takes it, without symbolic links as far as there are files: SQLite names the
     /// files beside the database after what the links stand for.
     char const* name() const { return _name.constData(); }
+    /// The name of the folder that holds the file.
+    QByteArray folder() const;
     /// Whether the path leads through a symbolic link.
     bool isLinked() const { return _name != _given; }
 

@@ -50,6 +50,10 @@ Failure StoreHeader::Check(StoreFile const& file)
     if (header.isBlank())
         return refuse(SQLITE_NOTADB,
                       QStringLiteral("the file begins with zeros: a store never does, so what was in it got lost"));
+    if (header.isRestoreNotice())
+        return refuse(SQLITE_NOTADB,
+                      QStringLiteral("a backup was being restored here, which was interrupted; restore it again. The "
+                                     "earlier store is kept beside this file"));
     if (status.st_size < Size || !header.isSqlite())
         return refuse(SQLITE_NOTADB, QStringLiteral("the file is no SQLite database"));
     if (header.applicationId() != schema::ApplicationId)
@@ -67,6 +71,11 @@ bool StoreHeader::isBlank() const
 bool StoreHeader::isSqlite() const
 {
     return std::memcmp(_bytes, "SQLite format 3", 16) == 0;
+}
+
+bool StoreHeader::isRestoreNotice() const
+{
+    return std::memcmp(_bytes, RestoreNotice, std::strlen(RestoreNotice)) == 0;
 }
 
 qint32 StoreHeader::version() const

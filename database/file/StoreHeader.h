@@ -12,6 +12,9 @@ class StoreFile;
 class StoreHeader
 {
 public:
+    /// What the file begins with that holds a store's place while a backup is being restored; see `StoreRestore`.
+    static constexpr char const* RestoreNotice = "Tandry: a backup is being restored here";
+
     /// Reads the header; what the file is too short for is zero. Changes nothing.
     [[nodiscard]] Failure Read(StoreFile const& file);
 
@@ -19,6 +22,7 @@ public:
     [[nodiscard]] static Failure Check(StoreFile const& file);
 
     bool usesLog() const { return _bytes[19] == 2; }
+    bool isRestoreNotice() const;
 
 private:
     static constexpr int Size = 100;

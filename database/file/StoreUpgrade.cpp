@@ -101,21 +101,12 @@ Failure StoreUpgrade::RunStepInTransaction(qint64 version)
 /// The open transaction keeps others from writing, and has not written itself yet.
 Failure StoreUpgrade::BackUp(qint64 version)
 {
-    StoreFile const backup = BackupFile(version);
+    StoreFile const backup =
+        StoreFile::FirstFree(_store.file().path() + QStringLiteral(".version-") + QString::number(version));
     if (Failure failure = StoreBackup(_store.file(), StoreAccess::ReadWrite, _busyTimeoutMsec).Write(backup))
         return CannotUpgrade(version, *failure);
     _backup = Backup{backup, version};
     return {};
-}
-
-/// Returns the first name that is free.
-StoreFile StoreUpgrade::BackupFile(qint64 version) const
-{
-    QString const name = _store.file().path() + QStringLiteral(".version-") + QString::number(version);
-    StoreFile file(name);
-    for (int number = 2; !file.IsFree(); ++number)
-        file = StoreFile(name + QLatin1Char('-') + QString::number(number));
-    return file;
 }
 
 /// Removes the copy of a store that is what it was: attempts that fail on a full disk must not add a copy each.

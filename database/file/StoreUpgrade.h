@@ -30,7 +30,6 @@ private:
     Failure RunStep();
     Failure RunStepInTransaction(qint64 version);
     Failure BackUp(qint64 version);
-    StoreFile BackupFile(qint64 version) const;
     void RemoveNeedlessBackup();
     StoreError CannotUpgrade(qint64 version, StoreError const& reason) const;
 

@@ -8,6 +8,7 @@ class Command;
 
 void AddStoreCommands(Command& top);
 void AddRecoverCommand(Command& top);
+void AddRestoreCommand(Command& top);
 void AddRootCommands(Command& top);
 void AddFolderCommands(Command& top);
 void AddFileCommands(Command& top);

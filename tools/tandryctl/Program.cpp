@@ -16,6 +16,7 @@ void DeclareCommands(CommandLine& commandLine)
         .Example("--store ~/try.db scan", "record the folders and files in it")
         .Example("--store ~/try.db tree", "print the recorded folders");
     AddStoreCommands(top);
+    AddRestoreCommand(top);
     AddRecoverCommand(top);
     AddRootCommands(top);
     AddFolderCommands(top);

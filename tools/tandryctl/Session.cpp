@@ -58,6 +58,7 @@ OpenOptions OptionsFor(StoreAccess access)
         options.mode = OpenMode::OpenExisting;
         break;
     case StoreAccess::Read:
+    case StoreAccess::Replace:
     case StoreAccess::None:
         options.mode = OpenMode::ReadOnly;
         break;
@@ -84,11 +85,13 @@ Session::Session(SessionOptions const& options, StoreAccess access)
         throw Failure(FailureCode::StoreMissing, Printable(error), QStringLiteral("give an absolute path in UTF-8"));
     QFileInfo const file(path);
     bool const exists = file.exists() || file.isSymLink();
-    if (!exists && access != StoreAccess::Create)
+    if (!exists && access != StoreAccess::Create && access != StoreAccess::Replace)
         ThrowNoStore(_storePath);
     if (!exists && options.storePath.isEmpty())
         QDir().mkpath(file.absolutePath()); // if this fails, opening the store reports it
     _isNew = !exists;
+    if (access == StoreAccess::Replace)
+        return;
 
     StoreError openError;
     _store = SqliteDatabaseFactory::Open(_storePath, openError, OptionsFor(access));

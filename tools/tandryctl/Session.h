@@ -28,6 +28,8 @@ enum class StoreAccess
     Write,
     /// Opens it for reading; changes no byte of it.
     Read,
+    /// Opens no store: the command puts one in its place.
+    Replace,
     /// Opens no store: the command gets an output and nothing else.
     None
 };

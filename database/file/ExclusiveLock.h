@@ -1,0 +1,31 @@
+#pragma once
+
+#include "database/file/StoreFile.h"
+#include "database/sqlite/SqliteHandle.h"
+
+#include <QtGlobal>
+
+namespace sync::database {
+
+/// Keeps all programs out of a file by SQLite's own locks, whatever the file holds, as long as the object lives.
+class ExclusiveLock
+{
+public:
+    explicit ExclusiveLock(StoreFile file);
+    ~ExclusiveLock();
+    Q_DISABLE_COPY_MOVE(ExclusiveLock)
+
+    /// Does not wait. Fails if a program, this one included, has a store with a write-ahead log open, or is reading or
+    /// writing one with a journal. One with a journal that is merely open shows by its `StorePresence` alone.
+    [[nodiscard]] Failure Take();
+
+    /// Copies the locked file's bytes to a new file. Returns 0 or the operating system's error number.
+    [[nodiscard]] int CopyTo(char const* name) const;
+
+private:
+    StoreFile const _file;
+    SqliteHandle _handle;
+    sqlite3_file* _opened = nullptr;
+};
+
+} // namespace sync::database

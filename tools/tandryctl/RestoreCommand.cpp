@@ -1,0 +1,53 @@
+#include "CommandLine.h"
+#include "Commands.h"
+#include "Failure.h"
+#include "Text.h"
+
+#include "database/SqliteDatabaseFactory.h"
+
+#include <memory>
+
+namespace tandryctl {
+
+namespace {
+
+ExitStatus Restore(Session& session, QString const& backup)
+{
+    struct Restored
+    {
+        QString store;
+        QString backup;
+        QString kept;
+    };
+    static Columns<Restored> const columns{
+        {"store", Shown::Always, [](Restored const& restored) { return restored.store; }},
+        {"backup", Shown::Always, [](Restored const& restored) { return restored.backup; }},
+        {"kept", Shown::Always, [](Restored const& restored) { return restored.kept; }},
+    };
+    sync::database::StoreError error;
+    auto const kept = sync::database::SqliteDatabaseFactory::Restore(backup, session.storePath(), error);
+    if (!kept)
+        throw Failure(ExitStatus::StoreFailed, Printable(error.text));
+
+    QString text = QStringLiteral("restored the store %1 from %2").arg(Quoted(session.storePath()), Quoted(backup));
+    if (!kept->isEmpty())
+        text += QStringLiteral("; the earlier store is kept as %1").arg(Quoted(*kept));
+    session.output().Report(text, columns, Restored{session.storePath(), backup, kept->isEmpty() ? QString() : *kept});
+    return ExitStatus::Done;
+}
+
+} // namespace
+
+void AddRestoreCommand(Command& top)
+{
+    auto const backup = std::make_shared<QString>();
+    top.Add("restore", "Put a backup in the place of the store")
+        .Argument("BACKUP", *backup, "A file that 'backup' has written, or another closed store; it is not changed")
+        .Remark("Checks the backup for damage before anything changes. Keeps the earlier store, with the log or the\n"
+                "journal beside it, under its name with '.replaced' appended. Fails if a program has the store open,\n"
+                "so close the client first. If it is interrupted, run it again.")
+        .Example("restore ~/backups/monday.db", "restore the user's own store")
+        .Run(StoreAccess::Replace, [backup](Session& session) { return Restore(session, *backup); });
+}
+
+} // namespace tandryctl
