@@ -202,6 +202,55 @@ TEST_F(StoreCommandsTest, BackupReplacesNoFile)
     EXPECT_EQ(Content(At("copy.db")), "mine");
 }
 
+TEST_F(StoreCommandsTest, BackupThatKeepsSomeRemovesTheOldestBackups)
+{
+    Init();
+    MakeDirectory("backups"_q);
+    QDir const backups(At("backups"));
+    WriteFile("backups/store-2001-01-01T00-00-00Z.db"_q, "no store, but named like a backup of one");
+    WriteFile("backups/notes.txt"_q, "mine");
+    RunSuccessfully({"backup"_q, At("backups/store-2002-02-02T00-00-00Z.db")});
+    RunSuccessfully({"backup"_q, At("backups/store-2003-03-03T00-00-00Z.db")});
+    RunSuccessfully({"backup"_q, At("backups/other-2002-02-02T00-00-00Z.db")});
+
+    QString const out = RunSuccessfully({"backup"_q, "--keep"_q, "2"_q, At("backups")});
+    EXPECT_EQ(out.count(QLatin1Char('\n')), 2) << out.toStdString();
+    EXPECT_TRUE(out.contains("removed the older backup '%1'"_q.arg(At("backups/store-2002-02-02T00-00-00Z.db"))))
+        << out.toStdString();
+    QStringList names = backups.entryList(QDir::Files);
+    EXPECT_EQ(names.mid(0, 4),
+              (QStringList{"notes.txt"_q,
+                           "other-2002-02-02T00-00-00Z.db"_q,
+                           "store-2001-01-01T00-00-00Z.db"_q,
+                           "store-2003-03-03T00-00-00Z.db"_q}));
+    ASSERT_EQ(names.size(), 5);
+    EXPECT_EQ(RunWithoutStore({"--store"_q, backups.filePath(names.last()), "check"_q}).status, 0);
+
+    QJsonObject const next = JsonObject({"backup"_q, "--keep"_q, "1"_q, At("backups")});
+    EXPECT_EQ(next.value("removed"_q),
+              (QJsonArray{backups.filePath("store-2003-03-03T00-00-00Z.db"_q), backups.filePath(names.last())}));
+    EXPECT_TRUE(QFileInfo::exists(next.value("backup"_q).toString()));
+}
+
+TEST_F(StoreCommandsTest, BackupThatFailsRemovesNoOlderOne)
+{
+    Init();
+    MakeDirectory("backups"_q);
+    RunSuccessfully({"backup"_q, At("backups/store-2002-02-02T00-00-00Z.db")});
+    RawStore(StorePath()).Run("DROP INDEX FileConfiguration_root"_q);
+    EXPECT_EQ(Run({"backup"_q, "--keep"_q, "1"_q, At("backups")}).status, 3);
+    EXPECT_TRUE(QFileInfo::exists(At("backups/store-2002-02-02T00-00-00Z.db")));
+}
+
+TEST_F(StoreCommandsTest, BackupThatKeepsSomeNeedsAFolderAndACount)
+{
+    Init();
+    RunResult const ran = Run({"backup"_q, "--keep"_q, "2"_q, At("missing")});
+    EXPECT_EQ(ran.status, 3);
+    EXPECT_TRUE(ran.err.contains(At("missing"))) << ran.err.toStdString();
+    EXPECT_EQ(Run({"backup"_q, "--keep"_q, "0"_q, folder.path()}).status, 2);
+}
+
 TEST_F(StoreCommandsTest, BackupNeedsAPath)
 {
     Init();

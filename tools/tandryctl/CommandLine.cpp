@@ -8,6 +8,7 @@
 
 #include <QRegularExpression>
 
+#include <limits>
 #include <string>
 #include <utility>
 #include <vector>
@@ -33,16 +34,26 @@ CLI::Option* AddText(CLI::App& app, char const* name, Target& target, char const
         name, [&target](std::string const& argument) { target = DecodeOrThrow(argument); }, help);
 }
 
-/// Adds an option for a whole number; an id must be 1 or greater.
-template <class Target>
-CLI::Option* AddNumber(CLI::App& app, char const* name, Target& target, char const* help, bool isId = true)
+/// A whole number: the least one, and what an argument that is none is told to be.
+struct NumberForm
 {
-    auto const take = [&target, isId](std::string const& argument) {
+    int least;
+    char const* fault;
+};
+
+constexpr NumberForm IdForm{1, " is not an id, a whole number from 1 up"};
+constexpr NumberForm CountForm{1, " is not a whole number from 1 up"};
+constexpr NumberForm AnyNumberForm{std::numeric_limits<int>::min(), " is not a whole number"};
+
+template <class Target>
+CLI::Option*
+AddNumber(CLI::App& app, char const* name, Target& target, char const* help, NumberForm const& form = IdForm)
+{
+    auto const take = [&target, form](std::string const& argument) {
         bool isNumber = false;
         int const number = QString::fromStdString(argument).toInt(&isNumber);
-        if (!isNumber || (isId && number < 1))
-            throw CLI::ValidationError(argument +
-                                       (isId ? " is not an id, a whole number from 1 up" : " is not a whole number"));
+        if (!isNumber || number < form.least)
+            throw CLI::ValidationError(argument + form.fault);
         target = number;
     };
     return app.add_option_function<std::string>(name, take, help);
@@ -142,7 +153,13 @@ Command& Command::Option(char const* option, std::optional<int>& id, char const*
 
 Command& Command::Number(char const* option, std::optional<int>& number, char const* help)
 {
-    AddNumber(*_app, option, number, help, false)->type_name("N");
+    AddNumber(*_app, option, number, help, AnyNumberForm)->type_name("N");
+    return *this;
+}
+
+Command& Command::Count(char const* option, std::optional<int>& count, char const* help)
+{
+    AddNumber(*_app, option, count, help, CountForm)->type_name("N");
     return *this;
 }
 

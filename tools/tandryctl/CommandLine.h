@@ -42,6 +42,8 @@ public:
     Command& Option(char const* option, std::optional<int>& id, char const* help);
     /// Takes any whole number.
     Command& Number(char const* option, std::optional<int>& number, char const* help);
+    /// Takes a count, a whole number from 1 up.
+    Command& Count(char const* option, std::optional<int>& count, char const* help);
     Command& Flag(char const* option, bool& target, char const* help);
     /// Takes one of these words, in any case, and sets `chosen` to its index. The help text must list them.
     Command& Choice(

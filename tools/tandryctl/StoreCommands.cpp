@@ -1,10 +1,19 @@
 #include "CommandLine.h"
 #include "Commands.h"
+#include "Failure.h"
 #include "Text.h"
+
+#include "tools/findings/BackupFolder.h"
+
+#include <QDateTime>
+#include <QFile>
+#include <QFileInfo>
 
 #include <memory>
 
 namespace tandryctl {
+
+using tandry::findings::BackupFolder;
 
 namespace {
 
@@ -28,13 +37,20 @@ ExitStatus Init(Session& session)
     return ExitStatus::Done;
 }
 
-ExitStatus Backup(Session& session, QString const& path)
+struct BackupArguments
 {
-    struct Copy
-    {
-        QString store;
-        QString backup;
-    };
+    QString path;
+    std::optional<int> keep;
+};
+
+struct Copy
+{
+    QString store;
+    QString backup;
+};
+
+ExitStatus BackupToFile(Session& session, QString const& path)
+{
     static Columns<Copy> const columns{
         {"store", Shown::Always, [](Copy const& copy) { return copy.store; }},
         {"backup", Shown::Always, [](Copy const& copy) { return copy.backup; }},
@@ -44,6 +60,53 @@ ExitStatus Backup(Session& session, QString const& path)
                             columns,
                             Copy{session.storePath(), path});
     return ExitStatus::Done;
+}
+
+/// Removes the older backups after the new one has been checked.
+ExitStatus BackupIntoFolder(Session& session, QString const& folder, int keep)
+{
+    struct DatedCopy
+    {
+        Copy copy;
+        QVariantList removed;
+    };
+    static Columns<DatedCopy> const columns{
+        {"store", Shown::Always, [](DatedCopy const& dated) { return dated.copy.store; }},
+        {"backup", Shown::Always, [](DatedCopy const& dated) { return dated.copy.backup; }},
+        {"removed", Shown::Always, [](DatedCopy const& dated) { return dated.removed; }},
+    };
+    if (!QFileInfo(folder).isDir())
+        throw Failure(
+            ExitStatus::StoreFailed,
+            QStringLiteral("there is no folder %1; with --keep, backups need one that exists").arg(Quoted(folder)));
+    BackupFolder const backups(folder, session.storePath());
+    QString const path = backups.NewPath(QDateTime::currentDateTimeUtc());
+    session.Backup(path);
+
+    QString text = QStringLiteral("copied the store %1 to %2").arg(Quoted(session.storePath()), Quoted(path));
+    QVariantList removed;
+    QStringList failed;
+    for (QString const& older : backups.OlderThanKept(path, keep)) {
+        QFile file(older);
+        if (!file.remove()) {
+            failed.append(QStringLiteral("%1 (%2)").arg(Quoted(older), file.errorString()));
+            continue;
+        }
+        removed.append(older);
+        text += QStringLiteral("\nremoved the older backup ") + Quoted(older);
+    }
+    session.output().Report(text, columns, DatedCopy{{session.storePath(), path}, removed});
+    if (!failed.isEmpty())
+        throw Failure(ExitStatus::NothingFound,
+                      QStringLiteral("the store was copied to %1, but these older backups can't be removed: %2")
+                          .arg(Quoted(path), failed.join(QStringLiteral(", "))));
+    return ExitStatus::Done;
+}
+
+ExitStatus Backup(Session& session, BackupArguments const& arguments)
+{
+    return arguments.keep ? BackupIntoFolder(session, arguments.path, *arguments.keep)
+                          : BackupToFile(session, arguments.path);
 }
 
 ExitStatus Check(Session& session)
@@ -70,13 +133,19 @@ void AddStoreCommands(Command& top)
         .Example("--store /tmp/try.db init", "create a store to experiment with")
         .Run(StoreAccess::Create, Init);
 
-    auto const target = std::make_shared<QString>();
+    auto const backup = std::make_shared<BackupArguments>();
     top.Add("backup", "Copy the store to a new file")
-        .Argument("PATH", *target, "The new file; an existing one is never replaced")
+        .Argument("PATH", backup->path, "The new file, which must not exist; with --keep, a folder that exists")
+        .Count("--keep", backup->keep, "Copy to a dated file in the folder PATH; keep the N newest of its backups")
         .Remark("The copy is a store itself, readable and writable by its owner only. It holds the committed state of\n"
-                "one moment, even while other programs write, and is checked for damage before it gets its name.")
+                "one moment, even while other programs write, and is checked for damage before it gets its name.\n"
+                "\n"
+                "With --keep its name consists of the store's name and the time in UTC. When it is whole, the oldest\n"
+                "backups in the folder are removed, except for the N newest. Files with other names, and files that\n"
+                "are no stores, stay.")
         .Example("backup ~/backups/monday.db", "copy the user's own store")
-        .Run(StoreAccess::Read, [target](Session& session) { return Backup(session, *target); });
+        .Example("backup --keep 7 ~/backups", "the same every day, for a week")
+        .Run(StoreAccess::Read, [backup](Session& session) { return Backup(session, *backup); });
     top.Add("check", "Check the store for damage")
         .Remark("Reads the whole store and changes nothing. Lists the damage it finds; the exit status is then 1.")
         .Example("check", "check the user's own store")
