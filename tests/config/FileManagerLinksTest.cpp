@@ -116,30 +116,17 @@ TEST_P(FileLinkDiscovery, MakesARowOfTheClientsOwnFilesAndPutsItsIdIntoTheLink)
     EXPECT_EQ(said[4].scopeDepth, 1);
     EXPECT_EQ(said[3].scopeDepth, 1);
     EXPECT_THAT(said[3].statement.toStdString(), testing::StartsWith("INSERT INTO FileConfiguration "));
-    EXPECT_EQ(said[3].bindings,
-              (std::vector<Binding>{Bound(":folderConfigurationId", 66),
-                                    Bound(":name", "target"_q),
-                                    Bound(":clientPath", targetPath),
-                                    Bound(":serverPath", "/server/new/folder/target"_q),
-                                    Bound(":checkSum", QString()),
-                                    Bound(":createdDateTime", QDateTime()),
-                                    Bound(":lastModifiedDateTime", QDateTime()),
-                                    Bound(":syncStatus", 3),
-                                    Bound(":lastOperationType", 0),
-                                    Bound(":size", 0LL),
-                                    Bound(":nameValueProperties", NoProperties()),
-                                    Bound(":lastOperationTime", QDateTime()),
-                                    Bound(":rootFolderId", RootId),
-                                    Bound(":syncOption", 0),
-                                    Bound(":parentFileId", -1),
-                                    Bound(":fileType", 0),
-                                    Bound(":ownerId", QString()),
-                                    Bound(":privileges", 31),
-                                    Bound(":productConfigurationId", 103),
-                                    Bound(":serverFileId", "link's server id"_q),
-                                    Bound(":serverFileVersionId", QString()),
-                                    Bound(":checkSumMD5", QString()),
-                                    Bound(":fileLinks", QStringLiteral(""))}));
+    FileConfiguration target;
+    target.folderConfigurationId = 66;
+    target.name = "target"_q;
+    target.clientPath = targetPath;
+    target.serverPath = "/server/new/folder/target"_q;
+    target.setSyncStatus(FileSyncStatusLinkDiscovered);
+    target.rootFolderId = RootId;
+    target.productConfigurationId = 103;
+    target.serverFileId = "link's server id"_q;
+    std::vector<Bound> const bindings = ToBindings(target);
+    EXPECT_EQ(said[3].bindings, std::vector<Binding>(bindings.begin(), bindings.end()));
     for (int i : {1, 2}) { // the link is followed, and the new file held against known ones
         EXPECT_EQ(said[std::size_t(i)].statement,
                   QStringLiteral(FILE_COLUMNS "FileConfiguration WHERE clientPath = :clientPath"));

@@ -42,38 +42,10 @@ FileConfiguration FileWithoutLinks(FileConfigurationType fileType = FileConfigur
     return file;
 }
 
-std::vector<Bound> ColumnsOf(FileConfiguration const& file)
-{
-    return {{":folderConfigurationId", file.folderConfigurationId},
-            {":name", file.name},
-            {":clientPath", file.clientPath},
-            {":serverPath", file.serverPath},
-            {":checkSum", file.checkSum},
-            {":createdDateTime", file.createdDateTime},
-            {":lastModifiedDateTime", file.lastModifiedDateTime},
-            {":syncStatus", int(file.getSyncStatus())},
-            {":lastOperationType", file.lastOperationType},
-            {":size", file.size},
-            {":nameValueProperties", file.nameValueProperties.isEmpty() ? NoProperties() : OneProperty("Key", "value")},
-            {":lastOperationTime", file.lastOperationTime},
-            {":rootFolderId", file.rootFolderId},
-            {":syncOption", file.syncOption},
-            {":parentFileId", file.parentFileId},
-            {":fileType", int(file.fileType)},
-            {":ownerId", file.ownerId},
-            {":privileges", file.privileges},
-            {":productConfigurationId", file.productConfigurationId},
-            {":serverFileId", file.serverFileId},
-            {":serverFileVersionId", file.serverFileVersionId},
-            {":checkSumMD5", file.checkSumMD5},
-            {":fileLinks",
-             file.fileDate.isValid() ? "<FileLinks FileDate=\"2024-01-04T10:20:30Z\"/>\n"_q : QStringLiteral("")}};
-}
-
 std::vector<Bound> IdAndColumnsOf(FileConfiguration const& file)
 {
     std::vector<Bound> bindings{{":id", file.id}};
-    for (Bound const& binding : ColumnsOf(file))
+    for (Bound const& binding : ToBindings(file))
         bindings.push_back(binding);
     return bindings;
 }
@@ -109,7 +81,7 @@ TEST_P(FileTable, IsInsertedIntoWithAllColumnsInOrderAndNoId)
     store->PlayInsertId(77);
     EXPECT_TRUE(manager.Add(file));
     EXPECT_EQ(file.id, 77);
-    ExpectConversation(*store, {LookedUp(file.clientPath), Written(InsertStatement().c_str(), ColumnsOf(file))});
+    ExpectConversation(*store, {LookedUp(file.clientPath), Written(InsertStatement().c_str(), ToBindings(file))});
 }
 
 TEST_P(FileTable, TakesADefaultRecordWithItsNullsAndItsMinusOnes)

@@ -8,6 +8,7 @@
 #include "config/ProductConfiguration.h"
 #include "config/ScheduleEntry.h"
 #include "config/ServerConfiguration.h"
+#include "storesuite/RecordValues.h"
 #include "support/Conversation.h"
 #include "support/FileRecords.h"
 #include "support/FolderRecords.h"
@@ -29,6 +30,7 @@ namespace {
 
 using namespace sync::config;
 using namespace tandry::test;
+using tandry::storesuite::DistinctValue;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::NotNull;
@@ -204,35 +206,6 @@ using Records = testing::Types<ServerConfiguration,
                                ScheduleEntry>;
 TYPED_TEST_SUITE(RecordColumnsOfEachKind, Records);
 
-/// A value that differs from that of every other column, in the type in which the column returns it.
-QVariant DistinctValue(ColumnKind kind, int position)
-{
-    QString const text = "value %1"_q.arg(position);
-    QDateTime const time(QDate(2024, 7, 1), QTime(1, 2, position), Qt::UTC);
-    switch (kind) {
-    case ColumnKind::Integer:
-    case ColumnKind::Enumeration:
-    case ColumnKind::BitField:
-        return 1000 + position;
-    case ColumnKind::LongInteger:
-        return 5'000'000'000LL + position;
-    case ColumnKind::Text:
-        return text;
-    case ColumnKind::Time:
-        return time;
-    case ColumnKind::Properties:
-        return QVariantMap{{"Key"_q, text}};
-    case ColumnKind::Links:
-        return QVariantMap{{"fileDate"_q, time},
-                           {"fileLinks"_q,
-                            QVariantList{QVariantMap{{"fileId"_q, 2000 + position},
-                                                     {"path"_q, text + "path"_q},
-                                                     {"refId"_q, text + "reference"_q},
-                                                     {"serverFileId"_q, text + "server"_q}}}}};
-    }
-    return {};
-}
-
 TYPED_TEST(RecordColumnsOfEachKind, GiveBackWhatEachWasSetToInItsOwnType)
 {
     auto const& columns = RecordColumns<TypeParam>();
@@ -273,16 +246,30 @@ TYPED_TEST(RecordColumnsOfEachKind, AreFoundByNameInAnyCase)
 
 TEST(RecordColumns, OfFilesAnswerWithTheMembersOfTheirNames)
 {
-    FileConfiguration const file = DistinctFile();
+    FileConfiguration const file = DistinctFile(FileConfigurationTypeBase);
     EXPECT_EQ(Get(file, "id"), QVariant(file.id));
     EXPECT_EQ(Get(file, "folderConfigurationId"), QVariant(file.folderConfigurationId));
+    EXPECT_EQ(Get(file, "name"), QVariant(file.name));
+    EXPECT_EQ(Get(file, "clientPath"), QVariant(file.clientPath));
+    EXPECT_EQ(Get(file, "serverPath"), QVariant(file.serverPath));
     EXPECT_EQ(Get(file, "checkSum"), QVariant(file.checkSum));
-    EXPECT_EQ(Get(file, "checkSumMD5"), QVariant(file.checkSumMD5));
     EXPECT_EQ(Get(file, "createdDateTime"), QVariant(file.createdDateTime));
+    EXPECT_EQ(Get(file, "lastModifiedDateTime"), QVariant(file.lastModifiedDateTime));
     EXPECT_EQ(Get(file, "syncStatus"), QVariant(int(file.getSyncStatus())));
+    EXPECT_EQ(Get(file, "lastOperationType"), QVariant(file.lastOperationType));
     EXPECT_EQ(Get(file, "size"), QVariant(file.size));
     EXPECT_EQ(Get(file, "nameValueProperties"), QVariant(QVariantMap{{"Key"_q, "value"_q}}));
-    EXPECT_EQ(Get(file, "syncOption"), QVariant(65));
+    EXPECT_EQ(Get(file, "lastOperationTime"), QVariant(file.lastOperationTime));
+    EXPECT_EQ(Get(file, "rootFolderId"), QVariant(file.rootFolderId));
+    EXPECT_EQ(Get(file, "syncOption"), QVariant(file.syncOption));
+    EXPECT_EQ(Get(file, "parentFileId"), QVariant(file.parentFileId));
+    EXPECT_EQ(Get(file, "fileType"), QVariant(int(file.fileType)));
+    EXPECT_EQ(Get(file, "ownerId"), QVariant(file.ownerId));
+    EXPECT_EQ(Get(file, "privileges"), QVariant(file.privileges));
+    EXPECT_EQ(Get(file, "productConfigurationId"), QVariant(file.productConfigurationId));
+    EXPECT_EQ(Get(file, "serverFileId"), QVariant(file.serverFileId));
+    EXPECT_EQ(Get(file, "serverFileVersionId"), QVariant(file.serverFileVersionId));
+    EXPECT_EQ(Get(file, "checkSumMD5"), QVariant(file.checkSumMD5));
     EXPECT_EQ(Get(file, "fileLinks"),
               QVariant(QVariantMap{{"fileDate"_q, file.fileDate},
                                    {"fileLinks"_q,
@@ -297,11 +284,26 @@ TEST(RecordColumns, OfFoldersAnswerWithTheMembersOfTheirNames)
     FolderConfiguration const folder = StoredFolder(101, DistinctFolder());
     EXPECT_EQ(Get(folder, "id"), QVariant(101));
     EXPECT_EQ(Get(folder, "authenticationId"), QVariant(folder.getAuthenticationId()));
+    EXPECT_EQ(Get(folder, "name"), QVariant(folder.getName()));
     EXPECT_EQ(Get(folder, "remoteShortKey"), QVariant(folder.getRemoteShortKey()));
     EXPECT_EQ(Get(folder, "remoteLongKey"), QVariant(folder.getRemoteLongKey()));
-    EXPECT_EQ(Get(folder, "lastSyncTime"), QVariant(folder.getLastSyncTime()));
+    EXPECT_EQ(Get(folder, "clientPath"), QVariant(folder.getClientPath()));
+    EXPECT_EQ(Get(folder, "serverPath"), QVariant(folder.getServerPath()));
+    EXPECT_EQ(Get(folder, "syncStatus"), QVariant(int(folder.getSyncStatus())));
     EXPECT_EQ(Get(folder, "nameValueProperties"), QVariant(QVariantMap{{"FeatureName"_q, "feature"_q}}));
-    EXPECT_EQ(Get(folder, "privileges"), QVariant(9));
+    EXPECT_EQ(Get(folder, "parentId"), QVariant(folder.getParentId()));
+    EXPECT_EQ(Get(folder, "lastOperationTime"), QVariant(folder.getLastOperationTime()));
+    EXPECT_EQ(Get(folder, "lastSyncTime"), QVariant(folder.getLastSyncTime()));
+    EXPECT_EQ(Get(folder, "folderOption"), QVariant(int(folder.getFolderOption())));
+    EXPECT_EQ(Get(folder, "lastOperationType"), QVariant(int(folder.getLastOperationType())));
+    EXPECT_EQ(Get(folder, "syncDriveType"), QVariant(int(folder.getSyncDriveType())));
+    EXPECT_EQ(Get(folder, "rootId"), QVariant(folder.getRootId()));
+    EXPECT_EQ(Get(folder, "syncOption"), QVariant(int(folder.getSyncOption())));
+    EXPECT_EQ(Get(folder, "ownerId"), QVariant(folder.getOwnerId()));
+    EXPECT_EQ(Get(folder, "privileges"), QVariant(int(folder.getPrivileges())));
+    EXPECT_EQ(Get(folder, "serverRoot"), QVariant(folder.getServerRoot()));
+    EXPECT_EQ(Get(folder, "productConfigurationId"), QVariant(folder.getProductConfigurationId()));
+    EXPECT_EQ(Get(folder, "serverFolderId"), QVariant(folder.getServerFolderId()));
 }
 
 TEST(RecordColumns, ServerIdOfAProductIsTheServerWhereItsAccessorAnswersWithTheId)

@@ -8,6 +8,7 @@
 #include "config/FolderConfiguration.h"
 #include "config/ProductConfigManager.h"
 #include "config/ProductConfiguration.h"
+#include "config/RecordColumns.h"
 #include "config/ServerConfigManager.h"
 #include "config/ServerConfiguration.h"
 #include "database/SqliteDatabaseFactory.h"
@@ -27,6 +28,30 @@ bool Same(QString const& left, QString const& right)
     return left == right && left.isNull() == right.isNull();
 }
 
+/// Sets all columns of text that a client may set, and returns the texts.
+template <class Record>
+QStringList TakeTexts(FuzzInput& input, Record& record)
+{
+    QStringList texts;
+    for (RecordColumn<Record> const& column : RecordColumns<Record>()) {
+        if (column.kind() == ColumnKind::Text && !column.isReadOnly()) {
+            texts.append(input.TakeText());
+            Require(column.Set(record, texts.back()), "a column takes a text");
+        }
+    }
+    return texts;
+}
+
+/// Expects the columns of text to be the same in both records.
+template <class Record>
+void RequireSameTexts(Record const& read, Record const& written)
+{
+    for (RecordColumn<Record> const& column : RecordColumns<Record>()) {
+        if (column.kind() == ColumnKind::Text)
+            Require(Same(column.Get(read).toString(), column.Get(written).toString()), qPrintable(column.name()));
+    }
+}
+
 /// One store for the whole run. Each input runs in a client transaction that is rolled back.
 class Store
 {
@@ -40,7 +65,7 @@ public:
     }
 
     /// Expects the right result of `Add` for a record with these texts.
-    void ExpectResult(bool added, std::initializer_list<QString> const& texts) const
+    void ExpectResult(bool added, QStringList const& texts) const
     {
         bool const canBeKept = std::all_of(texts.begin(), texts.end(), HasNoLoneSurrogate);
         Require(added == canBeKept, "a record is added exactly when its texts can be kept");
@@ -60,43 +85,35 @@ void TryServer(Store& store, FuzzInput& input)
 {
     ServerConfigManager servers(store.factory);
     ServerConfiguration server;
-    server.setAlias(input.TakeText());
-    server.setDavUrl(input.TakeText());
-    server.setWebServiceUrl(input.TakeText());
-    server.setBinaryDiffEncoder(input.TakeText());
+    QStringList const texts = TakeTexts(input, server);
 
     bool const added = servers.Add(server);
-    store.ExpectResult(
-        added, {server.getAlias(), server.getDavUrl(), server.getWebServiceUrl(), server.getBinaryDiffEncoder()});
+    store.ExpectResult(added, texts);
     ServerConfiguration const read = servers.GetServerConfigById(server.getId());
     Require(read.getId() == server.getId(), "a server is there when it was added, and else not");
     if (!added)
         return;
     auto const chopped = [](QString const& url) { return url.endsWith(QLatin1Char('/')) ? url.chopped(1) : url; };
-    Require(Same(read.getAlias(), server.getAlias()), "alias");
-    Require(Same(read.getDavUrl(), chopped(server.getDavUrl())), "DAV URL");
-    Require(Same(read.getWebServiceUrl(), chopped(server.getWebServiceUrl())), "web service URL");
-    Require(Same(read.getBinaryDiffEncoder(), server.getBinaryDiffEncoder()), "encoder");
+    server.setAlias(server.getAlias()); // the derived one if none was set
+    server.setDavUrl(chopped(server.getDavUrl()));
+    server.setWebServiceUrl(chopped(server.getWebServiceUrl()));
+    RequireSameTexts(read, server);
 }
 
 void TryAccount(Store& store, FuzzInput& input)
 {
     AuthenticationConfigManager accounts(store.factory);
     AuthenticationConfiguration account;
-    account.setDomain(input.TakeText());
-    account.setDomainId(input.TakeText());
-    account.setUserName(input.TakeText());
+    QStringList const texts = TakeTexts(input, account);
     account.setPassword(input.TakeText());
 
     bool const added = accounts.Add(account);
-    store.ExpectResult(added, {account.getDomain(), account.getDomainId(), account.getUserName()});
+    store.ExpectResult(added, texts);
     AuthenticationConfiguration const read = accounts.GetAuthenticationConfigurationById(account.getId());
     Require(read.getId() == account.getId(), "an account is there when it was added, and else not");
     if (!added)
         return;
-    Require(Same(read.getDomain(), account.getDomain()), "domain");
-    Require(Same(read.getDomainId(), account.getDomainId()), "domain id");
-    Require(Same(read.getUserName(), account.getUserName()), "user name");
+    RequireSameTexts(read, account);
     Require(read.getPassword().isNull(), "no password comes from a store");
     int const found =
         accounts.GetAuthenticationConfigurationByDomainAndUser(account.getDomain(), account.getUserName()).getId();
@@ -108,60 +125,33 @@ void TryProduct(Store& store, FuzzInput& input)
 {
     ProductConfigManager products(store.factory);
     ProductConfiguration product;
-    product.setName(input.TakeText());
-    product.setConsumerKey(input.TakeText());
-    product.setConsumerSecret(input.TakeText());
+    QStringList const texts = TakeTexts(input, product);
 
     bool const added = products.Add(product);
-    store.ExpectResult(added, {product.getName(), product.getConsumerKey(), product.getConsumerSecret()});
+    store.ExpectResult(added, texts);
     ProductConfiguration const read = products.GetProductConfigurationById(product.getId());
     Require(read.getId() == product.getId(), "a product is there when it was added, and else not");
     if (!added)
         return;
-    Require(Same(read.getName(), product.getName()), "name");
-    Require(Same(read.getConsumerKey(), product.getConsumerKey()), "key");
-    Require(Same(read.getConsumerSecret(), product.getConsumerSecret()), "secret");
+    RequireSameTexts(read, product);
 }
 
 void TryFolder(Store& store, FuzzInput& input)
 {
     FolderConfiguration folder;
     folder.setParentId(0);
-    folder.setName(input.TakeText());
-    folder.setRemoteShortKey(input.TakeText());
-    folder.setRemoteLongKey(input.TakeText());
-    folder.setClientPath(input.TakeText());
-    folder.setServerPath(input.TakeText());
-    folder.setOwnerId(input.TakeText());
-    folder.setServerRoot(input.TakeText());
-    folder.setServerFolderId(input.TakeText());
+    QStringList const texts = TakeTexts(input, folder);
     QString const feature = input.TakeText();
     folder.setFeatureName(feature);
 
     bool const added = store.folders->Add(folder);
-    store.ExpectResult(added,
-                       {folder.getName(),
-                        folder.getRemoteShortKey(),
-                        folder.getRemoteLongKey(),
-                        folder.getClientPath(),
-                        folder.getServerPath(),
-                        folder.getOwnerId(),
-                        folder.getServerRoot(),
-                        folder.getServerFolderId(),
-                        feature});
+    store.ExpectResult(added, texts + QStringList(feature));
     FolderConfiguration const read = store.folders->GetFolderConfigurationById(folder.getId());
     Require(read.getId() == folder.getId(), "a folder is there when it was added, and else not");
     if (!added)
         return;
     Require(read.getRootId() == folder.getId(), "root");
-    Require(Same(read.getName(), folder.getName()), "name");
-    Require(Same(read.getRemoteShortKey(), folder.getRemoteShortKey()), "short key");
-    Require(Same(read.getRemoteLongKey(), folder.getRemoteLongKey()), "long key");
-    Require(Same(read.getClientPath(), folder.getClientPath()), "client path");
-    Require(Same(read.getServerPath(), folder.getServerPath()), "server path");
-    Require(Same(read.getOwnerId(), folder.getOwnerId()), "owner");
-    Require(Same(read.getServerRoot(), folder.getServerRoot()), "server root");
-    Require(Same(read.getServerFolderId(), folder.getServerFolderId()), "server folder id");
+    RequireSameTexts(read, folder);
     Require(!FitsCdata(feature) || read.getFeatureName() == feature, "feature");
     Require(folder.getClientPath().isNull() ||
                 store.folders->GetFolderConfigurationByClientPath(folder.getClientPath()).getId() == folder.getId(),
@@ -172,42 +162,20 @@ void TryFile(Store& store, FuzzInput& input)
 {
     FileConfigManager files(store.factory, nullptr, store.folders);
     FileConfiguration file;
-    file.clientPath = QStringLiteral("/") + input.TakeText(); // an empty path is refused
-    file.name = input.TakeText();
-    file.serverPath = input.TakeText();
-    file.checkSum = input.TakeText();
-    file.checkSumMD5 = input.TakeText();
-    file.ownerId = input.TakeText();
-    file.serverFileId = input.TakeText();
-    file.serverFileVersionId = input.TakeText();
+    QStringList const texts = TakeTexts(input, file);
+    file.clientPath.prepend(QLatin1Char('/')); // an empty path is refused
     QString const value = input.TakeText();
     file.nameValueProperties.insert(QStringLiteral("Key"), value);
     file.size = qint64(quint64(input.TakeNumber(4)) << 32 | input.TakeNumber(4));
 
     // The look-up of the path before the write fails for the same texts.
     bool const added = files.Add(file);
-    store.ExpectResult(added,
-                       {file.clientPath,
-                        file.name,
-                        file.serverPath,
-                        file.checkSum,
-                        file.checkSumMD5,
-                        file.ownerId,
-                        file.serverFileId,
-                        file.serverFileVersionId,
-                        value});
+    store.ExpectResult(added, texts + QStringList(value));
     FileConfiguration const read = files.GetFileConfigurationById(file.id);
     Require(read.id == file.id, "a file is in the store exactly when it was added");
     if (!added)
         return;
-    Require(Same(read.clientPath, file.clientPath), "client path");
-    Require(Same(read.name, file.name), "name");
-    Require(Same(read.serverPath, file.serverPath), "server path");
-    Require(Same(read.checkSum, file.checkSum), "check sum");
-    Require(Same(read.checkSumMD5, file.checkSumMD5), "MD5");
-    Require(Same(read.ownerId, file.ownerId), "owner");
-    Require(Same(read.serverFileId, file.serverFileId), "server file id");
-    Require(Same(read.serverFileVersionId, file.serverFileVersionId), "server file version id");
+    RequireSameTexts(read, file);
     Require(read.size == file.size, "size");
     Require(!FitsCdata(value) || read.nameValueProperties == file.nameValueProperties, "properties");
     Require(files.GetFileConfigurationByClientPath(file.clientPath).id == file.id, "a file is found by its path");

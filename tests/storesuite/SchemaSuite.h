@@ -1,12 +1,12 @@
 #pragma once
 
+#include "storesuite/RecordValues.h"
 #include "storesuite/StoreSuiteFixture.h"
 
 #include <QDateTime>
 #include <QStringList>
 
-#include <string_view>
-#include <utility>
+#include <string>
 
 namespace tandry::storesuite {
 
@@ -14,67 +14,50 @@ namespace tandry::storesuite {
 class SchemaSuite : public StoreSuite
 {
 protected:
-    /// Returns a value that no other column of the row has. The kinds are i for an integer, l for one of 64 bits, t for
-    /// a text, d for a date-time, and n for a column that managers only set to NULL.
-    static QVariant Distinct(char kind, int column)
+    /// Returns a value to store that no other column of the row has; NULL for a column that managers only set to NULL.
+    template <class Record>
+    static QVariant Distinct(RecordColumn<Record> const& column, int position)
     {
-        switch (kind) {
-        case 'i':
-            return 100 + column;
-        case 'l':
-            return 5'000'000'000LL + column;
-        case 't':
-            return QStringLiteral("text %1").arg(column);
-        case 'd':
-            return QDateTime(QDate(2024, 1, column), QTime(1, 2, 3, 4), Qt::UTC);
-        default:
+        if (column.isReadOnly())
             return {};
-        }
+        bool const isDocument = column.kind() == ColumnKind::Properties || column.kind() == ColumnKind::Links;
+        return DistinctValue(isDocument ? ColumnKind::Text : column.kind(), position);
     }
 
-    /// Returns the columns of a SELECT list except the first one, `id`.
-    static QStringList ColumnsOf(QString const& select)
+    /// Returns the values of all columns except the first one, `id`.
+    template <class Record>
+    static Bindings DistinctRow()
     {
-        int const begin = int(qstrlen("SELECT id, "));
-        QStringList columns =
-            select.mid(begin, select.indexOf(QStringLiteral(" FROM ")) - begin).split(QLatin1Char(','));
-        for (QString& column : columns)
-            column = column.trimmed();
-        return columns;
-    }
-
-    static Bindings DistinctRow(QString const& select, std::string_view kinds)
-    {
-        QStringList const columns = ColumnsOf(select);
-        EXPECT_EQ(columns.size(), int(kinds.size()));
+        auto const& columns = RecordColumns<Record>();
         Bindings bindings;
-        for (int i = 0; i < columns.size(); ++i)
-            bindings.emplace_back(QLatin1Char(':') + columns[i], Distinct(kinds[std::size_t(i)], i + 1));
+        for (int position = 1; position < columns.size(); ++position)
+            bindings.emplace_back(QLatin1Char(':') + columns[position].name(), Distinct(columns[position], position));
         return bindings;
     }
 
-    void ExpectDistinctRow(QString const& select, std::string_view kinds, int id, Bindings const& bindings = {})
+    template <class Record>
+    void ExpectDistinctRow(QString const& select, int id, Bindings const& bindings = {})
     {
         auto const query = Query(select, bindings);
         ASSERT_TRUE(query->exec()) << select.toStdString();
         ASSERT_TRUE(query->next());
         EXPECT_EQ(query->value(0).toInt(), id);
-        QStringList const columns = ColumnsOf(select);
-        for (int i = 0; i < columns.size(); ++i) {
-            QVariant const value = query->value(i + 1);
-            QVariant const expected = Distinct(kinds[std::size_t(i)], i + 1);
-            std::string const name = columns[i].toStdString();
-            switch (kinds[std::size_t(i)]) {
-            case 'i':
+        auto const& columns = RecordColumns<Record>();
+        for (int position = 1; position < columns.size(); ++position) {
+            QVariant const value = query->value(position);
+            QVariant const expected = Distinct(columns[position], position);
+            std::string const name = columns[position].name().toStdString();
+            switch (expected.userType()) {
+            case QMetaType::Int:
                 EXPECT_EQ(value.toInt(), expected.toInt()) << name;
                 break;
-            case 'l':
+            case QMetaType::LongLong:
                 EXPECT_EQ(value.toLongLong(), expected.toLongLong()) << name;
                 break;
-            case 't':
+            case QMetaType::QString:
                 EXPECT_EQ(value.toString(), expected.toString()) << name;
                 break;
-            case 'd':
+            case QMetaType::QDateTime:
                 EXPECT_EQ(value.toDateTime().date(), expected.toDateTime().date()) << name;
                 EXPECT_EQ(value.toDateTime().time(), expected.toDateTime().time()) << name;
                 break;
@@ -86,10 +69,11 @@ protected:
     }
 
     /// Inserts a row with a distinct value in each column, and expects to read each value back from its column.
-    void ExpectEachColumnInItsPlace(QString const& insert, QString const& select, std::string_view kinds)
+    template <class Record>
+    void ExpectEachColumnInItsPlace(QString const& insert, QString const& select)
     {
-        int const id = Insert(insert, DistinctRow(select, kinds));
-        ExpectDistinctRow(select, kinds, id);
+        int const id = Insert(insert, DistinctRow<Record>());
+        ExpectDistinctRow<Record>(select, id);
     }
 };
 
@@ -114,38 +98,37 @@ TEST_P(SchemaSuite, NewStoreContainsOnlyTheDefaultSchedule)
 
 TEST_P(SchemaSuite, ServersHaveTheirColumns)
 {
-    ExpectEachColumnInItsPlace(statements::AddServer, statements::GetServers, "ttttt");
+    ExpectEachColumnInItsPlace<ServerConfiguration>(statements::AddServer, statements::GetServers);
 }
 
 TEST_P(SchemaSuite, AccountsHaveTheirColumns)
 {
-    ExpectEachColumnInItsPlace(statements::AddAccount, statements::GetAccounts, "tttnti");
+    ExpectEachColumnInItsPlace<AuthenticationConfiguration>(statements::AddAccount, statements::GetAccounts);
 }
 
 TEST_P(SchemaSuite, ProductsHaveTheirColumns)
 {
-    ExpectEachColumnInItsPlace(statements::AddProduct, statements::GetProducts, "tttit");
+    ExpectEachColumnInItsPlace<ProductConfiguration>(statements::AddProduct, statements::GetProducts);
 }
 
 TEST_P(SchemaSuite, FoldersHaveTheirColumns)
 {
-    ExpectEachColumnInItsPlace(statements::AddFolder, statements::GetFolders, "itttttitiddiiiiititit");
+    ExpectEachColumnInItsPlace<FolderConfiguration>(statements::AddFolder, statements::GetFolders);
 }
 
 TEST_P(SchemaSuite, EachTableOfFilesHasItsColumnsAndItsOwnRows)
 {
-    std::string_view const kinds = "ittttddiiltdiiiitiitttt";
     for (QString const& table : statements::FileTables)
-        ExpectEachColumnInItsPlace(statements::AddFile.arg(table), statements::GetFiles.arg(table), kinds);
+        ExpectEachColumnInItsPlace<FileConfiguration>(statements::AddFile.arg(table), statements::GetFiles.arg(table));
 }
 
 TEST_P(SchemaSuite, SchedulesHaveTheirColumns)
 {
     int const id = Value(0, statements::GetDefaultSchedule).toInt();
-    Bindings bindings = DistinctRow(statements::GetScheduleById, "iddii");
+    Bindings bindings = DistinctRow<ScheduleEntry>();
     bindings.emplace_back(QStringLiteral(":id"), id);
     ASSERT_TRUE(Exec(statements::UpdateSchedule, bindings));
-    ExpectDistinctRow(statements::GetScheduleById, "iddii", id, {{QStringLiteral(":id"), id}});
+    ExpectDistinctRow<ScheduleEntry>(statements::GetScheduleById, id, {{QStringLiteral(":id"), id}});
 }
 
 TEST_P(SchemaSuite, NamesAreCaseInsensitive)

@@ -1,7 +1,7 @@
 #include "support/FolderRecords.h"
 
 #include "config/FolderConfigManager.h"
-#include "support/Conversation.h"
+#include "support/RecordRows.h"
 
 #include <QMetaProperty>
 
@@ -66,31 +66,9 @@ FolderConfiguration Folder(QString const& clientPath, int parentId, int rootId)
 
 Row ToRow(int id, FolderConfiguration const& folder)
 {
-    return {
-        id,
-        folder.getAuthenticationId(),
-        folder.getName(),
-        folder.getRemoteShortKey(),
-        folder.getRemoteLongKey(),
-        folder.getClientPath(),
-        folder.getServerPath(),
-        int(folder.getSyncStatus()),
-        folder.getFeatureName().isNull() ? NoProperties()
-                                         : OneProperty("FeatureName", folder.getFeatureName().toUtf8().constData()),
-        folder.getParentId(),
-        folder.getLastOperationTime(),
-        folder.getLastSyncTime(),
-        int(folder.getFolderOption()),
-        int(folder.getLastOperationType()),
-        int(folder.getSyncDriveType()),
-        folder.getRootId(),
-        int(folder.getSyncOption()),
-        folder.getOwnerId(),
-        int(folder.getPrivileges()),
-        folder.getServerRoot(),
-        folder.getProductConfigurationId(),
-        folder.getServerFolderId(),
-    };
+    Row row = ToRow(folder);
+    row[0] = id;
+    return row;
 }
 
 FolderConfiguration StoredFolder(int id, FolderConfiguration const& folder)

@@ -1,5 +1,6 @@
 #include "support/QtSqlDatabaseFactory.h"
 
+#include "config/RecordColumns.h"
 #include "database/ScopeParticipant.h"
 #include "database/TransactionalScope.h"
 #include "interf/IQSqlDatabaseWrapper.h"
@@ -17,40 +18,50 @@
 
 namespace tandry::test {
 
+using namespace sync::config;
 using sync::database::TransactionalScope;
 
 namespace {
 
-constexpr char const* FileColumns =
-    "folderConfigurationId INTEGER, name TEXT, clientPath TEXT, serverPath TEXT, checkSum TEXT, createdDateTime TEXT, "
-    "lastModifiedDateTime TEXT, syncStatus INTEGER, lastOperationType INTEGER, size INTEGER, nameValueProperties TEXT, "
-    "lastOperationTime TEXT, rootFolderId INTEGER, syncOption INTEGER, parentFileId INTEGER, fileType INTEGER, "
-    "ownerId TEXT, privileges INTEGER, productConfigurationId INTEGER, serverFileId TEXT, serverFileVersionId TEXT, "
-    "checkSumMD5 TEXT, fileLinks TEXT";
+/// The columns of a table except its id, as CREATE TABLE declares them.
+template <class Record>
+QString Declarations()
+{
+    QStringList declarations;
+    for (RecordColumn<Record> const& column : RecordColumns<Record>()) {
+        switch (column.kind()) {
+        case ColumnKind::Integer:
+        case ColumnKind::LongInteger:
+        case ColumnKind::Enumeration:
+        case ColumnKind::BitField:
+            declarations.append(column.name() + QStringLiteral(" INTEGER"));
+            break;
+        case ColumnKind::Text:
+        case ColumnKind::Time:
+        case ColumnKind::Properties:
+        case ColumnKind::Links:
+            declarations.append(column.name() + QStringLiteral(" TEXT"));
+        }
+    }
+    declarations.removeFirst();
+    return declarations.join(QStringLiteral(", "));
+}
 
 struct Table
 {
     char const* name;
-    char const* columns;
+    QString (*columns)();
 };
 
 constexpr Table Tables[] = {
-    {"ServerConfiguration",
-     "alias TEXT, davUrl TEXT, webServiceUrl TEXT, nameValueProperties TEXT, binaryDiffEncoder TEXT"},
-    {"AuthenticationConfiguration",
-     "domain TEXT, domainId TEXT, userName TEXT, encryptedPassword TEXT, nameValueProperties TEXT, serverId INTEGER"},
-    {"ProductConfiguration",
-     "name TEXT, consumerKey TEXT, consumerSecret TEXT, serverId INTEGER, nameValueProperties TEXT"},
-    {"FolderConfiguration",
-     "authenticationId INTEGER, name TEXT, remoteShortKey TEXT, remoteLongKey TEXT, clientPath TEXT, serverPath TEXT, "
-     "syncStatus INTEGER, nameValueProperties TEXT, parentId INTEGER, lastOperationTime TEXT, lastSyncTime TEXT, "
-     "folderOption INTEGER, lastOperationType INTEGER, syncDriveType INTEGER, rootId INTEGER, syncOption INTEGER, "
-     "ownerId TEXT, privileges INTEGER, serverRoot TEXT, productConfigurationId INTEGER, serverFolderId TEXT"},
-    {"FileConfiguration", FileColumns},
-    {"GeneratedFileConfiguration", FileColumns},
-    {"BaseFileConfiguration", FileColumns},
-    {"Schedules",
-     "folderConfigurationId INTEGER, startTime TEXT, expireTime TEXT, syncScheduleType INTEGER, syncInterval INTEGER"},
+    {"ServerConfiguration", Declarations<ServerConfiguration>},
+    {"AuthenticationConfiguration", Declarations<AuthenticationConfiguration>},
+    {"ProductConfiguration", Declarations<ProductConfiguration>},
+    {"FolderConfiguration", Declarations<FolderConfiguration>},
+    {"FileConfiguration", Declarations<FileConfiguration>},
+    {"GeneratedFileConfiguration", Declarations<FileConfiguration>},
+    {"BaseFileConfiguration", Declarations<FileConfiguration>},
+    {"Schedules", Declarations<ScheduleEntry>},
 };
 
 /// Whether SQLite stores a UTF-16 text unchanged: it replaces lone surrogates, U+FFFE and U+FFFF by U+FFFD.
@@ -154,7 +165,7 @@ private:
         QStringList statements{QStringLiteral("BEGIN IMMEDIATE")};
         for (Table const& table : Tables)
             statements.append(QStringLiteral("CREATE TABLE %1 (id INTEGER PRIMARY KEY AUTOINCREMENT, %2)")
-                                  .arg(QLatin1String(table.name), QLatin1String(table.columns)));
+                                  .arg(QLatin1String(table.name), table.columns()));
         statements += {QStringLiteral("INSERT INTO Schedules (folderConfigurationId, syncScheduleType, syncInterval) "
                                       "VALUES (0, 0, 30)"),
                        QStringLiteral("PRAGMA user_version = 1"),

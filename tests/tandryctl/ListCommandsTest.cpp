@@ -1,13 +1,48 @@
 #include "ToolFixture.h"
 
+#include "config/FileConfiguration.h"
+#include "config/FolderConfiguration.h"
+#include "config/RecordColumns.h"
 #include "support/RawStore.h"
 
 #include <QFile>
 
+using namespace sync::config;
 using namespace tandryctl::test;
 using tandry::test::RawStore;
 
 namespace {
+
+/// A value as SQL has it and as the tool prints it in JSON.
+struct Cell
+{
+    QString sql;
+    QJsonValue json;
+};
+
+/// Returns a value that differs from those of a row's other columns.
+Cell DistinctCell(ColumnKind kind, int position)
+{
+    QString const text = "text %1"_q.arg(position);
+    switch (kind) {
+    case ColumnKind::Integer:
+    case ColumnKind::LongInteger:
+    case ColumnKind::Enumeration:
+    case ColumnKind::BitField:
+        return {QString::number(100 + position), 100 + position};
+    case ColumnKind::Text:
+        return {"'%1'"_q.arg(text), text};
+    case ColumnKind::Time:
+        return {QString::number(position * 1000), "1970-01-01T00:00:%1.000Z"_q.arg(position, 2, 10, QLatin1Char('0'))};
+    case ColumnKind::Properties:
+        return {"'<N><K><![CDATA[%1]]></K></N>'"_q.arg(text), QJsonObject{{"K"_q, text}}};
+    case ColumnKind::Links:
+        return {
+            "'<F FileDate=\"\"><L FileId=\"5\" Path=\"p\" RefId=\"r\" ServerFileId=\"q\"/></F>'"_q,
+            QJsonArray{QJsonObject{{"fileId"_q, 5}, {"path"_q, "p"_q}, {"refId"_q, "r"_q}, {"serverFileId"_q, "q"_q}}}};
+    }
+    return {};
+}
 
 class ListCommandsTest : public ToolTest
 {
@@ -22,6 +57,36 @@ protected:
         for (QJsonValue const row : Json(arguments))
             values.append(row.toObject().value(QString::fromUtf8(column)).toVariant().toString());
         return values;
+    }
+
+    /// Returns the names of a table's columns in the order of the keys of a JSON object.
+    template <class Record>
+    static QStringList ColumnNames()
+    {
+        QStringList names;
+        for (RecordColumn<Record> const& column : RecordColumns<Record>())
+            names.append(column.name());
+        names.sort();
+        return names;
+    }
+
+    /// Inserts row 1 with a distinct value in each column, and returns all columns as the tool prints them.
+    template <class Record>
+    QJsonObject InsertDistinctRow(char const* table)
+    {
+        QStringList names;
+        QStringList values;
+        QJsonObject printed;
+        auto const& columns = RecordColumns<Record>();
+        for (int position = 0; position < columns.size(); ++position) {
+            Cell const cell = position == 0 ? Cell{"1"_q, 1} : DistinctCell(columns[position].kind(), position);
+            names.append(columns[position].name());
+            values.append(cell.sql);
+            printed.insert(columns[position].name(), cell.json);
+        }
+        Sql("INSERT INTO %1 (%2) VALUES (%3);"_q.arg(
+            QString::fromUtf8(table), names.join(", "_q), values.join(", "_q)));
+        return printed;
     }
 
     /// Inserts root 1, folder 2 and the files c (1 byte), a (3 bytes, out of sync) and b (2 bytes), and a file of
@@ -55,114 +120,30 @@ TEST_F(ListCommandsTest, EmptyStoreInJsonIsAnEmptyArray)
     EXPECT_EQ(ran.json().size(), 0);
 }
 
-TEST_F(ListCommandsTest, JsonKeysOfFoldersAreTheColumns)
+TEST_F(ListCommandsTest, JsonKeysOfFoldersAreTheColumnsWithoutTheProperties)
 {
     AddFiles();
-    QStringList const keys = Json({"list"_q, "folders"_q}).first().toObject().keys();
-    EXPECT_EQ(keys,
-              QStringList({"authenticationId"_q,  "clientPath"_q,        "folderOption"_q,  "id"_q,
-                           "lastOperationTime"_q, "lastOperationType"_q, "lastSyncTime"_q,  "name"_q,
-                           "ownerId"_q,           "parentId"_q,          "privileges"_q,    "productConfigurationId"_q,
-                           "remoteLongKey"_q,     "remoteShortKey"_q,    "rootId"_q,        "serverFolderId"_q,
-                           "serverPath"_q,        "serverRoot"_q,        "syncDriveType"_q, "syncOption"_q,
-                           "syncStatus"_q}));
+    QStringList expected = ColumnNames<FolderConfiguration>();
+    expected.removeOne("nameValueProperties"_q);
+    EXPECT_EQ(Json({"list"_q, "folders"_q}).first().toObject().keys(), expected);
 }
 
 TEST_F(ListCommandsTest, JsonKeysOfFilesAreTheColumns)
 {
     AddFiles();
-    QStringList const keys = Json({"list"_q, "files"_q}).first().toObject().keys();
-    EXPECT_EQ(keys,
-              QStringList({"checkSum"_q,
-                           "checkSumMD5"_q,
-                           "clientPath"_q,
-                           "createdDateTime"_q,
-                           "fileLinks"_q,
-                           "fileType"_q,
-                           "folderConfigurationId"_q,
-                           "id"_q,
-                           "lastModifiedDateTime"_q,
-                           "lastOperationTime"_q,
-                           "lastOperationType"_q,
-                           "name"_q,
-                           "nameValueProperties"_q,
-                           "ownerId"_q,
-                           "parentFileId"_q,
-                           "privileges"_q,
-                           "productConfigurationId"_q,
-                           "rootFolderId"_q,
-                           "serverFileId"_q,
-                           "serverFileVersionId"_q,
-                           "serverPath"_q,
-                           "size"_q,
-                           "syncOption"_q,
-                           "syncStatus"_q}));
+    EXPECT_EQ(Json({"list"_q, "files"_q}).first().toObject().keys(), ColumnNames<FileConfiguration>());
 }
 
 TEST_F(ListCommandsTest, EveryColumnOfAFileShowsItsOwnValue)
 {
-    Sql("INSERT INTO FileConfiguration (folderConfigurationId, name, clientPath, serverPath, checkSum, "
-        "createdDateTime, lastModifiedDateTime, syncStatus, lastOperationType, size, nameValueProperties, "
-        "lastOperationTime, rootFolderId, syncOption, parentFileId, fileType, ownerId, privileges, "
-        "productConfigurationId, serverFileId, serverFileVersionId, checkSumMD5, fileLinks) VALUES "
-        "(11, 'n', '/c', '/s', 'sum', 1000, 2000, 12, 13, 14, '<N><K><![CDATA[v]]></K></N>', 3000, 15, 16, 17, 0, "
-        "'o', 18, 19, 'sf', 'sv', 'md5', '<F FileDate=\"\"><L FileId=\"5\" Path=\"p\" RefId=\"r\" ServerFileId=\"q\"/></F>');"_q);
-    QJsonObject const expected{
-        {"id"_q, 1},
-        {"folderConfigurationId"_q, 11},
-        {"name"_q, "n"_q},
-        {"clientPath"_q, "/c"_q},
-        {"serverPath"_q, "/s"_q},
-        {"checkSum"_q, "sum"_q},
-        {"createdDateTime"_q, "1970-01-01T00:00:01.000Z"_q},
-        {"lastModifiedDateTime"_q, "1970-01-01T00:00:02.000Z"_q},
-        {"syncStatus"_q, 12},
-        {"lastOperationType"_q, 13},
-        {"size"_q, 14},
-        {"nameValueProperties"_q, QJsonObject{{"K"_q, "v"_q}}},
-        {"lastOperationTime"_q, "1970-01-01T00:00:03.000Z"_q},
-        {"rootFolderId"_q, 15},
-        {"syncOption"_q, 16},
-        {"parentFileId"_q, 17},
-        {"fileType"_q, 0},
-        {"ownerId"_q, "o"_q},
-        {"privileges"_q, 18},
-        {"productConfigurationId"_q, 19},
-        {"serverFileId"_q, "sf"_q},
-        {"serverFileVersionId"_q, "sv"_q},
-        {"checkSumMD5"_q, "md5"_q},
-        {"fileLinks"_q,
-         QJsonArray{QJsonObject{{"fileId"_q, 5}, {"path"_q, "p"_q}, {"refId"_q, "r"_q}, {"serverFileId"_q, "q"_q}}}}};
+    QJsonObject const expected = InsertDistinctRow<FileConfiguration>("FileConfiguration");
     EXPECT_EQ(JsonObject({"list"_q, "files"_q}), expected);
 }
 
 TEST_F(ListCommandsTest, EveryColumnOfAFolderShowsItsOwnValue)
 {
-    Sql("INSERT INTO FolderConfiguration (authenticationId, name, remoteShortKey, remoteLongKey, clientPath, "
-        "serverPath, syncStatus, parentId, lastOperationTime, lastSyncTime, folderOption, lastOperationType, "
-        "syncDriveType, rootId, syncOption, ownerId, privileges, serverRoot, productConfigurationId, serverFolderId) "
-        "VALUES (11, 'n', 'rs', 'rl', '/c', '/s', 12, 13, 1000, 2000, 14, 15, 16, 17, 18, 'o', 19, 'sr', 20, 'sf');"_q);
-    QJsonObject const expected{{"id"_q, 1},
-                               {"authenticationId"_q, 11},
-                               {"name"_q, "n"_q},
-                               {"remoteShortKey"_q, "rs"_q},
-                               {"remoteLongKey"_q, "rl"_q},
-                               {"clientPath"_q, "/c"_q},
-                               {"serverPath"_q, "/s"_q},
-                               {"syncStatus"_q, 12},
-                               {"parentId"_q, 13},
-                               {"lastOperationTime"_q, "1970-01-01T00:00:01.000Z"_q},
-                               {"lastSyncTime"_q, "1970-01-01T00:00:02.000Z"_q},
-                               {"folderOption"_q, 14},
-                               {"lastOperationType"_q, 15},
-                               {"syncDriveType"_q, 16},
-                               {"rootId"_q, 17},
-                               {"syncOption"_q, 18},
-                               {"ownerId"_q, "o"_q},
-                               {"privileges"_q, 19},
-                               {"serverRoot"_q, "sr"_q},
-                               {"productConfigurationId"_q, 20},
-                               {"serverFolderId"_q, "sf"_q}};
+    QJsonObject expected = InsertDistinctRow<FolderConfiguration>("FolderConfiguration");
+    expected.remove("nameValueProperties"_q);
     EXPECT_EQ(JsonObject({"list"_q, "folders"_q}), expected);
 }
 
