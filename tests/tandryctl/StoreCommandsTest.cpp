@@ -246,7 +246,7 @@ TEST_F(StoreCommandsTest, BackupThatKeepsSomeNeedsAFolderAndACount)
 {
     Init();
     RunResult const ran = Run({"backup"_q, "--keep"_q, "2"_q, At("missing")});
-    EXPECT_EQ(ran.status, 3);
+    EXPECT_EQ(ran.status, 1);
     EXPECT_TRUE(ran.err.contains(At("missing"))) << ran.err.toStdString();
     EXPECT_EQ(Run({"backup"_q, "--keep"_q, "0"_q, folder.path()}).status, 2);
 }

@@ -1,6 +1,6 @@
 #include "CommandLine.h"
 #include "Commands.h"
-#include "Failure.h"
+#include "StoreFailure.h"
 #include "Text.h"
 
 #include "database/SqliteDatabaseFactory.h"
@@ -27,7 +27,7 @@ ExitStatus Restore(Session& session, QString const& backup)
     sync::database::StoreError error;
     auto const kept = sync::database::SqliteDatabaseFactory::Restore(backup, session.storePath(), error);
     if (!kept)
-        throw Failure(ExitStatus::StoreFailed, Printable(error.text));
+        throw StoreFailure(error, QStringLiteral("give a backup that can be read, and a place that you may write"));
 
     QString text = QStringLiteral("restored the store %1 from %2").arg(Quoted(session.storePath()), Quoted(backup));
     if (!kept->isEmpty())

@@ -76,9 +76,9 @@ ExitStatus BackupIntoFolder(Session& session, QString const& folder, int keep)
         {"removed", Shown::Always, [](DatedCopy const& dated) { return dated.removed; }},
     };
     if (!QFileInfo(folder).isDir())
-        throw Failure(
-            ExitStatus::StoreFailed,
-            QStringLiteral("there is no folder %1; with --keep, backups need one that exists").arg(Quoted(folder)));
+        throw Failure(FailureCode::UnusableFile,
+                      QStringLiteral("there is no folder %1").arg(Quoted(folder)),
+                      QStringLiteral("make it first; with --keep, backups go into a folder"));
     BackupFolder const backups(folder, session.storePath());
     QString const path = backups.NewPath(QDateTime::currentDateTimeUtc());
     session.Backup(path);
@@ -97,9 +97,10 @@ ExitStatus BackupIntoFolder(Session& session, QString const& folder, int keep)
     }
     session.output().Report(text, columns, DatedCopy{{session.storePath(), path}, removed});
     if (!failed.isEmpty())
-        throw Failure(ExitStatus::NothingFound,
-                      QStringLiteral("the store was copied to %1, but these older backups can't be removed: %2")
-                          .arg(Quoted(path), failed.join(QStringLiteral(", "))));
+        throw Failure(FailureCode::UnusableFile,
+                      QStringLiteral("the store was copied to %1, but these older backups cannot be removed: %2")
+                          .arg(Quoted(path), failed.join(QStringLiteral(", "))),
+                      QStringLiteral("allow yourself to write their folder, or remove them by hand"));
     return ExitStatus::Done;
 }
 
