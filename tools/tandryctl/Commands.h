@@ -7,6 +7,7 @@ class Command;
 // One function for each family of commands, defined in the family's source file. It adds the commands to `top`.
 
 void AddStoreCommands(Command& top);
+void AddDoctorCommand(Command& top);
 void AddRecoverCommand(Command& top);
 void AddRestoreCommand(Command& top);
 void AddRootCommands(Command& top);

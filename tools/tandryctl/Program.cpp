@@ -17,6 +17,7 @@ void DeclareCommands(CommandLine& commandLine)
         .Example("--store ~/try.db tree", "print the recorded folders");
     AddStoreCommands(top);
     AddRestoreCommand(top);
+    AddDoctorCommand(top);
     AddRecoverCommand(top);
     AddRootCommands(top);
     AddFolderCommands(top);

@@ -63,6 +63,8 @@ public:
     sync::config::AuthenticationConfigManager& accounts() { return *_managers->accounts; }
     sync::config::ProductConfigManager& products() { return *_managers->products; }
     sync::config::ScheduleEntryManager& schedules() { return *_managers->schedules; }
+    /// For what goes over the whole store.
+    std::shared_ptr<sync::database::SqliteDatabaseFactory> const& store() { return _store; }
     /// Queries that no manager offers.
     StoreQueries& queries() { return *_queries; }
     Output& output() { return _output; }

@@ -1,0 +1,209 @@
+#include "tools/findings/FindingTable.h"
+
+#include "database/SqliteDatabaseFactory.h"
+#include "tools/findings/Examination.h"
+
+#include <QStringList>
+
+namespace tandry::findings {
+
+namespace {
+
+constexpr char const* Servers = "ServerConfiguration";
+constexpr char const* Accounts = "AuthenticationConfiguration";
+constexpr char const* Products = "ProductConfiguration";
+constexpr char const* Folders = "FolderConfiguration";
+constexpr char const* Files = "FileConfiguration";
+constexpr char const* GeneratedFiles = "GeneratedFileConfiguration";
+constexpr char const* BaseFiles = "BaseFileConfiguration";
+constexpr char const* Schedules = "Schedules";
+
+/// The first and last millisecond of the years 1 to 9999, as dates are stored.
+constexpr char const* DatesWithText = "-62135596800000 AND 253402300799999";
+
+QString Sql(char const* text)
+{
+    return QString::fromLatin1(text);
+}
+
+/// The value of a column for `FoundRow::detail`.
+QString Shown(char const* column)
+{
+    return Sql("'%1 ' || coalesce(bad.%1, 'NULL')").arg(Sql(column));
+}
+
+/// The rows whose id in this column, NULL included, is that of no row in the table.
+Condition NamesNone(char const* table, char const* column, char const* target)
+{
+    return {table,
+            Sql("NOT EXISTS (SELECT 1 FROM %2 AS named WHERE named.id = bad.%1)").arg(Sql(column), Sql(target)),
+            Shown(column)};
+}
+
+/// The rows whose id in this column is not that of a root.
+Condition NamesNoRoot(char const* table, char const* column)
+{
+    return {
+        table,
+        Sql("NOT EXISTS (SELECT 1 FROM FolderConfiguration AS named WHERE named.id = bad.%1 AND named.parentId = 0)")
+            .arg(Sql(column)),
+        Shown(column)};
+}
+
+/// The same rows, but only those that another condition holds for too.
+Condition If(QString const& where, Condition condition)
+{
+    condition.where = where + Sql(" AND ") + condition.where;
+    return condition;
+}
+
+/// The same rows, without those where -1 or NULL says that there is no such row.
+Condition Optional(char const* column, Condition const& condition)
+{
+    return If(Sql("bad.%1 <> -1").arg(Sql(column)), condition);
+}
+
+Condition NamesAGoneProduct(char const* table)
+{
+    return Optional("productConfigurationId", NamesNone(table, "productConfigurationId", Products));
+}
+
+QString const IsNoRoot = Sql("bad.parentId IS NOT 0");
+
+QString const IsAbsolute = Sql("(substr(bad.clientPath, 1, 1) = '/' OR bad.clientPath GLOB '[A-Za-z]:/*')");
+
+/// True for what `QDir::cleanPath` changes in an absolute path. The root of a drive keeps its slash.
+QString const IsNotClean =
+    Sql("(instr(bad.clientPath, '//') > 0 "
+        "OR (instr(bad.clientPath, '/.') > 0 AND (instr(bad.clientPath || '/', '/./') > 0 "
+        "OR instr(bad.clientPath || '/', '/../') > 0)) "
+        "OR (substr(bad.clientPath, -1) = '/' AND bad.clientPath <> '/' AND bad.clientPath NOT GLOB '[A-Za-z]:/'))");
+
+/// One condition for each table that has local paths.
+std::vector<Condition> AboutPaths(QString const& where)
+{
+    std::vector<Condition> conditions;
+    for (char const* table : {Folders, Files, GeneratedFiles, BaseFiles})
+        conditions.push_back({table, where, Sql("NULL")});
+    return conditions;
+}
+
+Condition AboutDates(char const* table, std::vector<char const*> const& columns)
+{
+    QStringList outside;
+    QString detail = Sql("CASE");
+    for (char const* column : columns) {
+        outside.append(Sql("(typeof(bad.%1) IN ('integer', 'real') AND bad.%1 NOT BETWEEN %2)")
+                           .arg(Sql(column), Sql(DatesWithText)));
+        detail += Sql(" WHEN ") + outside.last() + Sql(" THEN ") + Shown(column);
+    }
+    return {table, outside.join(Sql(" OR ")), detail + Sql(" END")};
+}
+
+void FindDamage(Examination& examination, std::vector<FoundRow>& rows)
+{
+    // On failure the store's error tells.
+    for (QString const& damage : examination.store().FindDamage().value_or(QStringList()))
+        rows.push_back({QString(), std::nullopt, QString(), damage});
+}
+
+void FindMissingDefaultSchedule(Examination& examination, std::vector<FoundRow>& rows)
+{
+    if (examination.statements().Value(Sql("SELECT 1 FROM Schedules WHERE folderConfigurationId = 0")).isNull())
+        rows.push_back({Sql(Schedules), std::nullopt, QString(), Sql("no row with folderConfigurationId 0")});
+}
+
+std::vector<FindingEntry> MakeTable()
+{
+    std::vector<char const*> const fileDates{"createdDateTime", "lastModifiedDateTime", "lastOperationTime"};
+    return {
+        // First: the queries behind the others need whole pages.
+        {{"damage", Severity::Fault, "The file is damaged, and the client may lose or misread any row."},
+         {},
+         FindDamage},
+        {{"folder-without-parent",
+          Severity::Fault,
+          "No listing of a folder shows these folders, and removing the tree that they were in leaves them behind."},
+         {If(IsNoRoot, NamesNone(Folders, "parentId", Folders))}},
+        {{"folder-without-root",
+          Severity::Fault,
+          "No root owns these folders: nothing synchronises them, and removing a root leaves them behind."},
+         {If(IsNoRoot, NamesNoRoot(Folders, "rootId"))}},
+        {{"root-with-other-root",
+          Severity::Fault,
+          "The client counts these roots among the folders of another root, and removes them with it."},
+         {{Folders, Sql("bad.parentId = 0 AND bad.rootId IS NOT bad.id"), Shown("rootId")}}},
+        {{"file-without-folder",
+          Severity::Fault,
+          "No listing of a folder shows these files, and the client finds neither account nor server for them."},
+         {NamesNone(Files, "folderConfigurationId", Folders),
+          Optional("folderConfigurationId", NamesNone(GeneratedFiles, "folderConfigurationId", Folders)),
+          Optional("folderConfigurationId", NamesNone(BaseFiles, "folderConfigurationId", Folders))}},
+        {{"file-without-root",
+          Severity::Fault,
+          "No root owns these files: nothing synchronises them, and removing a root leaves them behind."},
+         {NamesNoRoot(Files, "rootFolderId"),
+          Optional("rootFolderId", NamesNoRoot(GeneratedFiles, "rootFolderId")),
+          Optional("rootFolderId", NamesNoRoot(BaseFiles, "rootFolderId"))}},
+        {{"generated-without-source",
+          Severity::Fault,
+          "The file that these were generated from is gone, so nothing renews or removes them."},
+         {NamesNone(GeneratedFiles, "parentFileId", Files)}},
+        {{"account-without-server",
+          Severity::Fault,
+          "The client finds no server for these accounts, nor for their folders and files."},
+         {NamesNone(Accounts, "serverId", Servers)}},
+        {{"product-without-server", Severity::Fault, "The client finds these products for no server."},
+         {NamesNone(Products, "serverId", Servers)}},
+        {{"folder-without-account",
+          Severity::Fault,
+          "The account of these folders is gone, so the client finds no server for them and their files."},
+         {Optional("authenticationId", NamesNone(Folders, "authenticationId", Accounts))}},
+        {{"folder-without-product",
+          Severity::Fault,
+          "The product of these folders is gone, so the client finds no consumer key for them."},
+         {NamesAGoneProduct(Folders)}},
+        {{"file-without-product",
+          Severity::Fault,
+          "The product of these files is gone, so the client finds no consumer key for them."},
+         {NamesAGoneProduct(Files), NamesAGoneProduct(GeneratedFiles), NamesAGoneProduct(BaseFiles)}},
+        {{"path-not-clean",
+          Severity::Fault,
+          "The client looks paths up as clean text, so it does not find these rows."},
+         AboutPaths(IsAbsolute + Sql(" AND ") + IsNotClean)},
+        {{"path-relative",
+          Severity::Fault,
+          "These paths do not tell where the folder or file is, so the client finds nothing there."},
+         AboutPaths(Sql("NOT coalesce(") + IsAbsolute + Sql(", 0)"))},
+        {{"date-out-of-range",
+          Severity::Fault,
+          "These dates are before the year 1 or after 9999 and have no text form, so they are lost in documents and "
+          "in JSON."},
+         {AboutDates(Folders, {"lastOperationTime", "lastSyncTime"}),
+          AboutDates(Files, fileDates),
+          AboutDates(GeneratedFiles, fileDates),
+          AboutDates(BaseFiles, fileDates),
+          AboutDates(Schedules, {"startTime", "expireTime"})}},
+        {{"schedule-ends-early", Severity::Fault, "These schedules end before they begin, so they never apply."},
+         {{Schedules, Sql("bad.expireTime < bad.startTime"), Shown("folderConfigurationId")}}},
+        {{"schedule-without-folder",
+          Severity::Note,
+          "These schedules have outlived their folders and never apply again, since ids are not given twice."},
+         {If(Sql("bad.folderConfigurationId IS NOT 0"), NamesNone(Schedules, "folderConfigurationId", Folders))}},
+        {{"no-default-schedule",
+          Severity::Note,
+          "Folders without a schedule of their own get the client's built-in one, with the interval 30 and no times."},
+         {},
+         FindMissingDefaultSchedule},
+    };
+}
+
+} // namespace
+
+std::vector<FindingEntry> const& FindingTable()
+{
+    static std::vector<FindingEntry> const table = MakeTable();
+    return table;
+}
+
+} // namespace tandry::findings

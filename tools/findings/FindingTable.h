@@ -1,0 +1,34 @@
+#pragma once
+
+#include "tools/findings/Findings.h"
+
+#include <QString>
+
+#include <vector>
+
+namespace tandry::findings {
+
+class Examination;
+
+/// The rows of one table that a kind of finding is about, in SQL. The table's name there is `bad`.
+struct Condition
+{
+    char const* table;
+    QString where;
+    /// An expression for `FoundRow::detail`.
+    QString detail;
+};
+
+/// How the rows of a kind of finding are found.
+struct FindingEntry
+{
+    FindingKind kind;
+    std::vector<Condition> conditions;
+    /// Finds what no condition can say; null if there is no such thing.
+    void (*find)(Examination& examination, std::vector<FoundRow>& rows) = nullptr;
+};
+
+/// The table of all kinds, in the order in which they are looked for.
+std::vector<FindingEntry> const& FindingTable();
+
+} // namespace tandry::findings

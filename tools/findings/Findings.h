@@ -1,0 +1,71 @@
+#pragma once
+
+#include <QString>
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <vector>
+
+namespace sync::database {
+class SqliteDatabaseFactory;
+}
+
+namespace tandry::findings {
+
+/// How much a finding matters.
+enum class Severity
+{
+    /// The client misses rows, or does something else than its user expects.
+    Fault,
+    /// The store is as it may be, but its user should know.
+    Note,
+};
+
+/// A kind of finding.
+struct FindingKind
+{
+    /// Stable: scripts rely on it.
+    char const* code;
+    Severity severity;
+    /// What it means for the client, as a sentence.
+    char const* meaning;
+};
+
+/// Returns all kinds, in the order in which they are looked for. Made at the first call and kept.
+std::vector<FindingKind> const& FindingKinds();
+
+/// A row that a finding is about.
+struct FoundRow
+{
+    /// Null for damage of the file.
+    QString table;
+    /// Nothing for damage, and for a row that is missing.
+    std::optional<int> id;
+    /// The row's path or name, if it has one.
+    QString name;
+    /// What is wrong with it, such as "parentId 7".
+    QString detail;
+};
+
+/// The rows of one kind of finding.
+struct Finding
+{
+    FindingKind const* kind;
+    /// At least one.
+    std::vector<FoundRow> rows;
+};
+
+/// Called after each kind that was looked for.
+using FindingProgress = std::function<void()>;
+
+/// Looks for all kinds of findings, and returns those that the store has. Changes nothing. If the file is damaged, this
+/// is the only finding, since queries can then return anything.
+///
+/// Values of enumerations that the library does not name belong to the client and are no finding. While other programs
+/// write, each kind is looked for in a later state of the store. Returns nothing if the store fails; its `LastError`
+/// then tells why.
+[[nodiscard]] std::optional<std::vector<Finding>>
+FindAll(std::shared_ptr<sync::database::SqliteDatabaseFactory> const& store, FindingProgress const& progress = {});
+
+} // namespace tandry::findings
