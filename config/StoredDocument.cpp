@@ -39,12 +39,15 @@ private:
 
 } // namespace
 
-void LoadStoredDocument(QString const& text, QDomDocument& document)
+LoadedDocument LoadStoredDocument(QString const& text, QDomDocument& document)
 {
     LimitedSource source(text);
-    document.setContent(&source, false);
-    if (!source.isWithinLimits())
+    bool const isWhole = document.setContent(&source, false);
+    if (!source.isWithinLimits()) {
         document.clear();
+        return LoadedDocument::OverLimits;
+    }
+    return isWhole ? LoadedDocument::Whole : LoadedDocument::BrokenOff;
 }
 
 QT_WARNING_POP

@@ -81,6 +81,16 @@ std::vector<Defect> const& AllDefects()
             "GeneratedFileConfiguration 1: rootFolderId 1"_q,
             "BaseFileConfiguration 1: rootFolderId 1"_q}},
           {"schedule-without-folder"_q, {"Schedules 2: folderConfigurationId 1"_q}}}},
+        {"folder-ring",
+         "UPDATE FolderConfiguration SET parentId = 3 WHERE id = 2",
+         {{"folder-ring"_q, {"FolderConfiguration 2: parentId 3"_q, "FolderConfiguration 3: parentId 2"_q}}}},
+        {"folder-ring",
+         "UPDATE FolderConfiguration SET parentId = 4 WHERE id = 4",
+         {{"folder-ring"_q, {"FolderConfiguration 4: parentId 4"_q}}}},
+        {"folder-ring", // with a folder below it, and one that is no part of it
+         "UPDATE FolderConfiguration SET parentId = 4 WHERE id = 2;"
+         "UPDATE FolderConfiguration SET parentId = 2 WHERE id = 4",
+         {{"folder-ring"_q, {"FolderConfiguration 2: parentId 4"_q, "FolderConfiguration 4: parentId 2"_q}}}},
         {"root-with-other-root",
          "UPDATE FolderConfiguration SET rootId = 1 WHERE id = 5",
          {{"root-with-other-root"_q, {"FolderConfiguration 5: rootId 1"_q}}}},
@@ -111,6 +121,15 @@ std::vector<Defect> const& AllDefects()
         {"generated-without-source",
          "UPDATE GeneratedFileConfiguration SET parentFileId = 99 WHERE id = 1",
          {{"generated-without-source"_q, {"GeneratedFileConfiguration 1: parentFileId 99"_q}}}},
+        {"link-to-nothing",
+         "DELETE FROM FileConfiguration WHERE id = 1",
+         {{"link-to-nothing"_q, {"FileConfiguration 3: FileId 1"_q}}}},
+        {"link-to-nothing", // and a file is recorded at its path
+         "UPDATE FileConfiguration SET fileLinks = replace(fileLinks, '\"1\"', '\"77\"') WHERE id = 3",
+         {{"link-to-nothing"_q, {"FileConfiguration 3: FileId 77"_q}}}},
+        {"link-to-nothing", // in a document that the library did not write
+         "UPDATE BaseFileConfiguration SET fileLinks = '<x><y FileId=''77''/><y FileId=''78''/><y FileId=''1''/></x>'",
+         {{"link-to-nothing"_q, {"BaseFileConfiguration 1: FileId 77, 78"_q}}}},
         {"account-without-server",
          "UPDATE AuthenticationConfiguration SET serverId = 99",
          {{"account-without-server"_q, {"AuthenticationConfiguration 1: serverId 99"_q}}}},
@@ -134,6 +153,27 @@ std::vector<Defect> const& AllDefects()
            {"FileConfiguration 1: productConfigurationId 99"_q,
             "GeneratedFileConfiguration 2: productConfigurationId 98"_q,
             "BaseFileConfiguration 1: productConfigurationId 97"_q}}}},
+        {"twin",
+         "INSERT INTO FileConfiguration (id, folderConfigurationId, clientPath, rootFolderId) VALUES "
+         "(9, 2, '/home/ada/docs/a/two.txt', 1), (10, 2, '/home/ada/docs/a/two.txt', 1)",
+         {{"twin"_q, {"FileConfiguration 9: twin of 2"_q, "FileConfiguration 10: twin of 2"_q}}}},
+        {"twin",
+         "INSERT INTO GeneratedFileConfiguration (id, folderConfigurationId, clientPath, rootFolderId, parentFileId) "
+         "SELECT 9, folderConfigurationId, clientPath, rootFolderId, parentFileId FROM GeneratedFileConfiguration "
+         "WHERE id = 1;"
+         "INSERT INTO BaseFileConfiguration (id, folderConfigurationId, clientPath, rootFolderId, parentFileId) "
+         "SELECT 9, folderConfigurationId, clientPath, rootFolderId, parentFileId FROM BaseFileConfiguration",
+         {{"twin"_q, {"GeneratedFileConfiguration 9: twin of 1"_q, "BaseFileConfiguration 9: twin of 1"_q}}}},
+        {"twin",
+         "INSERT INTO FolderConfiguration (id, authenticationId, clientPath, parentId, rootId) VALUES "
+         "(9, 1, '/home/ada/docs/a', 1, 1)",
+         {{"twin"_q, {"FolderConfiguration 9: twin of 2"_q}}}},
+        {"twin", // of a root
+         "INSERT INTO FolderConfiguration (id, authenticationId, clientPath, serverPath, parentId, rootId) VALUES "
+         "(9, -1, '/home/ada/pics', '/pics', 0, 9)",
+         {{"twin"_q, {"FolderConfiguration 9: twin of 5"_q}},
+          {"roots-overlap"_q, {"FolderConfiguration 9: same as root 5 '/home/ada/pics'"_q}},
+          {"server-roots-overlap"_q, {"FolderConfiguration 9: same as root 5 '/pics'"_q}}}},
         {"path-not-clean",
          "UPDATE FolderConfiguration SET clientPath = '/home/ada/docs/.c/' WHERE id = 4;"
          "UPDATE FileConfiguration SET clientPath = '/home/ada/docs/a/./two.txt' WHERE id = 2;"
@@ -160,6 +200,27 @@ std::vector<Defect> const& AllDefects()
             "FileConfiguration 4"_q,
             "GeneratedFileConfiguration 1"_q,
             "BaseFileConfiguration 1"_q}}}},
+        {"document-broken",
+         "UPDATE FolderConfiguration SET nameValueProperties = '<NameValueXml><a>1</a><b>2</b><c' WHERE id = 4;"
+         "UPDATE FileConfiguration SET fileLinks = '<FileLinks><FileLink FileId=\"1\"/><FileLink' WHERE id = 2;"
+         "UPDATE ServerConfiguration SET nameValueProperties = 'no document';"
+         "UPDATE AuthenticationConfiguration SET nameValueProperties = ' ';"
+         "UPDATE ProductConfiguration SET nameValueProperties = '<a/><b/>';"
+         "UPDATE GeneratedFileConfiguration SET nameValueProperties = '<a></b>' WHERE id = 1;"
+         "UPDATE BaseFileConfiguration SET nameValueProperties = '<a>', fileLinks = '<a>'",
+         {{"document-broken"_q,
+           {"ServerConfiguration 1: nameValueProperties"_q,
+            "AuthenticationConfiguration 1: nameValueProperties"_q,
+            "ProductConfiguration 1: nameValueProperties"_q,
+            "FolderConfiguration 4: nameValueProperties"_q,
+            "FileConfiguration 2: fileLinks"_q,
+            "GeneratedFileConfiguration 1: nameValueProperties"_q,
+            "BaseFileConfiguration 1: nameValueProperties"_q,
+            "BaseFileConfiguration 1: fileLinks"_q}}}},
+        {"document-over-limits", // nested more deeply than the library reads
+         "UPDATE FolderConfiguration SET nameValueProperties = '<x>' || replace(hex(zeroblob(1001)), '00', '<a>') || "
+         "replace(hex(zeroblob(1001)), '00', '</a>') || '</x>' WHERE id = 4",
+         {{"document-over-limits"_q, {"FolderConfiguration 4: nameValueProperties"_q}}}},
         {"date-out-of-range",
          "UPDATE FolderConfiguration SET lastSyncTime = 253402300800000 WHERE id = 2;"
          "UPDATE FileConfiguration SET createdDateTime = -62135596800001 WHERE id = 3;"
@@ -175,6 +236,25 @@ std::vector<Defect> const& AllDefects()
         {"schedule-ends-early",
          "UPDATE Schedules SET expireTime = startTime - 1 WHERE id = 3",
          {{"schedule-ends-early"_q, {"Schedules 3: folderConfigurationId 5"_q}}}},
+        {"roots-overlap",
+         "INSERT INTO FolderConfiguration (id, authenticationId, clientPath, serverPath, parentId, rootId) VALUES "
+         "(9, -1, '/HOME/ada/docs/new/root', '/new', 0, 9)",
+         {{"roots-overlap"_q, {"FolderConfiguration 9: in root 1 '/home/ada/docs'"_q}}}},
+        {"roots-overlap",
+         "INSERT INTO FolderConfiguration (id, authenticationId, clientPath, serverPath, parentId, rootId) VALUES "
+         "(9, -1, '/', '/new', 0, 9)",
+         {{"roots-overlap"_q, {"FolderConfiguration 1: in root 9 '/'"_q, "FolderConfiguration 5: in root 9 '/'"_q}}}},
+        {"server-roots-overlap",
+         "INSERT INTO FolderConfiguration (id, authenticationId, clientPath, serverPath, parentId, rootId) VALUES "
+         "(9, 1, '/home/ada/new', '/Docs/new/', 0, 9)",
+         {{"server-roots-overlap"_q, {"FolderConfiguration 9: in root 1 '/docs'"_q}}}},
+        {"paths-alike",
+         "INSERT INTO FileConfiguration (id, folderConfigurationId, clientPath, rootFolderId) VALUES "
+         "(9, 2, '/home/ada/docs/a/TWO.txt', 1), (10, 2, '/home/ada/docs/a/e' || char(769), 1), "
+         "(11, 2, '/home/ada/docs/a/' || char(201), 1)",
+         {{"paths-alike"_q,
+           {"FileConfiguration 2: like '/home/ada/docs/a/TWO.txt'"_q,
+            "FileConfiguration 11: like '/home/ada/docs/a/e\u0301'"_q}}}},
         {"schedule-without-folder",
          "UPDATE Schedules SET folderConfigurationId = 99 WHERE id = 3",
          {{"schedule-without-folder"_q, {"Schedules 3: folderConfigurationId 99"_q}}}},

@@ -87,6 +87,34 @@ TEST_F(FindingsTest, NewStoreHasNone)
     EXPECT_TRUE(findings->empty());
 }
 
+TEST_F(FindingsTest, RowsThatOnlyLookLikeFindingsAreNone)
+{
+    RawStore(StorePath())
+        .Run(
+            "INSERT INTO FolderConfiguration (id, authenticationId, clientPath, serverPath, parentId, rootId) VALUES "
+            "(9, -1, '/home/ada/docs2', '/docs/other account', 0, 9);"
+            // the same paths in another folder, and from another source
+            "INSERT INTO FileConfiguration (id, folderConfigurationId, clientPath, rootFolderId, parentFileId) VALUES "
+            "(9, 3, '/home/ada/docs/a/two.txt', 1, 99);"
+            "INSERT INTO GeneratedFileConfiguration (id, folderConfigurationId, clientPath, rootFolderId, "
+            "parentFileId) VALUES (9, 3, '/home/ada/.previews/three', 1, 2);"
+            // a value with a character that XML has no place for, as the client writes it
+            "UPDATE FolderConfiguration SET nameValueProperties = '<!DOCTYPE NameValueXml>' || char(10) || "
+            "'<NameValueXml>' || char(10) || ' <a><![CDATA[' || char(1) || ']]></a>' || char(10) || '</NameValueXml>'; "
+            "UPDATE BaseFileConfiguration SET fileLinks = '<FileLinks><FileLink Path=\"x\"/></FileLinks>'"_q);
+    EXPECT_EQ(Find(), (QMap<QString, QStringList>()));
+}
+
+TEST_F(FindingsTest, RootsWithOnePathForTwoAccountsOverlapAndAreNoTwins)
+{
+    RawStore(StorePath())
+        .Run("INSERT INTO FolderConfiguration (id, authenticationId, clientPath, serverPath, parentId, rootId) VALUES "
+             "(9, 1, '/home/ada/pics', '/pics', 0, 9)"_q);
+    EXPECT_EQ(Find(),
+              (QMap<QString, QStringList>{
+                  {"roots-overlap"_q, {"FolderConfiguration 9: same as root 5 '/home/ada/pics'"_q}}}));
+}
+
 TEST_F(FindingsTest, LookingChangesNoByte)
 {
     QMap<QString, QByteArray> const before = FolderContents(folder.path());

@@ -3,6 +3,7 @@
 #include "database/SqliteDatabaseFactory.h"
 #include "interf/IQSqlQueryWrapper.h"
 #include "tools/findings/FindingTable.h"
+#include "tools/findings/TableNames.h"
 
 #include <cstring>
 
@@ -18,10 +19,10 @@ struct NameColumn
 };
 
 constexpr NameColumn NameColumns[] = {
-    {"ServerConfiguration", "coalesce(nullif(bad.alias, ''), bad.webServiceUrl, bad.davUrl)"},
-    {"AuthenticationConfiguration", "bad.userName"},
-    {"ProductConfiguration", "bad.name"},
-    {"Schedules", "NULL"},
+    {Servers, "coalesce(nullif(bad.alias, ''), bad.webServiceUrl, bad.davUrl)"},
+    {Accounts, "bad.userName"},
+    {Products, "bad.name"},
+    {Schedules, "NULL"},
 };
 
 /// Folders and files are known by their paths.
@@ -32,15 +33,6 @@ QString NameOfRowsIn(char const* table)
             return QLatin1String(column.expression);
     }
     return QStringLiteral("bad.clientPath");
-}
-
-/// The inner SELECT reads an index alone if one has the columns of the condition.
-QString SelectOf(Condition const& condition)
-{
-    QString const table = QLatin1String(condition.table);
-    return QLatin1String("SELECT bad.id, ") + NameOfRowsIn(condition.table) + QLatin1String(", ") + condition.detail +
-           QLatin1String(" FROM ") + table + QLatin1String(" AS bad WHERE bad.id IN (SELECT bad.id FROM ") + table +
-           QLatin1String(" AS bad WHERE ") + condition.where + QLatin1String(") ORDER BY bad.id");
 }
 
 } // namespace
@@ -56,16 +48,47 @@ std::vector<FoundRow> Examination::Find(FindingEntry const& entry)
 {
     std::vector<FoundRow> rows;
     for (Condition const& condition : entry.conditions) {
-        _statements.Read(SelectOf(condition), {}, [&](sync::interf::IQSqlQueryWrapper& row) {
-            rows.push_back({QLatin1String(condition.table),
-                            row.value(0).toInt(),
-                            row.value(1).toString(),
-                            row.value(2).toString()});
-        });
+        // The inner SELECT reads an index alone if one has the columns of the condition.
+        QString const where = QStringLiteral("bad.id IN (SELECT bad.id FROM ") + QLatin1String(condition.table) +
+                              QStringLiteral(" AS bad WHERE ") + condition.where + QLatin1Char(')');
+        FindRows(condition.table, where, condition.detail, {}, rows);
     }
     if (entry.find != nullptr)
         entry.find(*this, rows);
     return rows;
+}
+
+void Examination::ReadRows(char const* table,
+                           QString const& where,
+                           QString const& columns,
+                           StoreStatements::Values const& values,
+                           std::function<void(FoundRow const&, sync::interf::IQSqlQueryWrapper&)> const& take)
+{
+    QString const statement = QStringLiteral("SELECT bad.id, ") + NameOfRowsIn(table) + QStringLiteral(", ") + columns +
+                              QStringLiteral(" FROM ") + QLatin1String(table) + QStringLiteral(" AS bad WHERE ") +
+                              where + QStringLiteral(" ORDER BY bad.id");
+    _statements.Read(statement, values, [&](sync::interf::IQSqlQueryWrapper& row) {
+        take({QLatin1String(table), row.value(0).toInt(), row.value(1).toString(), QString()}, row);
+    });
+}
+
+void Examination::FindRows(char const* table,
+                           QString const& where,
+                           QString const& detail,
+                           StoreStatements::Values const& values,
+                           std::vector<FoundRow>& rows)
+{
+    ReadRows(table, where, detail, values, [&](FoundRow const& found, sync::interf::IQSqlQueryWrapper& row) {
+        rows.push_back(found);
+        rows.back().detail = row.value(2).toString();
+    });
+}
+
+DocumentFindings const& Examination::documents()
+{
+    if (!_documents)
+        _documents = ExamineDocuments(*this);
+    return *_documents;
 }
 
 bool Examination::works() const

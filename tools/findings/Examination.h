@@ -1,11 +1,14 @@
 #pragma once
 
+#include "tools/findings/Documents.h"
 #include "tools/findings/Findings.h"
 #include "tools/findings/StoreStatements.h"
 
 #include <QString>
 
+#include <functional>
 #include <memory>
+#include <optional>
 #include <vector>
 
 namespace tandry::findings {
@@ -24,12 +27,30 @@ public:
     /// Returns the rows of one kind. If the store fails, some may be missing.
     std::vector<FoundRow> Find(FindingEntry const& entry);
 
+    /// Calls `take` for each row of the table, which is called `bad` in the condition and in the columns. The columns
+    /// are those of the query from 2 on.
+    void ReadRows(char const* table,
+                  QString const& where,
+                  QString const& columns,
+                  StoreStatements::Values const& values,
+                  std::function<void(FoundRow const& found, sync::interf::IQSqlQueryWrapper& row)> const& take);
+    /// Appends the rows; `detail` is an expression.
+    void FindRows(char const* table,
+                  QString const& where,
+                  QString const& detail,
+                  StoreStatements::Values const& values,
+                  std::vector<FoundRow>& rows);
+
+    /// Returns what is wrong with the documents. Reads them at the first call only: several kinds come from them.
+    DocumentFindings const& documents();
+
     /// Returns whether everything worked until now; the store's `LastError` tells what did not.
     bool works() const;
 
 private:
     std::shared_ptr<sync::database::SqliteDatabaseFactory> const _store;
     StoreStatements _statements;
+    std::optional<DocumentFindings> _documents;
 };
 
 } // namespace tandry::findings

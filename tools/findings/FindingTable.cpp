@@ -2,21 +2,16 @@
 
 #include "database/SqliteDatabaseFactory.h"
 #include "tools/findings/Examination.h"
+#include "tools/findings/FolderRings.h"
+#include "tools/findings/PathNotes.h"
+#include "tools/findings/TableNames.h"
+#include "tools/findings/Twins.h"
 
 #include <QStringList>
 
 namespace tandry::findings {
 
 namespace {
-
-constexpr char const* Servers = "ServerConfiguration";
-constexpr char const* Accounts = "AuthenticationConfiguration";
-constexpr char const* Products = "ProductConfiguration";
-constexpr char const* Folders = "FolderConfiguration";
-constexpr char const* Files = "FileConfiguration";
-constexpr char const* GeneratedFiles = "GeneratedFileConfiguration";
-constexpr char const* BaseFiles = "BaseFileConfiguration";
-constexpr char const* Schedules = "Schedules";
 
 /// The first and last millisecond of the years 1 to 9999, as dates are stored.
 constexpr char const* DatesWithText = "-62135596800000 AND 253402300799999";
@@ -107,6 +102,21 @@ void FindDamage(Examination& examination, std::vector<FoundRow>& rows)
         rows.push_back({QString(), std::nullopt, QString(), damage});
 }
 
+void FindBrokenDocuments(Examination& examination, std::vector<FoundRow>& rows)
+{
+    rows = examination.documents().broken;
+}
+
+void FindDocumentsOverLimits(Examination& examination, std::vector<FoundRow>& rows)
+{
+    rows = examination.documents().overLimits;
+}
+
+void FindLinksToNothing(Examination& examination, std::vector<FoundRow>& rows)
+{
+    rows = examination.documents().linksToNothing;
+}
+
 void FindMissingDefaultSchedule(Examination& examination, std::vector<FoundRow>& rows)
 {
     if (examination.statements().Value(Sql("SELECT 1 FROM Schedules WHERE folderConfigurationId = 0")).isNull())
@@ -129,6 +139,11 @@ std::vector<FindingEntry> MakeTable()
           Severity::Fault,
           "No root owns these folders: nothing synchronises them, and removing a root leaves them behind."},
          {If(IsNoRoot, NamesNoRoot(Folders, "rootId"))}},
+        {{"folder-ring",
+          Severity::Fault,
+          "These folders lie in each other: no listing leads to them, and removing one of them never ends."},
+         {},
+         FindFolderRingRows},
         {{"root-with-other-root",
           Severity::Fault,
           "The client counts these roots among the folders of another root, and removes them with it."},
@@ -149,6 +164,11 @@ std::vector<FindingEntry> MakeTable()
           Severity::Fault,
           "The file that these were generated from is gone, so nothing renews or removes them."},
          {NamesNone(GeneratedFiles, "parentFileId", Files)}},
+        {{"link-to-nothing",
+          Severity::Fault,
+          "These links name a file by an id that is gone; the client then looks for the file by the link's path."},
+         {},
+         FindLinksToNothing},
         {{"account-without-server",
           Severity::Fault,
           "The client finds no server for these accounts, nor for their folders and files."},
@@ -167,6 +187,12 @@ std::vector<FindingEntry> MakeTable()
           Severity::Fault,
           "The product of these files is gone, so the client finds no consumer key for them."},
          {NamesAGoneProduct(Files), NamesAGoneProduct(GeneratedFiles), NamesAGoneProduct(BaseFiles)}},
+        {{"twin",
+          Severity::Fault,
+          "The client finds only the row with the lowest id by its path, and updates only this one; listings show the "
+          "others as they once were."},
+         {},
+         FindTwinRows},
         {{"path-not-clean",
           Severity::Fault,
           "The client looks paths up as clean text, so it does not find these rows."},
@@ -175,6 +201,18 @@ std::vector<FindingEntry> MakeTable()
           Severity::Fault,
           "These paths do not tell where the folder or file is, so the client finds nothing there."},
          AboutPaths(Sql("NOT coalesce(") + IsAbsolute + Sql(", 0)"))},
+        {{"document-broken",
+          Severity::Fault,
+          "The client reads only what precedes the error in these documents, and its next update of the row drops the "
+          "rest."},
+         {},
+         FindBrokenDocuments},
+        {{"document-over-limits",
+          Severity::Fault,
+          "These documents are larger than the client accepts: it reads nothing of them, and its next update of the "
+          "row drops them."},
+         {},
+         FindDocumentsOverLimits},
         {{"date-out-of-range",
           Severity::Fault,
           "These dates are before the year 1 or after 9999 and have no text form, so they are lost in documents and "
@@ -186,6 +224,24 @@ std::vector<FindingEntry> MakeTable()
           AboutDates(Schedules, {"startTime", "expireTime"})}},
         {{"schedule-ends-early", Severity::Fault, "These schedules end before they begin, so they never apply."},
          {{Schedules, Sql("bad.expireTime < bad.startTime"), Shown("folderConfigurationId")}}},
+        {{"roots-overlap",
+          Severity::Note,
+          "These roots share a part of the disk, so its files are recorded in both, and the client takes a path for "
+          "that of the first root that it finds."},
+         {},
+         FindRootsThatOverlap},
+        {{"server-roots-overlap",
+          Severity::Note,
+          "These roots of one account share a part of the server, so a change of one root's files there is a change "
+          "of the other's."},
+         {},
+         FindServerRootsThatOverlap},
+        {{"paths-alike",
+          Severity::Note,
+          "These paths differ only in case or in their Unicode form: on a file system that ignores this, one file "
+          "replaces the other."},
+         {},
+         FindPathsAlike},
         {{"schedule-without-folder",
           Severity::Note,
           "These schedules have outlived their folders and never apply again, since ids are not given twice."},

@@ -1,0 +1,18 @@
+#pragma once
+
+#include <QString>
+
+#include <algorithm>
+
+namespace tandry::findings {
+
+/// Returns the folder of a clean path, by its text alone; empty for a path without one.
+inline QString FolderOf(QString const& path)
+{
+    int const slash = path.lastIndexOf(QLatin1Char('/'));
+    if (slash == 0 && path.size() > 1)
+        return QStringLiteral("/");
+    return path.left(std::max(slash, 0));
+}
+
+} // namespace tandry::findings

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <QString>
+
+#include <vector>
+
+namespace tandry::findings {
+
+class Examination;
+struct FoundRow;
+
+/// A row that stands beside another one of its table with the same path, folder and, for generated and base files,
+/// source; for roots, with the same account.
+struct Twin
+{
+    char const* table;
+    int id;
+    /// The lowest id of these rows: the one that the client finds by path and keeps up to date.
+    int keptId;
+    QString path;
+};
+
+std::vector<Twin> FindTwins(Examination& examination);
+
+/// The same as found rows.
+void FindTwinRows(Examination& examination, std::vector<FoundRow>& rows);
+
+} // namespace tandry::findings
