@@ -30,8 +30,10 @@ public:
     /// Opens the store, or creates it as `options.mode` says. Returns null on failure; `error`, unless null, then names
     /// the file and the reason, and the file is unchanged. The path is made absolute by `AbsolutePath`. Refused are
     /// paths that it refuses, folders, files that are no store or belong to another application, damaged, emptied and
-    /// newer stores, and paths without the rights to them. A new store is readable and writable by its owner only and
-    /// appears whole.
+    /// newer stores, and paths without the rights to them; a log or a journal (`-wal`, `-shm`, `-journal`) that another
+    /// user has put beside the store, or that an earlier store of the name has left; and, for writing, stores of
+    /// another user, unless the process is root's. A new store is readable and writable by its owner only and appears
+    /// whole.
     ///
     /// A store of an older version is upgraded first, each version in one transaction, and a copy of the older store
     /// stays beside it, named after the file with ".version-" and the version appended. The store is refused if no copy
@@ -65,7 +67,8 @@ public:
     ///
     /// Returns false on failure; `error`, unless null, then names the file and the reason, and so does `LastError`. No
     /// copy exists then, except if only the flush of its folder failed: the copy is whole, but a power cut may remove
-    /// it. An existing file is never replaced. A thread with an open client transaction, or with a scope that has
+    /// it. An existing file is never replaced, and a name beside which an earlier store has left a log or a journal is
+    /// refused. A thread with an open client transaction, or with a scope that has
     /// written, is refused.
     [[nodiscard]] bool Backup(QString const& path, QString* error = nullptr);
 

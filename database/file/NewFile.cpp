@@ -2,6 +2,7 @@
 
 #include "database/file/Descriptor.h"
 #include "database/file/DiskFlush.h"
+#include "database/file/ExclusiveLock.h"
 #include "database/sqlite/ErrorTexts.h"
 
 #include <QFileInfo>
@@ -25,8 +26,24 @@ int RenameWithoutReplacing(QByteArray const& from, char const* to)
         return 0;
     if (errno != EINVAL && errno != ENOSYS)
         return errno;
-    // Most file systems without such a rename have hard links. The temporary name is removed later.
-    return ::link(from.constData(), to) == 0 ? 0 : errno;
+    // Most file systems without such a rename have hard links.
+    if (::link(from.constData(), to) != 0)
+        return errno;
+    ::unlink(from.constData());
+    return 0;
+}
+
+Failure CheckNothingIsLeft(StoreFile const& target)
+{
+    QStringList const left = target.FilesBeside();
+    if (left.isEmpty())
+        return {};
+    return MakeError(target.path(),
+                     SQLITE_CANTOPEN,
+                     QStringLiteral("there is no such file, but an earlier one has left %1, which SQLite would play "
+                                    "into a new one. It may hold the last changes of the earlier file: put that file "
+                                    "back, or move away what it has left")
+                         .arg(left.join(QStringLiteral(" and "))));
 }
 
 } // namespace
@@ -41,6 +58,15 @@ NewFile::~NewFile()
         return;
     for (char const* suffix : DatabaseSuffixes)
         ::unlink((_temporary + suffix).constData());
+}
+
+Failure NewFile::CheckTarget(bool& isTaken) const
+{
+    // In this order: the files beside one that is being used come after it and go before it.
+    Failure failure = CheckNothingIsLeft(_target);
+    struct stat status = {};
+    isTaken = ::lstat(_target.name(), &status) == 0;
+    return isTaken ? Failure() : failure;
 }
 
 Failure NewFile::Create()
@@ -65,15 +91,31 @@ int NewFile::Open(SqliteHandle& handle) const
 
 Failure NewFile::Publish(bool& isTaken) const
 {
+    Failure failure = PutInPlace(isTaken);
+    return failure || isTaken ? failure : FlushName();
+}
+
+Failure NewFile::PutInPlace(bool& isTaken) const
+{
     isTaken = false;
-    int errorNumber = FlushFile(_temporary.constData());
-    if (errorNumber == 0)
-        errorNumber = RenameWithoutReplacing(_temporary, _target.name());
-    if (errorNumber == EEXIST) {
-        isTaken = true;
-        return {};
+    if (int const errorNumber = FlushFile(_temporary.constData()); errorNumber != 0)
+        return CannotPutInPlace(errorNumber);
+    // Without the lock, what is found beside the file could be of a connection that opened it right after the rename.
+    ExclusiveLock lock(file());
+    if (Failure failure = lock.Take())
+        return failure;
+    std::optional<FileIdentity> const identity = IdentityAt(_temporary.constData());
+    int const errorNumber = RenameWithoutReplacing(_temporary, _target.name());
+    isTaken = errorNumber == EEXIST;
+    if (errorNumber != 0)
+        return isTaken ? Failure() : CannotPutInPlace(errorNumber);
+
+    Failure failure = CheckNothingIsLeft(_target);
+    if (failure && IdentityAt(_target.name()) == identity) {
+        ::unlink(_target.name());
+        static_cast<void>(FlushFolder(_target.folder())); // a power cut may bring the name back until then
     }
-    return errorNumber == 0 ? FlushName() : CannotPutInPlace(errorNumber);
+    return failure;
 }
 
 Failure NewFile::Replace() const

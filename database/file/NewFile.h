@@ -18,6 +18,10 @@ public:
     ~NewFile();
     Q_DISABLE_COPY_MOVE(NewFile)
 
+    /// Sets `isTaken` if a file of the name exists. If none does, fails if the log, its index or the journal of an
+    /// earlier one is still there: SQLite would play it into the new file.
+    [[nodiscard]] Failure CheckTarget(bool& isTaken) const;
+
     /// Creates the file, empty, readable and writable by its owner only.
     [[nodiscard]] Failure Create();
 
@@ -28,7 +32,8 @@ public:
     [[nodiscard]] int Open(SqliteHandle& handle) const;
 
     /// Flushes the file, gives it its own name and flushes the folder. If a file of the name exists, sets `isTaken`,
-    /// succeeds and does nothing else.
+    /// succeeds and does nothing else. Fails like `CheckTarget` if it finds, with the name given and before anybody
+    /// else can read the file, that a log or a journal has come meanwhile; the name is then taken back.
     ///
     /// If only the flush of the folder fails, this fails and the file stays under its own name: it is whole, and
     /// another process may already be using it; but a power cut may remove it.
@@ -38,6 +43,7 @@ public:
     [[nodiscard]] Failure Replace() const;
 
 private:
+    Failure PutInPlace(bool& isTaken) const;
     Failure FlushName() const;
     Failure CannotPutInPlace(int errorNumber) const;
 

@@ -18,8 +18,7 @@ StoreError TargetIsTaken(StoreFile const& target)
 {
     return MakeError(target.path(),
                      SQLITE_CANTOPEN,
-                     QStringLiteral("a backup replaces nothing, and there is a file of this name already, or a log or "
-                                    "a journal that belongs to one"));
+                     QStringLiteral("a backup replaces nothing, and there is a file of this name already"));
 }
 
 StoreError CannotBackUp(StoreFile const& target, StoreError const& reason)
@@ -69,14 +68,16 @@ Failure StoreBackup::Write(StoreFile const& target) const
 {
     if (Failure failure = target.CheckName())
         return failure;
-    if (!target.IsFree())
-        return TargetIsTaken(target);
     NewFile copy(target);
+    bool isTaken = false;
+    if (Failure failure = copy.CheckTarget(isTaken))
+        return failure;
+    if (isTaken)
+        return TargetIsTaken(target);
     if (Failure failure = copy.Create())
         return failure;
     if (Failure failure = WriteTo(copy))
         return failure;
-    bool isTaken = false;
     Failure failure = copy.Publish(isTaken);
     return isTaken ? Failure(TargetIsTaken(target)) : failure;
 }

@@ -48,13 +48,14 @@ Failure CreateStore(StoreFile const& file, JournalMode mode)
 {
     {
         NewFile created(file);
+        bool isTaken = false; // by a store of another process or thread, which is as good
+        if (Failure failure = created.CheckTarget(isTaken); failure || isTaken)
+            return failure;
         if (Failure failure = created.Create())
             return failure;
         Failure failure = Fill(created, mode);
-        if (!failure) {
-            bool isTaken = false; // by a store of another process or thread, which is as good
+        if (!failure)
             return created.Publish(isTaken);
-        }
         if (mode == JournalMode::Rollback)
             return failure;
     }

@@ -6,10 +6,8 @@
 
 #include <sqlite3.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
-#include <iterator>
 #include <memory>
 
 #include <unistd.h>
@@ -83,9 +81,19 @@ bool StoreFile::IsMissing() const noexcept
 bool StoreFile::IsFree() const
 {
     struct stat status = {};
-    return std::all_of(std::begin(DatabaseSuffixes), std::end(DatabaseSuffixes), [&](char const* suffix) {
-        return ::lstat((_name + suffix).constData(), &status) != 0;
-    });
+    return ::lstat(name(), &status) != 0 && FilesBeside().isEmpty();
+}
+
+QStringList StoreFile::FilesBeside() const
+{
+    QStringList found;
+    struct stat status = {};
+    for (char const* suffix : SuffixesBeside) {
+        QByteArray const file = _name + suffix;
+        if (::lstat(file.constData(), &status) == 0)
+            found.append(QFile::decodeName(file));
+    }
+    return found;
 }
 
 bool StoreFile::Exists(char const* suffix) const

@@ -5,6 +5,7 @@
 
 #include <QByteArray>
 #include <QString>
+#include <QStringList>
 
 #include <optional>
 
@@ -14,6 +15,7 @@ namespace sync::database {
 constexpr char const* LogSuffix = "-wal";
 constexpr char const* LogIndexSuffix = "-shm";
 constexpr char const* JournalSuffix = "-journal";
+constexpr char const* SuffixesBeside[] = {LogSuffix, LogIndexSuffix, JournalSuffix};
 /// All files of a database, the database itself first.
 constexpr char const* DatabaseSuffixes[] = {"", LogSuffix, LogIndexSuffix, JournalSuffix};
 
@@ -44,7 +46,9 @@ public:
     Failure CheckName() const;
     /// Whether nothing at all stands at the path.
     bool IsMissing() const noexcept;
-    /// Whether nothing can be seen at the path, nor at the names of the files that SQLite would put beside it.
+    /// The paths at which SQLite puts a log, its index or a journal beside the file, as far as something stands there.
+    QStringList FilesBeside() const;
+    /// Whether nothing can be seen at the path, nor beside it.
     bool IsFree() const;
     /// Whether a file stands at the path with the suffix appended.
     bool Exists(char const* suffix) const;

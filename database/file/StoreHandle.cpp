@@ -2,6 +2,7 @@
 
 #include "database/file/StoreDamage.h"
 #include "database/file/StoreHeader.h"
+#include "database/file/StoreOwner.h"
 #include "database/file/StoreSchema.h"
 #include "database/sqlite/ErrorTexts.h"
 
@@ -44,7 +45,19 @@ StoreHandle::StoreHandle(StoreFile file, int busyTimeoutMsec)
 
 Failure StoreHandle::Open(OpenPurpose purpose, StoreAccess access)
 {
-    return access == StoreAccess::ReadOnly ? OpenForReading(purpose) : OpenForWriting(purpose);
+    if (access == StoreAccess::ReadWrite) {
+        if (Failure failure = CheckWriter(_file))
+            return failure;
+    }
+    if (Failure failure = CheckOwnersBeside(_file))
+        return failure;
+    Failure failure = access == StoreAccess::ReadOnly ? OpenForReading(purpose) : OpenForWriting(purpose);
+    Failure foreign = CheckOwnersBeside(_file); // something may have come before SQLite looked
+    if (!foreign)
+        return failure;
+    if (_handle != nullptr)
+        sqlite3_db_config(get(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
+    return foreign;
 }
 
 void StoreHandle::Close() noexcept

@@ -158,9 +158,40 @@ TEST_P(StoreBackup, LogOrJournalThatWouldBeTakenForTheCopysIsRefused)
     for (char const* suffix : {"-wal", "-journal", "-shm"}) {
         QString const left = Target() + QLatin1String(suffix);
         WriteFile(left, "left behind by a store of this name");
-        ExpectFailure("a log or a journal");
+        ExpectFailure(left.toUtf8().constData());
         QFile::remove(left);
     }
+}
+
+TEST_P(StoreBackup, LogOrJournalThatComesBeforeTheCopyHasItsNameIsRefused)
+{
+    AddRows(3);
+    store.reset();
+    FaultyFiles files;
+    QString const planted = Target("copy.db-journal"_q);
+    int refused = 0;
+    bool isPlanted = true;
+    for (int n = 1; isPlanted; ++n) {
+        SCOPED_TRACE(n);
+        OpenStore();
+        isPlanted = false;
+        files.Fail(n, SQLITE_OK, {FileOperation::Lock});
+        files.WatchFailure([&] {
+            isPlanted = true;
+            WriteFile(planted, "planted");
+        });
+        QString error;
+        bool const done = store->Backup(Target(), &error);
+        files.Recover();
+        EXPECT_EQ(done, !isPlanted);
+        EXPECT_EQ(error.contains(planted), isPlanted) << error.toStdString();
+        EXPECT_EQ(QFile::exists(Target()), done);
+        refused += done ? 0 : 1;
+        store->ClearError();
+        store.reset();
+        QFile::remove(planted);
+    }
+    EXPECT_GT(refused, 3);
 }
 
 TEST_P(StoreBackup, PathThatCanBeNoFileIsRefused)
@@ -181,7 +212,7 @@ TEST_P(StoreBackup, FolderWithoutRightsIsRefused)
     QString const target = other.filePath("copy.db"_q);
     store.reset();
     ASSERT_EQ(::chmod(folder.path().toUtf8().constData(), 0777), 0);
-    ASSERT_EQ(::chmod(StorePath().toUtf8().constData(), 0666), 0);
+    GiveToUnprivilegedUser(StorePath());
     EXPECT_EQ(InChildProcess([&] {
                   DropRights();
                   QString error;
@@ -336,7 +367,7 @@ TEST_P(StoreBackup, ThreadsThatCopyToOneNameGetOneCopy)
 TEST_P(StoreBackup, StoreThatWasMovedAwayIsRefused)
 {
     ASSERT_TRUE(QFile::rename(StorePath(), Target("moved.db"_q)));
-    ASSERT_NE(SqliteDatabaseFactory::Open(StorePath()), nullptr);
+    ASSERT_TRUE(QFile::copy(Target("moved.db"_q), StorePath()));
     ExpectFailure("removed or replaced");
 }
 

@@ -21,6 +21,7 @@
 #include <vector>
 
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace {
 
@@ -42,8 +43,27 @@ protected:
         return status.st_mode & 07777;
     }
 
+    /// Opening must fail with a text that names this file, and leave the folder as it is.
+    void ExpectRefusal(QString const& named)
+    {
+        QMap<QString, QByteArray> const before = FilesAndLinks();
+        EXPECT_EQ(SqliteDatabaseFactory::Open(Path(), &error), nullptr);
+        EXPECT_TRUE(error.contains(Path() + ": "_q) && error.contains(named)) << error.toStdString();
+        EXPECT_EQ(FilesAndLinks(), before);
+    }
+
     QTemporaryDir folder;
     QString error;
+
+private:
+    /// The contents of files, and nothing for links that lead nowhere.
+    QMap<QString, QByteArray> FilesAndLinks() const
+    {
+        QMap<QString, QByteArray> found;
+        for (QFileInfo const& file : QDir(folder.path()).entryInfoList(QDir::Files | QDir::Hidden | QDir::System))
+            found.insert(file.fileName(), file.exists() ? ReadFile(file.filePath()) : QByteArray());
+        return found;
+    }
 };
 
 TEST_F(StoreCreation, NewStoreIsWholeAndMarked)
@@ -261,6 +281,104 @@ TEST_F(StoreCreation, StoreThatAppearsMeanwhileIsNotReplaced)
     ASSERT_NE(store, nullptr) << error.toStdString();
     EXPECT_EQ(Column(*store, QStringLiteral("SELECT alias FROM ServerConfiguration")),
               std::vector<QVariant>{QStringLiteral("the other's")});
+}
+
+TEST_F(StoreCreation, StoreThatAppearsMeanwhileIsOpenedBesideItsLog)
+{
+    FaultyFiles files;
+    files.Fail(1, SQLITE_OK, {FileOperation::Sync});
+    std::shared_ptr<SqliteDatabaseFactory> other;
+    files.WatchFailure([&] {
+        files.Fail(0, SQLITE_OK, {});
+        other = SqliteDatabaseFactory::Open(Path());
+        ASSERT_NE(other, nullptr);
+        EXPECT_TRUE(AddServer(*other, "the other's"_q));
+        EXPECT_TRUE(QFile::exists(Path() + "-wal"_q));
+    });
+    auto store = SqliteDatabaseFactory::Open(Path(), &error);
+    ASSERT_NE(store, nullptr) << error.toStdString();
+    EXPECT_EQ(CountServers(*store), 1);
+    store.reset();
+    other.reset();
+}
+
+TEST_F(StoreCreation, WhatAnEarlierStoreHasLeftIsRefusedAndUnchanged)
+{
+    for (char const* suffix : {"-wal", "-shm", "-journal"}) {
+        QString const left = Path() + QLatin1String(suffix);
+        for (QByteArray const& contents : {QByteArray(), QByteArray("left behind")}) {
+            WriteFile(left, contents);
+            ExpectRefusal(left);
+            QFile::remove(left);
+        }
+        ASSERT_EQ(::symlink("nowhere", left.toUtf8().constData()), 0);
+        ExpectRefusal(left);
+        QFile::remove(left);
+    }
+    EXPECT_NE(SqliteDatabaseFactory::Open(Path(), &error), nullptr) << error.toStdString();
+}
+
+TEST_F(StoreCreation, RowsThatAKilledProgramHasLeftComeBackWithTheirStoreAndGoIntoNoOther)
+{
+    for (JournalMode const journalMode : {JournalMode::WriteAheadLog, JournalMode::Rollback}) {
+        bool const usesLog = journalMode == JournalMode::WriteAheadLog;
+        OpenOptions options;
+        options.journalMode = journalMode;
+        ASSERT_EQ(InChildProcess([&] {
+                      auto const store = SqliteDatabaseFactory::Open(Path(), nullptr, options);
+                      if (store == nullptr || !AddServer(*store, "acknowledged"_q))
+                          return 1;
+                      RawStore raw(Path());
+                      if (!usesLog)
+                          raw.Run("PRAGMA cache_size = 1; BEGIN; "
+                                  "INSERT INTO ServerConfiguration (alias) VALUES (zeroblob(100000))"_q);
+                      Crash();
+                  }),
+                  -SIGKILL);
+        QString const away = folder.filePath("away.db"_q);
+        ASSERT_TRUE(QFile::rename(Path(), away));
+        ExpectRefusal(Path() + (usesLog ? "-wal"_q : "-journal"_q));
+        ASSERT_TRUE(QFile::rename(away, Path()));
+        auto store = SqliteDatabaseFactory::Open(Path(), &error);
+        ASSERT_NE(store, nullptr) << error.toStdString();
+        EXPECT_EQ(CountServers(*store), 1);
+        store.reset();
+        ASSERT_TRUE(QFile::remove(Path()));
+    }
+}
+
+/// The file comes at each point at which SQLite locks a file, up to the last one before the store gets its name.
+TEST_F(StoreCreation, LogOrJournalThatComesBeforeTheStoreHasItsNameIsRefused)
+{
+    FaultyFiles files;
+    for (char const* suffix : {"-wal", "-shm", "-journal"}) {
+        QString const planted = Path() + QLatin1String(suffix);
+        int refused = 0;
+        for (int n = 1;; ++n) {
+            SCOPED_TRACE(n);
+            bool isPlanted = false;
+            files.Fail(n, SQLITE_OK, {FileOperation::Lock});
+            files.WatchFailure([&] {
+                isPlanted = !QFile::exists(Path());
+                if (isPlanted)
+                    WriteFile(planted, "planted");
+            });
+            auto store = SqliteDatabaseFactory::Open(Path(), &error);
+            files.Recover();
+            if (!isPlanted) {
+                EXPECT_NE(store, nullptr) << error.toStdString();
+                store.reset();
+                QFile::remove(Path());
+                break;
+            }
+            ASSERT_EQ(store, nullptr);
+            EXPECT_TRUE(error.contains(planted)) << error.toStdString();
+            EXPECT_EQ(Files(), QStringList{QFileInfo(planted).fileName()});
+            QFile::remove(planted);
+            ++refused;
+        }
+        EXPECT_GT(refused, 3);
+    }
 }
 
 TEST_F(StoreCreation, ProcessesThatMakeTheSameStoreAtOnceAllGetIt)

@@ -363,7 +363,8 @@ TEST_P(StoreOpening, PlaceWithoutRightsIsRefused)
     if (GetParam() != OpenMode::ReadOnly) {
         ASSERT_EQ(::chmod(name.constData(), 0444), 0);
         EXPECT_EQ(InChildProcess(opens), 0) << "of a file that may not be written";
-        ASSERT_EQ(::chmod(name.constData(), 0666), 0);
+        GiveToUnprivilegedUser(Path());
+        ASSERT_EQ(::chmod(name.constData(), 0600), 0);
         EXPECT_EQ(InChildProcess(opens), 0) << "of a folder that takes no log";
         ASSERT_EQ(::unlink(name.constData()), 0);
         EXPECT_EQ(InChildProcess(opens), 0) << "of a folder that takes no store";

@@ -395,6 +395,7 @@ TEST_P(OlderStoreUpgrade, FolderWithoutRightsIsRefused)
 {
     QByteArray const place = folder.path().toUtf8();
     ASSERT_EQ(::chmod(Path().toUtf8().constData(), 0666), 0);
+    GiveToUnprivilegedUser(Path());
     ASSERT_EQ(::chmod(place.constData(), 0555), 0);
     QByteArray const before = ReadFile(Path());
     EXPECT_EQ(InChildProcess([&] {

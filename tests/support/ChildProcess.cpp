@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <QFile>
+
 #include <csignal>
 #include <cstdlib>
 
@@ -43,11 +45,23 @@ void Crash()
     std::abort();
 }
 
+namespace {
+
+constexpr id_t Nobody = 65534;
+
+} // namespace
+
 void DropRights()
 {
-    constexpr id_t Nobody = 65534;
     if (::geteuid() == 0 && (::setgid(Nobody) != 0 || ::setuid(Nobody) != 0))
         std::abort();
+}
+
+void GiveToUnprivilegedUser(QString const& path)
+{
+    if (::geteuid() == 0) {
+        EXPECT_EQ(::chown(QFile::encodeName(path).constData(), Nobody, Nobody), 0) << path.toStdString();
+    }
 }
 
 } // namespace tandry::test

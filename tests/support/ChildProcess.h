@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QString>
+
 #include <functional>
 
 #include <sys/types.h>
@@ -36,5 +38,8 @@ int InChildProcess(std::function<int()> const& function);
 
 /// Makes the calling process an unprivileged user if it is root, so that file permissions apply to it.
 void DropRights();
+
+/// Gives a file to the user that `DropRights` makes of root. Does nothing if the test is not run by root.
+void GiveToUnprivilegedUser(QString const& path);
 
 } // namespace tandry::test

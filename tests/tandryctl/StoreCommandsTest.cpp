@@ -251,6 +251,26 @@ TEST_F(StoreCommandsTest, BackupThatKeepsSomeNeedsAFolderAndACount)
     EXPECT_EQ(Run({"backup"_q, "--keep"_q, "0"_q, folder.path()}).status, 2);
 }
 
+TEST_F(StoreCommandsTest, InitAndBackupNameWhatAnEarlierStoreHasLeft)
+{
+    WriteFile("store.db-wal"_q, "left");
+    EXPECT_EQ(Run({"init"_q}).status, 3);
+    EXPECT_TRUE(Run({"init"_q}).err.contains(StorePath() + "-wal"_q));
+    EXPECT_FALSE(QFileInfo::exists(StorePath()));
+    QFile::remove(At("store.db-wal"));
+
+    Init();
+    WriteFile("copy.db-journal"_q, "left");
+    for (QStringList const& command :
+         {QStringList{"backup"_q, At("copy.db")}, QStringList{"recover"_q, StorePath(), "--to"_q, At("copy.db")}}) {
+        RunResult const ran = Run(command);
+        EXPECT_EQ(ran.status, 3) << ran.err.toStdString();
+        EXPECT_TRUE(ran.err.contains(At("copy.db-journal"))) << ran.err.toStdString();
+        EXPECT_EQ(ran.err.count(QLatin1Char('\n')), 1) << ran.err.toStdString();
+        EXPECT_FALSE(QFileInfo::exists(At("copy.db")));
+    }
+}
+
 TEST_F(StoreCommandsTest, BackupNeedsAPath)
 {
     Init();
