@@ -176,6 +176,22 @@ TEST_F(ServerCommandsTest, RemoveListsOrphanedAccountsAndProducts)
     EXPECT_EQ(Json({"account"_q, "list"_q}).size(), 2);
 }
 
+TEST_F(ServerCommandsTest, RemoveNamesTheRootsOfItsAccountsAndTheDefaultServer)
+{
+    AddServer("a"_q);
+    AddServer("b"_q);
+    RunSuccessfully({"account"_q, "add"_q, "--user"_q, "anna"_q, "--server"_q, "1"_q});
+    MakeDirectory("docs"_q);
+    RunSuccessfully({"root"_q, "add"_q, At("docs"), "--server-path"_q, "/d"_q, "--account"_q, "1"_q});
+    QString const expected =
+        "server 1 'a' from the store, leaving 1 account (account 1 'anna') that belongs to nothing and 1 root (root 1 '"_q +
+        At("docs") + "') without a server; it is the default server"_q;
+    RunResult const refused = Run({"server"_q, "remove"_q, "1"_q});
+    EXPECT_TRUE(refused.err.contains(expected)) << refused.err.toStdString();
+    EXPECT_FALSE(Run({"server"_q, "remove"_q, "2"_q}).err.contains("default"_q));
+    EXPECT_EQ(RunSuccessfully({"server"_q, "remove"_q, "1"_q, "--yes"_q}), "removed "_q + expected + "\n"_q);
+}
+
 TEST_F(ServerCommandsTest, RemoveAsksOnATerminal)
 {
     AddServer("a"_q);

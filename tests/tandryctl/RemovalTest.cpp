@@ -39,3 +39,15 @@ TEST(Removal, ListsFiveNamesAtMost)
     removal.AddOrphaned(7, "account", "accounts", {"a"_q, "b"_q, "c"_q, "d"_q, "e"_q, "f"_q, "g"_q});
     EXPECT_TRUE(removal.text().contains("7 accounts (a, b, c, d, e and 2 more)"_q)) << removal.text().toStdString();
 }
+
+TEST(Removal, ListsDeprivedRowsAndRemarksLast)
+{
+    Removal removal("server 1"_q);
+    removal.AddRemark("it is the default server"_q);
+    removal.AddDeprived(0, "product", "products", {}, "a name");
+    removal.AddDeprived(1, "root", "roots", {"root 1 '/a'"_q}, "a server");
+    removal.AddOrphaned(2, "account", "accounts");
+    EXPECT_EQ(removal.text(),
+              "server 1 from the store, leaving 2 accounts that belong to nothing and 1 root (root 1 '/a') without a "
+              "server; it is the default server"_q);
+}

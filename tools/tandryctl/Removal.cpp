@@ -8,6 +8,17 @@ namespace {
 
 constexpr int MostNames = 5;
 
+QString CountedWithNames(int count, char const* singular, char const* plural, QStringList const& names)
+{
+    QString const counted = Counted(count, singular, plural);
+    if (names.isEmpty())
+        return counted;
+    QStringList named = names.mid(0, MostNames);
+    if (names.size() > MostNames)
+        named.append(QStringLiteral("%1 more").arg(names.size() - MostNames));
+    return counted + QStringLiteral(" (%1)").arg(JoinWithAnd(named));
+}
+
 } // namespace
 
 Removal::Removal(QString const& label)
@@ -24,15 +35,21 @@ void Removal::AddOrphaned(int count, char const* singular, char const* plural, Q
 {
     if (count <= 0)
         return;
-    QString leaves = Counted(count, singular, plural);
-    if (!names.isEmpty()) {
-        QStringList named = names.mid(0, MostNames);
-        if (names.size() > MostNames)
-            named.append(QStringLiteral("%1 more").arg(names.size() - MostNames));
-        leaves += QStringLiteral(" (%1)").arg(JoinWithAnd(named));
-    }
-    _orphaned.append(leaves);
+    _orphaned.append(CountedWithNames(count, singular, plural, names));
     _orphanedRows += count;
+}
+
+void Removal::AddDeprived(
+    int count, char const* singular, char const* plural, QStringList const& names, char const* what)
+{
+    if (count > 0)
+        _deprived.append(CountedWithNames(count, singular, plural, names) + QStringLiteral(" without ") +
+                         QLatin1String(what));
+}
+
+void Removal::AddRemark(QString const& remark)
+{
+    _remarks.append(remark);
 }
 
 QString Removal::text() const
@@ -41,9 +58,15 @@ QString Removal::text() const
     if (!_removed.isEmpty())
         text += QStringLiteral(" with ") + JoinWithAnd(_removed);
     text += QStringLiteral(" from the store");
+
+    QStringList left = _deprived;
     if (!_orphaned.isEmpty())
-        text += QStringLiteral(", leaving %1 that %2 to nothing")
-                    .arg(JoinWithAnd(_orphaned), QLatin1String(_orphanedRows == 1 ? "belongs" : "belong"));
+        left.prepend(QStringLiteral("%1 that %2 to nothing")
+                         .arg(JoinWithAnd(_orphaned), QLatin1String(_orphanedRows == 1 ? "belongs" : "belong")));
+    if (!left.isEmpty())
+        text += QStringLiteral(", leaving ") + JoinWithAnd(left);
+    for (QString const& remark : _remarks)
+        text += QStringLiteral("; ") + remark;
     return text;
 }
 

@@ -19,6 +19,13 @@ public:
     /// zero or less.
     void AddOrphaned(int count, char const* singular, char const* plural, QStringList const& names = {});
 
+    /// Adds rows that stay and keep their parents, but lose `what`, such as "a server", with the record. Ignores counts
+    /// of zero or less.
+    void AddDeprived(int count, char const* singular, char const* plural, QStringList const& names, char const* what);
+
+    /// Adds a clause about the record, such as "it is the default server".
+    void AddRemark(QString const& remark);
+
     /// Returns the description, such as "root 1 '/a' with 2 folders and 1 file from the store, leaving 1 schedule that
     /// belongs to nothing".
     QString text() const;
@@ -28,6 +35,8 @@ private:
     QStringList _removed;
     QStringList _orphaned;
     int _orphanedRows = 0;
+    QStringList _deprived;
+    QStringList _remarks;
 };
 
 } // namespace tandryctl

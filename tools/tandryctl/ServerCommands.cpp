@@ -5,14 +5,17 @@
 #include "Lookups.h"
 #include "RecordColumns.h"
 #include "Removal.h"
-#include "StoreQueries.h"
 #include "Text.h"
 
+#include <QSet>
 #include <QSettings>
+
+#include <algorithm>
 
 namespace tandryctl {
 
 using sync::config::AuthenticationConfiguration;
+using sync::config::FolderConfiguration;
 using sync::config::ProductConfiguration;
 using sync::config::ServerConfiguration;
 
@@ -105,14 +108,15 @@ ExitStatus Update(Session& session, Arguments const& arguments)
     return ExitStatus::Done;
 }
 
-QStringList LabelsOfAccounts(Session& session, int serverId)
+QVector<AuthenticationConfiguration> AccountsOf(Session& session, int serverId)
 {
-    QStringList names;
-    for (AuthenticationConfiguration const& account : session.Checked(session.accounts().GetAll())) {
-        if (account.getServerId() == serverId)
-            names.append(Label("account", account.getId(), NameOf(account)));
-    }
-    return names;
+    QVector<AuthenticationConfiguration> accounts = session.Checked(session.accounts().GetAll());
+    accounts.erase(
+        std::remove_if(accounts.begin(),
+                       accounts.end(),
+                       [&](AuthenticationConfiguration const& account) { return account.getServerId() != serverId; }),
+        accounts.end());
+    return accounts;
 }
 
 QStringList LabelsOfProducts(Session& session, int serverId)
@@ -128,16 +132,22 @@ QStringList LabelsOfProducts(Session& session, int serverId)
 ExitStatus Remove(Session& session, Arguments const& arguments)
 {
     ServerConfiguration const server = FindServer(session, arguments.id);
+    QStringList accounts;
+    QSet<int> accountIds;
+    for (AuthenticationConfiguration const& account : AccountsOf(session, server.getId())) {
+        accounts.append(Label("account", account.getId(), NameOf(account)));
+        accountIds.insert(account.getId());
+    }
+    QStringList const roots = LabelsOfRoots(
+        session, [&](FolderConfiguration const& root) { return accountIds.contains(root.getAuthenticationId()); });
+    QStringList const products = LabelsOfProducts(session, server.getId());
+
     Removal removal(LabelOf(server));
-    auto const countReferences = [&](char const* table) {
-        return session.Checked(session.queries().CountReferences(table, "serverId", server.getId()));
-    };
-    removal.AddOrphaned(countReferences("AuthenticationConfiguration"),
-                        "account",
-                        "accounts",
-                        LabelsOfAccounts(session, server.getId()));
-    removal.AddOrphaned(
-        countReferences("ProductConfiguration"), "product", "products", LabelsOfProducts(session, server.getId()));
+    removal.AddOrphaned(accounts.size(), "account", "accounts", accounts);
+    removal.AddOrphaned(products.size(), "product", "products", products);
+    removal.AddDeprived(roots.size(), "root", "roots", roots, "a server");
+    if (session.Checked(session.servers().GetDefaultServerConfig()).getId() == server.getId())
+        removal.AddRemark(QStringLiteral("it is the default server"));
     session.ConfirmRemoval(removal.text());
     session.CheckWritten(session.servers().Remove(server.getId()));
     session.output().Report(QStringLiteral("removed ") + removal.text(), ServerColumns(), server);
@@ -213,7 +223,9 @@ void AddServerCommands(Command& top)
 
     servers.Add("remove", "Remove a server")
         .Argument("ID", arguments->id, "The server's id")
-        .Remark("Lists the accounts and products that will be left without a server, and asks for confirmation.")
+        .Remark(
+            "Lists the accounts, the products and the roots that will be left without a server, says whether it is\n"
+            "the default server, and asks for confirmation.")
         .Example("server remove 1", "remove server 1 after confirmation")
         .Run(StoreAccess::Write, [arguments](Session& session) { return Remove(session, *arguments); });
 
