@@ -4,7 +4,6 @@
 #include "Listing.h"
 #include "Lookups.h"
 #include "RecordColumns.h"
-#include "StoreQueries.h"
 #include "Text.h"
 
 #include <QHash>
@@ -17,7 +16,6 @@ namespace tandryctl {
 using sync::config::FileConfiguration;
 using sync::config::FileConfigurationType;
 using sync::config::FolderConfiguration;
-using sync::config::ScheduleEntry;
 
 namespace {
 
@@ -75,10 +73,8 @@ ExitStatus ListFiles(Session& session, FileArguments const& arguments)
 
 ExitStatus ListSchedules(Session& session)
 {
-    QVector<ScheduleEntry> schedules;
-    for (int const id : session.Checked(session.queries().ScheduleIds()))
-        schedules.append(session.Checked(session.schedules().GetScheduleEntryById(id)));
-    return List(session, ScheduleColumns(), schedules, "schedules", "the client makes schedules");
+    return List(
+        session, ScheduleColumns(), AllSchedules(session), "schedules", "add one with 'tandryctl schedule add'");
 }
 
 struct TreeNode

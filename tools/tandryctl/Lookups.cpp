@@ -2,6 +2,7 @@
 
 #include "Failure.h"
 #include "Session.h"
+#include "StoreQueries.h"
 #include "Text.h"
 
 namespace tandryctl {
@@ -9,6 +10,7 @@ namespace tandryctl {
 using sync::config::AuthenticationConfiguration;
 using sync::config::FolderConfiguration;
 using sync::config::ProductConfiguration;
+using sync::config::ScheduleEntry;
 using sync::config::ServerConfiguration;
 
 namespace {
@@ -58,6 +60,20 @@ ProductConfiguration FindProduct(Session& session, int id)
 {
     return FoundOrThrow(
         session.Checked(session.products().GetProductConfigurationById(id)), "product", id, "product list");
+}
+
+ScheduleEntry FindSchedule(Session& session, int id)
+{
+    return FoundOrThrow(
+        session.Checked(session.schedules().GetScheduleEntryById(id)), "schedule", id, "list schedules");
+}
+
+QVector<ScheduleEntry> AllSchedules(Session& session)
+{
+    QVector<ScheduleEntry> schedules;
+    for (int const id : session.Checked(session.queries().ScheduleIds()))
+        schedules.append(session.Checked(session.schedules().GetScheduleEntryById(id)));
+    return schedules;
 }
 
 QVector<FolderConfiguration> FindRoots(Session& session, std::optional<int> id)

@@ -5,6 +5,7 @@
 #include "config/AuthenticationConfiguration.h"
 #include "config/FolderConfiguration.h"
 #include "config/ProductConfiguration.h"
+#include "config/ScheduleEntry.h"
 #include "config/ServerConfiguration.h"
 
 #include <QString>
@@ -28,9 +29,13 @@ sync::config::FolderConfiguration FindRoot(Session& session, int id);
 sync::config::AuthenticationConfiguration FindAccount(Session& session, int id);
 sync::config::ServerConfiguration FindServer(Session& session, int id);
 sync::config::ProductConfiguration FindProduct(Session& session, int id);
+sync::config::ScheduleEntry FindSchedule(Session& session, int id);
 
 /// Returns all roots, or the one with this id. Throws if there is none.
 QVector<sync::config::FolderConfiguration> FindRoots(Session& session, std::optional<int> id);
+
+/// Returns all schedules in ascending order of their ids; the managers have no listing of them.
+QVector<sync::config::ScheduleEntry> AllSchedules(Session& session);
 
 /// Returns the labels of the roots that match the predicate.
 QStringList LabelsOfRoots(Session& session,

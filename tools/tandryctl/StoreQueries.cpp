@@ -1,11 +1,17 @@
 #include "StoreQueries.h"
 
+#include "config/RecordColumns.h"
+#include "config/ScheduleEntry.h"
 #include "interf/IDatabaseFactory.h"
 #include "interf/IQSqlQueryWrapper.h"
 
 #include <utility>
 
 namespace tandryctl {
+
+using sync::config::RecordColumn;
+using sync::config::RecordColumns;
+using sync::config::ScheduleEntry;
 
 StoreQueries::StoreQueries(std::shared_ptr<sync::interf::factory::IDatabaseFactory> store)
     : _store(std::move(store))
@@ -29,6 +35,20 @@ int StoreQueries::CountReferencesToTree(char const* table, char const* column, i
 QVector<int> StoreQueries::ScheduleIds()
 {
     return _Integers(QStringLiteral("SELECT id FROM Schedules ORDER BY id"));
+}
+
+int StoreQueries::AddSchedule(ScheduleEntry const& schedule)
+{
+    auto const query = _store->CreateQuery();
+    static_cast<void>(
+        query->prepare(QStringLiteral("INSERT INTO Schedules (folderConfigurationId, startTime, expireTime, "
+                                      "syncScheduleType, syncInterval) VALUES (:folderConfigurationId, :startTime, "
+                                      ":expireTime, :syncScheduleType, :syncInterval)")));
+    for (RecordColumn<ScheduleEntry> const& column : RecordColumns<ScheduleEntry>()) {
+        if (column.name() != QLatin1String("id"))
+            query->bindValue(QLatin1Char(':') + column.name(), column.Get(schedule));
+    }
+    return query->exec() ? query->lastInsertId().toInt() : -1;
 }
 
 QVector<int> StoreQueries::_Integers(QString const& statement, std::optional<int> id)

@@ -10,9 +10,13 @@ namespace sync::interf::factory {
 class IDatabaseFactory;
 }
 
+namespace sync::config {
+class ScheduleEntry;
+}
+
 namespace tandryctl {
 
-/// Queries that no manager offers. Reads only, through the store's public interface.
+/// Statements that no manager offers, run through the store's public interface.
 ///
 /// Like the managers, returns the same for a miss and for a failure; the store's `LastError` tells which.
 class StoreQueries
@@ -28,6 +32,9 @@ public:
 
     /// Returns the ids of all schedules in ascending order.
     QVector<int> ScheduleIds();
+
+    /// Adds a row with the values of the record and returns its id, or -1 if the store has failed.
+    int AddSchedule(sync::config::ScheduleEntry const& schedule);
 
 private:
     QVector<int> _Integers(QString const& statement, std::optional<int> id = {});
