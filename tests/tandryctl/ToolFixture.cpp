@@ -4,7 +4,6 @@
 #include <QFile>
 #include <QJsonDocument>
 #include <QProcess>
-#include <QProcessEnvironment>
 
 #include <algorithm>
 #include <filesystem>
@@ -42,20 +41,10 @@ protected:
     }
 };
 
-QProcessEnvironment Environment(QString const& home, QStringList const& more)
+RunResult
+RunProcess(QProcess& process, QStringList const& arguments, QByteArray const& input, QString const& program = Program)
 {
-    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    for (char const* name : {"TANDRY_STORE", "XDG_DATA_HOME", "XDG_CONFIG_HOME", "XDG_CONFIG_DIRS"})
-        environment.remove(QString::fromLatin1(name));
-    environment.insert(QStringLiteral("HOME"), home);
-    for (QString const& variable : more)
-        environment.insert(variable.section(QLatin1Char('='), 0, 0), variable.section(QLatin1Char('='), 1));
-    return environment;
-}
-
-RunResult RunProcess(QProcess& process, QStringList const& arguments, QByteArray const& input)
-{
-    process.start(Program, arguments);
+    process.start(program, arguments);
     process.write(input);
     process.closeWriteChannel();
     RunResult ran;
@@ -68,6 +57,17 @@ RunResult RunProcess(QProcess& process, QStringList const& arguments, QByteArray
 }
 
 } // namespace
+
+QProcessEnvironment HomeEnvironment(QString const& home, QStringList const& more)
+{
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    for (char const* name : {"TANDRY_STORE", "XDG_DATA_HOME", "XDG_CONFIG_HOME", "XDG_CONFIG_DIRS"})
+        environment.remove(QString::fromLatin1(name));
+    environment.insert(QStringLiteral("HOME"), home);
+    for (QString const& variable : more)
+        environment.insert(variable.section(QLatin1Char('='), 0, 0), variable.section(QLatin1Char('='), 1));
+    return environment;
+}
 
 QJsonArray RunResult::json() const
 {
@@ -117,7 +117,7 @@ RunResult
 ToolTest::RunWithoutStore(QStringList const& arguments, QStringList const& environment, QByteArray const& input)
 {
     QProcess process;
-    process.setProcessEnvironment(Environment(folder.path(), environment));
+    process.setProcessEnvironment(HomeEnvironment(folder.path(), environment));
     process.setWorkingDirectory(folder.path());
     return RunProcess(process, arguments, input);
 }
@@ -127,11 +127,12 @@ std::optional<RunResult> ToolTest::RunWithoutPrivileges(QStringList const& argum
     if (::geteuid() == 0 && ::prctl(PR_CAPBSET_READ, CAP_SETPCAP) != 1)
         return std::nullopt;
     UnprivilegedProcess process;
-    process.setProcessEnvironment(Environment(folder.path(), {}));
+    process.setProcessEnvironment(HomeEnvironment(folder.path(), {}));
     return RunProcess(process, _OnStore(arguments), {});
 }
 
-RunResult ToolTest::RunOnTerminal(QStringList const& arguments, QByteArray const& typed)
+RunResult
+ToolTest::RunOnTerminal(QStringList const& arguments, QByteArray const& typed, std::vector<Reaction> const& reactions)
 {
     std::vector<std::string> words{Program.toStdString()};
     QStringList const onStore = _OnStore(arguments);
@@ -156,15 +157,39 @@ RunResult ToolTest::RunOnTerminal(QStringList const& arguments, QByteArray const
     QByteArray shown;
     char buffer[4096];
     ssize_t count = 0;
-    while ((count = ::read(terminal, buffer, sizeof buffer)) > 0) // fails after the program has exited
+    auto reaction = reactions.begin();
+    while ((count = ::read(terminal, buffer, sizeof buffer)) > 0) { // fails after the program has exited
         shown.append(buffer, int(count));
+        while (reaction != reactions.end() && shown.contains(reaction->text)) {
+            QByteArray const more = reaction->act();
+            EXPECT_EQ(::write(terminal, more.constData(), size_t(more.size())), more.size());
+            ++reaction;
+        }
+    }
+    EXPECT_TRUE(reaction == reactions.end()) << shown.toStdString();
     ::close(terminal);
     int status = 0;
     EXPECT_EQ(::waitpid(child, &status, 0), child);
-    EXPECT_TRUE(WIFEXITED(status));
-    ran.status = WEXITSTATUS(status);
+    ran.status = WIFSIGNALED(status) ? 128 + WTERMSIG(status) : WEXITSTATUS(status);
     ran.out = QString::fromUtf8(shown);
     return ran;
+}
+
+std::optional<RunResult> ToolTest::RunWithMounts(char const* script)
+{
+    QStringList unshare{"--mount"_q, "--propagation"_q, "private"_q};
+    if (::geteuid() != 0)
+        unshare.prepend("--map-root-user"_q);
+    auto const run = [&](QString const& commands) {
+        QProcess process;
+        process.setProcessEnvironment(
+            HomeEnvironment(folder.path(), {"PROGRAM="_q + Program, "STORE="_q + StorePath()}));
+        process.setWorkingDirectory(folder.path());
+        return RunProcess(process, unshare + QStringList{"bash"_q, "-ec"_q, commands}, {}, "unshare"_q);
+    };
+    if (run("mount -t tmpfs tmpfs /mnt"_q).status != 0)
+        return std::nullopt;
+    return run("tandryctl() { \"$PROGRAM\" --store \"$STORE\" \"$@\"; }\n"_q + QString::fromUtf8(script));
 }
 
 void ToolTest::MakeDirectory(QString const& name) const

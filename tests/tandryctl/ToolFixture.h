@@ -5,14 +5,17 @@
 #include <QByteArray>
 #include <QJsonArray>
 #include <QJsonObject>
+#include <QProcessEnvironment>
 #include <QString>
 #include <QStringList>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <optional>
 #include <ostream>
+#include <vector>
 
 /// Makes failure messages readable.
 void PrintTo(QJsonObject const& object, std::ostream* out);
@@ -24,6 +27,7 @@ using tandry::test::operator""_q;
 /// The result of a run of the program.
 struct RunResult
 {
+    /// The exit status; 128 and the signal's number if a signal ended the program.
     int status = -1;
     QString out;
     QString err;
@@ -31,6 +35,9 @@ struct RunResult
     /// Returns the parsed output. Fails the test if it is not an array.
     QJsonArray json() const;
 };
+
+/// Returns the environment of a user with this home, without variables that lead elsewhere; `more` are "NAME=value".
+QProcessEnvironment HomeEnvironment(QString const& home, QStringList const& more = {});
 
 /// A test that runs the built program. Its temporary folder is the user's home and contains the store.
 class ToolTest : public testing::Test
@@ -61,8 +68,22 @@ protected:
     /// Runs the program so that file permissions apply to it, even for root. Returns nothing if that is not possible.
     std::optional<RunResult> RunWithoutPrivileges(QStringList const& arguments);
 
+    /// What the user of a terminal does when it first shows this text: `act` returns what is then typed.
+    struct Reaction
+    {
+        QByteArray text;
+        std::function<QByteArray()> act;
+    };
+
     /// Runs the program on a terminal with this input. `out` contains both streams as shown by the terminal.
-    RunResult RunOnTerminal(QStringList const& arguments, QByteArray const& typed = {});
+    /// The reactions come one after the other.
+    RunResult RunOnTerminal(QStringList const& arguments,
+                            QByteArray const& typed = {},
+                            std::vector<Reaction> const& reactions = {});
+
+    /// Runs a script of bash in the test's folder, in which "tandryctl" runs the program on the test's store. Its
+    /// mounts are its own and end with it. Returns nothing if it may not mount here.
+    std::optional<RunResult> RunWithMounts(char const* script);
 
     void MakeDirectory(QString const& name) const;
     void WriteFile(QString const& name, QByteArray const& content = {}) const;
