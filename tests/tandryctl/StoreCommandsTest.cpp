@@ -1,5 +1,6 @@
 #include "ToolFixture.h"
 
+#include "support/FolderContents.h"
 #include "support/RawStore.h"
 #include "support/ReleasedStores.h"
 
@@ -84,10 +85,25 @@ TEST_F(StoreCommandsTest, StoreOptionOverridesTheEnvironment)
     EXPECT_FALSE(QFileInfo::exists(At("other.db")));
 }
 
-TEST_F(StoreCommandsTest, EmptyEnvironmentVariableCountsAsNone)
+TEST_F(StoreCommandsTest, EmptyStoreNameIsWrongUsageAndNeverTheUsersOwnStore)
 {
-    EXPECT_EQ(RunWithoutStore({"init"_q}, {"TANDRY_STORE="_q}).status, 0);
-    EXPECT_TRUE(QFileInfo::exists(At(".local/share/tandry/tandry.db")));
+    ASSERT_EQ(RunWithoutStore({"init"_q}).status, 0);
+    QString const own = At(".local/share/tandry/tandry.db");
+    QByteArray const before = tandry::test::ReadFile(own);
+    MakeDirectory("docs"_q);
+    QStringList const addRoot{"root"_q, "add"_q, At("docs"), "--server-path"_q, "/d"_q};
+    for (QStringList const& arguments : {QStringList{"init"_q}, QStringList{"list"_q, "schedules"_q}, addRoot}) {
+        for (RunResult const& ran :
+             {RunWithoutStore(QStringList{"--store"_q, ""_q} + arguments),
+              RunWithoutStore(QStringList{"--store"_q, ""_q} + arguments, {"TANDRY_STORE="_q + own}),
+              RunWithoutStore(arguments, {"TANDRY_STORE="_q})}) {
+            EXPECT_EQ(ran.status, 2) << ran.out.toStdString();
+            EXPECT_TRUE(ran.err.contains("the store's name is empty"_q)) << ran.err.toStdString();
+            EXPECT_EQ(ran.err.count(QLatin1Char('\n')), 1);
+        }
+    }
+    EXPECT_EQ(tandry::test::ReadFile(own), before);
+    EXPECT_EQ(RunWithoutStore({"--store"_q, own, "list"_q, "schedules"_q}, {"TANDRY_STORE="_q}).status, 0);
 }
 
 TEST_F(StoreCommandsTest, MissingStoreFailsAndIsNotCreated)

@@ -18,6 +18,7 @@ namespace tandryctl {
 namespace {
 
 constexpr int HelpColumn = 34;
+constexpr char const* StoreVariable = "TANDRY_STORE";
 
 QString DecodeOrThrow(std::string const& argument)
 {
@@ -224,9 +225,11 @@ CommandLine::CommandLine()
 {
     _app->get_formatter()->column_width(HelpColumn);
     _app->set_version_flag("--version", "tandryctl " TANDRYCTL_VERSION, "Print the version and exit");
-    AddText(*_app, "--store", _options.storePath, "The store file; the user's own store by default")
-        ->type_name("FILE")
-        ->envname("TANDRY_STORE");
+    // CLI11 would ignore a variable that is empty.
+    if (qEnvironmentVariableIsSet(StoreVariable))
+        _options.storePath = qEnvironmentVariable(StoreVariable);
+    AddText(*_app, "--store", _options.storePath, "The store file; by default $TANDRY_STORE, or the user's own store")
+        ->type_name("FILE");
     _app->add_flag("--json", _options.json, "Print an array of objects instead of text");
     _app->add_flag("-y,--yes", _options.yes, "Don't ask before removing");
 }

@@ -33,10 +33,15 @@ Failure OutputFailure(QFile const& output)
             QStringLiteral("make room there or send it elsewhere; what the command has changed stays changed")};
 }
 
-QString StorePath(QString const& given)
+/// Refuses an empty name, usually an unset variable of a script: a command must not change the user's own store then.
+QString StorePath(std::optional<QString> const& given)
 {
-    if (!given.isEmpty())
-        return given;
+    if (given && given->isEmpty())
+        throw Failure(FailureCode::WrongUsage,
+                      QStringLiteral("the store's name is empty"),
+                      QStringLiteral("give a file with --store or in TANDRY_STORE, or neither for your own store"));
+    if (given)
+        return *given;
     return QStandardPaths::writableLocation(QStandardPaths::AppDataLocation) + QStringLiteral("/tandry.db");
 }
 
@@ -69,7 +74,7 @@ OpenOptions OptionsFor(StoreAccess access)
 } // namespace
 
 Session::Session(SessionOptions const& options, StoreAccess access)
-    : _storePath(StorePath(options.storePath))
+    : _storePath(access == StoreAccess::None ? QString() : StorePath(options.storePath))
     , _yes(options.yes)
     , _output(_stdout, options.json ? OutputFormat::Json : OutputFormat::Plain)
 {
@@ -87,7 +92,7 @@ Session::Session(SessionOptions const& options, StoreAccess access)
     bool const exists = file.exists() || file.isSymLink();
     if (!exists && access != StoreAccess::Create && access != StoreAccess::Replace)
         ThrowNoStore(_storePath);
-    if (!exists && options.storePath.isEmpty())
+    if (!exists && !options.storePath)
         QDir().mkpath(file.absolutePath()); // if this fails, opening the store reports it
     _isNew = !exists;
     if (access == StoreAccess::Replace)

@@ -37,8 +37,8 @@ enum class StoreAccess
 /// The common options of all commands.
 struct SessionOptions
 {
-    /// Empty for the user's own store.
-    QString storePath;
+    /// Without a value, the user's own store.
+    std::optional<QString> storePath;
     bool json = false;
     bool yes = false;
 };
