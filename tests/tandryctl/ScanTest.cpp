@@ -388,7 +388,7 @@ TEST_F(ScanTest, PruneRemovesFilesGeneratedFromAMissingFile)
         .Run("INSERT INTO GeneratedFileConfiguration (clientPath, parentFileId, fileType, rootFolderId) "
              "VALUES ('%1', 1, 1, 1);"_q.arg(At("made")));
     QFile::remove(At("docs/file"));
-    Scan({"--prune"_q});
+    EXPECT_EQ(Scan({"--prune"_q, "--yes"_q}).value("filesDeleted"_q).toInt(), 1);
     EXPECT_EQ(Run({"list"_q, "files"_q, "--type"_q, "generated"_q}).status, 1);
     EXPECT_FALSE(QFile::exists(At("made")));
 }
@@ -472,7 +472,7 @@ TEST_F(ScanTest, FolderRecordedInAnotherRootIsReported)
     EXPECT_EQ(FilesByPath().size(), 0);
 }
 
-TEST_F(ScanTest, RootIsWrittenCompletelyOrNotAtAll)
+TEST_F(ScanTest, PortionIsWrittenCompletelyOrNotAtAll)
 {
     for (int i = 0; i < 20; ++i)
         WriteFile("docs/%1"_q.arg(i));

@@ -1,6 +1,7 @@
 #include "CommandLine.h"
 
 #include "Failure.h"
+#include "Interruption.h"
 #include "Terminal.h"
 #include "Text.h"
 
@@ -231,7 +232,7 @@ CommandLine::CommandLine()
     AddText(*_app, "--store", _options.storePath, "The store file; by default $TANDRY_STORE, or the user's own store")
         ->type_name("FILE");
     _app->add_flag("--json", _options.json, "Print an array of objects instead of text");
-    _app->add_flag("-y,--yes", _options.yes, "Don't ask before removing");
+    _app->add_flag("-y,--yes", _options.yes, "Don't ask before removing and pruning");
 }
 
 CommandLine::~CommandLine() = default;
@@ -257,7 +258,9 @@ ExitStatus CommandLine::Run(int argc, char const* const* argv)
     }
 
     try {
-        return _RunChosen();
+        ExitStatus const status = _RunChosen();
+        Interruption::EndProcess();
+        return status;
     }
     catch (Failure const& failure) {
         return Report(failure);

@@ -2,6 +2,7 @@
 #include "Commands.h"
 #include "Failure.h"
 #include "FileLookup.h"
+#include "GeneratedFiles.h"
 #include "Listing.h"
 #include "Lookups.h"
 #include "RecordColumns.h"
@@ -89,16 +90,30 @@ ExitStatus Remove(Session& session, RemoveArguments const& arguments)
 {
     FileConfiguration const file =
         FindFile(session, QString::number(arguments.id), sync::config::FileConfigurationTypeFile);
-    int const generated = session.Checked(session.files().GetGeneratedFileConfigurationsByParentFileId(file.id)).size();
+    GeneratedFiles generated(session);
+    generated.AddOf(file.id);
+    generated.List();
 
     Removal removal(Label("file", file.id, file.clientPath));
-    removal.AddRemoved(generated, "generated file", "generated files");
-    QString what = removal.text();
-    if (generated > 0)
-        what += QStringLiteral(", and the generated ones from the disk too");
-    session.ConfirmRemoval(what);
-    session.CheckWritten(session.files().RemoveFileConfigurationAndLinkedConfigurations(file.id));
-    session.output().Report(QStringLiteral("removed ") + what, FileColumns(), file);
+    removal.AddRemoved(session.Checked(session.files().GetGeneratedFileConfigurationsByParentFileId(file.id)).size(),
+                       "generated file",
+                       "generated files");
+    auto const withDeletion = [&](int count) {
+        return count == 0
+                   ? removal.text()
+                   : removal.text() + QStringLiteral(", and %1 from the disk").arg(Counted(count, "file", "files"));
+    };
+    session.ConfirmRemoval(withDeletion(generated.count()));
+    ClientTransaction transaction(session);
+    generated.RemoveRecords(file.id);
+    transaction.Commit();
+
+    QStringList problems;
+    int const deleted = generated.Delete(problems);
+    session.output().Report(QStringLiteral("removed ") + withDeletion(deleted), FileColumns(), file);
+    if (!problems.isEmpty())
+        throw Failure(
+            FailureCode::UnusableFile, problems.join(QStringLiteral("; ")), QStringLiteral("delete it yourself"));
     return ExitStatus::Done;
 }
 

@@ -1,5 +1,7 @@
 #include "RootScan.h"
 
+#include "GeneratedFiles.h"
+#include "Interruption.h"
 #include "Lookups.h"
 #include "Paths.h"
 #include "Progress.h"
@@ -21,6 +23,12 @@ using sync::config::FolderConfiguration;
 
 namespace {
 
+/// Entries that are written in one transaction: enough for speed, and few enough for a short log.
+constexpr int PortionEntries = 10'000;
+
+/// A root with fewer records is pruned without a confirmation.
+constexpr int FewRecords = 20;
+
 QDateTime AsUtc(qint64 msec)
 {
     return QDateTime::fromMSecsSinceEpoch(msec, Qt::UTC);
@@ -38,34 +46,42 @@ ScanCounts& ScanCounts::operator+=(ScanCounts const& other)
     filesChanged += other.filesChanged;
     filesUnchanged += other.filesUnchanged;
     filesPruned += other.filesPruned;
+    filesDeleted += other.filesDeleted;
     linksToDirectories += other.linksToDirectories;
     brokenLinks += other.brokenLinks;
     specialFiles += other.specialFiles;
+    mounts += other.mounts;
+    mountsLeftOut += other.mountsLeftOut;
+    isInterrupted = isInterrupted || other.isInterrupted;
+    foldersNotRecorded += other.foldersNotRecorded;
+    filesNotRecorded += other.filesNotRecorded;
+    foldersNotRead += other.foldersNotRead;
+    couldNotAsk = couldNotAsk || other.couldNotAsk;
     problems += other.problems;
     return *this;
 }
 
-RootScan::RootScan(Session& session, FolderConfiguration const& root, bool prune)
+RootScan::RootScan(Session& session, FolderConfiguration const& root, ScanOptions const& options)
     : _session(session)
     , _root(root)
     , _rootPath(root.getClientPath())
     , _resolvedRootPath(QFileInfo(_rootPath).canonicalFilePath())
-    , _prune(prune)
+    , _options(options)
+    , _rootPlace(FolderPlace::Of(_rootPath))
 {}
 
 ScanCounts RootScan::Run()
 {
-    if (!QFileInfo(_rootPath).isDir()) {
+    if (!_rootPlace) {
         // Not pruned: the disk may just not be mounted.
         _counts.problems.append(QStringLiteral("%1 is not a directory on disk; its records are unchanged")
                                     .arg(Label("root", _root.getId(), _rootPath)));
         return _counts;
     }
     _LoadRecords();
-    _ReadDisk();
-    if (_prune)
-        _PlanPruning();
-    _Write();
+    _ReadAndRecord();
+    if (_options.prune && !_counts.isInterrupted)
+        _Prune();
     return _counts;
 }
 
@@ -86,17 +102,39 @@ void RootScan::_LoadRecords()
         if (!_files.contains(file.clientPath))
             _files.insert(file.clientPath, {file.id, file.folderConfigurationId, file.size, file.lastModifiedDateTime});
     }
+    _recordsBefore = _folders.size() - 1 + _files.size();
 }
 
-void RootScan::_ReadDisk()
+void RootScan::_ReadAndRecord()
 {
     Progress progress(QStringLiteral("reading"), "files");
     std::vector<QString> pending{_rootPath}; // not recursive: a tree may be too deep for the stack
-    while (!pending.empty()) {
+    while (!pending.empty() && !Interruption::IsRequested()) {
         QString const path = std::move(pending.back());
         pending.pop_back();
-        progress.Advance(_ReadDirectory(path, pending));
+        if (_Enter(path))
+            progress.Advance(_ReadDirectory(path, pending));
+        if (_PlannedEntries(false) >= PortionEntries)
+            _Record(false);
     }
+    if (pending.empty())
+        _Record(true); // links last, when their targets are on record
+    if (Interruption::IsRequested())
+        _CountWhatIsLeft(pending);
+}
+
+bool RootScan::_Enter(QString const& path)
+{
+    auto const place = path == _rootPath ? std::nullopt : FolderPlace::Of(path);
+    if (!place) // one that cannot be examined is reported when it is read
+        return true;
+    bool const isLeftOut = _options.oneFileSystem && !place->isOnSameFileSystem(*_rootPlace);
+    if (isLeftOut)
+        _incomplete.push_back(path);
+    if (isLeftOut || place->isMountPoint())
+        (isLeftOut ? _counts.mountsLeftOut : _counts.mounts)
+            .append(QStringLiteral("%1 (%2)").arg(Quoted(path), Printable(place->MountText())));
+    return !isLeftOut;
 }
 
 qint64 RootScan::_ReadDirectory(QString const& path, std::vector<QString>& pending)
@@ -149,16 +187,76 @@ void RootScan::_CompareFile(QString const& folder, FileOnDisk const& file)
         planned.push_back({folder, file, *known});
 }
 
-void RootScan::_PlanPruning()
+size_t RootScan::_PlannedEntries(bool withLinks) const
 {
+    return _newFolders.size() + _misplacedFolders.size() + _plannedFiles.size() +
+           (withLinks ? _plannedLinks.size() : 0);
+}
+
+template <class Planned, class Write>
+int RootScan::_RecordSome(std::vector<Planned>& planned, int most, Progress& progress, Write const& write)
+{
+    auto const end = planned.begin() + std::min(most, int(planned.size()));
+    auto entry = planned.begin();
+    for (; entry != end && !Interruption::IsRequested(); ++entry) {
+        write(*entry);
+        progress.Advance();
+    }
+    auto const count = int(entry - planned.begin());
+    planned.erase(planned.begin(), entry);
+    return count;
+}
+
+void RootScan::_Record(bool withLinks)
+{
+    Progress progress(QStringLiteral("recording"), "records", qint64(_PlannedEntries(withLinks)));
+    while (_PlannedEntries(withLinks) > 0 && !Interruption::IsRequested()) {
+        ClientTransaction transaction(_session);
+        int left = PortionEntries;
+        left -= _RecordSome(_newFolders, left, progress, [&](QString const& path) { _AddFolder(path); });
+        left -= _RecordSome(
+            _misplacedFolders, left, progress, [&](auto const& folder) { _Reparent(folder.first, folder.second); });
+        for (auto* files : {&_plannedFiles, withLinks ? &_plannedLinks : nullptr}) {
+            if (files != nullptr)
+                left -= _RecordSome(*files, left, progress, [&](PlannedFile const& file) { _WriteFile(file); });
+        }
+        transaction.Commit();
+    }
+}
+
+void RootScan::_CountWhatIsLeft(std::vector<QString> const& pending)
+{
+    _counts.isInterrupted = true;
+    _counts.foldersNotRecorded = int(_newFolders.size());
+    _counts.filesNotRecorded = int(_plannedFiles.size() + _plannedLinks.size());
+    _counts.foldersNotRead = int(pending.size());
+}
+
+void RootScan::_Prune()
+{
+    PlannedPruning const planned = _PlanPruning();
+    if (planned.files.empty() && planned.folders.empty())
+        return;
+    GeneratedFiles generated(_session);
+    for (int const id : planned.files)
+        generated.AddOf(id);
+    generated.List();
+    if (_IsPruningConfirmed(planned, generated))
+        _RemoveRecords(planned);
+}
+
+RootScan::PlannedPruning RootScan::_PlanPruning() const
+{
+    PlannedPruning planned;
     for (auto file = _files.cbegin(); file != _files.cend(); ++file) {
         if (!file->onDisk && !_MayBeOnDisk(file.key()))
-            _filesToRemove.push_back(file->id);
+            planned.files.push_back(file->id);
     }
     for (auto folder = _folders.cbegin(); folder != _folders.cend(); ++folder) {
         if (!folder->onDisk && !_MayBeOnDisk(folder.key()))
-            _foldersToRemove.push_back(folder->id);
+            planned.folders.push_back(folder->id);
     }
+    return planned;
 }
 
 bool RootScan::_MayBeOnDisk(QString const& path) const
@@ -168,41 +266,61 @@ bool RootScan::_MayBeOnDisk(QString const& path) const
     });
 }
 
-void RootScan::_Write()
+bool RootScan::_IsPruningConfirmed(PlannedPruning const& planned, GeneratedFiles const& generated)
 {
-    size_t const total = _newFolders.size() + _misplacedFolders.size() + _plannedFiles.size() + _plannedLinks.size() +
-                         _filesToRemove.size() + _foldersToRemove.size();
-    if (total == 0)
-        return;
+    auto const count = qint64(planned.files.size() + planned.folders.size());
+    bool const isMuch = _recordsBefore >= FewRecords && count * 100 > qint64(_recordsBefore) * _options.maxPrune;
+    if (!isMuch && generated.count() == 0)
+        return true;
 
-    Progress progress(QStringLiteral("recording"), "records", qint64(total));
-    ClientTransaction transaction(_session);
-    for (QString const& path : _newFolders) {
-        _AddFolder(path);
-        progress.Advance();
+    QString const root = Label("root", _root.getId(), _rootPath);
+    QString what = QStringLiteral("%1 and %2 of %3, %4 of its %5 records")
+                       .arg(Counted(qint64(planned.files.size()), "file", "files"),
+                            Counted(qint64(planned.folders.size()), "folder", "folders"),
+                            root,
+                            QString::number(count),
+                            QString::number(_recordsBefore));
+    if (generated.count() > 0)
+        what += QStringLiteral(", and delete %1 from the disk")
+                    .arg(Counted(generated.count(), "generated file", "generated files"));
+    switch (_session.AskFor(QStringLiteral("Prune %1?").arg(what))) {
+    case Consent::Given:
+        return true;
+    case Consent::Denied:
+        _counts.problems.append(QStringLiteral("nothing was pruned in ") + root);
+        return false;
+    case Consent::CannotAsk:
+        break;
     }
-    for (auto const& [path, parent] : _misplacedFolders) {
-        _Reparent(path, parent);
-        progress.Advance();
-    }
-    // Links last, when their targets have been recorded.
-    for (auto const* files : {&_plannedFiles, &_plannedLinks}) {
-        for (PlannedFile const& planned : *files) {
-            _WriteFile(planned);
+    _counts.couldNotAsk = true;
+    _counts.problems.append(QStringLiteral("this would prune %1; without a terminal to confirm it, give --yes%2")
+                                .arg(what, QLatin1String(generated.count() == 0 ? " or a higher --max-prune" : "")));
+    return false;
+}
+
+void RootScan::_RemoveRecords(PlannedPruning const& planned)
+{
+    Progress progress(QStringLiteral("pruning"), "records", qint64(planned.files.size() + planned.folders.size()));
+    auto file = planned.files.begin();
+    auto folder = planned.folders.begin();
+    while ((file != planned.files.end() || folder != planned.folders.end()) && !Interruption::IsRequested()) {
+        GeneratedFiles generated(_session);
+        ClientTransaction transaction(_session);
+        int left = PortionEntries;
+        for (; file != planned.files.end() && left > 0; ++file, --left) {
+            generated.RemoveRecords(*file);
+            ++_counts.filesPruned;
             progress.Advance();
         }
+        for (; folder != planned.folders.end() && left > 0; ++folder, --left) {
+            _session.CheckWritten(_session.folders().Remove(*folder));
+            ++_counts.foldersPruned;
+            progress.Advance();
+        }
+        transaction.Commit();
+        _counts.filesDeleted += generated.Delete(_counts.problems);
     }
-    for (int const id : _filesToRemove) {
-        _session.CheckWritten(_session.files().RemoveFileConfigurationAndLinkedConfigurations(id));
-        ++_counts.filesPruned;
-        progress.Advance();
-    }
-    for (int const id : _foldersToRemove) {
-        _session.CheckWritten(_session.folders().Remove(id));
-        ++_counts.foldersPruned;
-        progress.Advance();
-    }
-    transaction.Commit();
+    _counts.isInterrupted = Interruption::IsRequested();
 }
 
 void RootScan::_AddFolder(QString const& path)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "DirectoryListing.h"
+#include "FolderPlace.h"
 
 #include "config/FileConfiguration.h"
 #include "config/FolderConfiguration.h"
@@ -16,8 +17,18 @@
 
 namespace tandryctl {
 
+class GeneratedFiles;
 class Progress;
 class Session;
+
+struct ScanOptions
+{
+    bool prune = false;
+    /// Pruning more than this part of a root's records, in percent, needs a confirmation.
+    int maxPrune = 10;
+    /// Leaves out the file systems that are mounted below a root.
+    bool oneFileSystem = false;
+};
 
 /// The results of a scan.
 struct ScanCounts
@@ -33,9 +44,24 @@ struct ScanCounts
     int filesChanged = 0;
     int filesUnchanged = 0;
     int filesPruned = 0;
+    /// Generated files that were deleted from the disk.
+    int filesDeleted = 0;
     int linksToDirectories = 0;
     int brokenLinks = 0;
     int specialFiles = 0;
+    /// The mounts below the root that were read, and those that were left out, each with its type and source.
+    QStringList mounts;
+    QStringList mountsLeftOut;
+
+    // What an interrupted scan has left.
+    bool isInterrupted = false;
+    /// Found, but new or changed and not recorded.
+    int foldersNotRecorded = 0;
+    int filesNotRecorded = 0;
+    int foldersNotRead = 0;
+
+    /// Whether a confirmation was needed and there was no terminal to ask for it.
+    bool couldNotAsk = false;
     QStringList problems;
 
     ScanCounts& operator+=(ScanCounts const& other);
@@ -43,14 +69,15 @@ struct ScanCounts
 
 /// Updates the records of one root's folders and files from the disk.
 ///
-/// Reads the disk and compares it with the store before it writes the differences in one client transaction, so that
-/// other programs wait for the writes only.
+/// Compares the disk with the store while it reads, and writes the differences in portions, each a client transaction
+/// of its own: other programs wait for a short while only, the log stays small, and a scan that ends early has recorded
+/// what it wrote. Prunes when the whole root has been read.
 class RootScan
 {
 public:
-    RootScan(Session& session, sync::config::FolderConfiguration const& root, bool prune);
+    RootScan(Session& session, sync::config::FolderConfiguration const& root, ScanOptions const& options);
 
-    /// Runs the scan. Throws if the store fails; the root's records are then unchanged.
+    /// Runs the scan, up to an interruption. Throws if the store fails; the portions before are then recorded.
     ScanCounts Run();
 
 private:
@@ -74,40 +101,60 @@ private:
         FileOnDisk onDisk;
         std::optional<KnownFile> known;
     };
+    struct PlannedPruning
+    {
+        std::vector<int> files;
+        std::vector<int> folders;
+    };
 
     void _LoadRecords();
-    void _ReadDisk();
+    void _ReadAndRecord();
     /// Compares a directory's entries, adds its sub-directories to `pending` and returns the number of its files.
     qint64 _ReadDirectory(QString const& path, std::vector<QString>& pending);
+    /// Returns whether the directory is to be read, and notes a mount.
+    bool _Enter(QString const& path);
     void _CompareFolder(QString const& path, QString const& parent);
     void _CompareFile(QString const& folder, FileOnDisk const& file);
-    void _PlanPruning();
-    bool _MayBeOnDisk(QString const& path) const;
 
-    void _Write();
+    /// Records what is planned in portions, up to an interruption; links only if `withLinks`.
+    void _Record(bool withLinks);
+    /// Takes up to this many entries from the front of the plan; returns how many.
+    template <class Planned, class Write>
+    int _RecordSome(std::vector<Planned>& planned, int most, Progress& progress, Write const& write);
+    size_t _PlannedEntries(bool withLinks) const;
     void _AddFolder(QString const& path);
     void _Reparent(QString const& path, QString const& parent);
     void _WriteFile(PlannedFile const& planned);
     void _Fill(sync::config::FileConfiguration& file, PlannedFile const& planned) const;
     QString _RecordedTarget(QString const& folder, QString const& linkTarget) const;
 
+    void _Prune();
+    PlannedPruning _PlanPruning() const;
+    bool _MayBeOnDisk(QString const& path) const;
+    bool _IsPruningConfirmed(PlannedPruning const& planned, GeneratedFiles const& generated);
+    void _RemoveRecords(PlannedPruning const& planned);
+
+    void _CountWhatIsLeft(std::vector<QString> const& pending);
+
     Session& _session;
     sync::config::FolderConfiguration const _root;
     QString const _rootPath;
     QString const _resolvedRootPath;
-    bool const _prune;
+    ScanOptions const _options;
+    std::optional<FolderPlace> const _rootPlace;
     ScanCounts _counts;
 
     QHash<QString, KnownFolder> _folders;
     QHash<QString, KnownFile> _files;
+    /// The records below the root before the scan.
+    int _recordsBefore = 0;
+    /// The directories whose contents are not known.
     std::vector<QString> _incomplete;
 
     std::vector<QString> _newFolders;
     std::vector<std::pair<QString, QString>> _misplacedFolders;
     std::vector<PlannedFile> _plannedFiles;
     std::vector<PlannedFile> _plannedLinks;
-    std::vector<int> _filesToRemove;
-    std::vector<int> _foldersToRemove;
 };
 
 } // namespace tandryctl

@@ -118,17 +118,36 @@ void Session::CheckWritten(bool written, QString const& hintForOther)
                       See("check"));
 }
 
-void Session::ConfirmRemoval(QString const& what)
+void Session::Announce(QString const& line)
+{
+    if (_yes && _output.format() == OutputFormat::Plain)
+        _output.PrintLine(line);
+    else
+        PrintError(line);
+}
+
+Consent Session::AskFor(QString const& question) const
 {
     if (_yes)
-        return;
+        return Consent::Given;
     if (!CanAsk())
+        return Consent::CannotAsk;
+    return Ask(question) ? Consent::Given : Consent::Denied;
+}
+
+void Session::ConfirmRemoval(QString const& what)
+{
+    switch (AskFor(QStringLiteral("Remove %1?").arg(what))) {
+    case Consent::Given:
+        return;
+    case Consent::Denied:
+        throw Failure(
+            FailureCode::Declined, QStringLiteral("nothing was removed"), QStringLiteral("answer y to remove it"));
+    case Consent::CannotAsk:
         throw Failure(FailureCode::Unconfirmed,
                       QStringLiteral("this would remove %1").arg(what),
                       QStringLiteral("without a terminal to confirm it, give --yes"));
-    if (!Ask(QStringLiteral("Remove %1?").arg(what)))
-        throw Failure(
-            FailureCode::Declined, QStringLiteral("nothing was removed"), QStringLiteral("answer y to remove it"));
+    }
 }
 
 void Session::Backup(QString const& path)

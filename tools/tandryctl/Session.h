@@ -34,6 +34,15 @@ enum class StoreAccess
     None
 };
 
+/// The answer to a question, if it could be asked.
+enum class Consent
+{
+    Given,
+    Denied,
+    /// There is no terminal.
+    CannotAsk
+};
+
 /// The common options of all commands.
 struct SessionOptions
 {
@@ -79,6 +88,13 @@ public:
 
     /// Throws if an operation has returned false, or if its commit has failed. `hintForOther` is for `StoreFailure`.
     void CheckWritten(bool written, QString const& hintForOther = {});
+
+    /// Prints a line that the user needs for the answer to the next question: on standard error, beside the question,
+    /// or in the output of a command that asks nothing.
+    void Announce(QString const& line);
+
+    /// Asks a question on the terminal; with --yes it counts as answered.
+    [[nodiscard]] Consent AskFor(QString const& question) const;
 
     /// Asks for confirmation; throws if it is denied or if there is no terminal. `what` completes the question "Remove
     /// ...?", such as "folder 3 '/a' with 2 files".
