@@ -16,8 +16,10 @@
 #include <QTemporaryDir>
 
 #include <iostream>
+#include <numeric>
 #include <random>
 #include <set>
+#include <vector>
 
 using namespace tandry::test;
 using tandry::findings::RecoverStore;
@@ -299,10 +301,10 @@ void RecoverOne(unsigned seed, Tally& tally)
     EXPECT_EQ(FolderContents(folder.path()), before) << "the damaged store or what lies beside it has changed";
 }
 
-void RecoverMany(unsigned firstSeed, unsigned count)
+void RecoverEach(std::vector<unsigned> const& seeds)
 {
     Tally tally;
-    for (unsigned seed = firstSeed; seed < firstSeed + count; ++seed)
+    for (unsigned const seed : seeds)
         RecoverOne(seed, tally);
     std::cout << tally.stores << " stores, of which " << tally.refused << " held no table any more; " << tally.expected
               << " rows on intact leaves, " << tally.missing << " of them missing; " << tally.recovered
@@ -314,10 +316,26 @@ void RecoverMany(unsigned firstSeed, unsigned count)
 
 } // namespace
 
-// TANDRY_RECOVERY_STORES sets the number of stores; seeds from 1 on.
+// TANDRY_RECOVERY_STORES sets the number of stores, TANDRY_RECOVERY_FIRST the seed of the first one.
 TEST(RecoveryOracleTest, DamagedStoresGiveBackWhatIsOnIntactLeaves)
 {
-    bool isNumber = false;
-    int const stores = qEnvironmentVariableIntValue("TANDRY_RECOVERY_STORES", &isNumber);
-    RecoverMany(1, isNumber ? static_cast<unsigned>(stores) : 12);
+    auto const number = [](char const* variable, unsigned otherwise) {
+        bool isNumber = false;
+        int const value = qEnvironmentVariableIntValue(variable, &isNumber);
+        return isNumber ? static_cast<unsigned>(value) : otherwise;
+    };
+    std::vector<unsigned> seeds(number("TANDRY_RECOVERY_STORES", 12));
+    std::iota(seeds.begin(), seeds.end(), number("TANDRY_RECOVERY_FIRST", 1));
+    RecoverEach(seeds);
+}
+
+TEST(RecoveryOracleTest, RowsOfFilesGoToTheTableOfTheirKindThoughAnotherHasGivenTheSameIds)
+{
+    RecoverEach({1019, 1369});
+}
+
+// SQLite did not overwrite what it removed from these, and the list of free pages was lost with the header.
+TEST(RecoveryOracleTest, RowsOnPagesOfALostFreeListDoNotComeBack)
+{
+    RecoverEach({1217, 1279, 1472});
 }

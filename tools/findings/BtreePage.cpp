@@ -15,6 +15,7 @@ constexpr int FileHeaderSize = 100;
 constexpr int LeafHeaderSize = 8;
 constexpr int InteriorHeaderSize = 12;
 constexpr int SmallestCell = 4;
+constexpr int FreeBlockHeaderSize = 4;
 
 PageKind KindOf(char byte)
 {
@@ -163,7 +164,7 @@ void BtreePage::_DropOverlappingCells()
     _cells = std::move(kept);
 }
 
-int BtreePage::_FreeBlockBytes(QByteArray const& page, int usableSize) const
+int BtreePage::_FreeBlockBytes(QByteArray const& page, int usableSize)
 {
     int bytes = 0;
     int block = BigEndianAt<quint16>(page, _headerOffset + 1);
@@ -174,6 +175,9 @@ int BtreePage::_FreeBlockBytes(QByteArray const& page, int usableSize) const
         int const size = BigEndianAt<quint16>(page, block + 2);
         if (size < 4 || block + size > usableSize)
             return -1;
+        auto const content = page.constBegin() + block + FreeBlockHeaderSize;
+        _hasRemnants = _hasRemnants ||
+                       std::any_of(content, page.constBegin() + block + size, [](char byte) { return byte != '\0'; });
         bytes += size;
         end = block + size;
         block = BigEndianAt<quint16>(page, block);

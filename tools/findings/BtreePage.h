@@ -54,13 +54,15 @@ public:
     quint32 rightChild() const { return _rightChild; }
     /// Whether no entry is broken, row ids ascend, and entries and free space make up the page exactly.
     bool isWhole() const { return _isWhole; }
+    /// Whether free blocks hold something: what was removed from the page was not overwritten.
+    bool hasRemnants() const { return _hasRemnants; }
 
 private:
     bool _ReadHeader(QByteArray const& page, int usableSize, quint32 number, quint32 pageCount);
     bool _ReadCell(QByteArray const& page, int usableSize, quint32 pageCount, Cell& cell) const;
     void _DropOverlappingCells();
     /// Returns the bytes in free blocks; -1 if their chain is broken.
-    int _FreeBlockBytes(QByteArray const& page, int usableSize) const;
+    int _FreeBlockBytes(QByteArray const& page, int usableSize);
     bool _RowIdsAscend() const;
 
     PageKind _kind = PageKind::None;
@@ -72,6 +74,7 @@ private:
     std::vector<int> _brokenOffsets;
     quint32 _rightChild = 0;
     bool _isWhole = false;
+    bool _hasRemnants = false;
 };
 
 /// Returns how many bytes of a record of this size stand in the page itself.

@@ -21,10 +21,13 @@ constexpr std::size_t SchemaColumns = 5;
 constexpr std::size_t SequenceColumns = 2;
 
 // What speaks for a table, by weight: nothing below outweighs what stands above.
-constexpr double IndexedIds = 1000;
-constexpr double NamedKind = 100;
+constexpr double NamedKind = 1000; // tables may well have given the same ids
+constexpr double IndexedIds = 100;
 constexpr double HeldNumbers = 10;
 constexpr double NeighbouringIds = 1;
+
+/// The part of a group's rows that an index must name if it names all rows of their table.
+constexpr double LeastIndexed = 0.9;
 
 bool IsSchemaRow(std::vector<QVariant> const& values)
 {
@@ -397,7 +400,6 @@ void RowFinder::_ReadSequenceRow(std::vector<QVariant> const& values)
 
 void RowFinder::_MarkFreePages()
 {
-    bool isComplete = false;
     if (_file.hasHeader()) {
         QByteArray const header = _file.Page(1);
         auto next = BigEndianAt<quint32>(header, 32);
@@ -405,9 +407,9 @@ void RowFinder::_MarkFreePages()
         quint32 count = 0;
         while (next != 0 && _MarkTrunk(next, next, count)) {
         }
-        isComplete = next == 0 && count == expected;
+        _freeListIsWhole = next == 0 && count == expected;
     }
-    if (isComplete)
+    if (_freeListIsWhole)
         return;
     // Part of the list is lost: what is left of it is told by its form.
     for (quint32 number = 2; number <= _file.pageCount(); ++number) {
@@ -484,13 +486,13 @@ void RowFinder::_ReadOrphans()
         Tree tree;
         _Walk(number, {}, 0, tree);
         if (!tree.leaves.empty())
-            groups.push_back(_MakeGroup(tree.leaves));
+            groups.push_back(_MakeGroup(tree.leaves, true));
     }
     for (quint32 const number : leaves) {
         if (!_IsFree(number))
             continue;
         _owners[number] = number;
-        groups.push_back(_MakeGroup({{number, {}}}));
+        groups.push_back(_MakeGroup({{number, {}}}, false));
     }
     std::stable_sort(groups.begin(), groups.end(), [](Group const& left, Group const& right) {
         return left.leaves.size() > right.leaves.size();
@@ -503,14 +505,18 @@ void RowFinder::_ReadOrphans()
                 _ReadSequenceRow(row.values);
         }
     }
+    _doubtsStrays = _MayHoldRemovedRows();
     for (Group const& group : groups)
         _Place(group);
+    for (Table& table : _tables)
+        _LeaveOutRemovedRows(table);
 }
 
-RowFinder::Group RowFinder::_MakeGroup(std::vector<Leaf> const& leaves)
+RowFinder::Group RowFinder::_MakeGroup(std::vector<Leaf> const& leaves, bool hasParent)
 {
     Group group;
     group.leaves = leaves;
+    group.hasParent = hasParent;
     qint64 broken = 0;
     std::size_t const step = std::max<std::size_t>(1, leaves.size() / SampleLeaves);
     auto const add = [&](Leaf const& leaf) {
@@ -549,11 +555,55 @@ void RowFinder::_Place(Group const& group)
     if (!best)
         return;
     Table& table = _tables[*best];
-    table.orphans.insert(table.orphans.end(), group.leaves.begin(), group.leaves.end());
-    if (isAmbiguous) {
-        qint64 broken = 0;
-        for (Leaf const& leaf : group.leaves)
-            table.ambiguousRows += static_cast<qint64>(_RowsOf(leaf, broken).size());
+    if (_doubtsStrays && !group.hasParent && !table.idsAreComplete)
+        table.strays.push_back(group);
+    else
+        table.orphans.insert(table.orphans.end(), group.leaves.begin(), group.leaves.end());
+    if (isAmbiguous)
+        table.ambiguousRows += _CountRows(group);
+}
+
+qint64 RowFinder::_CountRows(Group const& group)
+{
+    qint64 rows = 0;
+    qint64 broken = 0;
+    for (Leaf const& leaf : group.leaves)
+        rows += static_cast<qint64>(_RowsOf(leaf, broken).size());
+    return rows;
+}
+
+/// Pages of the free list keep their rows where SQLite does not overwrite what it removes. Our client has it overwrite
+/// that, which shows in free blocks.
+bool RowFinder::_MayHoldRemovedRows() const
+{
+    for (quint32 number = 1; !_freeListIsWhole && number <= _file.pageCount(); ++number) {
+        QByteArray bytes;
+        BtreePage const page = _Parse(number, bytes);
+        if (page.isWhole() && page.hasRemnants())
+            return true;
+    }
+    return false;
+}
+
+/// Takes strays over that must be pages of the table. All leaves of a tree are equally deep: if pages lead to some, a
+/// page leads to each, so a stray is one of the free list, unless the page above it is broken. Otherwise a client that
+/// only adds rows fills pages in the order of their ids. When rows are removed, what is left of a page moves to one in
+/// front, which then holds higher ids than the pages behind it that became free.
+void RowFinder::_LeaveOutRemovedRows(Table& table)
+{
+    std::vector<Group> strays = std::move(table.strays);
+    std::sort(strays.begin(), strays.end(), [](Group const& left, Group const& right) {
+        return left.leaves.front().page < right.leaves.front().page;
+    });
+    bool const haveOthersParents = !table.orphans.empty() || !table.tree.leaves.empty();
+    qint64 highest = std::numeric_limits<qint64>::min();
+    for (Group const& stray : strays) {
+        if (haveOthersParents || stray.lowest <= highest) {
+            table.doubtfulRows += _CountRows(stray);
+            continue;
+        }
+        highest = stray.highest;
+        table.orphans.push_back(stray.leaves.front());
     }
 }
 
@@ -592,9 +642,10 @@ double RowFinder::_Likelihood(std::size_t table, Group const& group) const
             named += form.name == TableOfKind(kind.toInt()) ? 1 : 0;
         }
     }
-    if (found.idsAreComplete && indexed == 0)
-        return Impossible;
     auto const rows = static_cast<double>(group.sample.size());
+    // An index that is whole names each row of the table; a few of the sample may be misread.
+    if (found.idsAreComplete && indexed < LeastIndexed * rows)
+        return Impossible;
     return (IndexedIds * indexed + NamedKind * named + HeldNumbers * numbers) / rows +
            (_HasNeighbour(found, group) ? NeighbouringIds : 0);
 }

@@ -22,10 +22,11 @@ namespace tandry::findings {
 /// Pages that a table's tree leads to come first. Where an inner page of the tree is broken, pages that nothing leads
 /// to are told by their form and by the row ids that the tree lacks there; pages on the free list never count. A page
 /// without a parent belongs to the table whose columns its rows fit. Among tables that fit alike these decide, in this
-/// order: row ids that the tree lacks, row ids in the table's indices, the highest id that the table has given, the
-/// kind that a file's row names, and pages with the row ids before and behind. What even these leave open goes to the
-/// first of the tables in the order of the schema, so that a file's row becomes one of the client's own files: unlike a
-/// generated file, such a file is never deleted from the disk along with another one.
+/// order: row ids that the tree lacks, an index that would name them all, the highest id that the table has given, the
+/// kind that a file's row names, row ids in the table's indices, and pages with the row ids before and behind. What
+/// even these leave open goes to the first of the tables in the order of the schema, so that a file's row becomes one
+/// of the client's own files: unlike a generated file, such a file is never deleted from the disk along with another
+/// one.
 class RowFinder
 {
 public:
@@ -44,6 +45,8 @@ public:
     std::optional<qint64> HighestId(int table) const;
     /// Returns how many rows of the table stand there for want of a better place.
     qint64 ambiguousRows(int table) const { return _tables[static_cast<std::size_t>(table)].ambiguousRows; }
+    /// Returns how many rows were left out because they may have been removed.
+    qint64 doubtfulRows(int table) const { return _tables[static_cast<std::size_t>(table)].doubtfulRows; }
     /// Whether anything of the store was found: a table's tree or one of its pages.
     bool FoundAnything() const;
 
@@ -82,28 +85,33 @@ private:
         std::vector<QVariant> values;
     };
 
+    /// Leaves that are known to belong to one table.
+    struct Group
+    {
+        std::vector<Leaf> leaves;
+        /// Whether a page leads to them.
+        bool hasParent = false;
+        std::vector<Row> sample;
+        qint64 lowest = 0;
+        qint64 highest = 0;
+    };
+
     struct Table
     {
         bool hasRoot = false;
         Tree tree;
-        /// Leaves without a parent.
+        /// Leaves that the tree does not lead to.
         std::vector<Leaf> orphans;
+        /// Those of them that no page at all leads to, as long as it is open whether they are on the free list.
+        std::vector<Group> strays;
         /// In ascending order; all of the table's ids if `idsAreComplete`.
         std::vector<qint64> indexedIds;
         bool idsAreComplete = false;
         std::optional<qint64> sequence;
         qint64 ambiguousRows = 0;
+        qint64 doubtfulRows = 0;
         /// Rows whose page is there and whose content is not.
         qint64 brokenRows = 0;
-    };
-
-    /// Leaves that are known to belong to one table.
-    struct Group
-    {
-        std::vector<Leaf> leaves;
-        std::vector<Row> sample;
-        qint64 lowest = 0;
-        qint64 highest = 0;
     };
 
     BtreePage _Parse(quint32 number, QByteArray& bytes) const;
@@ -126,8 +134,11 @@ private:
     void _ReadOrphans();
     void _ReadOrphanSchema(std::vector<quint32> const& leaves);
     void _FindOrphanPages(std::vector<quint32>& interiors, std::vector<quint32>& leaves) const;
-    Group _MakeGroup(std::vector<Leaf> const& leaves);
+    Group _MakeGroup(std::vector<Leaf> const& leaves, bool hasParent);
     void _Place(Group const& group);
+    bool _MayHoldRemovedRows() const;
+    void _LeaveOutRemovedRows(Table& table);
+    qint64 _CountRows(Group const& group);
     bool _MayLack(Table const& table, Group const& group) const;
     double _Likelihood(std::size_t table, Group const& group) const;
     bool _HasNeighbour(Table const& table, Group const& group) const;
@@ -150,6 +161,9 @@ private:
     std::vector<IndexRoot> _indices;
     quint32 _sequenceRoot = 0;
     bool _schemaIsWhole = false;
+    bool _freeListIsWhole = false;
+    /// Whether pages that nothing leads to may hold rows that were removed.
+    bool _doubtsStrays = false;
 };
 
 } // namespace tandry::findings

@@ -277,6 +277,15 @@ std::optional<RecoveryReport> RecoverStore(QString const& damagedPath, QString c
             return std::nullopt;
         }
     }
+    for (std::size_t i = 0; i < tables.size(); ++i) {
+        qint64 const doubtful = finder.doubtfulRows(static_cast<int>(i));
+        if (doubtful > 0)
+            report.remarks.append(
+                QStringLiteral("%1 rows in %2 were left out because they may have been removed before "
+                               "the damage")
+                    .arg(doubtful)
+                    .arg(tables[i].name));
+    }
     if (!store->HasDefaultSchedule())
         report.remarks.append(QStringLiteral("there is no default schedule among the recovered rows"));
     if (!store->Publish(error))
