@@ -67,9 +67,9 @@ public:
     ///
     /// Returns false on failure; `error`, unless null, then names the file and the reason, and so does `LastError`. No
     /// copy exists then, except if only the flush of its folder failed: the copy is whole, but a power cut may remove
-    /// it. An existing file is never replaced, and a name beside which an earlier store has left a log or a journal is
-    /// refused. A thread with an open client transaction, or with a scope that has
-    /// written, is refused.
+    /// it. An existing file is never replaced. A name beside which an earlier store has left a log or a journal is
+    /// refused, and so is a name that SQLite uses for its files beside this store or another file. A thread with an
+    /// open client transaction, or with a scope that has written, is refused.
     [[nodiscard]] bool Backup(QString const& path, QString* error = nullptr);
 
     /// Puts a backup in the place of the store at `path`, which no process may have open and which need not exist. A

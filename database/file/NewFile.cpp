@@ -62,6 +62,8 @@ NewFile::~NewFile()
 
 Failure NewFile::CheckTarget(bool& isTaken) const
 {
+    if (Failure failure = _target.CheckNewName())
+        return failure;
     // In this order: the files beside one that is being used come after it and go before it.
     Failure failure = CheckNothingIsLeft(_target);
     struct stat status = {};

@@ -19,7 +19,8 @@ public:
     Q_DISABLE_COPY_MOVE(NewFile)
 
     /// Sets `isTaken` if a file of the name exists. If none does, fails if the log, its index or the journal of an
-    /// earlier one is still there: SQLite would play it into the new file.
+    /// earlier one is still there: SQLite would play it into the new file. Fails also if the name is the one that these
+    /// have for another file.
     [[nodiscard]] Failure CheckTarget(bool& isTaken) const;
 
     /// Creates the file, empty, readable and writable by its owner only.

@@ -66,8 +66,6 @@ StoreBackup::StoreBackup(StoreFile source, StoreAccess access, int busyTimeoutMs
 
 Failure StoreBackup::Write(StoreFile const& target) const
 {
-    if (Failure failure = target.CheckName())
-        return failure;
     NewFile copy(target);
     bool isTaken = false;
     if (Failure failure = copy.CheckTarget(isTaken))

@@ -72,6 +72,24 @@ Failure StoreFile::CheckName() const
     return {};
 }
 
+Failure StoreFile::CheckNewName() const
+{
+    if (Failure failure = CheckName())
+        return failure;
+    QByteArray const lowerCase = _name.toLower(); // some file systems do not tell the two apart
+    for (char const* suffix : SuffixesBeside) {
+        QByteArray const database = _name.left(_name.size() - int(qstrlen(suffix)));
+        struct stat status = {};
+        if (lowerCase.endsWith(suffix) && ::stat(database.constData(), &status) == 0 && S_ISREG(status.st_mode))
+            return MakeError(_path,
+                             SQLITE_CANTOPEN,
+                             QStringLiteral("SQLite uses this name for its own files beside %1, so a new file must "
+                                            "have another one")
+                                 .arg(QFile::decodeName(database)));
+    }
+    return {};
+}
+
 bool StoreFile::IsMissing() const noexcept
 {
     struct stat status = {};

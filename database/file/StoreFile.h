@@ -44,6 +44,8 @@ public:
 
     /// Fails if the path is too long for SQLite.
     Failure CheckName() const;
+    /// Fails also if SQLite would take a new file of this name for the log, its index or the journal of another file.
+    Failure CheckNewName() const;
     /// Whether nothing at all stands at the path.
     bool IsMissing() const noexcept;
     /// The paths at which SQLite puts a log, its index or a journal beside the file, as far as something stands there.

@@ -72,7 +72,7 @@ Failure StoreRestore::Run()
 
 Failure StoreRestore::CheckNames() const
 {
-    if (Failure failure = _store.CheckName())
+    if (Failure failure = _store.CheckNewName())
         return failure;
     if (_store.Identity() && _store.Identity() == _backup.Identity())
         return MakeError(_store.path(), SQLITE_MISUSE, QStringLiteral("the backup is the store itself"));

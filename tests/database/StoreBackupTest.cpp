@@ -194,6 +194,30 @@ TEST_P(StoreBackup, LogOrJournalThatComesBeforeTheCopyHasItsNameIsRefused)
     EXPECT_GT(refused, 3);
 }
 
+TEST_P(StoreBackup, NameOfAFileBesideTheStoreIsRefusedHoweverItIsSpelled)
+{
+    QTemporaryDir const links;
+    QString const link = links.filePath("link"_q);
+    ASSERT_EQ(::symlink(folder.path().toUtf8().constData(), link.toUtf8().constData()), 0);
+    ASSERT_TRUE(QDir().mkdir(Target("sub"_q)));
+    AddRows(3);
+    for (char const* suffix : {"-wal", "-shm", "-journal"}) {
+        QString const name = "store.db"_q + QLatin1String(suffix);
+        ExpectFailure("for its own files beside", Target(name));
+        for (QString const& path :
+             {link + QLatin1Char('/') + name, Target("sub/../"_q + name), link + "/sub/../"_q + name}) {
+            QString error;
+            EXPECT_FALSE(store->Backup(path, &error));
+            EXPECT_TRUE(error.contains("for its own files beside "_q + StorePath())) << error.toStdString();
+            store->ClearError();
+        }
+    }
+    AddRows(3);
+    ReopenStore();
+    EXPECT_EQ(CountServers(*store), 6);
+    EXPECT_TRUE(store->Backup(Target("other.db-journal"_q))) << "of a file that does not exist";
+}
+
 TEST_P(StoreBackup, PathThatCanBeNoFileIsRefused)
 {
     ExpectFailure("No such file", Target("missing/copy.db"_q));

@@ -318,6 +318,17 @@ TEST_F(StoreCreation, WhatAnEarlierStoreHasLeftIsRefusedAndUnchanged)
     EXPECT_NE(SqliteDatabaseFactory::Open(Path(), &error), nullptr) << error.toStdString();
 }
 
+TEST_F(StoreCreation, NameOfAFileBesideAnotherStoreIsRefused)
+{
+    ASSERT_TRUE(AddServer(*SqliteDatabaseFactory::Open(Path()), "a"_q));
+    for (char const* suffix : {"-wal", "-shm", "-journal"}) {
+        EXPECT_EQ(SqliteDatabaseFactory::Open(Path() + QLatin1String(suffix), &error), nullptr);
+        EXPECT_TRUE(error.contains("for its own files beside "_q + Path())) << error.toStdString();
+    }
+    EXPECT_EQ(Files(), QStringList{"store.db"_q});
+    EXPECT_EQ(CountServers(*SqliteDatabaseFactory::Open(Path())), 1);
+}
+
 TEST_F(StoreCreation, RowsThatAKilledProgramHasLeftComeBackWithTheirStoreAndGoIntoNoOther)
 {
     for (JournalMode const journalMode : {JournalMode::WriteAheadLog, JournalMode::Rollback}) {

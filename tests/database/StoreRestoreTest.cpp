@@ -166,6 +166,17 @@ TEST_P(StoreRestore, OfTheStoreItselfIsRefused)
     ExpectRefused(StorePath(), "is the store itself"_q);
 }
 
+TEST_P(StoreRestore, UnderTheNameOfAFileBesideAStoreIsRefused)
+{
+    QMap<QString, QByteArray> const before = FolderContents(folder.path());
+    for (char const* suffix : {"-wal", "-shm", "-journal"}) {
+        StoreError error;
+        EXPECT_FALSE(SqliteDatabaseFactory::Restore(BackupPath(), StorePath() + QLatin1String(suffix), error));
+        EXPECT_TRUE(error.text.contains("for its own files beside "_q + StorePath())) << error.text.toStdString();
+    }
+    EXPECT_EQ(FolderContents(folder.path()), before);
+}
+
 TEST_P(StoreRestore, OfAnOlderVersionIsUpgradedWhenTheStoreIsOpened)
 {
     QFile::remove(BackupPath());

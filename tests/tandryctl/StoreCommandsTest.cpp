@@ -287,6 +287,18 @@ TEST_F(StoreCommandsTest, InitAndBackupNameWhatAnEarlierStoreHasLeft)
     }
 }
 
+TEST_F(StoreCommandsTest, RecoveryIntoALogOfTheDamagedStoreIsRefused)
+{
+    Init();
+    QStringList const files = QDir(folder.path()).entryList(QDir::AllEntries | QDir::Hidden);
+    for (char const* suffix : {"-wal", "-shm", "-journal"}) {
+        RunResult const ran = Run({"recover"_q, StorePath(), "--to"_q, StorePath() + QLatin1String(suffix)});
+        EXPECT_EQ(ran.status, 3);
+        EXPECT_TRUE(ran.err.contains("for its own files beside"_q)) << ran.err.toStdString();
+    }
+    EXPECT_EQ(QDir(folder.path()).entryList(QDir::AllEntries | QDir::Hidden), files);
+}
+
 TEST_F(StoreCommandsTest, BackupNeedsAPath)
 {
     Init();
