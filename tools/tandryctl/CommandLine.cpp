@@ -198,6 +198,11 @@ Command& Command::Excludes(char const* option, char const* other)
     return *this;
 }
 
+Command& Command::DryRun()
+{
+    return Flag("--dry-run", _line->_options.dryRun, "Print what would change, and change nothing");
+}
+
 Command& Command::Example(char const* line, char const* purpose)
 {
     std::string footer = _app->get_footer();
@@ -215,6 +220,8 @@ Command& Command::Remark(char const* text)
 
 void Command::Run(StoreAccess access, std::function<ExitStatus(Session&)> action)
 {
+    if (access == StoreAccess::Create || access == StoreAccess::Write)
+        DryRun();
     _app->footer(_app->get_footer() + "\nAll commands accept --store, --json and --yes too: see 'tandryctl --help'.");
     _app->final_callback([line = _line, chosen = CommandLine::ChosenCommand{access, std::move(action)}] {
         line->_chosen = chosen; // run after parsing, so that its failures are not caught as errors of the parser
@@ -282,6 +289,8 @@ ExitStatus CommandLine::_RunChosen()
     try {
         ExitStatus const status = _chosen->action(session);
         session.Flush();
+        if (session.isDryRun())
+            PrintError(QStringLiteral("this was a dry run; nothing was changed"));
         return status;
     }
     catch (Failure const& failure) {

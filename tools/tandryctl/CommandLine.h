@@ -53,6 +53,9 @@ public:
     /// Refuses the two options in one command line.
     Command& Excludes(char const* option, char const* other);
 
+    /// Adds --dry-run to a command that changes something, but not the store: its action asks `Session::isDryRun`.
+    Command& DryRun();
+
     /// Adds an example to the help: a command line without the program's name.
     Command& Example(char const* line, char const* purpose);
     /// Adds a paragraph to the help, behind the options. Call it before `Example`.

@@ -43,7 +43,7 @@ int GeneratedFiles::Delete(QStringList& problems) const
     int deleted = 0;
     for (QString const& path : _paths) {
         QFile file(path);
-        if (file.remove())
+        if (_session.isDryRun() || file.remove())
             ++deleted;
         else
             problems.append(QStringLiteral("%1 cannot be deleted from the disk: %2, but its record is removed")

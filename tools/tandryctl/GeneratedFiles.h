@@ -27,7 +27,8 @@ public:
     /// Removes the file's record and those of the files generated from it, which it adds too. Leaves the disk as it is.
     void RemoveRecords(int fileId);
 
-    /// Deletes the files. Returns how many, and adds a message for each one that is still there.
+    /// Deletes the files, unless this is a dry run. Returns how many, and adds a message for each one that is still
+    /// there.
     int Delete(QStringList& problems) const;
 
 private:

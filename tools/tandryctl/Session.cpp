@@ -75,7 +75,8 @@ OpenOptions OptionsFor(StoreAccess access)
 
 Session::Session(SessionOptions const& options, StoreAccess access)
     : _storePath(access == StoreAccess::None ? QString() : StorePath(options.storePath))
-    , _yes(options.yes)
+    , _yes(options.yes || options.dryRun)
+    , _dryRun(options.dryRun ? std::make_unique<QTemporaryDir>() : nullptr)
     , _output(_stdout, options.json ? OutputFormat::Json : OutputFormat::Plain)
 {
     if (!_stdout.open(STDOUT_FILENO, QIODevice::WriteOnly | QIODevice::Unbuffered))
@@ -92,14 +93,15 @@ Session::Session(SessionOptions const& options, StoreAccess access)
     bool const exists = file.exists() || file.isSymLink();
     if (!exists && access != StoreAccess::Create && access != StoreAccess::Replace)
         ThrowNoStore(_storePath);
-    if (!exists && !options.storePath)
+    if (!exists && !options.storePath && !isDryRun())
         QDir().mkpath(file.absolutePath()); // if this fails, opening the store reports it
     _isNew = !exists;
     if (access == StoreAccess::Replace)
         return;
 
     StoreError openError;
-    _store = SqliteDatabaseFactory::Open(_storePath, openError, OptionsFor(access));
+    _store =
+        SqliteDatabaseFactory::Open(isDryRun() ? _CopyForDryRun(exists) : _storePath, openError, OptionsFor(access));
     if (!_store)
         throw StoreFailure(openError);
 
@@ -108,6 +110,25 @@ Session::Session(SessionOptions const& options, StoreAccess access)
 }
 
 Session::~Session() = default;
+
+QString Session::_CopyForDryRun(bool exists)
+{
+    if (!_dryRun->isValid())
+        throw Failure(FailureCode::UnusableFile,
+                      QStringLiteral("the dry run has no temporary folder for its copy of the store: %1")
+                          .arg(Printable(_dryRun->errorString())),
+                      QStringLiteral("set TMPDIR to a folder that you may write"));
+    QString const path = _dryRun->filePath(QStringLiteral("store.db"));
+    if (!exists)
+        return path;
+    StoreError error;
+    auto const store = SqliteDatabaseFactory::Open(_storePath, error, OptionsFor(StoreAccess::Read));
+    if (!store)
+        throw StoreFailure(error);
+    if (!store->Backup(path))
+        throw StoreFailure(*store->LastError());
+    return path;
+}
 
 void Session::CheckWritten(bool written, QString const& hintForOther)
 {

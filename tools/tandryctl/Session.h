@@ -7,6 +7,7 @@
 #include <QFile>
 #include <QString>
 #include <QStringList>
+#include <QTemporaryDir>
 
 #include <memory>
 #include <optional>
@@ -50,6 +51,8 @@ struct SessionOptions
     std::optional<QString> storePath;
     bool json = false;
     bool yes = false;
+    /// Runs the command on a copy of the store.
+    bool dryRun = false;
 };
 
 /// The open store with its managers, and the output of one command.
@@ -63,6 +66,8 @@ public:
     ~Session();
 
     QString const& storePath() const { return _storePath; }
+    /// Whether the command may change nothing. The store is then a private copy; everything else is up to the command.
+    bool isDryRun() const { return _dryRun != nullptr; }
     /// Returns whether this session has created the store.
     bool isNew() const { return _isNew; }
 
@@ -113,8 +118,12 @@ private:
 
     void _ThrowIfStoreFailed(QString const& hintForOther = {});
 
+    /// Copies the store, if there is one, to a temporary folder. Returns the path of the copy.
+    QString _CopyForDryRun(bool exists);
+
     QString const _storePath;
     bool const _yes;
+    std::unique_ptr<QTemporaryDir> _dryRun;
     bool _isNew = false;
     QFile _stdout;
     Output _output;
