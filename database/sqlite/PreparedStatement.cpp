@@ -14,16 +14,6 @@ namespace {
 constexpr qint64 MsecsPerDay = 86'400'000;
 constexpr qint64 JulianDayOfEpoch = 2'440'588;
 
-/// False for lone surrogates, which UTF-8 has no form for. Text without any surrogate is told in one pass that the
-/// compiler turns into vector instructions.
-bool IsUnicode(QString const& text)
-{
-    unsigned surrogates = 0;
-    for (QChar const unit : text)
-        surrogates += (unit.unicode() & 0xf800u) == 0xd800u ? 1 : 0;
-    return surrogates == 0 || text.isValidUtf16();
-}
-
 /// The clock reading as if it were UTC, whatever its time spec.
 std::optional<qint64> ClockReading(QDateTime const& time)
 {
@@ -49,15 +39,10 @@ bool IsBlank(char const* begin, char const* end)
 
 } // namespace
 
-bool OwnsItsData(QString const& text)
-{
-    return const_cast<QString&>(text).data_ptr()->offset == static_cast<int>(sizeof(QStringData));
-}
-
 std::unique_ptr<PreparedStatement>
 PreparedStatement::Prepare(sqlite3* handle, QString const& text, bool stays, StatementError& error)
 {
-    if (!IsUnicode(text)) {
+    if (!text.isValidUtf16()) {
         error = {SQLITE_MISUSE, QStringLiteral("the statement is no Unicode text")};
         return nullptr;
     }
@@ -108,22 +93,14 @@ PreparedStatement::PreparedStatement(StatementHandle handle, QString const& text
 
 int PreparedStatement::IndexOf(QString const& placeholder)
 {
-    if (_bound < _bindOrder.size()) {
-        int const index = _bindOrder[_bound];
-        if (_placeholders[static_cast<std::size_t>(index)] == placeholder) {
-            ++_bound;
-            return index;
-        }
-    }
-    for (std::size_t index = 1; index < _placeholders.size(); ++index) {
-        if (_placeholders[index] == placeholder && !placeholder.isEmpty()) {
-            if (OwnsItsData(placeholder))
-                _placeholders[index] = placeholder; // a caller's constant is its own equal at a glance next time
-            _bindOrder.resize(_bound);
-            _bindOrder.push_back(static_cast<int>(index));
-            ++_bound;
-            return static_cast<int>(index);
-        }
+    if (placeholder.isEmpty())
+        return 0;
+    // Values mostly come in the order of the placeholders, so the search begins behind the last one.
+    std::size_t const count = _placeholders.size();
+    for (std::size_t i = 0; i < count; ++i) {
+        _lastBound = _lastBound + 1 < count ? _lastBound + 1 : 0;
+        if (IsSameText(_placeholders[_lastBound], placeholder))
+            return static_cast<int>(_lastBound);
     }
     return 0;
 }
@@ -197,7 +174,7 @@ int PreparedStatement::BindAt(int index, QVariant const& value, QString& words)
 
 int PreparedStatement::BindText(int index, QString const& text, QString& words)
 {
-    if (!IsUnicode(text)) {
+    if (!text.isValidUtf16()) {
         words = QStringLiteral("the text for %1 is no Unicode text (it has a lone surrogate)");
         return SQLITE_MISMATCH;
     }
@@ -212,7 +189,6 @@ int PreparedStatement::BindText(int index, QString const& text, QString& words)
 
 int PreparedStatement::Step() noexcept
 {
-    _bound = 0;
     int const code = sqlite3_step(_handle.get());
     if (code != SQLITE_ROW)
         Reset();
@@ -221,7 +197,6 @@ int PreparedStatement::Step() noexcept
 
 void PreparedStatement::Reset() noexcept
 {
-    _bound = 0;
     sqlite3_reset(_handle.get());
 }
 

@@ -6,6 +6,7 @@
 #include <QString>
 #include <QVariant>
 
+#include <cstring>
 #include <memory>
 #include <optional>
 #include <vector>
@@ -19,8 +20,12 @@ struct StatementError
     QString words;
 };
 
-/// False for text made by `fromRawData`: it belongs to somebody else, who may change or free it.
-bool OwnsItsData(QString const& text);
+/// The same as `==` in a fraction of the instructions: it runs for each statement and for each bound value.
+inline bool IsSameText(QString const& left, QString const& right)
+{
+    return left.size() == right.size() &&
+           std::memcmp(left.constData(), right.constData(), static_cast<std::size_t>(left.size()) * sizeof(QChar)) == 0;
+}
 
 /// A statement of a connection with its placeholders and the kinds of its columns. Used by one query at a time.
 class PreparedStatement
@@ -65,9 +70,7 @@ private:
     /// By the engine's index, which counts from 1. The text is static for the engine, so it is kept here.
     std::vector<QString> _placeholders;
     std::vector<QByteArray> _values;
-    /// The indices in the order in which they were bound last time: mostly it is the same again.
-    std::vector<int> _bindOrder;
-    std::size_t _bound = 0;
+    std::size_t _lastBound = 0;
     std::vector<bool> _holdsDateTime;
 };
 

@@ -7,48 +7,43 @@ namespace sync::database {
 
 StatementCache::Lease StatementCache::Take(sqlite3* handle, QString const& text, StatementError& error)
 {
-    Entry* entry = Find(text);
-    if (entry != nullptr && !entry->inUse) {
-        entry->inUse = true;
-        entry->lastUse = ++_uses;
-        ++_leases;
-        return {entry->statement.get(), GiveBack{this}};
-    }
+    Entry* const found = Find(text);
+    if (found != nullptr && !found->inUse)
+        return Lend(*found);
 
-    QString const kept = OwnsItsData(text) ? text : QString(text.constData(), text.size());
-    bool const keep = entry == nullptr && text.size() <= LongestText;
-    std::unique_ptr<PreparedStatement> statement = PreparedStatement::Prepare(handle, kept, keep, error);
+    // A text made by `fromRawData` belongs to somebody else, who may change or free it.
+    QString const copy(text.constData(), text.size());
+    bool const keep = found == nullptr && text.size() <= LongestText;
+    std::unique_ptr<PreparedStatement> statement = PreparedStatement::Prepare(handle, copy, keep, error);
     if (statement == nullptr)
         return {nullptr, GiveBack{this}};
-    ++_leases;
-    if (!keep)
+    if (!keep) {
+        ++_leases;
         return {statement.release(), GiveBack{this}};
+    }
 
     MakeRoom();
-    entry = &_entries[kept];
-    *entry = {std::move(statement), true, ++_uses};
-    RecentSlot(kept) = entry;
-    return {entry->statement.get(), GiveBack{this}};
-}
-
-StatementCache::Entry*& StatementCache::RecentSlot(QString const& text)
-{
-    // QString's data are aligned to 8 bytes at least.
-    return _recent[(reinterpret_cast<quintptr>(text.constData()) >> 3) % RecentCount];
+    Entry& entry = _entries[copy];
+    entry.statement = std::move(statement);
+    return Lend(entry);
 }
 
 StatementCache::Entry* StatementCache::Find(QString const& text)
 {
-    Entry*& recent = RecentSlot(text);
-    if (recent != nullptr && recent->statement->text().constData() == text.constData() &&
-        recent->statement->text().size() == text.size())
+    // QString's data are aligned to 8 bytes at least.
+    Entry*& recent = _recent[(reinterpret_cast<quintptr>(text.constData()) >> 3) % RecentCount];
+    if (recent != nullptr && IsSameText(recent->statement->text(), text))
         return recent;
     auto const found = _entries.find(text);
-    if (found == _entries.end())
-        return nullptr;
-    if (found->first.constData() == text.constData())
-        recent = &found->second;
-    return &found->second;
+    return found == _entries.end() ? nullptr : recent = &found->second;
+}
+
+StatementCache::Lease StatementCache::Lend(Entry& entry)
+{
+    entry.inUse = true;
+    entry.lastUse = ++_uses;
+    ++_leases;
+    return {entry.statement.get(), GiveBack{this, &entry}};
 }
 
 void StatementCache::MakeRoom()
@@ -66,11 +61,10 @@ void StatementCache::MakeRoom()
     _entries.erase(oldest);
 }
 
-void StatementCache::TakeBack(PreparedStatement* statement) noexcept
+void StatementCache::TakeBack(PreparedStatement* statement, Entry* entry) noexcept
 {
     --_leases;
-    Entry* const entry = Find(statement->text());
-    if (entry == nullptr || entry->statement.get() != statement) {
+    if (entry == nullptr) {
         delete statement;
         return;
     }

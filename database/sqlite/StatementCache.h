@@ -5,6 +5,7 @@
 #include <QString>
 
 #include <array>
+#include <cstddef>
 #include <memory>
 #include <unordered_map>
 
@@ -14,11 +15,16 @@ namespace sync::database {
 /// text gets one of its own, which goes with its lease.
 class StatementCache
 {
+    struct Entry;
+
 public:
     struct GiveBack
     {
         StatementCache* cache = nullptr;
-        void operator()(PreparedStatement* statement) const noexcept { cache->TakeBack(statement); }
+        /// Null for a statement that is not kept.
+        Entry* entry = nullptr;
+
+        void operator()(PreparedStatement* statement) const noexcept { cache->TakeBack(statement, entry); }
     };
     /// A statement for one user; must go before the cache.
     using Lease = std::unique_ptr<PreparedStatement, GiveBack>;
@@ -46,13 +52,13 @@ private:
     static constexpr std::size_t RecentCount = 256;
 
     Entry* Find(QString const& text);
-    Entry*& RecentSlot(QString const& text);
+    Lease Lend(Entry& entry);
     void MakeRoom();
-    void TakeBack(PreparedStatement* statement) noexcept;
+    void TakeBack(PreparedStatement* statement, Entry* entry) noexcept;
 
     Entries _entries;
-    /// By the address of the text's data: callers mostly use the same constant again. The entry keeps a share of the
-    /// text, so that no other text can come to the address.
+    /// The entries that were found last, by the address of the caller's text: callers mostly use the same constant
+    /// again, and comparing its characters takes a fraction of the time of hashing them.
     std::array<Entry*, RecentCount> _recent = {};
     quint64 _uses = 0;
     int _leases = 0;
