@@ -16,7 +16,7 @@ class IQSqlQueryWrapper;
 
 namespace sync::config {
 
-/// The accounts of a store. What an operation answers on failure stands with its declaration in the interface.
+/// The accounts of a store. The interface documents what each operation returns on failure.
 class TANDRY_CONFIGURATION_EXPORT AuthenticationConfigManager : public sync::interf::IAuthenticationConfigManager,
                                                                 public DatabaseConfigurationManager
 {

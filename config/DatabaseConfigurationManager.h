@@ -13,7 +13,7 @@ class IDatabaseFactory;
 
 namespace sync::config {
 
-/// What all managers share: the store factory, and the document in which a record's open-ended properties are stored.
+/// The common base of all managers: the store factory, and the document of a record's open-ended properties.
 ///
 /// Copies share the factory. A manager keeps no state of a call, so several threads may call one as far as the store
 /// allows.
@@ -26,17 +26,17 @@ public:
     DatabaseConfigurationManager& operator=(DatabaseConfigurationManager const& other);
     virtual ~DatabaseConfigurationManager();
 
-    /// Returns the entries of a "NameValueXml" document; a later entry of the same name wins. A text that is no
-    /// document gives an empty map, and one that breaks off gives what stands before the break.
+    /// Returns the entries of a "NameValueXml" document; of several entries with the same name, the last one counts. A
+    /// text that is no document gives an empty map, and a text that ends early gives the entries up to there.
     ///
-    /// A document made by others gives an empty map as well, whatever it holds, if its elements are nested more than
+    /// A document of another program gives an empty map as well if its elements are nested more than
     /// 1,000 levels deep, if an element has more than 100 attributes, if its document type declarations are longer than
     /// 1,024 characters, or if they declare entities. So time and memory are proportional to the text, and 350 KB of
     /// stack are enough. The next update of such a record writes the empty map over the document.
     virtual QMap<QString, QString> ToNameValuePropertyMap(QString text) const;
 
-    /// Returns the "NameValueXml" document of a map. Keys must be XML names, and values must not hold "]]>": nothing
-    /// checks.
+    /// Returns the "NameValueXml" document of a map. Keys must be XML names, and values must not contain "]]>". The
+    /// function does not check either.
     virtual QString ToNameValuePropertyString(QMap<QString, QString> properties);
 
 protected:

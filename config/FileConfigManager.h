@@ -23,15 +23,15 @@ namespace sync::config {
 
 class FolderConfiguration;
 
-/// The files of a store. What an operation answers on failure stands with its declaration in the interface.
+/// The files of a store. The interface documents what each operation returns on failure.
 ///
 /// Operations call one another through the virtual interface, so an override takes effect in the composite ones too.
 class TANDRY_CONFIGURATION_EXPORT FileConfigManager : public DatabaseConfigurationManager,
                                                       public sync::interf::IFileConfigManager
 {
 public:
-    /// Keeps a share of each and makes no call on them. Without a refresh object the shell isn't told of anything; the
-    /// other two must not be null.
+    /// Keeps a share of each and makes no call on them. If the refresh object is null, the shell is never refreshed;
+    /// the other two must not be null.
     FileConfigManager(std::shared_ptr<sync::interf::factory::IDatabaseFactory> databaseFactory,
                       std::shared_ptr<sync::interf::IRefreshNativeFileViewer> refreshNativeFileViewer,
                       std::shared_ptr<sync::interf::IFolderConfigManager> folderConfigManager);
@@ -96,8 +96,8 @@ private:
     bool _Remove(int id);
     bool _RemoveGeneratedFileConfigurationsByParentFileId(int parentFileId);
 
-    /// Gives each link the id of its file's row, and files inside the root that have none a row of their own; -1 where
-    /// a link leads out of the root or to no file. True when it tried to make a row.
+    /// Sets each link's id to that of its file's row, and adds a row for a file inside the root that has none. The id
+    /// is -1 if the link leads out of the root or to no file. Returns true if it tried to add a row.
     bool AddFileLinks(FileConfiguration& file);
     void _AddLinkedFile(FileConfiguration& target,
                         QString const& absolutePath,

@@ -57,7 +57,7 @@ public:
     FileSynchronizationStatus getSyncStatus() const;
     /// Whether the status was set since the record was made, read or reset. Never stored.
     bool getSyncStatusChanged() const;
-    /// Counts as a change even when the value stays the same.
+    /// Counts as a change even if the value is the same.
     void setSyncStatus(FileSynchronizationStatus value);
     void resetSyncStatusChanged();
 
@@ -65,13 +65,13 @@ public:
     /// delete, share. Unknown words count for nothing, and a blank text leaves no rights at all.
     void setPrivileges(QString const& text);
 
-    /// The options that other machines of the user's are told of: of all bits, only `FileSyncOptionRepathRequired`.
+    /// Returns the options that the user's other machines get: of all bits, only `FileSyncOptionRepathRequired`.
     FileSyncOption getSyncOptionPersistentAcrossMachines() const;
-    /// The same as words; the list is emptied first.
+    /// The same as words, which replace the content of the list.
     void getSyncOptionPersistentAcrossMachines(QStringList& words) const;
-    /// Adds every bit of the value, and takes none away.
+    /// Sets the bits of the value, and clears none.
     void setSyncOptionPersistentAcrossMachines(FileSyncOption value);
-    /// Adds the options that the words name, in any case, and takes none away.
+    /// Sets the options that the words name, in any case, and clears none.
     void setSyncOptionPersistentAcrossMachines(QStringList const& words);
 
     /// Never stored.
@@ -87,10 +87,10 @@ public:
     /// Absolute, with `/` as separator.
     QString clientPath;
     QString serverPath;
-    /// In the client's own form, as is `checkSumMD5`.
+    /// In a form of the client's choice, like `checkSumMD5`.
     QString checkSum;
     QString checkSumMD5;
-    /// Times of the row are stored by their clock reading and come back as UTC.
+    /// The clock reading of a time is stored, and is read as UTC.
     QDateTime createdDateTime;
     QDateTime lastModifiedDateTime;
     /// In bytes.
@@ -103,16 +103,16 @@ public:
     int rootFolderId = -1;
     /// Bits of `FileSyncOption`, and others of the client's.
     int syncOption = FileSyncOptionNone;
-    /// Of a generated file: the row in `FileConfiguration` that it was made from.
+    /// For a generated file, the id of the file in `FileConfiguration` from which it was made.
     int parentFileId = -1;
     QString ownerId;
-    /// What the user may do: 1 view, 2 download, 4 update, 8 delete, 16 share.
+    /// The user's rights: 1 view, 2 download, 4 update, 8 delete, 16 share.
     int privileges = 31;
     FileConfigurationType fileType = FileConfigurationTypeFile;
     QString serverFileId;
     QString serverFileVersionId;
     QList<FileLink> fileLinks;
-    /// Travels with the links, in whole seconds; UTC.
+    /// Stored together with the links, in whole seconds and UTC.
     QDateTime fileDate;
 
 protected:

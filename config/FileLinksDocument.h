@@ -10,19 +10,20 @@
 
 namespace sync::config {
 
-/// The "FileLinks" document of a file's links and of the date that travels with them, in whole seconds; an empty text
-/// for neither. Invalid links are left out.
+/// Returns the "FileLinks" document of a file's links and their date, in whole seconds; an empty text if there is
+/// neither. Invalid links are left out.
 QString WriteFileLinks(QList<FileLink> const& links, QDateTime const& date);
 
-/// The links of such a document. Elements count whatever their name, and one without an id has the id 0.
+/// Returns the links of such a document. The names of its elements do not matter, and an element without an id has the
+/// id 0.
 ///
-/// `date` becomes the document's date with its clock reading taken as UTC; an empty text leaves it alone. A text that
-/// is no document gives no links and an invalid date, as does one that exceeds `XmlLimits`; one that breaks off gives
-/// what stands before the break.
+/// `date` is set to the date of the document, whose clock reading counts as UTC; an empty text leaves it unchanged. A
+/// text that is no document, or that exceeds `XmlLimits`, gives no links and an invalid date; a text that ends early
+/// gives the links up to there.
 QList<FileLink> ReadFileLinks(QString const& text, QDateTime& date);
 
-/// What `ReadFileLinks` returns, if the text has the form that `WriteFileLinks` gives it; that takes a fraction of the
-/// time. Nothing for other texts, which leave `date` alone.
+/// Reads a text in the form of `WriteFileLinks` with the same result as `ReadFileLinks`, in a fraction of the time.
+/// Returns nothing for other texts, and leaves `date` unchanged.
 std::optional<QList<FileLink>> ReadWrittenFileLinks(QString const& text, QDateTime& date);
 
 } // namespace sync::config

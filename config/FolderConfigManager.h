@@ -19,10 +19,10 @@ namespace sync::config {
 
 class FolderCaches;
 
-/// The folders of a store. What an operation answers on failure stands with its declaration in the interface.
+/// The folders of a store. The interface documents what each operation returns on failure.
 ///
 /// Several threads may call one manager as far as the store allows. While one of them changes folders, `GetAll` and
-/// `GetAllRootFolders` of another may come back empty, and what is built on them then finds no root: the change can
+/// `GetAllRootFolders` of another may return nothing, and operations that use them then find no root: the change can
 /// clear the cache just after it was filled.
 ///
 /// Operations call one another through the virtual interface, so an override takes effect in the composite ones too.
@@ -32,7 +32,7 @@ class TANDRY_CONFIGURATION_EXPORT FolderConfigManager : public sync::interf::IFo
     Q_OBJECT
 
 public:
-    /// Makes no call on the store. A null refresh object turns all refreshes off.
+    /// Does not access the store. If the refresh object is null, the shell is never refreshed.
     FolderConfigManager(std::shared_ptr<sync::interf::factory::IDatabaseFactory> databaseFactory,
                         std::shared_ptr<sync::interf::IRefreshNativeFileViewer> refreshNativeFileViewer);
     ~FolderConfigManager() override;
@@ -82,7 +82,7 @@ private:
     void _PopulateFolderConfigurations(sync::interf::IQSqlQueryWrapper* query, QVector<FolderConfiguration>& folders);
     void _RefreshNativeFileViewerIfSyncStatusChanged(FolderConfiguration& folderConfiguration);
 
-    /// How long the two listings live, in milliseconds, of which only whole seconds count: just under two seconds.
+    /// The lifetime of the cached listings in milliseconds. Only whole seconds count, so it is just under two seconds.
     static const int _allFoldersCacheRefreshRateMsec;
 
     std::unique_ptr<FolderCaches> _caches;

@@ -21,7 +21,7 @@ enum FolderSynchronizationStatus : int
     FolderStatusPlaced = 3,
 };
 
-/// What of a root is synchronised.
+/// The part of a root that is synchronised.
 enum SynchronizationFolderOption : int
 {
     /// Where the option is honoured, only files directly in the root.

@@ -10,7 +10,7 @@ namespace sync::config {
 namespace {
 
 const QString NameValueXml = QStringLiteral("NameValueXml");
-/// The document that most rows hold.
+/// The document in most rows.
 const QString EmptyDocument = QStringLiteral("<!DOCTYPE NameValueXml>\n<NameValueXml/>\n");
 
 } // namespace

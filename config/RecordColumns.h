@@ -17,7 +17,7 @@ class ProductConfiguration;
 class ScheduleEntry;
 class ServerConfiguration;
 
-/// What a column holds. It decides the type in which `RecordColumn::Get` returns the value, and what `Set` takes.
+/// The kind of value in a column: the type that `RecordColumn::Get` returns, and the types that `Set` takes.
 enum class ColumnKind
 {
     /// A number of 32 bits, row ids among them. `Get`: `int`. `Set`: any whole number in range, or its decimal text.

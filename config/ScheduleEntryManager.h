@@ -15,7 +15,7 @@ class IQSqlQueryWrapper;
 
 namespace sync::config {
 
-/// The schedules of a store. What an operation answers on failure stands with its declaration in the interface.
+/// The schedules of a store. The interface documents what each operation returns on failure.
 class TANDRY_CONFIGURATION_EXPORT ScheduleEntryManager : public sync::interf::IScheduleEntryManager,
                                                          public DatabaseConfigurationManager
 {

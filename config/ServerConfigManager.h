@@ -16,7 +16,7 @@ class IQSqlQueryWrapper;
 
 namespace sync::config {
 
-/// The servers of a store. What an operation answers on failure stands with its declaration in the interface.
+/// The servers of a store. The interface documents what each operation returns on failure.
 class TANDRY_CONFIGURATION_EXPORT ServerConfigManager : public sync::interf::IServerConfigManager,
                                                         public DatabaseConfigurationManager
 {

@@ -43,8 +43,8 @@ struct Reference
     char16_t character;
 };
 
-/// What the writer puts for these characters in a value of an attribute. It writes ">" as it stands unless "]]"
-/// precedes.
+/// The references that the writer puts for these characters into the value of an attribute. It writes ">" as it is
+/// unless "]]" precedes.
 constexpr Reference References[] = {
     {"&amp;", u'&'},
     {"&lt;", u'<'},

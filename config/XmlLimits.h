@@ -10,8 +10,8 @@ namespace sync::config {
 /// an element's attributes when their names are chosen for it, and expand entities without bound. So there is a limit
 /// to levels and attributes, and to what a document type declaration may hold.
 ///
-/// The reader stops at the first character that makes its text no XML, so every character is taken to be in its place:
-/// what follows an error never arrives here.
+/// The reader stops at the first character that is not well-formed XML. So no character behind an error arrives here,
+/// and every character is taken to be in its place.
 class XmlLimits
 {
 public:
@@ -27,7 +27,7 @@ public:
     [[nodiscard]] bool Take(QChar character);
 
 private:
-    /// What the next character belongs to.
+    /// The part of the document to which the next character belongs.
     enum class In
     {
         Content,     // or the text outside the root element

@@ -10,7 +10,7 @@ namespace sync::database {
 class SecretErasure;
 enum class CommitOutcome;
 
-/// What running a statement gave.
+/// The result of running a statement.
 struct RunResult
 {
     /// Whether the statement stands on a row.

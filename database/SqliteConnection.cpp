@@ -97,7 +97,7 @@ Failure SqliteConnection::CheckStatement(PreparedStatement const& statement) con
     return failure;
 }
 
-/// What was read from a file that is read as one that nobody writes must be one committed state.
+/// A store that is opened as immutable must not change meanwhile: the rows read must belong to one committed state.
 Failure SqliteConnection::CheckRead(PreparedStatement const& statement) const
 {
     if (!_store->isReadOnly() || (_handle->Owns(statement) && _handle->store().IsUnchanged()))
@@ -189,7 +189,7 @@ Failure SqliteConnection::Write(PreparedStatement& statement, RunResult& result)
     qint64 const changesBefore = _handle->changes();
     int code = _handle->Write(statement, result);
     bool const isWritten = code == SQLITE_OK;
-    // What a scope writes goes to the log at once, so that a full disk shows here and not when the scope ends. A client
+    // A scope writes its pages to the log at once, so that a full disk shows here and not when the scope ends. A client
     // transaction does not need that, since its commit has an answer. A journal does not allow it: from then on nobody
     // could read, and a thread that fills a cached listing holds the lock that this thread needs to clear it.
     if (isWritten && _transaction.state() == ConnectionTransaction::State::Scope && _handle->hasLog())

@@ -2,7 +2,7 @@
 
 #include "database/TandryDatabaseExport.h"
 
-/// What concerns SQLite in the whole process and is therefore left to the program.
+/// Settings of SQLite for the whole process, which are therefore left to the program.
 namespace sync::database {
 
 /// Turns off SQLite's memory statistics for the whole process. Returns whether it took effect: it does only before

@@ -18,7 +18,7 @@ namespace sync::database {
 class SqliteConnection;
 class StoreFactory;
 
-/// What the connections of a factory share, and the list of them. Any thread may call any operation.
+/// The state that the connections of a factory share, and the list of them. Any thread may call any operation.
 class SqliteStore : public std::enable_shared_from_this<SqliteStore>
 {
 public:
@@ -33,7 +33,7 @@ public:
     StoreFile const& file() const { return _file; }
     OpenOptions const& options() const { return _options; }
     JournalMode journalMode() const { return _journalMode; }
-    /// What `Open` found that is no failure.
+    /// Warnings of `Open`, which are no failures.
     QStringList const& openingWarnings() const { return _openingWarnings; }
     bool isReadOnly() const { return _options.mode == OpenMode::ReadOnly; }
     StoreAccess access() const { return isReadOnly() ? StoreAccess::ReadOnly : StoreAccess::ReadWrite; }

@@ -14,7 +14,7 @@ namespace sync::database {
 /// thread that called the manager:
 ///
 ///     factory->ClearError();
-///     auto const files = manager.GetFilesByFolderId(id);
+///     auto const files = manager.GetFileConfigurationsByFolderId(id);
 ///     bool const isComplete = !factory->LastError();
 class TANDRY_DATABASE_EXPORT StoreFactory : public sync::interf::factory::IDatabaseFactory
 {

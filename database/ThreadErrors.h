@@ -18,8 +18,8 @@ public:
     void Record(StoreError const& error);
     /// The same for writes that were answered with true and are lost; also emits the factory's `CommitFailed`.
     ///
-    /// What slots of the signal write and lose in turn is reported by one more signal when they have returned. What is
-    /// lost during that signal is only recorded: on a disk that keeps failing there would be no end.
+    /// If slots of the signal write and lose that too, one more signal reports it when they have returned. Losses
+    /// during that signal are only recorded: on a disk that keeps failing there would be no end.
     void RecordLostWrites(StoreError const& error);
 
     std::optional<StoreError> const& first() const { return _first; }
@@ -31,7 +31,7 @@ private:
     SqliteStore const& _store;
     std::optional<StoreError> _first;
     bool _isEmitting = false;
-    /// What slots lost while the signal was being emitted.
+    /// The writes that slots lost while the signal was being emitted.
     std::vector<StoreError> _lostBySlots;
 };
 

@@ -13,7 +13,7 @@ class ScopeParticipant;
 /// A scope belongs to the thread that made it and finds the store by itself: the first statement that writes inside it
 /// begins a transaction, and the end of the outermost scope makes durable what was written. Unlike most guards of its
 /// kind it never rolls back: ending it without `commit` keeps the writes, and a failed statement undoes nothing that
-/// went before it. Scopes nest; the end of an inner one ends nothing. Inside a client's own bracket every scope is an
+/// went before it. Scopes nest; the end of an inner one ends nothing. Inside a client transaction every scope is an
 /// inner one. Queries made inside a scope are to be released before it ends.
 class TANDRY_DATABASE_EXPORT TransactionalScope
 {

@@ -15,8 +15,8 @@
 
 namespace sync::config {
 
-/// The columns of a record's table: `TableColumns<Record>::list` is a tuple of the types below, in table order. The
-/// record befriends it, so a list can name private members.
+/// The columns of a record's table: `TableColumns<Record>::list` is a tuple of the types below, in table order. It
+/// is a friend of the record, so the list can name private members.
 template <class Record>
 struct TableColumns;
 
@@ -33,9 +33,9 @@ namespace column {
 enum Marks : unsigned
 {
     NoMarks = 0,
-    /// The store gives the value: no INSERT names the column, and clients can't set it.
+    /// The store assigns the value: no INSERT contains the column, and clients cannot set it.
     GivenByStore = 1,
-    /// Copies of a record go without the value, and so does every record that a manager returns.
+    /// Copies of a record, and records that a manager returns, do not have the value.
     NotCopied = 2,
     /// An UPDATE leaves the placeholder unbound, which makes the column NULL.
     NotUpdated = 4,
@@ -133,7 +133,7 @@ struct TextForm
     }
 };
 
-/// A store keeps the clock reading alone; a time that is read gets this time spec, unconverted.
+/// A store contains only the clock reading. A time that is read has the same reading in this time spec.
 template <Qt::TimeSpec TimeSpec>
 struct TimeForm
 {
@@ -180,7 +180,7 @@ struct PropertiesForm
     }
 };
 
-/// A column that holds one member.
+/// A column for one member.
 template <auto Member, class Form>
 struct Single : Named
 {
@@ -254,7 +254,7 @@ struct Status : Enumeration<Member>
     }
 };
 
-/// One document for a list of links and the date that travels with it.
+/// A document with a list of links and its date.
 template <auto List, auto Date>
 struct Links : Named
 {

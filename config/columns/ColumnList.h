@@ -10,8 +10,8 @@
 #include <type_traits>
 #include <utility>
 
-/// Goes over the columns of a record in table order. Which columns there are is known at compile time: what results is
-/// what one would write out column by column.
+/// Goes over the columns of a record in table order. The columns are known at compile time, so the code is the same as
+/// if it were written out column by column.
 namespace sync::config::column {
 
 template <class Record>
@@ -39,7 +39,7 @@ inline std::array<QString, count<Record>> const placeholders = MakePlaceholders<
 /// The statements that write a whole record.
 enum class Writing
 {
-    /// Binds all columns but "id".
+    /// Binds all columns except "id".
     Insert,
     /// Binds "id" and then all columns that an update may change.
     Update,
@@ -63,7 +63,7 @@ void BindEach(To& to, BoundRecord& record, Documents& documents, std::index_sequ
     (BindOne<How, std::remove_const_t<BoundRecord>, Position>(to, record, documents), ...);
 }
 
-/// Binds what an INSERT or an UPDATE of a whole record names.
+/// Binds the placeholders of an INSERT or UPDATE of a whole record.
 template <Writing How, class To, class BoundRecord, class Documents>
 void BindAll(To& to, BoundRecord& record, Documents& documents)
 {
@@ -76,7 +76,7 @@ void ReadEach(Record& record, From& from, Documents& documents, std::index_seque
     (At<Record, Position>::Read(record, from, static_cast<int>(Position), documents), ...);
 }
 
-/// Fills a record from a row whose columns stand in table order.
+/// Fills a record from a row whose columns are in table order.
 template <class Record, class From, class Documents>
 void ReadAll(Record& record, From& from, Documents& documents)
 {
@@ -96,7 +96,7 @@ void CopyEach(Record& to, Record const& from, std::index_sequence<Position...>)
     (CopyOne<Record, Position>(to, from), ...);
 }
 
-/// Copies the members of all columns, but for those that copies go without.
+/// Copies the members of all columns except those marked `NotCopied`.
 template <class Record>
 void CopyAll(Record& to, Record const& from)
 {
@@ -109,7 +109,7 @@ constexpr bool AreAllCopied(std::index_sequence<Position...>)
     return ((marksAt<Record, Position> & NotCopied) | ...) == 0;
 }
 
-/// Whether a copy of a record carries the members of all columns.
+/// Whether a copy of a record has the members of all columns.
 template <class Record>
 inline constexpr bool copiesAreWhole = AreAllCopied<Record>(Positions<Record>());
 

@@ -19,8 +19,7 @@ const QString Path = QStringLiteral("path");
 const QString RefId = QStringLiteral("refId");
 const QString ServerFileId = QStringLiteral("serverFileId");
 
-/// The largest `double` below 2^63, and the smallest above -2^63, are whole; between them each whole one has a
-/// `qint64`.
+/// 2^63. Each whole `double` from -2^63 up to but excluding 2^63 has a `qint64`.
 constexpr double LongIntegerBound = 9223372036854775808.0;
 
 std::optional<qint64> FromUnsigned(quint64 value)

@@ -230,8 +230,8 @@ bool FileConfigManager::Add(FileConfiguration& file)
     if (file.clientPath.isEmpty())
         return false;
 
-    // Files of every type are held against the table of the client's own files. So a generated or base file may end up
-    // updating the id of another table's row: clients rely on the answer, and the row mostly isn't there.
+    // The look-up of a duplicate uses the table of the client's own files for every type. So a generated or base file
+    // may end up updating the id of another table's row: clients rely on the answer, and the row mostly isn't there.
     for (FileConfiguration const& known : GetAllFileConfigurationsByClientPath(file.clientPath)) {
         if (known.folderConfigurationId != file.folderConfigurationId)
             continue;

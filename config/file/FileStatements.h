@@ -16,8 +16,8 @@ const QString Select =
                    "lastOperationTime, rootFolderId, syncOption, parentFileId, fileType, ownerId, privileges, "
                    "productConfigurationId, serverFileId,  serverFileVersionId, checkSumMD5, fileLinks FROM ");
 
-/// What can be said to any of the three tables. Made once for each: an insert would otherwise spend its time on putting
-/// the name into its text.
+/// The statements that exist for each of the three tables. They are made once for each table, so that an insert does
+/// not have to put the name into its text.
 struct TableStatements
 {
     explicit TableStatements(QString const& table)

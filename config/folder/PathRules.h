@@ -11,7 +11,7 @@ namespace sync::config {
 /// matches only itself and what goes on with another slash.
 TANDRY_CONFIGURATION_EXPORT QString ReplacePathPrefix(QString path, QString const& oldPrefix, QString const& newPrefix);
 
-/// How a path lies to a folder. Case doesn't count, and both are taken as they come.
+/// The position of a path relative to a folder. Compares without case, and does not clean either text.
 enum class PathRelation
 {
     Outside,

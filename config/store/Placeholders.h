@@ -8,16 +8,16 @@
 
 namespace sync::config {
 
-/// A placeholder with the value that a statement's run gives it.
+/// A placeholder and the value to bind to it.
 struct BoundValue
 {
     QString const& placeholder;
     QVariant value;
 };
 
-/// A placeholder of a statement, bearing its column's name. Called with a value, it binds it: `bind::id(7)`.
+/// A placeholder of a statement, named after its column. The call `bind::id(7)` pairs it with a value.
 ///
-/// An enumeration goes as its integer. What has no form in the store, a `bool` above all, doesn't compile.
+/// Enumerations become integers. Types that stores do not have, such as `bool`, do not compile.
 class Placeholder
 {
 public:

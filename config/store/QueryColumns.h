@@ -25,14 +25,14 @@ public:
     int Int(int position) const
     {
         QVariant const value = _query.value(position);
-        // What `toInt` returns, at once for the kind of number that stores give back.
+        // The same as `toInt`, but faster for the type in which stores return numbers.
         return value.userType() == QMetaType::LongLong
                    ? static_cast<int>(*static_cast<qlonglong const*>(value.constData()))
                    : value.toInt();
     }
     qint64 Long(int position) const { return _query.value(position).toLongLong(); }
     QString Text(int position) const { return _query.value(position).toString(); }
-    /// The clock reading, in this time spec.
+    /// Returns the stored clock reading in this time spec.
     QDateTime Time(int position, Qt::TimeSpec timeSpec) const
     {
         QDateTime time = _query.value(position).toDateTime();
@@ -59,7 +59,7 @@ private:
     IQSqlQueryWrapper& _query;
 };
 
-/// The documents inside a row's columns, by a manager's virtual operations.
+/// Writes and reads the documents in a row's columns with the manager's virtual operations.
 template <class Manager>
 class Documents
 {
@@ -78,7 +78,7 @@ private:
     Manager& _manager;
 };
 
-/// Fills a record from the row that the query stands on; leaves it as it is when the query stands on none.
+/// Fills a record from the query's current row, or leaves it unchanged if there is none.
 template <class Record, class RowDocuments>
 void Populate(IQSqlQueryWrapper& query, Record& record, RowDocuments const& documents)
 {

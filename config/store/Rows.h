@@ -9,7 +9,7 @@
 
 namespace sync::config::store {
 
-/// What a `_Populate...` operation belongs to, and what it fills.
+/// The manager and the target of a `_Populate...` operation.
 template <class Operation>
 struct PopulateTraits;
 
@@ -30,8 +30,7 @@ struct PopulateTraits<void (OfManager::*)(IQSqlQueryWrapper*, Filled&) const>
 /// The lookups and listings of a manager, whose operation `Populate` fills a record from the query's row, and
 /// `PopulateAll` a list from all rows.
 ///
-/// Each runs one statement with values bound in this order. A failed statement shows in the result only: the store
-/// keeps the reason.
+/// Each runs one statement and binds the values in the order given. If the statement fails, the store keeps the reason.
 template <auto Populate, auto PopulateAll>
 class Rows
 {
@@ -46,8 +45,8 @@ public:
         , _manager(manager)
     {}
 
-    /// The first row, or a default record when there is none or the statement fails. `Populate` is called either way
-    /// and asks the query by itself.
+    /// Returns the first row, or a default record if there is none or the statement fails. `Populate` is called even if
+    /// there is no row, and finds that out from the query.
     template <class... Bound>
     Record First(QString const& statement, Bound const&... values) const
     {
@@ -57,14 +56,14 @@ public:
         });
     }
 
-    /// The same, where `Populate` is called only when there is a row.
+    /// The same, but calls `Populate` only if there is a row.
     template <class... Bound>
     Record FirstIfAny(QString const& statement, Bound const&... values) const
     {
         return FirstOr([](Record&) {}, statement, values...);
     }
 
-    /// The same, where `miss` gets the default record when there is no row. It isn't called when the statement fails.
+    /// The same, but calls `miss` with the default record if there is no row. A failed statement does not call it.
     template <class Miss, class... Bound>
     Record FirstOr(Miss const& miss, QString const& statement, Bound const&... values) const
     {
@@ -76,7 +75,7 @@ public:
         });
     }
 
-    /// All rows, in the statement's order. Empty when the statement fails.
+    /// Returns all rows in the statement's order; none if the statement fails.
     template <class... Bound>
     List All(QString const& statement, Bound const&... values) const
     {
@@ -103,7 +102,7 @@ private:
     Manager& _manager;
 };
 
-/// Appends a record for each row that is left; the body of every `PopulateAll`.
+/// Appends a record for each remaining row; the body of every `PopulateAll`.
 template <class List, class Populate>
 void AppendRows(IQSqlQueryWrapper& query, List& records, Populate const& populate)
 {

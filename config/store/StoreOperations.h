@@ -10,25 +10,24 @@
 #include <memory>
 #include <optional>
 
-/// How the managers talk to their store: write, insert and count here, lookups and listings in `Rows.h`.
+/// The ways in which managers access their store: write, insert and count here, look-ups and listings in `Rows.h`.
 ///
-/// `bind` is called with the prepared query; `Values` makes one from placeholders and values. A failed statement shows
-/// in the result only: the store keeps the reason.
+/// `bind` is called with the prepared query; `Values` makes one from placeholders and values. If a
+/// statement fails, the store keeps the reason.
 namespace sync::config::store {
 
 using sync::interf::IQSqlQueryWrapper;
 using sync::interf::factory::IDatabaseFactory;
 
-/// A `bind` that binds these values in this order. Refers to its arguments, so it goes straight into the operation that
-/// it is made for.
+/// Returns a `bind` for these values in this order. It refers to its arguments, so pass it to the operation directly.
 template <class... Bound>
 auto Values(Bound const&... values)
 {
     return [&](IQSqlQueryWrapper& query) { (query.bindValue(values.placeholder, values.value), ...); };
 }
 
-/// Runs a statement on a query of its own and calls `then` with the query if it succeeded. The query is gone when this
-/// returns. Results of `prepare` aren't looked at anywhere: a bad statement shows at `exec`.
+/// Runs a statement on a query of its own and, if it succeeds, calls `then` with the query, which is destroyed before
+/// this returns. The result of `prepare` is ignored: a bad statement fails at `exec`.
 template <class Bind, class Then>
 bool Run(IDatabaseFactory& factory, QString const& statement, Bind const& bind, Then const& then)
 {
@@ -41,7 +40,7 @@ bool Run(IDatabaseFactory& factory, QString const& statement, Bind const& bind, 
     return true;
 }
 
-/// Write: runs a statement in a scope of its own, and `then`, with the query, inside that scope if it succeeded.
+/// Write: runs a statement in a scope of its own and, if it succeeds, calls `then` with the query inside that scope.
 template <class Bind, class Then>
 bool Write(IDatabaseFactory& factory, QString const& statement, Bind const& bind, Then const& then)
 {
@@ -55,7 +54,7 @@ bool Write(IDatabaseFactory& factory, QString const& statement, Bind const& bind
     return Write(factory, statement, bind, [](IQSqlQueryWrapper&) {});
 }
 
-/// Insert: a write that puts the new row's id into `id`, which stays as it was on failure, before it runs `then`.
+/// Insert: a write that sets `id` to that of the new row before it calls `then`. On failure `id` is unchanged.
 template <class Bind, class Then>
 bool Insert(IDatabaseFactory& factory, QString const& statement, Bind const& bind, int& id, Then const& then)
 {
@@ -71,7 +70,7 @@ bool Insert(IDatabaseFactory& factory, QString const& statement, Bind const& bin
     return Insert(factory, statement, bind, id, [] {});
 }
 
-/// Count: the number in the first column of the first row, or nothing when the statement fails.
+/// Count: returns the number in the first column of the first row, or nothing if the statement fails.
 template <class Bind>
 std::optional<int> Count(IDatabaseFactory& factory, QString const& statement, Bind const& bind)
 {

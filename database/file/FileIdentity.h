@@ -19,7 +19,7 @@ inline bool operator!=(FileIdentity const& left, FileIdentity const& right)
     return !(left == right);
 }
 
-/// What tells from outside whether a store's file changed.
+/// Tells whether a store's file was changed, without reading it.
 struct FileStamp
 {
     FileIdentity identity;

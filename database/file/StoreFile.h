@@ -11,7 +11,7 @@
 
 namespace sync::database {
 
-/// What SQLite appends to a database's name for the files beside it.
+/// SQLite appends these to a database's name for the files beside it.
 constexpr char const* LogSuffix = "-wal";
 constexpr char const* LogIndexSuffix = "-shm";
 constexpr char const* JournalSuffix = "-journal";

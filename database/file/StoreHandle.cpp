@@ -12,7 +12,7 @@ namespace sync::database {
 
 namespace {
 
-/// What holds for every handle.
+/// The settings of every handle.
 ///
 /// - No memory map: an I/O error, or a file cut short, would end the program by a signal instead of giving an error.
 /// - Temporary tables in memory: none of the store's content reaches other files, and no other disk can be full.

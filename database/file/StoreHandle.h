@@ -13,7 +13,7 @@
 
 namespace sync::database {
 
-/// What a handle on a store is opened for.
+/// The purpose of a handle on a store.
 enum class OpenPurpose
 {
     /// A connection. The store must have the version of this library.

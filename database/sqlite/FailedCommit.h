@@ -4,7 +4,7 @@ struct sqlite3;
 
 namespace sync::database {
 
-/// What became of a transaction whose commit failed.
+/// The outcome of a transaction whose commit failed.
 enum class CommitOutcome
 {
     /// Nothing of it is there, nor will be.

@@ -14,7 +14,7 @@ namespace sync::database {
 class LogIndex
 {
 public:
-    /// What the index says of the log as the last commit left it.
+    /// The index's description of the log as of the last commit.
     struct Header
     {
         quint32 lastFrame = 0;

@@ -36,7 +36,7 @@ public:
 private:
     using Pair = std::array<quint32, 2>;
 
-    /// What the header of a frame says.
+    /// The header of a frame.
     struct Frame
     {
         quint32 page = 0;

@@ -146,7 +146,7 @@ int PreparedStatement::BindAt(int index, QVariant const& value, QString& words)
         return sqlite3_bind_int64(statement, index, value.toLongLong());
     case QMetaType::Double:
     case QMetaType::Float:
-        if (std::isnan(value.toDouble())) // the engine would make NULL of it
+        if (std::isnan(value.toDouble())) // SQLite would make NULL of it
             break;
         return sqlite3_bind_double(statement, index, value.toDouble());
     case QMetaType::QDateTime: {

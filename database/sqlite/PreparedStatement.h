@@ -13,7 +13,8 @@
 
 namespace sync::database {
 
-/// Why the store itself refused a statement or a value; words that quote no value. Empty words: the engine knows.
+/// The reason for which the store itself refused a statement or a value, without the value. If the words are empty,
+/// SQLite has the reason.
 struct StatementError
 {
     int code = 0;
@@ -31,7 +32,7 @@ inline bool IsSameText(QString const& left, QString const& right)
 class PreparedStatement
 {
 public:
-    /// Null on failure. One that `stays` prepared is given memory of its own by the engine.
+    /// Returns null on failure. SQLite allocates the memory of a statement that `stays` prepared apart from the rest.
     static std::unique_ptr<PreparedStatement>
     Prepare(sqlite3* handle, QString const& text, bool stays, StatementError& error);
 
@@ -46,7 +47,7 @@ public:
     /// The statement must not be running.
     std::optional<StatementError> Bind(QString const& placeholder, QVariant const& value);
 
-    /// The engine's result code; on everything but a row the statement has been reset.
+    /// Returns SQLite's result code; on everything but a row the statement has been reset.
     int Step() noexcept;
     /// Ends the run and lets go of the rows, and of the locks that go with them.
     void Reset() noexcept;
@@ -67,7 +68,7 @@ private:
     QString _text;
     bool _reading = false;
     quint32 _logPosition = 0;
-    /// By the engine's index, which counts from 1. The text is static for the engine, so it is kept here.
+    /// By SQLite's index, which counts from 1. SQLite does not copy the text, so it is kept here.
     std::vector<QString> _placeholders;
     std::vector<QByteArray> _values;
     std::size_t _lastBound = 0;

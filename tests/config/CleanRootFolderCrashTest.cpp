@@ -114,7 +114,7 @@ protected:
         Between
     };
 
-    /// What another process finds after the crash.
+    /// Returns the state that another process finds after the crash.
     static State Examine(QString const& path)
     {
         EXPECT_NE(SqliteDatabaseFactory::Open(path), nullptr);

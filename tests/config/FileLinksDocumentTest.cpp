@@ -288,7 +288,7 @@ TEST_F(FileLinksText, WithABadDateKeepsItsLinks)
     EXPECT_THAT(file.fileLinks, SizeIs(1));
 }
 
-// What an update makes of a text that no manager wrote.
+// Updates of rows whose text no manager wrote.
 
 TEST_F(FileLinksText, OfDeeplyNestedElementsKeepsItsLinksAndPropertiesWhenTheFileIsUpdated)
 {

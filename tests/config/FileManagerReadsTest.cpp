@@ -510,7 +510,7 @@ TEST_F(FileManagerReads, FilesOfNonExistingRootsAreAskedForWithTheIdsOfTheRootsI
     ExpectConversation(*store, {Read(FILE_COLUMNS "FileConfiguration WHERE rootFolderId NOT IN (3,-1,2000000000)")});
 }
 
-TEST_F(FileManagerReads, WithoutRootsTheBracketsStayEmpty)
+TEST_F(FileManagerReads, WithoutRootsTheListInTheStatementIsEmpty)
 {
     EXPECT_CALL(*folders, GetAllRootFolders()).WillOnce(Return(QVector<FolderConfiguration>()));
     EXPECT_THAT(manager.GetFileConfigurationsOfNonExistingRootFolders(), IsEmpty());

@@ -297,9 +297,9 @@ TEST_F(FileManagerRemoval, GoesThroughOverridesOfTheLookUps)
     EXPECT_THAT(refresh->paths, ElementsAre("/overridden"_q));
 }
 
-// Brackets.
+// Client transactions.
 
-TEST_F(FileManagerRemoval, BracketsGoToADatabaseObjectThatIsReleasedAndGiveItsAnswerBack)
+TEST_F(FileManagerRemoval, TransactionCallsGoToADatabaseObjectThatIsReleasedAndReturnItsResult)
 {
     for (bool answer : {true, false}) {
         store->SetTransactionResult(answer);

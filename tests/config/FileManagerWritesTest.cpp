@@ -121,7 +121,7 @@ INSTANTIATE_TEST_SUITE_P(Tables,
 class FileManagerWrites : public FileManagerFixture
 {};
 
-// What is refused.
+// Refused writes.
 
 TEST_F(FileManagerWrites, AddOfAnEmptyPathIsRefusedBeforeTheStoreIsAsked)
 {

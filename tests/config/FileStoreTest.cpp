@@ -27,7 +27,7 @@ std::vector<int> Ids(QVector<FileConfiguration> const& files)
     return ids;
 }
 
-/// What the store gives back for a record that it was given.
+/// Returns the record that is read after this one was written.
 FileConfiguration Stored(FileConfiguration file)
 {
     file.resetSyncStatusChanged();

@@ -254,7 +254,7 @@ TEST(FolderConfiguration, InvalidTimesStayInvalid)
 
 TEST(FolderConfiguration, FeatureNameIsNullWithoutTheKeyAndReadingItAddsNone)
 {
-    // What the properties hold shows in what the manager writes.
+    // The properties are visible only in the document that the manager writes.
     auto const store = std::make_shared<RecordingStore>();
     FolderConfiguration folder;
     EXPECT_TRUE(folder.getFeatureName().isNull());

@@ -36,7 +36,7 @@ protected:
             PlayNothing();
     }
 
-    /// What the statements bound to a placeholder, in order; statements without it are left out.
+    /// Returns the values that the statements bound to a placeholder, in order; statements without it are left out.
     std::vector<QVariant> BoundTo(char const* placeholder) const
     {
         std::vector<QVariant> values;

@@ -26,7 +26,7 @@ struct SelectCase
     char const* name;
     QString statement;
     std::vector<Binding> bindings;
-    /// What was found; a look-up's default record counts as nothing.
+    /// Returns the records found; a look-up's default record counts as none.
     std::function<Folders(FolderConfigManager&)> find;
 };
 

@@ -37,7 +37,7 @@ protected:
 
     void MakeManager() { manager = std::make_unique<FolderConfigManager>(store, refresh); }
 
-    /// What is read after this comes from the disk.
+    /// Later reads come from the disk.
     void Reopen()
     {
         manager.reset();
@@ -118,7 +118,7 @@ void PrintTo(RoundTripCase const& trip, std::ostream* out)
 class FolderRoundTripTest : public FolderStoreTest, public testing::WithParamInterface<RoundTripCase>
 {
 protected:
-    /// What must come back of a record that was written.
+    /// Returns the record that must be read after this one was written.
     static FolderConfiguration Expected(FolderConfiguration const& written)
     {
         FolderConfiguration expected(written);
@@ -667,7 +667,7 @@ TEST_F(FolderTreeTest, CleanRootFolderOfASubFolderTakesThatRowOnly)
     EXPECT_EQ(Count("FileConfiguration"), 6);
 }
 
-TEST_F(FolderTreeTest, CleanRootFolderInABracketIsTakenBackWithIt)
+TEST_F(FolderTreeTest, CleanRootFolderInATransactionIsRolledBackWithIt)
 {
     ASSERT_TRUE(store->CreateDatabase()->transaction());
     EXPECT_TRUE(manager->CleanRootFolder(r.getId()));
@@ -716,7 +716,7 @@ TEST_F(ManyFoldersTest, AreCleanedWithTheirRoot)
     EXPECT_THAT(refresh->paths, SizeIs(Width + 1));
 }
 
-TEST_F(ManyFoldersTest, AreRemovedOneByOneInABracket)
+TEST_F(ManyFoldersTest, AreRemovedOneByOneInATransaction)
 {
     FillWide();
     ASSERT_TRUE(store->CreateDatabase()->transaction());

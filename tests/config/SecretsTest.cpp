@@ -53,7 +53,7 @@ QString const Marker = "Marker7f3a-pa55-WORD-\xc3\xa9"_q;
 class Secrets : public EachJournalMode
 {
 protected:
-    /// The files of the closed store in which a text stands, in any encoding that the engine could keep it in.
+    /// Returns the files of the closed store that contain a text, in any encoding in which SQLite could store it.
     QStringList FilesThatHold(QString const& text)
     {
         store.reset();
@@ -196,7 +196,7 @@ TEST_P(Secrets, LongConsumerSecretOnPagesOfItsOwnIsGoneFromTheFilesAfterRemove)
     EXPECT_EQ(FilesThatHold(Marker), QStringList());
 }
 
-/// The engine moves rows within their pages and between them, and overwrites only what it removes.
+/// SQLite moves rows within their pages and between them, and overwrites only what it removes.
 TEST_P(Secrets, ConsumerSecretsAreGoneFromTheFilesThoughTheirRowsWereMoved)
 {
     unsigned random = 1; // always the same life

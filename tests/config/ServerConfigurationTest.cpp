@@ -181,7 +181,7 @@ AliasCase const Aliases[] = {
     {"IPv6", "https://[2001:db8::1]/", "[2001:db8::1]"},
     {"IPv6AndPort", "https://[2001:db8::1]:8443/", "[2001:db8::1]:8443"},
     {"IPv6OfTheMachineItself", "https://[::1]/", "[::1]"},
-    // What has no authority
+    // No authority
     {"EmptyText", "", ""},
     {"NoSchemeAndNoSlashes", "alpha", ""},
     {"NoSchemeAndNoSlashesButDots", "alpha.beta/dav", ""},
@@ -196,7 +196,7 @@ AliasCase const Aliases[] = {
     // Slashes without a scheme
     {"SlashesWithoutScheme", "//alpha.beta/dav", "alpha"},
     {"SlashesWithoutSchemeAndPort", "//alpha:99", "alpha:99"},
-    // What stands behind the authority
+    // Parts behind the authority
     {"DotsInThePath", "https://alpha/beta.gamma", "alpha"},
     {"DotsInTheQuery", "https://alpha?q=beta.gamma", "alpha"},
     {"DotsInTheFragment", "https://alpha#beta.gamma", "alpha"},
@@ -206,7 +206,7 @@ AliasCase const Aliases[] = {
     {"SchemeInCapitals", "HTTPS://alpha.beta", "alpha"},
     {"SchemeOfTheClients", "custom://alpha.beta", "alpha"},
     {"FileOnAHost", "file://alpha.beta/gamma", "alpha"},
-    // What isn't a URL
+    // No URL
     {"BlankInTheHost", "https://al pha.beta/", ""},
     {"BlankBeforeTheHost", "https:// alpha.beta/", ""},
     {"BlankBeforeTheScheme", " https://alpha.beta/", ""},

@@ -15,7 +15,7 @@ using namespace tandry::test;
 class StatementPlans : public StoreFixture
 {
 protected:
-    /// The steps of the engine's plan for a statement.
+    /// Returns the steps of SQLite's plan for a statement.
     QStringList PlanOf(QString const& statement) const
     {
         QStringList steps;

@@ -20,7 +20,7 @@ using sync::database::TransactionalScope;
 class SqliteDatabase : public EachJournalMode
 {
 protected:
-    // Each on an object of its own: the bracket belongs to the thread's connection.
+    // Each on an object of its own: the transaction belongs to the thread's connection.
     bool Begin() { return store->CreateDatabase()->transaction(); }
     bool Commit() { return store->CreateDatabase()->commit(); }
     bool Rollback() { return store->CreateDatabase()->rollback(); }
@@ -41,7 +41,7 @@ protected:
 
 TANDRY_IN_EACH_JOURNAL_MODE(SqliteDatabase);
 
-TEST_P(SqliteDatabase, CommitMakesDurableWhatTheBracketWrote)
+TEST_P(SqliteDatabase, CommitMakesDurableWhatTheTransactionWrote)
 {
     ASSERT_TRUE(Begin());
     ASSERT_TRUE(Add("a"));
@@ -51,11 +51,11 @@ TEST_P(SqliteDatabase, CommitMakesDurableWhatTheBracketWrote)
     }
     ASSERT_TRUE(Commit());
     EXPECT_EQ(RawStore(StorePath()).Count(QStringLiteral("ServerConfiguration")), 2);
-    ASSERT_TRUE(Add("c")) << "after the bracket each write is by itself again";
+    ASSERT_TRUE(Add("c")) << "after the transaction each write is by itself again";
     EXPECT_EQ(RawStore(StorePath()).Count(QStringLiteral("ServerConfiguration")), 3);
 }
 
-TEST_P(SqliteDatabase, RollbackTakesBackAllThatTheBracketWrote)
+TEST_P(SqliteDatabase, RollbackTakesBackAllThatTheTransactionWrote)
 {
     ASSERT_TRUE(Add("before"));
     ASSERT_TRUE(Begin());
@@ -73,7 +73,7 @@ TEST_P(SqliteDatabase, RollbackTakesBackAllThatTheBracketWrote)
     EXPECT_TRUE(Add("after"));
 }
 
-TEST_P(SqliteDatabase, ScopesInsideABracketJoinIt)
+TEST_P(SqliteDatabase, ScopesInsideAClientTransactionJoinIt)
 {
     ASSERT_TRUE(Begin());
     {
@@ -112,7 +112,7 @@ TEST_P(SqliteDatabase, TransactionInsideAnOpenScopeIsRefused)
     ASSERT_TRUE(Rollback());
 }
 
-TEST_P(SqliteDatabase, CommitAndRollbackWithoutABracketAreRefused)
+TEST_P(SqliteDatabase, CommitAndRollbackWithoutATransactionAreRefused)
 {
     ExpectRefusal(&sync::interf::IQSqlDatabaseWrapper::commit, "no transaction");
     ExpectRefusal(&sync::interf::IQSqlDatabaseWrapper::rollback, "no transaction");
@@ -122,18 +122,18 @@ TEST_P(SqliteDatabase, CommitAndRollbackWithoutABracketAreRefused)
         ExpectRefusal(&sync::interf::IQSqlDatabaseWrapper::commit, "no transaction");
         ExpectRefusal(&sync::interf::IQSqlDatabaseWrapper::rollback, "no transaction");
     }
-    EXPECT_EQ(CountServers(*store), 1) << "a scope's transaction is no bracket";
+    EXPECT_EQ(CountServers(*store), 1) << "a scope's transaction is not the client's";
     ASSERT_TRUE(Begin());
     ASSERT_TRUE(Commit());
     ExpectRefusal(&sync::interf::IQSqlDatabaseWrapper::commit, "no transaction");
 }
 
-TEST_P(SqliteDatabase, BracketMayEndInsideAScopeThatBeganInIt)
+TEST_P(SqliteDatabase, TransactionMayEndInsideAScopeThatBeganInIt)
 {
     ASSERT_TRUE(Begin());
     {
         TransactionalScope const scope;
-        ASSERT_TRUE(Add("in the bracket"));
+        ASSERT_TRUE(Add("in the transaction"));
         ASSERT_TRUE(Rollback());
         ASSERT_TRUE(Add("in the scope alone"));
     }
@@ -141,7 +141,7 @@ TEST_P(SqliteDatabase, BracketMayEndInsideAScopeThatBeganInIt)
               std::vector<QVariant>{QStringLiteral("in the scope alone")});
 }
 
-TEST_P(SqliteDatabase, FailedStatementLeavesTheBracketAsItIs)
+TEST_P(SqliteDatabase, FailedStatementLeavesTheTransactionAsItIs)
 {
     ASSERT_TRUE(Begin());
     ASSERT_TRUE(Add("a"));
@@ -152,7 +152,7 @@ TEST_P(SqliteDatabase, FailedStatementLeavesTheBracketAsItIs)
     store->ClearError();
 }
 
-TEST_P(SqliteDatabase, BracketOfOneThreadIsNoneOfAnother)
+TEST_P(SqliteDatabase, TransactionOfOneThreadIsNoneOfAnother)
 {
     ASSERT_TRUE(Begin());
     std::thread([this] {
@@ -163,7 +163,7 @@ TEST_P(SqliteDatabase, BracketOfOneThreadIsNoneOfAnother)
     ASSERT_TRUE(Commit());
 }
 
-TEST_P(SqliteDatabase, BracketLeftOpenWhenItsThreadEndsIsRolledBack)
+TEST_P(SqliteDatabase, TransactionLeftOpenWhenItsThreadEndsIsRolledBack)
 {
     std::thread([this] {
         EXPECT_TRUE(Begin());
@@ -173,7 +173,7 @@ TEST_P(SqliteDatabase, BracketLeftOpenWhenItsThreadEndsIsRolledBack)
     EXPECT_TRUE(Add("b")) << "its lock is gone";
 }
 
-TEST_P(SqliteDatabase, BracketLeftOpenWhenTheFactoryGoesIsRolledBack)
+TEST_P(SqliteDatabase, TransactionLeftOpenWhenTheFactoryGoesIsRolledBack)
 {
     ASSERT_TRUE(Begin());
     ASSERT_TRUE(Add("a"));
@@ -207,7 +207,7 @@ TEST_P(SqliteDatabase, ObjectsThatOutliveTheFactoryFailAndDontCrash)
     EXPECT_FALSE(database->lastError().isEmpty());
 }
 
-TEST_P(SqliteDatabase, BracketIsRolledBackWhenTheLastObjectGoesThatOutlivedTheFactory)
+TEST_P(SqliteDatabase, TransactionIsRolledBackWhenTheLastObjectGoesThatOutlivedTheFactory)
 {
     auto database = store->CreateDatabase();
     ASSERT_TRUE(database->transaction());
@@ -233,7 +233,7 @@ TEST_P(SqliteDatabase, LockThatCannotBeHadShowsAtTransaction)
     EXPECT_TRUE(Rollback());
 }
 
-TEST_P(SqliteDatabase, CommitThatFailsSaysFalseAndTakesTheBracketBack)
+TEST_P(SqliteDatabase, CommitThatFailsReturnsFalseAndRollsTheTransactionBack)
 {
     FaultyFiles files;
     ReopenStore();
@@ -262,7 +262,7 @@ QString LargeInsert()
                           "INSERT INTO ServerConfiguration (alias) SELECT hex(zeroblob(500000)) FROM n");
 }
 
-TEST_P(SqliteDatabase, BracketThatAFaultTookBackTakesNoWritesUntilItEnds)
+TEST_P(SqliteDatabase, TransactionThatAFaultRolledBackTakesNoWritesUntilItEnds)
 {
     for (bool const commits : {false, true}) {
         FaultyFiles files;
@@ -276,7 +276,7 @@ TEST_P(SqliteDatabase, BracketThatAFaultTookBackTakesNoWritesUntilItEnds)
         EXPECT_EQ(CountServers(*store), 0);
         EXPECT_FALSE(Add("b")) << "it would be durable by itself";
         EXPECT_EQ(commits ? Commit() : !Rollback(), false);
-        EXPECT_FALSE(Rollback()) << "the bracket has ended";
+        EXPECT_FALSE(Rollback()) << "the transaction has ended";
         store->ClearError();
         ASSERT_TRUE(Begin());
         EXPECT_TRUE(Add("c"));
@@ -287,7 +287,7 @@ TEST_P(SqliteDatabase, BracketThatAFaultTookBackTakesNoWritesUntilItEnds)
     }
 }
 
-TEST_P(SqliteDatabase, FullDiskInABracketLeavesNoDoubtAboutWhatItWrote)
+TEST_P(SqliteDatabase, FullDiskInATransactionLeavesNoDoubtAboutWhatItWrote)
 {
     FaultyFiles files;
     ReopenStore();

@@ -15,7 +15,7 @@ using namespace tandry::test;
 class SqliteQuery : public StoreFixture
 {
 protected:
-    /// What comes back for a value that was bound in an INSERT.
+    /// Returns the value that is read after this one was bound in an INSERT.
     QVariant RoundTrip(QVariant const& value, QString const& column = QStringLiteral("alias"))
     {
         EXPECT_TRUE(Execute(*store, QStringLiteral("DELETE FROM ServerConfiguration")));

@@ -478,7 +478,7 @@ TEST_P(SqliteScopeWithJournal, OthersReadBesideAScopeThatHasWritten)
 {
     ASSERT_TRUE(Add("before"));
     TransactionalScope const scope;
-    ASSERT_TRUE(AddServer(*store, QString(20'000'000, QLatin1Char('x')))) << "more than the engine's cache would hold";
+    ASSERT_TRUE(AddServer(*store, QString(20'000'000, QLatin1Char('x')))) << "more than SQLite's cache would hold";
     RawStore other(StorePath());
     sqlite3_busy_timeout(other.handle(), 0);
     EXPECT_EQ(other.Count(QStringLiteral("ServerConfiguration")), 1);

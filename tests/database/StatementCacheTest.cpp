@@ -7,7 +7,7 @@ namespace {
 
 using namespace tandry::test;
 
-/// The engine lists the prepared statements of a connection in a table of its own.
+/// SQLite lists the prepared statements of a connection in a table of its own.
 class StatementCache : public StoreFixture
 {
 protected:
@@ -16,7 +16,7 @@ protected:
         StoreFixture::SetUp();
         if (!Execute(*store, "SELECT sql FROM sqlite_stmt"_q)) {
             store->ClearError();
-            GTEST_SKIP() << "this engine doesn't list its statements";
+            GTEST_SKIP() << "this SQLite does not list its statements";
         }
     }
 

@@ -295,7 +295,7 @@ TEST_P(StoreBackup, ReaderCopiesWhatAnotherProgramHasCommittedUpToNow)
     EXPECT_EQ(RawStore(Target()).Count("ServerConfiguration"_q), 10);
 }
 
-TEST_P(StoreBackup, OpenBracketOrWrittenScopeOfTheThreadIsRefused)
+TEST_P(StoreBackup, OpenTransactionOrWrittenScopeOfTheThreadIsRefused)
 {
     auto const database = store->CreateDatabase();
     ASSERT_TRUE(database->transaction());
@@ -313,7 +313,7 @@ TEST_P(StoreBackup, OpenBracketOrWrittenScopeOfTheThreadIsRefused)
     EXPECT_EQ(RawStore(Target()).Count("ServerConfiguration"_q), 4);
 }
 
-TEST_P(StoreBackup, BracketOfAnotherThreadIsNotInTheCopy)
+TEST_P(StoreBackup, TransactionOfAnotherThreadIsNotInTheCopy)
 {
     AddRows(2);
     RawStore other(StorePath());
@@ -336,35 +336,35 @@ TEST_P(StoreBackup, ListingThatIsBeingReadGoesOn)
     EXPECT_EQ(rows, 100);
 }
 
-TEST_P(StoreBackup, CopiesMadeWhileThreadsWriteHoldWholeBracketsAndEnd)
+TEST_P(StoreBackup, CopiesMadeWhileThreadsWriteHoldWholeTransactionsAndEnd)
 {
-    constexpr int RowsOfABracket = 7;
+    constexpr int RowsOfATransaction = 7;
     std::atomic<bool> done{false};
-    std::atomic<int> brackets{0};
+    std::atomic<int> transactions{0};
     std::thread writer([&] {
         auto const database = store->CreateDatabase();
         while (!done) {
             if (!database->transaction())
                 continue;
-            for (int row = 0; row < RowsOfABracket; ++row)
+            for (int row = 0; row < RowsOfATransaction; ++row)
                 EXPECT_TRUE(AddServer(*store, QString(3000, QLatin1Char('x'))));
             EXPECT_TRUE(database->commit());
-            ++brackets;
+            ++transactions;
         }
         store->ClearError();
     });
     int highest = 0;
     for (int copy = 0; copy < 10; ++copy) {
-        for (int const seen = brackets; brackets == seen;)
+        for (int const seen = transactions; transactions == seen;)
             std::this_thread::yield();
         QString const target = Target("copy-%1.db"_q.arg(copy));
         QString error;
-        int const committed = brackets;
+        int const committed = transactions;
         EXPECT_TRUE(store->Backup(target, &error)) << error.toStdString();
         RawStore raw(target);
         int const rows = int(raw.Count("ServerConfiguration"_q));
-        EXPECT_EQ(rows % RowsOfABracket, 0);
-        EXPECT_GE(rows, committed * RowsOfABracket);
+        EXPECT_EQ(rows % RowsOfATransaction, 0);
+        EXPECT_GE(rows, committed * RowsOfATransaction);
         EXPECT_GE(rows, highest);
         EXPECT_EQ(raw.Value("PRAGMA integrity_check"_q).toString(), "ok"_q);
         highest = rows;
@@ -510,7 +510,7 @@ TEST_P(StoreDamage, StoreThatIsOpenForReadingIsLookedThroughUnchanged)
     EXPECT_EQ(Files(), QStringList{"store.db"_q});
 }
 
-TEST_P(StoreDamage, OpenBracketOfTheThreadIsRefused)
+TEST_P(StoreDamage, OpenTransactionOfTheThreadIsRefused)
 {
     auto const database = store->CreateDatabase();
     ASSERT_TRUE(database->transaction());

@@ -17,14 +17,14 @@ namespace {
 using namespace tandry::test;
 using sync::database::TransactionalScope;
 
-/// Every operation of the engine on its files fails once, at each of its places in turn.
+/// Every file operation of SQLite fails once, at each of its places in turn.
 class StoreFaults : public EachJournalMode
 {
 protected:
     void TearDown() override { store.reset(); }
 
-    /// A life of a store: scopes, a nested one, brackets kept and taken back, a second thread, listings. Notes the
-    /// aliases that must be there afterwards and those that must not.
+    /// A life of a store: scopes, a nested one, client transactions committed and rolled back, a second thread,
+    /// listings. Notes the aliases that must be there afterwards and those that must not.
     void Work()
     {
         for (int number = 0; number < 3; ++number) {
@@ -38,8 +38,8 @@ protected:
             Add(20);
         }).join();
         CountServers(*store);
-        WorkInBracket(30, true);
-        WorkInBracket(40, false);
+        WorkInTransaction(30, true);
+        WorkInTransaction(40, false);
         Add(50);
     }
 
@@ -49,7 +49,7 @@ protected:
             _written.insert(number);
     }
 
-    void WorkInBracket(int number, bool keeps)
+    void WorkInTransaction(int number, bool keeps)
     {
         auto const database = store->CreateDatabase();
         if (!database->transaction())
@@ -124,7 +124,7 @@ TEST_P(StoreFaults, NoFaultLosesWhatWasAnsweredWithTrueInSilence)
     EXPECT_GT(faults, 300);
 }
 
-/// The engine calls a rollback a success though it could not delete its journal, and would lose the next commit.
+/// SQLite calls a rollback a success though it could not delete its journal, and would lose the next commit.
 class StoreWithLeftJournal : public StoreFaults
 {
 protected:

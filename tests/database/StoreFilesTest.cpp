@@ -9,7 +9,7 @@ namespace {
 
 using namespace tandry::test;
 
-/// What is in the files beside the rows.
+/// Contents of the files beside the rows.
 class StoreFiles : public EachJournalMode
 {};
 

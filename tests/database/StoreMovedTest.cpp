@@ -96,7 +96,7 @@ TEST_P(StoreMoved, ScopeWhoseFileGoesBeforeItsEndIsTold)
     EXPECT_FALSE(QFile::exists(StorePath()));
 }
 
-TEST_P(StoreMoved, BracketWhoseFileGoesSaysFalse)
+TEST_P(StoreMoved, CommitOfATransactionWhoseFileWentReturnsFalse)
 {
     ASSERT_TRUE(store->CreateDatabase()->transaction());
     ASSERT_TRUE(AddServer(*store, "a"_q));
@@ -116,7 +116,7 @@ TEST_P(StoreWithMovedLog, IsNoticedAtWrites)
     EXPECT_FALSE(store->CreateDatabase()->transaction());
     ExpectTold();
     ReopenStore();
-    EXPECT_EQ(CountServers(*store), 1) << "the engine still had the log and has worked it off";
+    EXPECT_EQ(CountServers(*store), 1) << "SQLite still had the log and has moved it into the file";
     EXPECT_TRUE(AddServer(*store, "c"_q));
 }
 

@@ -43,7 +43,7 @@ private:
     QString const _before = QDir::currentPath();
 };
 
-/// What SQLite and Qt take for something else than a file.
+/// Names that mean something else than a file to SQLite or Qt.
 TEST_F(StoreNames, OfAnyFormAreFilesOfTheWorkingDirectoryAndStayTheirs)
 {
     for (char const* name : {":memory:",
@@ -110,7 +110,7 @@ TEST_F(StoreNames, ThatEndInASlashAreFolders)
     EXPECT_TRUE(Entries().isEmpty());
 }
 
-/// What a path means when a folder in it is a link is the system's business.
+/// The system decides what a path means if a folder in it is a link.
 TEST_F(StoreNames, WithDotsGoThroughLinksAsTheSystemDoes)
 {
     ASSERT_TRUE(QDir().mkpath(folder.filePath("elsewhere/inner"_q)));

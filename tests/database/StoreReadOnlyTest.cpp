@@ -76,7 +76,7 @@ TEST_P(StoreReadOnly, ReadingChangesNoByteAndMakesNoFile)
     ExpectNoNewFiles(before);
 }
 
-TEST_P(StoreReadOnly, WritesAndBracketsAreRefused)
+TEST_P(StoreReadOnly, WritesAndTransactionsAreRefused)
 {
     QMap<QString, QByteArray> const before = FolderContents(folder.path());
     auto const reader = Reader();

@@ -48,7 +48,7 @@ QMap<QString, QString> ExpectedTables()
 class StoreSchema : public StoreFixture
 {
 protected:
-    /// What the engine says about how it would run a statement.
+    /// Returns the steps of SQLite's plan for a statement.
     QStringList Plan(QString const& statement)
     {
         QStringList steps;

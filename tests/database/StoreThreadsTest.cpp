@@ -106,12 +106,12 @@ TEST_P(StoreThreads, ReadersSeeWholeScopesOnly)
     EXPECT_EQ(odd, 0);
 }
 
-TEST_P(StoreThreads, BracketsOfThreadsTakeTurns)
+TEST_P(StoreThreads, TransactionsOfThreadsTakeTurns)
 {
     std::atomic<int> failures{0};
     InThreads(4, [&](int) {
-        for (int bracket = 0; bracket < 5; ++bracket) {
-            bool const keeps = bracket % 2 == 0;
+        for (int transaction = 0; transaction < 5; ++transaction) {
+            bool const keeps = transaction % 2 == 0;
             if (!store->CreateDatabase()->transaction() || !AddServer(*store, "a"_q) || !AddServer(*store, "b"_q) ||
                 !(keeps ? store->CreateDatabase()->commit() : store->CreateDatabase()->rollback()))
                 ++failures;
@@ -129,7 +129,7 @@ TEST_P(StoreThreads, ConnectionIsClosedWhenItsThreadEnds)
         ASSERT_TRUE(AddServer(*store, "a"_q));
         EXPECT_EQ(OpenFiles(), before + 1);
     }).join();
-    // The engine closes a descriptor only once no connection of the process has a lock.
+    // SQLite closes a descriptor only once no connection of the process has a lock.
     ASSERT_EQ(CountServers(*store), 1);
     for (int thread = 0; thread < 20; ++thread)
         std::thread([&] { ASSERT_EQ(CountServers(*store), 1); }).join();

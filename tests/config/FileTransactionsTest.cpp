@@ -15,7 +15,7 @@ using sync::database::TransactionalScope;
 using testing::IsEmpty;
 using testing::SizeIs;
 
-class FileBrackets : public FileStoreFixture
+class FileTransactions : public FileStoreFixture
 {
 protected:
     void AddFiles(int count, int rootId)
@@ -31,7 +31,7 @@ protected:
     }
 };
 
-TEST_F(FileBrackets, ManyAddsAreOneUnitThatOthersSeeAtTheCommit)
+TEST_F(FileTransactions, ManyAddsAreOneUnitThatOthersSeeAtTheCommit)
 {
     ASSERT_TRUE(files->transaction());
     AddFiles(500, 1);
@@ -43,7 +43,7 @@ TEST_F(FileBrackets, ManyAddsAreOneUnitThatOthersSeeAtTheCommit)
     EXPECT_THAT(files->GetAll(), SizeIs(500));
 }
 
-TEST_F(FileBrackets, RollbackTakesEverythingBackAndLeavesWhatWasThere)
+TEST_F(FileTransactions, RollbackTakesEverythingBackAndLeavesWhatWasThere)
 {
     FileConfiguration kept = AddFile("/kept"_q, 1, 1);
     ASSERT_TRUE(files->transaction());
@@ -59,7 +59,7 @@ TEST_F(FileBrackets, RollbackTakesEverythingBackAndLeavesWhatWasThere)
     EXPECT_THAT(files->GetAll(), SizeIs(1));
 }
 
-TEST_F(FileBrackets, RollbackTakesTheRowsAndFoldersOfLinksBack)
+TEST_F(FileTransactions, RollbackTakesTheRowsAndFoldersOfLinksBack)
 {
     FolderConfiguration const root = AddRoot(rootPath);
     MakeFile("root/a/target"_q);
@@ -77,7 +77,7 @@ TEST_F(FileBrackets, RollbackTakesTheRowsAndFoldersOfLinksBack)
     EXPECT_EQ(Committed("FolderConfiguration"), 1);
 }
 
-TEST_F(FileBrackets, ScopesOfTheClientsInsideABracketEndNothing)
+TEST_F(FileTransactions, ScopesOfTheClientInsideATransactionEndNothing)
 {
     ASSERT_TRUE(files->transaction());
     {
@@ -97,7 +97,7 @@ TEST_F(FileBrackets, ScopesOfTheClientsInsideABracketEndNothing)
     EXPECT_EQ(Committed(), 0);
 }
 
-TEST_F(FileBrackets, CleaningARootInsideNeitherEndsNorFailsTheBracket)
+TEST_F(FileTransactions, CleaningARootInsideNeitherEndsNorFailsTheTransaction)
 {
     for (bool const kept : {true, false}) {
         int const root = AddRoot(rootPath).getId();
@@ -107,7 +107,7 @@ TEST_F(FileBrackets, CleaningARootInsideNeitherEndsNorFailsTheBracket)
         EXPECT_TRUE(folders->CleanRootFolder(root));
         EXPECT_EQ(files->GetFileConfigurationByClientPath("/in root"_q).id, -1);
         EXPECT_EQ(Committed("FolderConfiguration"), 1); // not yet for others
-        EXPECT_FALSE(files->transaction());             // the bracket is still open
+        EXPECT_FALSE(files->transaction());             // the transaction is still open
         store->ClearError();
         AddFile("/after"_q, 77, 77);
         if (kept) {
@@ -125,7 +125,7 @@ TEST_F(FileBrackets, CleaningARootInsideNeitherEndsNorFailsTheBracket)
     }
 }
 
-TEST_F(FileBrackets, AFailedOperationInsideUndoesNothingAndEndsNothing)
+TEST_F(FileTransactions, AFailedOperationInsideUndoesNothingAndEndsNothing)
 {
     ASSERT_TRUE(files->transaction());
     AddFiles(2, 1);
@@ -139,7 +139,7 @@ TEST_F(FileBrackets, AFailedOperationInsideUndoesNothingAndEndsNothing)
     EXPECT_EQ(Committed(), 3);
 }
 
-TEST_F(FileBrackets, WithoutAnOpenBracketNothingCanBeCommittedOrRolledBack)
+TEST_F(FileTransactions, WithoutAnOpenTransactionNothingCanBeCommittedOrRolledBack)
 {
     EXPECT_FALSE(files->commit());
     EXPECT_FALSE(files->rollback());
@@ -150,7 +150,7 @@ TEST_F(FileBrackets, WithoutAnOpenBracketNothingCanBeCommittedOrRolledBack)
     store->ClearError();
 }
 
-TEST_F(FileBrackets, AnotherThreadNeitherSeesNorEndsTheBracket)
+TEST_F(FileTransactions, AnotherThreadNeitherSeesNorEndsTheTransaction)
 {
     ASSERT_TRUE(files->transaction());
     AddFiles(3, 1);
@@ -164,11 +164,11 @@ TEST_F(FileBrackets, AnotherThreadNeitherSeesNorEndsTheBracket)
     EXPECT_EQ(Committed(), 4);
 }
 
-TEST_F(FileBrackets, OnTwoThreadsOneRollsBackAndTheOtherCommits)
+TEST_F(FileTransactions, OnTwoThreadsOneRollsBackAndTheOtherCommits)
 {
     ASSERT_TRUE(files->transaction());
     AddFiles(20, 1);
-    std::thread other([this] { // waits for the lock while the first bracket is open
+    std::thread other([this] { // waits for the lock while the first transaction is open
         ASSERT_TRUE(files->transaction());
         AddFiles(30, 2);
         EXPECT_THAT(files->GetAll(), SizeIs(30));
@@ -182,7 +182,7 @@ TEST_F(FileBrackets, OnTwoThreadsOneRollsBackAndTheOtherCommits)
     EXPECT_THAT(files->GetFileConfigurationsByRootFolderId(2, FileConfigurationTypeFile), SizeIs(30));
 }
 
-TEST_F(FileBrackets, ABracketThatItsThreadLeavesOpenIsRolledBack)
+TEST_F(FileTransactions, ATransactionThatItsThreadLeavesOpenIsRolledBack)
 {
     std::thread([this] {
         ASSERT_TRUE(files->transaction());
@@ -193,7 +193,7 @@ TEST_F(FileBrackets, ABracketThatItsThreadLeavesOpenIsRolledBack)
     EXPECT_EQ(Committed(), 1);
 }
 
-TEST_F(FileBrackets, OneManagerServesThreadsThatReadAndWriteAtOnce)
+TEST_F(FileTransactions, OneManagerServesThreadsThatReadAndWriteAtOnce)
 {
     constexpr int Threads = 4;
     constexpr int Files = 25;
@@ -220,7 +220,7 @@ std::size_t HeapInUse()
     return mallinfo2().uordblks + mallinfo2().hblkhd;
 }
 
-TEST_F(FileBrackets, AListingTakesNoMemoryForTheRowsThatItHasWalked)
+TEST_F(FileTransactions, AListingTakesNoMemoryForTheRowsThatItHasWalked)
 {
     constexpr int Rows = 20'000;
     constexpr int RowBytes = 2'000;
@@ -251,7 +251,7 @@ TEST_F(FileBrackets, AListingTakesNoMemoryForTheRowsThatItHasWalked)
             most = std::max(most, HeapInUse());
     }
     EXPECT_EQ(rows, Rows);
-    // The engine's page cache fills up to a fixed size; the rows together have forty megabytes.
+    // SQLite's page cache fills up to a fixed size; the rows together have forty megabytes.
     EXPECT_LT(most - atFirst, std::size_t{Rows} * RowBytes / 2);
 }
 
