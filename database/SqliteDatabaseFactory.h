@@ -33,7 +33,7 @@ public:
     /// newer stores, and paths without the rights to them; a log or a journal (`-wal`, `-shm`, `-journal`) that another
     /// user has put beside the store, or that an earlier store of the name has left; and, for writing, stores of
     /// another user, unless the process is root's. A new store is readable and writable by its owner only and appears
-    /// whole.
+    /// whole. An opening for writing takes all rights of others on an existing store, its log and its journal.
     ///
     /// A store of an older version is upgraded first, each version in one transaction, and a copy of the older store
     /// stays beside it, named after the file with ".version-" and the version appended. The store is refused if no copy
@@ -63,7 +63,9 @@ public:
     [[nodiscard]] QStringList openingWarnings() const;
 
     /// Copies one committed state of the store into a new file, while others may write. The copy is a store of its own,
-    /// readable and writable by its owner only; it appears whole, checked for damage and flushed to the disk.
+    /// readable and writable by its owner only; it appears whole, checked for damage and flushed to the disk. It
+    /// belongs to the user of the process, or to the store's owner if that user is root; so does the copy of an
+    /// upgrade.
     ///
     /// Returns false on failure; `error`, unless null, then names the file and the reason, and so does `LastError`. No
     /// copy exists then, except if only the flush of its folder failed: the copy is whole, but a power cut may remove

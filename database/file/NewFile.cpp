@@ -71,7 +71,7 @@ Failure NewFile::CheckTarget(bool& isTaken) const
     return isTaken ? Failure() : failure;
 }
 
-Failure NewFile::Create()
+Failure NewFile::Create(std::optional<FileOwner> const& owner)
 {
     QByteArray temporary = QByteArray(_target.name()) + ".new-XXXXXX";
     Descriptor const descriptor(::mkostemp(temporary.data(), O_CLOEXEC));
@@ -82,6 +82,8 @@ Failure NewFile::Create()
             errno);
     _temporary = temporary;
     ::fchmod(descriptor.get(), S_IRUSR | S_IWUSR); // the umask may have taken rights from the owner
+    if (owner)
+        GiveTo(*owner, descriptor.get());
     return {};
 }
 

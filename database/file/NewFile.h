@@ -1,11 +1,14 @@
 #pragma once
 
 #include "database/file/StoreFile.h"
+#include "database/file/StoreOwner.h"
 #include "database/sqlite/Failure.h"
 #include "database/sqlite/SqliteHandle.h"
 
 #include <QByteArray>
 #include <QtGlobal>
+
+#include <optional>
 
 namespace sync::database {
 
@@ -23,8 +26,9 @@ public:
     /// have for another file.
     [[nodiscard]] Failure CheckTarget(bool& isTaken) const;
 
-    /// Creates the file, empty, readable and writable by its owner only.
-    [[nodiscard]] Failure Create();
+    /// Creates the file, empty, readable and writable by its owner only: the user of the process, or the given one if
+    /// root runs it.
+    [[nodiscard]] Failure Create(std::optional<FileOwner> const& owner = {});
 
     /// The file under its temporary name. Errors name the target's path.
     StoreFile file() const { return _target.WithName(_temporary); }

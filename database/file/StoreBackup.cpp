@@ -72,7 +72,7 @@ Failure StoreBackup::Write(StoreFile const& target) const
         return failure;
     if (isTaken)
         return TargetIsTaken(target);
-    if (Failure failure = copy.Create())
+    if (Failure failure = copy.Create(OwnerOf(_source)))
         return failure;
     if (Failure failure = WriteTo(copy))
         return failure;

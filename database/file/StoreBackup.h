@@ -12,9 +12,9 @@ class StoreBackup
 public:
     StoreBackup(StoreFile source, StoreAccess access, int busyTimeoutMsec);
 
-    /// Writes one committed state of the store into a new file, readable and writable by its owner only, which appears
-    /// whole, checked for damage and flushed. Never replaces a file. Errors name the new file; see `NewFile::Publish`
-    /// for the one after which it exists.
+    /// Writes one committed state of the store into a new file, which appears whole, checked for damage and flushed. It
+    /// is readable and writable by its owner only: the user of the process, or the store's owner if root runs it. Never
+    /// replaces a file. Errors name the new file; see `NewFile::Publish` for the one after which it exists.
     [[nodiscard]] Failure Write(StoreFile const& target) const;
 
     /// The same, into a file that has been created, and that the caller puts in place.

@@ -51,6 +51,8 @@ Failure StoreHandle::Open(OpenPurpose purpose, StoreAccess access)
     }
     if (Failure failure = CheckOwnersBeside(_file))
         return failure;
+    if (access == StoreAccess::ReadWrite)
+        TakeRightsOfOthers(_file);
     Failure failure = access == StoreAccess::ReadOnly ? OpenForReading(purpose) : OpenForWriting(purpose);
     Failure foreign = CheckOwnersBeside(_file); // something may have come before SQLite looked
     if (!foreign)

@@ -2,12 +2,16 @@
 
 #include "database/file/NewFile.h"
 #include "database/file/StoreFile.h"
+#include "database/file/StoreLog.h"
 #include "database/sqlite/ErrorTexts.h"
 
 #include <QFile>
 
 #include <sqlite3.h>
 
+#include <cerrno>
+
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -19,15 +23,29 @@ constexpr uid_t Root = 0;
 
 } // namespace
 
+std::optional<FileOwner> OwnerOf(StoreFile const& file)
+{
+    struct stat status = {};
+    if (::stat(file.name(), &status) != 0)
+        return std::nullopt;
+    return FileOwner{status.st_uid, status.st_gid};
+}
+
+void GiveTo(FileOwner owner, int descriptor)
+{
+    if (::geteuid() == Root && ::fchown(descriptor, owner.user, owner.group) != 0)
+        qCWarning(StoreLog) << "a new file can't be given to the owner of the store:" << qt_error_string(errno);
+}
+
 Failure CheckOwnersBeside(StoreFile const& file)
 {
-    struct stat store = {};
-    if (::stat(file.name(), &store) != 0)
+    std::optional<FileOwner> const store = OwnerOf(file);
+    if (!store)
         return {}; // opening it tells why
     for (char const* suffix : SuffixesBeside) {
         QByteArray const name = file.name() + QByteArray(suffix);
         struct stat beside = {};
-        if (::lstat(name.constData(), &beside) != 0 || beside.st_uid == store.st_uid || beside.st_uid == Root)
+        if (::lstat(name.constData(), &beside) != 0 || beside.st_uid == store->user || beside.st_uid == Root)
             continue;
         return MakeError(file.path(),
                          SQLITE_PERM,
@@ -36,7 +54,7 @@ Failure CheckOwnersBeside(StoreFile const& file)
                                         "it comes from this store, give it to the store's owner")
                              .arg(QFile::decodeName(name))
                              .arg(beside.st_uid)
-                             .arg(store.st_uid));
+                             .arg(store->user));
     }
     return {};
 }
@@ -44,19 +62,31 @@ Failure CheckOwnersBeside(StoreFile const& file)
 Failure CheckWriter(StoreFile const& file)
 {
     uid_t const user = ::geteuid();
-    struct stat store = {};
-    if (user == Root || ::stat(file.name(), &store) != 0 || store.st_uid == user)
+    std::optional<FileOwner> const store = OwnerOf(file);
+    if (user == Root || !store || store->user == user)
         return {};
     // Some file systems give all files to one user, whoever creates them.
     NewFile probe(file);
-    struct stat created = {};
-    if (probe.Create() || ::stat(probe.file().name(), &created) != 0 || created.st_uid == store.st_uid)
+    if (probe.Create())
         return {}; // SQLite tells why nothing can be created
+    if (std::optional<FileOwner> const created = OwnerOf(probe.file()); !created || created->user == store->user)
+        return {};
     return MakeError(file.path(),
                      SQLITE_PERM,
                      QStringLiteral("the store belongs to user %1, and only that user or root may write to it: open it "
                                     "as that user, or for reading only")
-                         .arg(store.st_uid));
+                         .arg(store->user));
+}
+
+void TakeRightsOfOthers(StoreFile const& file)
+{
+    constexpr mode_t Others = S_IRWXG | S_IRWXO;
+    for (char const* suffix : DatabaseSuffixes) {
+        QByteArray const name = file.name() + QByteArray(suffix);
+        struct stat status = {};
+        if (::lstat(name.constData(), &status) == 0 && S_ISREG(status.st_mode) && (status.st_mode & Others) != 0)
+            ::fchmodat(AT_FDCWD, name.constData(), status.st_mode & S_IRWXU, AT_SYMLINK_NOFOLLOW);
+    }
 }
 
 } // namespace sync::database

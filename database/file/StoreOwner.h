@@ -2,9 +2,26 @@
 
 #include "database/sqlite/Failure.h"
 
+#include <optional>
+
+#include <sys/types.h>
+
 namespace sync::database {
 
 class StoreFile;
+
+/// To whom a file belongs.
+struct FileOwner
+{
+    uid_t user = 0;
+    gid_t group = 0;
+};
+
+/// Returns nothing if there is no such file, or none can be seen.
+std::optional<FileOwner> OwnerOf(StoreFile const& file);
+
+/// Gives a file that this process has created to an owner, as far as it is root and the file system has owners.
+void GiveTo(FileOwner owner, int descriptor);
 
 /// Fails if a log, its index or a journal beside the store belongs to another user than the store: SQLite would play
 /// into the store what that user has put there.
@@ -16,5 +33,9 @@ class StoreFile;
 /// Fails if the files that this process creates beside the store would fail `CheckOwnersBeside`, so that no other
 /// process could open the store as long as they are there.
 [[nodiscard]] Failure CheckWriter(StoreFile const& file);
+
+/// Takes all rights on the store and on the files beside it from everybody but the owner, as far as the file system has
+/// rights: SQLite gives the files that it creates beside the store the rights of the store.
+void TakeRightsOfOthers(StoreFile const& file);
 
 } // namespace sync::database

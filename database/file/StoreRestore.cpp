@@ -87,7 +87,7 @@ Failure StoreRestore::CheckNames() const
 Failure StoreRestore::Replace()
 {
     NewFile restored(_store);
-    if (Failure failure = restored.Create())
+    if (Failure failure = restored.Create(OwnerOf(_store.IsMissing() ? _backup : _store)))
         return failure;
     if (Failure failure = StoreBackup(_backup, StoreAccess::ReadOnly, BusyTimeoutMsec).WriteTo(restored))
         return MakeError(
@@ -172,7 +172,7 @@ Failure StoreRestore::PutUpNotice()
                             ".\nThis was interrupted: restore the backup again.\nThe earlier store is kept as " +
                             QFile::encodeName(_kept->path()) + "\n";
     NewFile notice(_store);
-    if (Failure failure = notice.Create())
+    if (Failure failure = notice.Create(OwnerOf(_store)))
         return failure;
     {
         Descriptor const file(::open(notice.file().name(), O_WRONLY | O_CLOEXEC));

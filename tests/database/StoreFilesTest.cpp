@@ -1,17 +1,35 @@
 #include "database/TransactionalScope.h"
+#include "interf/IQSqlDatabaseWrapper.h"
 #include "support/FolderContents.h"
+#include "support/OtherProgram.h"
 #include "support/Queries.h"
 #include "support/StoreFixture.h"
 
 #include <QFileInfo>
 
+#include <csignal>
+
+#include <sys/stat.h>
+
 namespace {
 
 using namespace tandry::test;
+using sync::database::OpenMode;
+using sync::database::OpenOptions;
 
 /// Contents of the files beside the rows.
 class StoreFiles : public EachJournalMode
-{};
+{
+protected:
+    QStringList Files() const { return FolderContents(folder.path()).keys(); }
+
+    mode_t ModeOf(QString const& file) const
+    {
+        struct stat status = {};
+        EXPECT_EQ(::stat(folder.filePath(file).toUtf8().constData(), &status), 0);
+        return status.st_mode & 07777;
+    }
+};
 
 TANDRY_IN_EACH_JOURNAL_MODE(StoreFiles);
 
@@ -19,7 +37,38 @@ TEST_P(StoreFiles, CleanCloseLeavesOneFile)
 {
     ASSERT_TRUE(AddServer(*store, "a"_q));
     store.reset();
-    EXPECT_EQ(FolderContents(folder.path()).keys(), QStringList{"store.db"_q});
+    EXPECT_EQ(Files(), QStringList{"store.db"_q});
+}
+
+TEST_P(StoreFiles, RightsOfOthersAreTakenWhenTheStoreIsOpenedForWriting)
+{
+    mode_t const before = ::umask(0);
+    for (bool const isLeftBehind : {false, true}) {
+        store.reset();
+        if (isLeftBehind) {
+            ASSERT_EQ(OtherProgram(StorePath(), {"add-and-crash"_q, "1"_q}).Wait(), -SIGKILL);
+        }
+        for (QString const& file : Files())
+            ASSERT_EQ(::chmod(folder.filePath(file).toUtf8().constData(), 0666), 0);
+        OpenStore();
+        ASSERT_TRUE(store->CreateDatabase()->transaction());
+        ASSERT_TRUE(AddServer(*store, "a"_q));
+        EXPECT_GT(Files().size(), 1);
+        for (QString const& file : Files())
+            EXPECT_EQ(ModeOf(file), 0600u) << file.toStdString();
+        ASSERT_TRUE(store->CreateDatabase()->rollback());
+    }
+    ::umask(before);
+}
+
+TEST_P(StoreFiles, OpeningForReadingLeavesTheRightsAsTheyAre)
+{
+    store.reset();
+    ASSERT_EQ(::chmod(StorePath().toUtf8().constData(), 0644), 0);
+    OpenOptions options;
+    options.mode = OpenMode::ReadOnly;
+    OpenStore(options);
+    EXPECT_EQ(ModeOf("store.db"_q), 0644u);
 }
 
 TEST_P(StoreFiles, RemovedAndOverwrittenSecretsAreFoundNowhereAfterACleanClose)

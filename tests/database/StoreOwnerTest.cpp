@@ -5,6 +5,7 @@
 #include "support/FolderContents.h"
 #include "support/QtPrinters.h"
 #include "support/Queries.h"
+#include "support/ReleasedStores.h"
 
 #include <gtest/gtest.h>
 #include <sqlite3.h>
@@ -22,6 +23,7 @@ using sync::database::JournalMode;
 using sync::database::OpenMode;
 using sync::database::OpenOptions;
 using sync::database::SqliteDatabaseFactory;
+using sync::database::StoreError;
 
 constexpr uid_t Stranger = 12345;
 
@@ -231,6 +233,64 @@ TEST_F(StoreOwner, AnotherUserMayReadAStoreWithRightsForAllAndNotWriteToIt)
         EXPECT_EQ(FolderContents(folder.path()), before);
         QFile::remove(Path());
     }
+}
+
+TEST_F(StoreOwner, BackupByRootBelongsToTheOwnerOfTheStore)
+{
+    MakeStore();
+    GiveAllToUnprivilegedUser();
+    QTemporaryDir const other;
+    QString const target = other.filePath("copy.db"_q);
+    ASSERT_TRUE(Open()->Backup(target, &error)) << error.toStdString();
+    EXPECT_EQ(StatusOf(target).st_uid, StatusOf(Path()).st_uid);
+    EXPECT_EQ(StatusOf(target).st_gid, StatusOf(Path()).st_gid);
+    EXPECT_EQ(StatusOf(target).st_mode & 07777, 0600u);
+}
+
+TEST_F(StoreOwner, CopyOfAnUpgradeByRootBelongsToTheOwnerOfTheStore)
+{
+    for (ReleasedStore const& older : OlderStores()) {
+        older.CopyTo(Path());
+        GiveAllToUnprivilegedUser();
+        ASSERT_NE(Open(), nullptr) << error.toStdString();
+        QStringList const files = FolderContents(folder.path()).keys();
+        EXPECT_EQ(files.size(), 2);
+        for (QString const& file : files) {
+            EXPECT_EQ(StatusOf(folder.filePath(file)).st_uid, StatusOf(folder.path()).st_uid) << file.toStdString();
+            QFile::remove(folder.filePath(file));
+        }
+    }
+}
+
+TEST_F(StoreOwner, StoreThatRootRestoresBelongsToTheOwnerOfTheEarlierOneOrElseOfTheBackup)
+{
+    MakeStore();
+    GiveAllToUnprivilegedUser();
+    QString const backup = folder.filePath("backup.db"_q);
+    ASSERT_TRUE(Open()->Backup(backup, &error)) << error.toStdString();
+    uid_t const user = StatusOf(backup).st_uid;
+    StoreError reason;
+    ASSERT_TRUE(SqliteDatabaseFactory::Restore(backup, folder.filePath("new.db"_q), reason))
+        << reason.text.toStdString();
+    EXPECT_EQ(StatusOf(folder.filePath("new.db"_q)).st_uid, user);
+    Give(backup, Stranger);
+    ASSERT_TRUE(SqliteDatabaseFactory::Restore(backup, Path(), reason)) << reason.text.toStdString();
+    EXPECT_EQ(StatusOf(Path()).st_uid, user);
+}
+
+TEST_F(StoreOwner, BackupByAnotherUserIsThatUsersOwn)
+{
+    MakeStore();
+    SetMode(folder.path(), 0777);
+    SetMode(Path(), 0644);
+    QString const target = folder.filePath("copy.db"_q);
+    EXPECT_EQ(InChildProcess([&] {
+                  DropRights();
+                  auto const reader = Open(OpenMode::ReadOnly);
+                  return reader != nullptr && reader->Backup(target) ? 0 : 1;
+              }),
+              0);
+    EXPECT_NE(StatusOf(target).st_uid, StatusOf(Path()).st_uid);
 }
 
 } // namespace
