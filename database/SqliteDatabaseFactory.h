@@ -30,10 +30,12 @@ public:
     /// Opens the store, or creates it as `options.mode` says. Returns null on failure; `error`, unless null, then names
     /// the file and the reason, and the file is unchanged. The path is made absolute by `AbsolutePath`. Refused are
     /// paths that it refuses, folders, files that are no store or belong to another application, damaged, emptied and
-    /// newer stores, and paths without the rights to them; a log or a journal (`-wal`, `-shm`, `-journal`) that another
-    /// user has put beside the store, or that an earlier store of the name has left; and, for writing, stores of
-    /// another user, unless the process is root's. A new store is readable and writable by its owner only and appears
-    /// whole. An opening for writing takes all rights of others on an existing store, its log and its journal.
+    /// newer stores, and paths without the rights to them; stores with a table, view, trigger or index that neither
+    /// this library nor SQLite creates, so a client must not create any except temporary ones; a log or a journal
+    /// (`-wal`, `-shm`, `-journal`) that another user has put beside the store, or that an earlier store of the name
+    /// has left; and, for writing, stores of another user, unless the process is root's. A new store is readable and
+    /// writable by its owner only and appears whole. An opening for writing takes all rights of others on an existing
+    /// store, its log and its journal.
     ///
     /// A store of an older version is upgraded first, each version in one transaction, and a copy of the older store
     /// stays beside it, named after the file with ".version-" and the version appended. The store is refused if no copy

@@ -85,22 +85,25 @@ Failure FindDamagedPages(StoreHandle const& store, QStringList& damage)
 
 Failure CheckLength(StoreHandle const& store)
 {
-    // As long as the statement stands on its row, no transaction with a journal can change the file.
+    // As long as the statement stands on its row, no transaction with a journal can change the file. The pragmas'
+    // tables would do in one statement, but a view may have their name.
     StatementHandle counting;
-    int code = PreparePersistent(
-        store.get(), "SELECT page_count * page_size FROM pragma_page_count, pragma_page_size", counting);
+    int code = PreparePersistent(store.get(), "PRAGMA page_count", counting);
     if (code == SQLITE_OK)
         code = sqlite3_step(counting.get());
+    qint64 pageSize = 0;
+    if (code == SQLITE_ROW)
+        code = QueryNumber(store.get(), "PRAGMA page_size", pageSize);
     sqlite3_int64 size = 0;
     sqlite3_file* file = nullptr;
-    if (code == SQLITE_ROW)
+    if (code == SQLITE_OK)
         code = sqlite3_file_control(store.get(), "main", SQLITE_FCNTL_FILE_POINTER, &file);
     if (code == SQLITE_OK)
         code = file->pMethods->xFileSize(file, &size);
     if (code != SQLITE_OK)
         return store.Describe(code);
 
-    if (size >= sqlite3_column_int64(counting.get(), 0) || store.file().HasFilledLog())
+    if (size >= sqlite3_column_int64(counting.get(), 0) * pageSize || store.file().HasFilledLog())
         return {};
     return MakeError(
         store.file().path(), SQLITE_CORRUPT, QStringLiteral("the store is damaged (the file's end is missing)"));

@@ -4,7 +4,10 @@
 #include "database/sqlite/SqliteHandle.h"
 
 #include <QByteArray>
+#include <QList>
 
+#include <algorithm>
+#include <iterator>
 #include <vector>
 
 namespace sync::database::schema {
@@ -140,6 +143,142 @@ QByteArray SelectOne(Table const& table)
 constexpr char const* CreateDefaultSchedule =
     "INSERT INTO Schedules (folderConfigurationId, syncScheduleType, syncInterval) VALUES (0, 0, 30)";
 
+/// A row of `sqlite_schema`. The text is the statement that created the object, as it was given.
+struct Object
+{
+    QByteArray type;
+    QByteArray name;
+    QByteArray table;
+    QByteArray text;
+
+    bool HasNameOf(Object const& other) const
+    {
+        return type == other.type && name == other.name && table == other.table;
+    }
+};
+
+Object TableObject(QByteArray const& name, QByteArray const& text)
+{
+    return {"table", name, name, text};
+}
+
+std::vector<Object> const& OwnObjects()
+{
+    static std::vector<Object> const objects = [] {
+        std::vector<Object> made;
+        for (Table const& table : Tables())
+            made.push_back(TableObject(table.name, CreateTable(table)));
+        for (char const* index : Indices) {
+            QList<QByteArray> const words = QByteArray(index).split(' ');
+            made.push_back({"index", words[2], words[4], index});
+        }
+        return made;
+    }();
+    return objects;
+}
+
+/// Whether SQLite made the object for itself: for AUTOINCREMENT, for ANALYZE or for a UNIQUE constraint.
+bool BelongsToSqlite(Object const& object)
+{
+    static Object const tables[] = {
+        TableObject("sqlite_sequence", "CREATE TABLE sqlite_sequence(name,seq)"),
+        TableObject("sqlite_stat1", "CREATE TABLE sqlite_stat1(tbl,idx,stat)"),
+        TableObject("sqlite_stat2", "CREATE TABLE sqlite_stat2(tbl,idx,sampleno,sample)"),
+        TableObject("sqlite_stat3", "CREATE TABLE sqlite_stat3(tbl,idx,neq,nlt,ndlt,sample)"),
+        TableObject("sqlite_stat4", "CREATE TABLE sqlite_stat4(tbl,idx,neq,nlt,ndlt,sample)"),
+    };
+    if (object.type == "index" && object.text.isEmpty() && object.name.startsWith("sqlite_autoindex_"))
+        return true;
+    return std::any_of(std::begin(tables), std::end(tables), [&](Object const& table) {
+        return object.HasNameOf(table) && object.text == table.text;
+    });
+}
+
+/// The library's object of the same type and name; null if there is none.
+Object const* OwnObject(Object const& object)
+{
+    for (Object const& own : OwnObjects())
+        if (object.HasNameOf(own))
+            return &own;
+    return nullptr;
+}
+
+/// Whether neither the library nor SQLite made the object. A virtual table runs the code of others like a view does.
+bool IsForeign(Object const& object)
+{
+    if (BelongsToSqlite(object))
+        return false;
+    return OwnObject(object) == nullptr || object.text.startsWith("CREATE VIRTUAL");
+}
+
+QString Words(Object const& object)
+{
+    QString words = QString::fromUtf8(object.type + ' ' + object.name);
+    if (object.name != object.table)
+        words += QStringLiteral(" of the table ") + QString::fromUtf8(object.table);
+    return words;
+}
+
+QByteArray TextOf(sqlite3_stmt* row, int column)
+{
+    return {reinterpret_cast<char const*>(sqlite3_column_text(row, column)), sqlite3_column_bytes(row, column)};
+}
+
+Failure ReadObjects(sqlite3* handle, QString const& path, std::vector<Object>& objects)
+{
+    StatementHandle reading;
+    int code = PreparePersistent(handle, "SELECT type, name, tbl_name, sql FROM main.sqlite_schema", reading);
+    while (code == SQLITE_OK && (code = sqlite3_step(reading.get())) == SQLITE_ROW) {
+        sqlite3_stmt* const row = reading.get();
+        objects.push_back({TextOf(row, 0), TextOf(row, 1), TextOf(row, 2), TextOf(row, 3)});
+        code = SQLITE_OK;
+    }
+    return code == SQLITE_DONE ? Failure() : DescribeError(handle, code, path);
+}
+
+Failure RefuseForeignObject(std::vector<Object> const& objects, QString const& path)
+{
+    auto const foreign = std::find_if(objects.begin(), objects.end(), IsForeign);
+    if (foreign == objects.end())
+        return {};
+    return MakeError(path,
+                     SQLITE_NOTADB,
+                     QStringLiteral("the store holds the %1, which neither this library nor SQLite created; drop it "
+                                    "with the program that did, or copy the rows to a new store with "
+                                    "'tandryctl recover'")
+                         .arg(Words(*foreign)));
+}
+
+Failure CheckColumns(sqlite3* handle, Table const& table, QString const& path)
+{
+    sqlite3_stmt* prepared = nullptr;
+    int code = sqlite3_prepare_v2(handle, SelectOne(table).constData(), -1, &prepared, nullptr);
+    StatementHandle const owner(prepared);
+    if (code == SQLITE_ERROR)
+        return MakeError(path,
+                         SQLITE_CORRUPT,
+                         QStringLiteral("the store is damaged (table %1: %2)")
+                             .arg(QLatin1String(table.name), QString::fromUtf8(sqlite3_errmsg(handle))));
+    if (code == SQLITE_OK)
+        code = sqlite3_step(prepared);
+    return code == SQLITE_ROW || code == SQLITE_DONE ? Failure() : DescribeError(handle, code, path);
+}
+
+Failure RefuseAlteredObject(std::vector<Object> const& objects, QString const& path)
+{
+    auto const altered = std::find_if(objects.begin(), objects.end(), [](Object const& object) {
+        Object const* const own = OwnObject(object);
+        return own != nullptr && object.text != own->text;
+    });
+    if (altered == objects.end())
+        return {};
+    return MakeError(path,
+                     SQLITE_CORRUPT,
+                     QStringLiteral("the store is damaged or was altered: the %1 is not what this library creates; "
+                                    "'tandryctl recover' copies the rows to a new store")
+                         .arg(Words(*altered)));
+}
+
 } // namespace
 
 QString OtherVersion(qint64 version)
@@ -167,23 +306,25 @@ int Create(sqlite3* handle)
     return Execute(handle, statements.constData());
 }
 
+Failure CheckForeignObjects(sqlite3* handle, QString const& path)
+{
+    std::vector<Object> objects;
+    Failure failure = ReadObjects(handle, path, objects);
+    return failure ? failure : RefuseForeignObject(objects, path);
+}
+
 Failure Check(sqlite3* handle, QString const& path)
 {
+    std::vector<Object> objects;
+    if (Failure failure = ReadObjects(handle, path, objects))
+        return failure;
+    if (Failure failure = RefuseForeignObject(objects, path)) // before anything is read through a view
+        return failure;
     for (Table const& table : Tables()) {
-        sqlite3_stmt* prepared = nullptr;
-        int code = sqlite3_prepare_v2(handle, SelectOne(table).constData(), -1, &prepared, nullptr);
-        StatementHandle const owner(prepared);
-        if (code == SQLITE_ERROR)
-            return MakeError(path,
-                             SQLITE_CORRUPT,
-                             QStringLiteral("the store is damaged (table %1: %2)")
-                                 .arg(QLatin1String(table.name), QString::fromUtf8(sqlite3_errmsg(handle))));
-        if (code == SQLITE_OK)
-            code = sqlite3_step(prepared);
-        if (code != SQLITE_ROW && code != SQLITE_DONE)
-            return DescribeError(handle, code, path);
+        if (Failure failure = CheckColumns(handle, table, path))
+            return failure;
     }
-    return {};
+    return RefuseAlteredObject(objects, path);
 }
 
 } // namespace sync::database::schema

@@ -79,6 +79,8 @@ Failure StoreUpgrade::RunStepInTransaction(qint64 version)
 {
     if (Failure failure = CheckLength(_store))
         return failure;
+    if (Failure failure = schema::CheckForeignObjects(_store.get(), _store.file().path()))
+        return failure;
     if (!_backup) {
         if (Failure failure = BackUp(version))
             return failure;

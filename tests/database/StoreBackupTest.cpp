@@ -484,6 +484,21 @@ TEST_P(StoreDamage, MissingIndexIsNamed)
               (QStringList{"index FileConfiguration_root is missing"_q, "index Schedules_folder is missing"_q}));
 }
 
+TEST_P(StoreDamage, WhatOthersAddedWhileTheStoreWasOpenIsNamedAndNotCopied)
+{
+    RawStore(StorePath()).Run("CREATE TRIGGER guest AFTER INSERT ON Schedules BEGIN SELECT 1; END"_q);
+    std::optional<QStringList> const damage = store->FindDamage();
+    ASSERT_TRUE(damage);
+    ASSERT_EQ(damage->size(), 1);
+    EXPECT_TRUE(damage->first().contains("trigger guest of the table Schedules"_q)) << damage->first().toStdString();
+
+    QString error;
+    EXPECT_FALSE(store->Backup(Target(), &error));
+    EXPECT_TRUE(error.contains("trigger guest"_q)) << error.toStdString();
+    EXPECT_FALSE(QFile::exists(Target()));
+    store->ClearError();
+}
+
 TEST_P(StoreDamage, IndexThatDisagreesWithItsTableIsNamed)
 {
     AddRows(3);

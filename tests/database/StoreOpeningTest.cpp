@@ -272,6 +272,97 @@ TEST_P(StoreOpening, StoreWithoutATableOrAColumnIsRefusedAsDamaged)
     }
 }
 
+TEST_P(StoreOpening, StoreThatHoldsAnythingOfOthersIsRefusedAndItIsNamed)
+{
+    struct
+    {
+        char const* change;
+        char const* name;
+    } const changes[] = {
+        {"CREATE VIEW guest AS SELECT 1", "view guest"},
+        {"CREATE TRIGGER guest AFTER INSERT ON ServerConfiguration BEGIN DELETE FROM ServerConfiguration; END",
+         "trigger guest of the table ServerConfiguration"},
+        {"CREATE TABLE guest (a)", "table guest"},
+        {"CREATE INDEX guest ON Schedules (startTime)", "index guest of the table Schedules"},
+        {"CREATE VIRTUAL TABLE guest USING fts5(a)", "table guest"},
+        // The next two never end when they are read.
+        {"DROP TABLE Schedules;"
+         "CREATE VIEW Schedules AS WITH RECURSIVE n(id) AS (SELECT 1 UNION ALL SELECT id + 1 FROM n) "
+         "SELECT id, id AS folderConfigurationId, id AS startTime, id AS expireTime, id AS syncScheduleType, "
+         "id AS syncInterval FROM n WHERE id < 0",
+         "view Schedules"},
+        {"CREATE VIEW pragma_page_count AS WITH RECURSIVE n(page_count) AS (SELECT 1 UNION ALL SELECT page_count + 1 "
+         "FROM n) SELECT page_count FROM n WHERE page_count < 0",
+         "view pragma_page_count"},
+        {"ANALYZE; PRAGMA writable_schema = ON;"
+         "UPDATE sqlite_schema SET sql = 'CREATE TABLE sqlite_stat1(tbl,idx,stat CHECK (stat))' "
+         "WHERE name = 'sqlite_stat1'",
+         "table sqlite_stat1"},
+    };
+    for (auto const& [change, name] : changes) {
+        SCOPED_TRACE(change);
+        QFile::remove(Path());
+        MakeStore();
+        RawStore(Path()).Run(QString::fromLatin1(change));
+        ExpectRefusal(name);
+    }
+}
+
+TEST_P(StoreOpening, TriggerInALogLeftBehindIsRefusedUnchanged)
+{
+    MakeStore();
+    ASSERT_EQ(InChildProcess([&]() -> int {
+                  RawStore raw(Path());
+                  raw.Run(QStringLiteral("CREATE TRIGGER guest AFTER INSERT ON ServerConfiguration "
+                                         "BEGIN DELETE FROM ServerConfiguration; END"));
+                  Crash();
+              }),
+              -SIGKILL);
+    QByteArray const file = ReadFile(Path());
+    QByteArray const log = ReadFile(Path("store.db-wal"));
+    ASSERT_FALSE(log.isEmpty());
+    EXPECT_EQ(SqliteDatabaseFactory::Open(Path(), &error, In(GetParam())), nullptr);
+    EXPECT_TRUE(error.contains(QStringLiteral("trigger guest"))) << error.toStdString();
+    EXPECT_TRUE(ReadFile(Path()) == file);
+    EXPECT_TRUE(ReadFile(Path("store.db-wal")) == log);
+}
+
+TEST_P(StoreOpening, StoreWhoseTablesOrIndicesWereAlteredIsRefusedAndTheyAreNamed)
+{
+    struct
+    {
+        char const* change;
+        char const* name;
+    } const changes[] = {
+        {"ALTER TABLE FileConfiguration ADD COLUMN guest", "table FileConfiguration"},
+        {"ALTER TABLE FileConfiguration ADD COLUMN guest AS (size * 2)", "table FileConfiguration"},
+        {"PRAGMA writable_schema = ON;"
+         "UPDATE sqlite_schema SET sql = replace(sql, 'alias TEXT', 'alias TEXT CHECK (alias IS NULL)')",
+         "table ServerConfiguration"},
+        {"PRAGMA writable_schema = ON;"
+         "UPDATE sqlite_schema SET sql = replace(sql, 'userName TEXT', 'userName TEXT COLLATE NOCASE')",
+         "table AuthenticationConfiguration"},
+        {"DROP INDEX Schedules_folder; CREATE UNIQUE INDEX Schedules_folder ON Schedules (folderConfigurationId)",
+         "index Schedules_folder"},
+    };
+    for (auto const& [change, name] : changes) {
+        SCOPED_TRACE(change);
+        QFile::remove(Path());
+        MakeStore();
+        RawStore(Path()).Run(QString::fromLatin1(change));
+        ExpectRefusal(name);
+    }
+}
+
+TEST_P(StoreOpening, StatisticsAndAMissingIndexAreNoReasonToRefuse)
+{
+    MakeStore();
+    RawStore(Path()).Run(QStringLiteral("ANALYZE; DROP INDEX Schedules_folder"));
+    auto const store = Open();
+    ASSERT_NE(store, nullptr) << error.toStdString();
+    EXPECT_EQ(CountServers(*store), 100);
+}
+
 TEST_P(StoreOpening, StoreThatWasCutShortIsRefusedAsDamaged)
 {
     MakeStore();

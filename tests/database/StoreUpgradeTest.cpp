@@ -372,6 +372,30 @@ TEST_P(OlderStoreUpgrade, DamagedStoreIsRefusedUnchangedAndLeavesNoBackup)
     }
 }
 
+TEST_P(OlderStoreUpgrade, StoreThatHoldsAnythingOfOthersIsRefusedUnchangedAndLeavesNoBackup)
+{
+    struct
+    {
+        char const* change;
+        char const* name;
+    } const changes[] = {
+        {"CREATE TABLE guest (a)", "table guest"},
+        {"CREATE INDEX guest ON Schedules (startTime)", "index guest of the table Schedules"},
+        {"CREATE TRIGGER guest AFTER DELETE ON Schedules BEGIN DELETE FROM ServerConfiguration; END",
+         "trigger guest of the table Schedules"},
+        {"DROP TABLE Schedules;" // the view never ends
+         "CREATE VIEW Schedules AS WITH RECURSIVE n(id) AS (SELECT 1 UNION ALL SELECT id + 1 FROM n) SELECT id FROM n",
+         "view Schedules"},
+    };
+    for (auto const& [change, name] : changes) {
+        SCOPED_TRACE(change);
+        QFile::remove(Path());
+        GetParam().CopyTo(Path());
+        RawStore(Path()).Run(QString::fromLatin1(change));
+        ExpectRefusal(name);
+    }
+}
+
 TEST_P(OlderStoreUpgrade, SpoiltPageIsRefusedUnchangedAndLeavesNoBackup)
 {
     int const root = RawStore(Path())

@@ -163,6 +163,6 @@ TEST_F(FileCommandsTest, RemoveOfAnUnknownFileFindsNothing)
 
 TEST_F(FileCommandsTest, RemoveReportsThatTheStoreRefusesToWrite)
 {
-    Sql("CREATE TRIGGER refuse BEFORE DELETE ON FileConfiguration BEGIN SELECT RAISE(ABORT, 'no'); END;"_q);
+    SpoilIndex("FileConfiguration_server");
     EXPECT_EQ(Run({"file"_q, "remove"_q, "1"_q, "--yes"_q}).status, 3);
 }

@@ -83,9 +83,7 @@ TEST_F(FolderCommandsTest, AddConsidersOnlyTheGivenAccount)
 
 TEST_F(FolderCommandsTest, AddReportsThatTheStoreRefusesToWrite)
 {
-    RawStore(StorePath())
-        .Run("CREATE TRIGGER refuse BEFORE INSERT ON FolderConfiguration "
-             "BEGIN SELECT RAISE(ABORT, 'no'); END;"_q);
+    UseUpIds("FolderConfiguration");
     EXPECT_EQ(Run({"folder"_q, "add"_q, At("docs/a")}).status, 3);
 }
 
@@ -148,9 +146,7 @@ TEST_F(FolderCommandsTest, RemoveOfAnUnknownFolderFindsNothing)
 TEST_F(FolderCommandsTest, RemoveThatFailsMidwayKeepsTheWholeTree)
 {
     ScanTree();
-    RawStore(StorePath())
-        .Run("CREATE TRIGGER refuse BEFORE DELETE ON FolderConfiguration WHEN old.id = 2 "
-             "BEGIN SELECT RAISE(ABORT, 'no'); END;"_q);
+    SpoilIndex("FolderConfiguration_server"); // files go first
     EXPECT_EQ(Run({"folder"_q, "remove"_q, "2"_q, "--recursive"_q, "--yes"_q}).status, 3);
     EXPECT_EQ(Json({"list"_q, "folders"_q}).size(), 4);
     EXPECT_EQ(Json({"list"_q, "files"_q}).size(), 2);

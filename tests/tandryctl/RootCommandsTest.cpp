@@ -120,13 +120,11 @@ TEST_F(RootCommandsTest, AddWithoutAServerPathIsWrongUsage)
 
 TEST_F(RootCommandsTest, AddReportsThatTheStoreRefusesToWrite)
 {
-    RawStore(StorePath())
-        .Run("CREATE TRIGGER refuse BEFORE INSERT ON FolderConfiguration "
-             "BEGIN SELECT RAISE(ABORT, 'refused by a trigger'); END;"_q);
+    UseUpIds("FolderConfiguration");
     MakeDirectory("docs"_q);
     RunResult const ran = Add(At("docs"));
     EXPECT_EQ(ran.status, 3);
-    EXPECT_TRUE(ran.err.contains("refused by a trigger"_q)) << ran.err.toStdString();
+    EXPECT_TRUE(ran.err.contains("constraint failed"_q)) << ran.err.toStdString();
     EXPECT_EQ(ran.err.count(QLatin1Char('\n')), 1);
 }
 
@@ -215,9 +213,7 @@ TEST_F(RootCommandsTest, RemoveThatFailsMidwayKeepsEverything)
     MakeDirectory("docs/sub"_q);
     WriteFile("docs/file"_q);
     RunSuccessfully({"scan"_q});
-    RawStore(StorePath())
-        .Run("CREATE TRIGGER refuse BEFORE DELETE ON FileConfiguration "
-             "BEGIN SELECT RAISE(ABORT, 'no'); END;"_q);
+    SpoilIndex("FileConfiguration_server");
     EXPECT_EQ(Run({"root"_q, "remove"_q, "1"_q, "--yes"_q}).status, 3);
     EXPECT_EQ(Json({"list"_q, "folders"_q}).size(), 2);
     EXPECT_EQ(Json({"list"_q, "files"_q}).size(), 1);

@@ -477,9 +477,7 @@ TEST_F(ScanTest, PortionIsWrittenCompletelyOrNotAtAll)
     for (int i = 0; i < 20; ++i)
         WriteFile("docs/%1"_q.arg(i));
     MakeDirectory("docs/a"_q);
-    RawStore(StorePath())
-        .Run("CREATE TRIGGER refuse BEFORE INSERT ON FileConfiguration WHEN new.name = '7' "
-             "BEGIN SELECT RAISE(ABORT, 'no'); END;"_q);
+    UseUpIds("FileConfiguration", 7);
     RunResult const ran = Run({"scan"_q});
     EXPECT_EQ(ran.status, 3);
     EXPECT_EQ(ran.err.count(QLatin1Char('\n')), 1) << ran.err.toStdString();

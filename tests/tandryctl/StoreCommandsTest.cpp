@@ -331,6 +331,23 @@ TEST_F(StoreCommandsTest, CheckListsDamageAndFails)
                           QJsonObject{{"damage"_q, "index Schedules_folder is missing"_q}}}));
 }
 
+TEST_F(StoreCommandsTest, StoreWithATriggerOfOthersIsRefusedAndItsRowsCanBeRecovered)
+{
+    Init();
+    AddRoot("docs"_q, "/docs"_q);
+    RawStore(StorePath())
+        .Run("CREATE TRIGGER guest AFTER INSERT ON FileConfiguration BEGIN DELETE FROM FileConfiguration; END;"
+             "CREATE VIEW seen AS SELECT * FROM FolderConfiguration"_q);
+    RunResult const refused = Run({"list"_q, "roots"_q});
+    EXPECT_EQ(refused.status, 3);
+    EXPECT_TRUE(refused.err.contains("trigger guest of the table FileConfiguration"_q)) << refused.err.toStdString();
+    EXPECT_TRUE(refused.err.contains("tandryctl recover"_q)) << refused.err.toStdString();
+
+    RunSuccessfully({"recover"_q, StorePath(), "--to"_q, At("new.db")});
+    RunResult const recovered = RunWithoutStore({"--store"_q, At("new.db"), "list"_q, "roots"_q, "--json"_q});
+    EXPECT_EQ(recovered.json().size(), 1);
+}
+
 TEST_F(StoreCommandsTest, OlderStoreIsUpgradedByTheFirstWritingCommand)
 {
     using tandry::test::ReleasedStore;

@@ -1,5 +1,8 @@
 #include "ToolFixture.h"
 
+#include "support/FolderContents.h"
+#include "support/RawStore.h"
+
 #include <QDir>
 #include <QFile>
 #include <QJsonDocument>
@@ -207,6 +210,28 @@ void ToolTest::WriteFile(QString const& name, QByteArray const& content) const
 void ToolTest::Link(char const* target, QString const& name) const
 {
     ASSERT_EQ(::symlink(target, At(name).toUtf8().constData()), 0);
+}
+
+void ToolTest::SpoilIndex(char const* name) const
+{
+    qint64 offset = 0;
+    {
+        tandry::test::RawStore raw(StorePath());
+        offset =
+            raw.Value("SELECT (rootpage - 1) * page_size FROM sqlite_schema, pragma_page_size WHERE name = '%1'"_q.arg(
+                          QLatin1String(name)))
+                .toLongLong();
+    }
+    ASSERT_GT(offset, 0);
+    tandry::test::Overwrite(StorePath(), offset, QByteArray(8, '\x5a'));
+}
+
+void ToolTest::UseUpIds(char const* table, int rowsLeft) const
+{
+    tandry::test::RawStore raw(StorePath());
+    raw.Run("DELETE FROM sqlite_sequence WHERE name = '%1'; INSERT INTO sqlite_sequence VALUES ('%1', %2)"_q
+                .arg(QLatin1String(table))
+                .arg(2147483647 - rowsLeft));
 }
 
 void ToolTest::Init()

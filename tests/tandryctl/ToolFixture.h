@@ -89,6 +89,11 @@ protected:
     void WriteFile(QString const& name, QByteArray const& content = {}) const;
     void Link(char const* target, QString const& name) const;
 
+    /// Has every write to the index's table fail: the index is damaged.
+    void SpoilIndex(char const* name) const;
+    /// Has inserts into a table fail once it has been given so many more rows: its ids are used up.
+    void UseUpIds(char const* table, int rowsLeft = 0) const;
+
     /// Creates the store.
     void Init();
     /// Creates a directory and adds it as a root.
