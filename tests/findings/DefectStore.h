@@ -23,6 +23,8 @@ struct Defect
     char const* statements;
     /// All that is found then: by code the rows, such as "FolderConfiguration 3: parentId 99".
     QMap<QString, QStringList> findings;
+    /// What turns the store with the defect into what the fix must make of it; null if there is no fix.
+    char const* fixed = nullptr;
 };
 
 void PrintTo(Defect const& defect, std::ostream* out);

@@ -1,13 +1,18 @@
 #include "tools/findings/Findings.h"
 
 #include "DefectStore.h"
+#include "config/FileLinksDocument.h"
 #include "database/SqliteDatabaseFactory.h"
 #include "support/FolderContents.h"
 #include "support/QtPrinters.h"
 #include "support/RawStore.h"
+#include "support/ReleasedStores.h"
+#include "tools/findings/Fix.h"
 
 #include <gtest/gtest.h>
 
+#include <QDateTime>
+#include <QFile>
 #include <QSet>
 #include <QTemporaryDir>
 
@@ -21,10 +26,21 @@ using tandry::findings::FindAll;
 using tandry::findings::Finding;
 using tandry::findings::FindingKind;
 using tandry::findings::FindingKinds;
+using tandry::findings::Fix;
+using tandry::findings::FixedRow;
+using tandry::findings::FixMode;
+using tandry::findings::FixReport;
 using tandry::findings::FoundRow;
 using tandry::findings::Severity;
 
 namespace {
+
+FindingKind const& KindOf(char const* code)
+{
+    return *std::find_if(FindingKinds().begin(), FindingKinds().end(), [code](FindingKind const& kind) {
+        return QByteArray(kind.code) == code;
+    });
+}
 
 class FindingsTest : public testing::Test
 {
@@ -53,6 +69,14 @@ protected:
         return text.isEmpty() ? row.detail : text + QStringLiteral(": ") + row.detail;
     }
 
+    static QStringList ActionsOf(FixReport const& report)
+    {
+        QStringList actions;
+        for (FixedRow const& fixed : report.fixed)
+            actions.append(TextOf(fixed.row) + QStringLiteral(" -> ") + fixed.action);
+        return actions;
+    }
+
     /// Returns what is found by code.
     QMap<QString, QStringList> Find() const
     {
@@ -67,8 +91,43 @@ protected:
         return texts;
     }
 
+    FixReport FixAll(char const* code) const
+    {
+        auto const report = Fix(Open(OpenMode::OpenExisting), KindOf(code), FixMode::BackUpAndFix);
+        EXPECT_TRUE(report) << code;
+        return report.value_or(FixReport());
+    }
+
+    /// Returns the first column of all rows, with blanks between them.
+    QString Values(char const* statement) const
+    {
+        QStringList values;
+        for (QVector<QVariant> const& row : RawStore(StorePath()).Rows(QString::fromUtf8(statement)))
+            values.append(row.first().toString());
+        return values.join(QLatin1Char(' '));
+    }
+
     QTemporaryDir folder;
 };
+
+/// Documents of links are compared by what they say: Qt writes their attributes in any order.
+StoreRows ComparableRows(QString const& path)
+{
+    RawStore store(path);
+    StoreRows rows = RowsOf(store);
+    for (char const* table : {"FileConfiguration", "GeneratedFileConfiguration", "BaseFileConfiguration"}) {
+        for (QVector<QVariant>& row : rows[QLatin1String(table)]) {
+            QString const text = row.last().toString();
+            QDateTime date;
+            QStringList links;
+            for (sync::config::FileLink const& link : sync::config::ReadFileLinks(text, date))
+                links.append(
+                    "%1|%2|%3|%4"_q.arg(QString::number(link.fileId), link.path, link.refId, link.serverFileId));
+            row.last() = QString(links.join(QLatin1Char('\n')) + date.toString(Qt::ISODate));
+        }
+    }
+    return rows;
+}
 
 class SingleDefect : public FindingsTest, public testing::WithParamInterface<Defect>
 {};
@@ -141,9 +200,11 @@ TEST_F(FindingsTest, PageListsEveryKindAsTheProgramDoes)
     }
     QStringList expected;
     for (FindingKind const& kind : FindingKinds())
-        expected.append("| `%1` | %2 | %3 |"_q.arg(QLatin1String(kind.code),
-                                                   QLatin1String(kind.severity == Severity::Fault ? "fault" : "note"),
-                                                   QLatin1String(kind.meaning)));
+        expected.append(
+            "| `%1` | %2 | %3 | %4 |"_q.arg(QLatin1String(kind.code),
+                                            QLatin1String(kind.severity == Severity::Fault ? "fault" : "note"),
+                                            QLatin1String(kind.meaning),
+                                            QLatin1String(kind.remedy)));
     EXPECT_EQ(listed, expected);
 }
 
@@ -184,10 +245,131 @@ TEST_F(FindingsTest, FailureOfTheStoreIsReported)
     EXPECT_TRUE(error->text.contains(StorePath())) << error->text.toStdString();
 }
 
+TEST_F(FindingsTest, RowsOfARemovedRootMoveToARootThatWasRecordedAnew)
+{
+    RawStore(StorePath())
+        .Run("UPDATE FolderConfiguration SET id = 9, rootId = 9 WHERE id = 1;"
+             "UPDATE Schedules SET folderConfigurationId = 9 WHERE folderConfigurationId = 1"_q);
+    for (char const* code :
+         {"folder-without-root", "folder-without-parent", "file-without-root", "file-without-folder"})
+        EXPECT_TRUE(FixAll(code).left.empty()) << code;
+    EXPECT_EQ(Find(), (QMap<QString, QStringList>()));
+    EXPECT_EQ(Values("SELECT parentId FROM FolderConfiguration WHERE rootId = 9 ORDER BY id"), "9 2 9 0"_q);
+    EXPECT_EQ(Values("SELECT rootFolderId || ':' || folderConfigurationId FROM FileConfiguration ORDER BY id"),
+              "9:9 9:2 9:3 5:5"_q);
+    EXPECT_EQ(Values("SELECT rootFolderId FROM GeneratedFileConfiguration ORDER BY id"), "9 -1"_q);
+}
+
+TEST_F(FindingsTest, RowsOfARemovedRootGoIfNoOtherContainsThem)
+{
+    RawStore(StorePath()).Run("DELETE FROM FolderConfiguration WHERE id = 1"_q);
+    for (char const* code : {"folder-without-root", "file-without-root", "schedule-without-folder"})
+        EXPECT_TRUE(FixAll(code).left.empty()) << code;
+    EXPECT_EQ(Find(), (QMap<QString, QStringList>()));
+    EXPECT_EQ(Values("SELECT id FROM FolderConfiguration"), "5"_q);
+    EXPECT_EQ(Values("SELECT id FROM FileConfiguration"), "4"_q);
+    EXPECT_EQ(Values("SELECT id FROM GeneratedFileConfiguration"), "2"_q);
+}
+
+TEST_F(FindingsTest, FolderWhoseRootIsGoneTooIsLeftAndReported)
+{
+    RawStore(StorePath()).Run("DELETE FROM FolderConfiguration WHERE id = 1"_q);
+    FixReport const report = FixAll("folder-without-parent");
+    EXPECT_TRUE(report.fixed.empty());
+    EXPECT_EQ(report.left.size(), 2u);
+}
+
+TEST_F(FindingsTest, FolderThatIsAddedForOthersIsReported)
+{
+    RawStore(StorePath()).Run("DELETE FROM FolderConfiguration WHERE id = 2"_q);
+    EXPECT_EQ(
+        ActionsOf(FixAll("folder-without-parent")),
+        (QStringList{"FolderConfiguration 3: parentId 2 -> parentId set to 6"_q, "FolderConfiguration 6 -> added"_q}));
+}
+
+TEST_F(FindingsTest, WhatNamesATwinNamesTheRowThatStaysAndTwinsInTwinsAreMerged)
+{
+    RawStore(StorePath())
+        .Run("INSERT INTO FolderConfiguration (id, authenticationId, clientPath, parentId, rootId) VALUES "
+             "(10, 1, '/home/ada/docs/a', 1, 1), (11, 1, '/home/ada/docs/a/b', 10, 1), "
+             "(12, 1, '/home/ada/docs/a/new', 10, 1);"
+             "INSERT INTO FileConfiguration (id, folderConfigurationId, clientPath, rootFolderId, fileLinks) VALUES "
+             "(10, 10, '/home/ada/docs/a/two.txt', 1, ''), (11, 11, '/home/ada/docs/a/b/new', 1, "
+             "'<FileLinks><FileLink FileId=\"10\"/><FileLink FileId=\"11\"/></FileLinks>');"
+             "INSERT INTO GeneratedFileConfiguration (id, folderConfigurationId, clientPath, rootFolderId, "
+             "parentFileId) VALUES (10, 11, '/home/ada/.previews/two', 1, 10);"
+             "INSERT INTO Schedules (id, folderConfigurationId) VALUES (10, 11)"_q);
+    EXPECT_TRUE(FixAll("twin").left.empty());
+    EXPECT_EQ(Find(), (QMap<QString, QStringList>()));
+    EXPECT_EQ(Values("SELECT id || ':' || parentId FROM FolderConfiguration ORDER BY id"),
+              "1:0 2:1 3:2 4:1 5:0 12:2"_q);
+    EXPECT_EQ(Values("SELECT id || ':' || folderConfigurationId FROM FileConfiguration ORDER BY id"),
+              "1:1 2:2 3:3 4:5 11:3"_q);
+    EXPECT_EQ(
+        Values("SELECT folderConfigurationId || ':' || parentFileId FROM GeneratedFileConfiguration WHERE id = 10"),
+        "3:2"_q);
+    EXPECT_EQ(Values("SELECT folderConfigurationId FROM Schedules WHERE id = 10"), "3"_q);
+    QDateTime date;
+    auto const links =
+        sync::config::ReadFileLinks(Values("SELECT fileLinks FROM FileConfiguration WHERE id = 11"), date);
+    ASSERT_EQ(links.size(), 2);
+    EXPECT_EQ(links.first().fileId, 2);
+    EXPECT_EQ(links.last().fileId, 11);
+}
+
+TEST_F(FindingsTest, NothingIsFixedIfTheStoreCannotBeCopied)
+{
+    QString const path = folder.filePath(QString(240, QLatin1Char('x'))); // the copy's name would be too long
+    ASSERT_TRUE(QFile::rename(StorePath(), path));
+    RawStore(path).Run("DELETE FROM Schedules"_q);
+    OpenOptions options;
+    options.mode = OpenMode::OpenExisting;
+    auto const store = SqliteDatabaseFactory::Open(path, nullptr, options);
+    ASSERT_NE(store, nullptr);
+    EXPECT_FALSE(Fix(store, KindOf("no-default-schedule"), FixMode::BackUpAndFix));
+    EXPECT_TRUE(store->LastError());
+    EXPECT_EQ(RawStore(path).Count("Schedules"_q), 0);
+}
+
 TEST_P(SingleDefect, IsFoundWithItsFollowersAndNothingElse)
 {
     RawStore(StorePath()).Run(QString::fromUtf8(GetParam().statements));
     EXPECT_EQ(Find(), GetParam().findings);
+}
+
+TEST_P(SingleDefect, IsFixedAndNothingElseIsTouched)
+{
+    Defect const& defect = GetParam();
+    FindingKind const& kind = KindOf(defect.code);
+    EXPECT_EQ(kind.isFixable, defect.fixed != nullptr);
+    RawStore(StorePath()).Run(QString::fromUtf8(defect.statements));
+    QString const expected = folder.filePath("expected.db"_q);
+    WriteFile(expected, ReadFile(StorePath()));
+    StoreRows const before = ComparableRows(StorePath());
+    if (defect.fixed != nullptr)
+        RawStore(expected).Run(QString::fromUtf8(defect.fixed));
+
+    auto const dry = Fix(Open(OpenMode::OpenExisting), kind, FixMode::DryRun);
+    ASSERT_TRUE(dry);
+    EXPECT_EQ(ComparableRows(StorePath()), before);
+
+    auto const first = Fix(Open(OpenMode::OpenExisting), kind, FixMode::BackUpAndFix);
+    ASSERT_TRUE(first);
+    EXPECT_EQ(ComparableRows(StorePath()), ComparableRows(expected));
+    EXPECT_EQ(ActionsOf(*dry), ActionsOf(*first));
+    EXPECT_EQ(first->backup.isNull(), !kind.isFixable);
+    EXPECT_EQ(first->fixed.empty(), !kind.isFixable);
+    if (!kind.isFixable)
+        return;
+    EXPECT_TRUE(first->left.empty());
+    EXPECT_EQ(ComparableRows(first->backup), before);
+    EXPECT_FALSE(Find().contains(QLatin1String(defect.code)));
+
+    QMap<QString, QByteArray> const files = FolderContents(folder.path());
+    auto const second = Fix(Open(OpenMode::OpenExisting), kind, FixMode::BackUpAndFix);
+    ASSERT_TRUE(second);
+    EXPECT_TRUE(second->fixed.empty() && second->left.empty() && second->backup.isNull());
+    EXPECT_EQ(FolderContents(folder.path()), files);
 }
 
 INSTANTIATE_TEST_SUITE_P(All, SingleDefect, testing::ValuesIn(AllDefects()), [](auto const& defect) {

@@ -5,9 +5,12 @@
 #include "config/StoredDocument.h"
 #include "interf/IQSqlQueryWrapper.h"
 #include "tools/findings/Examination.h"
+#include "tools/findings/Fix.h"
+#include "tools/findings/PathText.h"
 #include "tools/findings/TableNames.h"
 
 #include <QDateTime>
+#include <QDir>
 #include <QDomDocument>
 #include <QHash>
 #include <QStringList>
@@ -125,6 +128,32 @@ private:
     LinkTargets _targets;
 };
 
+QString TextIn(Examination& examination, FoundRow const& row, QString const& column)
+{
+    return examination.statements()
+        .Value(QStringLiteral("SELECT %2 FROM %1 WHERE id = :id").arg(row.table, column), {{":id", row.id.value_or(0)}})
+        .toString();
+}
+
+void WriteText(Examination& examination, FoundRow const& row, QString const& column, QString const& text)
+{
+    examination.statements().Write(QStringLiteral("UPDATE %1 SET %2 = :text WHERE id = :id").arg(row.table, column),
+                                   {{":text", text}, {":id", row.id.value_or(0)}});
+}
+
+/// Returns the id of the file at a link's path, looked up as the client does it; -1 if there is none.
+int FileAt(Examination& examination, QString const& path, QString const& linkingPath)
+{
+    if (path.isEmpty())
+        return -1;
+    bool const isRelative = QDir::isRelativePath(path);
+    QString const absolute = isRelative ? FolderOf(QDir::cleanPath(linkingPath)) + QLatin1Char('/') + path : path;
+    QVariant const id =
+        examination.statements().Value(QStringLiteral("SELECT min(id) FROM FileConfiguration WHERE clientPath = :path"),
+                                       {{":path", QDir::cleanPath(absolute)}});
+    return id.isNull() ? -1 : id.toInt();
+}
+
 /// True for rows with a document that says something.
 QString HasDocument(std::vector<char const*> const& columns)
 {
@@ -153,6 +182,56 @@ DocumentFindings ExamineDocuments(Examination& examination)
                              });
     }
     return std::move(reader.findings);
+}
+
+void WriteDocumentsAnew(Examination& examination, std::vector<FoundRow> const& rows, std::vector<FixedRow>& fixed)
+{
+    for (FoundRow const& row : rows) {
+        QString const text = TextIn(examination, row, row.detail);
+        if (row.detail == QLatin1String(Links)) {
+            QDateTime date;
+            auto const links = sync::config::ReadFileLinks(text, date);
+            WriteText(examination, row, row.detail, sync::config::WriteFileLinks(links, date));
+        }
+        else {
+            WriteText(examination, row, row.detail, sync::config::WriteNameValues(sync::config::ReadNameValues(text)));
+        }
+        fixed.push_back({row, QStringLiteral("written anew with what could be read")});
+    }
+}
+
+void ResolveLinks(Examination& examination, std::vector<FoundRow> const& rows, std::vector<FixedRow>& fixed)
+{
+    LinkTargets targets(examination.statements());
+    for (FoundRow const& row : rows) {
+        bool const hasChanged = ChangeLinks(examination, row, [&](int fileId, QString const& path) {
+            return targets.Exists(fileId) ? fileId : FileAt(examination, path, row.name);
+        });
+        if (hasChanged)
+            fixed.push_back({row, QStringLiteral("links resolved by their paths")});
+    }
+}
+
+bool ChangeLinks(Examination& examination,
+                 FoundRow const& row,
+                 std::function<int(int fileId, QString const& path)> const& newId)
+{
+    QString const attribute = QStringLiteral("FileId");
+    QDomDocument document;
+    sync::config::LoadStoredDocument(TextIn(examination, row, QLatin1String(Links)), document);
+    bool hasChanged = false;
+    QDomElement link = document.documentElement().firstChildElement();
+    for (; !link.isNull(); link = link.nextSiblingElement()) {
+        int const fileId = link.attribute(attribute).toInt();
+        int const changed = fileId > 0 ? newId(fileId, link.attribute(QStringLiteral("Path"))) : fileId;
+        if (changed != fileId) {
+            link.setAttribute(attribute, changed);
+            hasChanged = true;
+        }
+    }
+    if (hasChanged)
+        WriteText(examination, row, QLatin1String(Links), document.toString(1));
+    return hasChanged;
 }
 
 } // namespace tandry::findings

@@ -21,7 +21,7 @@ class Examination
 public:
     explicit Examination(std::shared_ptr<sync::database::SqliteDatabaseFactory> const& store);
 
-    sync::database::SqliteDatabaseFactory& store() { return *_store; }
+    std::shared_ptr<sync::database::SqliteDatabaseFactory> const& store() { return _store; }
     StoreStatements& statements() { return _statements; }
 
     /// Returns the rows of one kind. If the store fails, some may be missing.
@@ -43,6 +43,8 @@ public:
 
     /// Returns what is wrong with the documents. Reads them at the first call only: several kinds come from them.
     DocumentFindings const& documents();
+    /// Has `documents` read them again, after a change.
+    void ForgetDocuments() { _documents.reset(); }
 
     /// Returns whether everything worked until now; the store's `LastError` tells what did not.
     bool works() const;

@@ -9,6 +9,7 @@
 namespace tandry::findings {
 
 class Examination;
+struct FixedRow;
 
 /// The rows of one table that a kind of finding is about, in SQL. The table's name there is `bad`.
 struct Condition
@@ -19,11 +20,13 @@ struct Condition
     QString detail;
 };
 
-/// How the rows of a kind of finding are found.
+/// How the rows of a kind of finding are found and fixed.
 struct FindingEntry
 {
     FindingKind kind;
     std::vector<Condition> conditions;
+    /// Fixes the rows and appends what it did; null if nothing can be done. Runs in a client transaction.
+    void (*fix)(Examination& examination, std::vector<FoundRow> const& rows, std::vector<FixedRow>& fixed) = nullptr;
     /// Finds what no condition can say; null if there is no such thing.
     void (*find)(Examination& examination, std::vector<FoundRow>& rows) = nullptr;
 };

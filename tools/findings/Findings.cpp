@@ -9,8 +9,10 @@ std::vector<FindingKind> const& FindingKinds()
 {
     static std::vector<FindingKind> const kinds = [] {
         std::vector<FindingKind> all;
-        for (FindingEntry const& entry : FindingTable())
+        for (FindingEntry const& entry : FindingTable()) {
             all.push_back(entry.kind);
+            all.back().isFixable = entry.fix != nullptr;
+        }
         return all;
     }();
     return kinds;

@@ -30,6 +30,9 @@ struct FindingKind
     Severity severity;
     /// What it means for the client, as a sentence.
     char const* meaning;
+    /// What `Fix` does or, if it can do nothing, what a user can do, as a sentence.
+    char const* remedy;
+    bool isFixable = false;
 };
 
 /// Returns all kinds, in the order in which they are looked for. Made at the first call and kept.

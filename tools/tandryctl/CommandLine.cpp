@@ -222,9 +222,15 @@ void Command::Run(StoreAccess access, std::function<ExitStatus(Session&)> action
 {
     if (access == StoreAccess::Create || access == StoreAccess::Write)
         DryRun();
+    Run([access] { return access; }, std::move(action));
+}
+
+void Command::Run(std::function<StoreAccess()> access, std::function<ExitStatus(Session&)> action)
+{
     _app->footer(_app->get_footer() + "\nAll commands accept --store, --json and --yes too: see 'tandryctl --help'.");
-    _app->final_callback([line = _line, chosen = CommandLine::ChosenCommand{access, std::move(action)}] {
-        line->_chosen = chosen; // run after parsing, so that its failures are not caught as errors of the parser
+    _app->final_callback([line = _line, access = std::move(access), action = std::move(action)] {
+        // Run after parsing, so that its failures are not caught as errors of the parser.
+        line->_chosen = CommandLine::ChosenCommand{access(), action};
     });
 }
 

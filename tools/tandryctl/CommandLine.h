@@ -53,7 +53,8 @@ public:
     /// Refuses the two options in one command line.
     Command& Excludes(char const* option, char const* other);
 
-    /// Adds --dry-run to a command that changes something, but not the store: its action asks `Session::isDryRun`.
+    /// Adds --dry-run to a command whose access does not tell that it changes something. Its action asks
+    /// `Session::isDryRun`.
     Command& DryRun();
 
     /// Adds an example to the help: a command line without the program's name.
@@ -63,6 +64,8 @@ public:
 
     /// Sets the action. It gets a session whose store was opened as `access` says.
     void Run(StoreAccess access, std::function<ExitStatus(Session&)> action);
+    /// The same for a command whose options decide how the store is opened. One that may write must call `DryRun`.
+    void Run(std::function<StoreAccess()> access, std::function<ExitStatus(Session&)> action);
 
 private:
     friend class CommandLine;

@@ -1,0 +1,46 @@
+#pragma once
+
+#include "tools/findings/Findings.h"
+
+#include <QString>
+
+#include <memory>
+#include <optional>
+#include <vector>
+
+namespace tandry::findings {
+
+/// A row that was changed, removed or added.
+struct FixedRow
+{
+    FoundRow row;
+    /// What was done, such as "removed".
+    QString action;
+};
+
+/// What a fix has done, or would do.
+struct FixReport
+{
+    /// The copy of the store from before; null if nothing was to be fixed, and in `FixMode::DryRun`.
+    QString backup;
+    std::vector<FixedRow> fixed;
+    /// Rows of this kind that are still there.
+    std::vector<FoundRow> left;
+};
+
+enum class FixMode
+{
+    /// Copies the store to a new file beside it, named after it with the date and the code appended; then fixes.
+    BackUpAndFix,
+    /// Does the same in a transaction that is rolled back, and makes no copy.
+    DryRun,
+};
+
+/// Fixes all rows of one fixable kind and nothing else, in one client transaction. Does nothing if there is no such
+/// row.
+///
+/// Returns nothing on failure; the store is then unchanged, and its `LastError` tells why.
+[[nodiscard]] std::optional<FixReport>
+Fix(std::shared_ptr<sync::database::SqliteDatabaseFactory> const& store, FindingKind const& kind, FixMode mode);
+
+} // namespace tandry::findings
