@@ -3,7 +3,10 @@
 #include "database/SqliteDatabaseFactory.h"
 #include "interf/IQSqlQueryWrapper.h"
 #include "tools/findings/FindingTable.h"
+#include "tools/findings/PathNotes.h"
 #include "tools/findings/TableNames.h"
+
+#include <QStringList>
 
 #include <cstring>
 
@@ -48,6 +51,8 @@ std::vector<FoundRow> Examination::Find(FindingEntry const& entry)
 {
     std::vector<FoundRow> rows;
     for (Condition const& condition : entry.conditions) {
+        if (condition.readsWholeTable && !_HasSuspects(condition.table))
+            continue;
         // The inner SELECT reads an index alone if one has the columns of the condition.
         QString const where = QStringLiteral("bad.id IN (SELECT bad.id FROM ") + QLatin1String(condition.table) +
                               QStringLiteral(" AS bad WHERE ") + condition.where + QLatin1Char(')');
@@ -89,6 +94,41 @@ DocumentFindings const& Examination::documents()
     if (!_documents)
         _documents = ExamineDocuments(*this);
     return *_documents;
+}
+
+std::vector<std::size_t> const& Examination::repeatedPaths()
+{
+    if (!_repeatedPaths)
+        _repeatedPaths = HashesOfRepeatedPaths(_statements);
+    return *_repeatedPaths;
+}
+
+void Examination::Forget()
+{
+    _documents.reset();
+    _repeatedPaths.reset();
+    _hasSuspects.clear();
+}
+
+bool Examination::_HasSuspects(char const* table)
+{
+    QString const name = QLatin1String(table);
+    auto known = _hasSuspects.constFind(name);
+    if (known != _hasSuspects.constEnd())
+        return *known;
+    QStringList conditions;
+    for (FindingEntry const& entry : FindingTable()) {
+        for (Condition const& condition : entry.conditions) {
+            if (condition.readsWholeTable && name == QLatin1String(condition.table))
+                conditions.append(QLatin1Char('(') + condition.where + QLatin1Char(')'));
+        }
+    }
+    bool const hasSuspects = !_statements
+                                  .Value(QStringLiteral("SELECT 1 FROM ") + name + QStringLiteral(" AS bad WHERE ") +
+                                         conditions.join(QStringLiteral(" OR ")) + QStringLiteral(" LIMIT 1"))
+                                  .isNull();
+    _hasSuspects.insert(name, hasSuspects);
+    return hasSuspects;
 }
 
 bool Examination::works() const

@@ -4,8 +4,10 @@
 #include "tools/findings/Findings.h"
 #include "tools/findings/StoreStatements.h"
 
+#include <QHash>
 #include <QString>
 
+#include <cstddef>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -43,16 +45,23 @@ public:
 
     /// Returns what is wrong with the documents. Reads them at the first call only: several kinds come from them.
     DocumentFindings const& documents();
-    /// Has `documents` read them again, after a change.
-    void ForgetDocuments() { _documents.reset(); }
+    /// Returns `HashesOfRepeatedPaths`, also found at the first call only.
+    std::vector<std::size_t> const& repeatedPaths();
+    /// Has these look again, after a change.
+    void Forget();
 
     /// Returns whether everything worked until now; the store's `LastError` tells what did not.
     bool works() const;
 
 private:
+    /// Returns whether any of the conditions that read the whole table holds for a row; asked at the first call only.
+    bool _HasSuspects(char const* table);
+
     std::shared_ptr<sync::database::SqliteDatabaseFactory> const _store;
     StoreStatements _statements;
     std::optional<DocumentFindings> _documents;
+    std::optional<std::vector<std::size_t>> _repeatedPaths;
+    QHash<QString, bool> _hasSuspects;
 };
 
 } // namespace tandry::findings

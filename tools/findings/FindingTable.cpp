@@ -34,18 +34,17 @@ QString Shown(char const* column)
 Condition NamesNone(char const* table, char const* column, char const* target)
 {
     return {table,
-            Sql("NOT EXISTS (SELECT 1 FROM %2 AS named WHERE named.id = bad.%1)").arg(Sql(column), Sql(target)),
+            Sql("(bad.%1 IS NULL OR bad.%1 NOT IN (SELECT id FROM %2))").arg(Sql(column), Sql(target)),
             Shown(column)};
 }
 
 /// The rows whose id in this column is not that of a root.
 Condition NamesNoRoot(char const* table, char const* column)
 {
-    return {
-        table,
-        Sql("NOT EXISTS (SELECT 1 FROM FolderConfiguration AS named WHERE named.id = bad.%1 AND named.parentId = 0)")
-            .arg(Sql(column)),
-        Shown(column)};
+    return {table,
+            Sql("(bad.%1 IS NULL OR bad.%1 NOT IN (SELECT id FROM FolderConfiguration WHERE parentId = 0))")
+                .arg(Sql(column)),
+            Shown(column)};
 }
 
 /// The same rows, but only those that another condition holds for too.
@@ -63,26 +62,35 @@ Condition Optional(char const* column, Condition const& condition)
 
 Condition NamesAGoneProduct(char const* table)
 {
-    return Optional("productConfigurationId", NamesNone(table, "productConfigurationId", Products));
+    Condition condition = Optional("productConfigurationId", NamesNone(table, "productConfigurationId", Products));
+    condition.readsWholeTable = true;
+    return condition;
 }
 
 QString const IsNoRoot = Sql("bad.parentId IS NOT 0");
 
-QString const IsAbsolute = Sql("(substr(bad.clientPath, 1, 1) = '/' OR bad.clientPath GLOB '[A-Za-z]:/*')");
+QString const IsInDrive = Sql("bad.clientPath GLOB '[A-Za-z]:/*'");
 
-/// True for what `QDir::cleanPath` changes in an absolute path. The root of a drive keeps its slash.
+/// The first part finds paths that do not begin with a slash by their index.
+QString const IsRelative = Sql("(bad.clientPath IS NULL OR bad.clientPath < '/' OR bad.clientPath >= '0') "
+                               "AND NOT coalesce(%1, 0)")
+                               .arg(IsInDrive);
+
+/// True for what `QDir::cleanPath` changes in an absolute path. The root of a drive keeps its slash. The first part
+/// leaves few rows to the others.
 QString const IsNotClean =
-    Sql("(instr(bad.clientPath, '//') > 0 "
-        "OR (instr(bad.clientPath, '/.') > 0 AND (instr(bad.clientPath || '/', '/./') > 0 "
-        "OR instr(bad.clientPath || '/', '/../') > 0)) "
-        "OR (substr(bad.clientPath, -1) = '/' AND bad.clientPath <> '/' AND bad.clientPath NOT GLOB '[A-Za-z]:/'))");
+    Sql("(bad.clientPath || '/') GLOB '*/[/.]*' AND (substr(bad.clientPath, 1, 1) = '/' OR %1) "
+        "AND (instr(bad.clientPath, '//') > 0 "
+        "OR instr(bad.clientPath || '/', '/./') > 0 OR instr(bad.clientPath || '/', '/../') > 0 "
+        "OR (substr(bad.clientPath, -1) = '/' AND bad.clientPath <> '/' AND bad.clientPath NOT GLOB '[A-Za-z]:/'))")
+        .arg(IsInDrive);
 
 /// One condition for each table that has local paths.
-std::vector<Condition> AboutPaths(QString const& where)
+std::vector<Condition> AboutPaths(QString const& where, bool readsWholeTable)
 {
     std::vector<Condition> conditions;
     for (char const* table : {Folders, Files, GeneratedFiles, BaseFiles})
-        conditions.push_back({table, where, Sql("NULL")});
+        conditions.push_back({table, where, Sql("NULL"), readsWholeTable});
     return conditions;
 }
 
@@ -107,7 +115,7 @@ std::vector<DateColumns> const& AllDateColumns()
 
 QString IsOutOfRange(char const* column)
 {
-    return Sql("(typeof(bad.%1) IN ('integer', 'real') AND bad.%1 NOT BETWEEN %2)")
+    return Sql("(bad.%1 NOT BETWEEN %2 AND typeof(bad.%1) IN ('integer', 'real'))")
         .arg(Sql(column), Sql(DatesWithText));
 }
 
@@ -122,7 +130,7 @@ std::vector<Condition> AboutDates()
             outside.append(IsOutOfRange(column));
             detail += Sql(" WHEN ") + outside.last() + Sql(" THEN ") + Shown(column);
         }
-        conditions.push_back({table, outside.join(Sql(" OR ")), detail + Sql(" END")});
+        conditions.push_back({table, outside.join(Sql(" OR ")), detail + Sql(" END"), true});
     }
     return conditions;
 }
@@ -285,14 +293,14 @@ std::vector<FindingEntry> MakeTable()
           Severity::Fault,
           "The client looks paths up as clean text, so it does not find these rows.",
           "Cleans the path as the client does. A row that another one with this path precedes becomes a twin."},
-         AboutPaths(IsAbsolute + Sql(" AND ") + IsNotClean),
+         AboutPaths(IsNotClean, true),
          CleanPaths},
         {{"path-relative",
           Severity::Fault,
           "These paths do not tell where the folder or file is, so the client finds nothing there.",
           "Not fixed, since nothing tells which folder the path starts from: remove the record, and scan its "
           "root again."},
-         AboutPaths(Sql("NOT coalesce(") + IsAbsolute + Sql(", 0)"))},
+         AboutPaths(IsRelative, false)},
         {{"document-broken",
           Severity::Fault,
           "The client reads only what precedes the error in these documents, and its next update of the row "

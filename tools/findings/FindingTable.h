@@ -18,6 +18,8 @@ struct Condition
     QString where;
     /// An expression for `FoundRow::detail`.
     QString detail;
+    /// No index has its columns: one pass over the table asks for all such conditions together whether any holds.
+    bool readsWholeTable = false;
 };
 
 /// How the rows of a kind of finding are found and fixed.

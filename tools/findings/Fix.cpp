@@ -78,10 +78,10 @@ void Apply(Examination& examination, FindingEntry const& entry, FixReport& repor
 {
     int const highestId =
         examination.statements().Value(QStringLiteral("SELECT max(id) FROM FolderConfiguration")).toInt();
-    examination.ForgetDocuments();
+    examination.Forget();
     entry.fix(examination, examination.Find(entry), report.fixed);
     ReportAddedFolders(examination, highestId, report.fixed);
-    examination.ForgetDocuments();
+    examination.Forget();
     report.left = examination.Find(entry);
 }
 

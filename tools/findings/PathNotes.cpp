@@ -46,18 +46,6 @@ std::vector<std::size_t> Repeated(std::vector<std::size_t> hashes)
     return repeated;
 }
 
-/// Returns the hashes of folded paths that more than one path may have. Hashes instead of paths: a store may have
-/// millions.
-std::vector<std::size_t> HashesOfAlikePaths(StoreStatements& statements)
-{
-    std::vector<std::size_t> hashes;
-    for (char const* table : TablesOfPathsOnDisk)
-        statements.Read(QStringLiteral("SELECT DISTINCT clientPath FROM ") + QLatin1String(table),
-                        {},
-                        [&](IQSqlQueryWrapper& row) { hashes.push_back(HashOf(Folded(row.value(0).toString()))); });
-    return Repeated(std::move(hashes));
-}
-
 /// A root with its path in the form in which paths are compared.
 struct RootPath
 {
@@ -111,9 +99,19 @@ void FindOverlaps(std::vector<RootPath> const& roots, KeyOf const& keyOf, std::v
 
 } // namespace
 
+std::vector<std::size_t> HashesOfRepeatedPaths(StoreStatements& statements)
+{
+    std::vector<std::size_t> hashes;
+    for (char const* table : TablesOfPathsOnDisk)
+        statements.Read(QStringLiteral("SELECT clientPath FROM ") + QLatin1String(table),
+                        {},
+                        [&](IQSqlQueryWrapper& row) { hashes.push_back(HashOf(Folded(row.value(0).toString()))); });
+    return Repeated(std::move(hashes));
+}
+
 void FindPathsAlike(Examination& examination, std::vector<FoundRow>& rows)
 {
-    std::vector<std::size_t> const hashes = HashesOfAlikePaths(examination.statements());
+    std::vector<std::size_t> const& hashes = examination.repeatedPaths();
     if (hashes.empty())
         return;
 

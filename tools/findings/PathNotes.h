@@ -1,11 +1,17 @@
 #pragma once
 
+#include <cstddef>
 #include <vector>
 
 namespace tandry::findings {
 
 class Examination;
+class StoreStatements;
 struct FoundRow;
+
+/// Returns hashes of the paths of folders, files and generated files that are there more than once, alone or together
+/// with others that differ only in case or in their Unicode form. Hashes instead of paths: a store may have millions.
+std::vector<std::size_t> HashesOfRepeatedPaths(StoreStatements& statements);
 
 /// Finds paths of folders, files and generated files that differ only in case or in their Unicode form.
 void FindPathsAlike(Examination& examination, std::vector<FoundRow>& rows);
