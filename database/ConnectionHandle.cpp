@@ -187,7 +187,7 @@ int ConnectionHandle::FlushToLog()
 
 void ConnectionHandle::EraseSecrets(bool mayWait) noexcept
 {
-    if (!_isUsable || _store.CheckUnmoved() || !_secrets.Claim())
+    if (!_isUsable || _store.CheckWritable() || !_secrets.Claim())
         return;
     RollBack(); // a client transaction may be open
     if (!mayWait)

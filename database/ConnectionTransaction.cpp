@@ -32,7 +32,7 @@ Failure ConnectionTransaction::BeginClient(ConnectionHandle& handle)
         return Refuse(SQLITE_MISUSE, QStringLiteral("a transaction is open already"));
     if (TransactionalScope::Depth() > 0)
         return Refuse(SQLITE_MISUSE, QStringLiteral("a transaction can't be opened inside a scope"));
-    if (Failure failure = handle.store().CheckUnmoved())
+    if (Failure failure = handle.store().CheckWritable())
         return failure;
     if (Failure failure = handle.Begin())
         return failure;
@@ -113,7 +113,7 @@ void ConnectionTransaction::CommitAbandonedScope() noexcept
 /// Rolls back on failure.
 Failure ConnectionTransaction::Commit(ConnectionHandle& handle)
 {
-    if (Failure failure = handle.store().CheckUnmoved()) {
+    if (Failure failure = handle.store().CheckWritable()) {
         handle.RollBack();
         return failure;
     }

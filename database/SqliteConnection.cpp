@@ -170,10 +170,10 @@ Failure SqliteConnection::PrepareToWrite()
         return Refuse(SQLITE_READONLY, QStringLiteral("the store has been opened for reading only"));
     if (Failure failure = _transaction.CheckWritable())
         return failure;
-    // In a transaction the log was checked at the begin, and will be at the commit.
+    // In a transaction the log and its index were checked at the begin, and will be at the commit.
     if (_transaction.isOpen())
-        return _handle->store().CheckFileUnmoved();
-    if (Failure failure = _handle->store().CheckUnmoved())
+        return _handle->store().CheckFileWritable();
+    if (Failure failure = _handle->store().CheckWritable())
         return failure;
     return TransactionalScope::Depth() > 0 ? _transaction.BeginScope(*_handle, shared_from_this()) : Failure();
 }

@@ -21,6 +21,12 @@ class SqliteStore;
 /// ends or the factory is destroyed. Queries, scopes and client transactions belong to the thread that made them.
 /// Operations on queries and database objects that outlive the factory fail; an open client transaction is rolled back,
 /// an open scope keeps what it wrote. A child process made by `fork` must not use the store.
+///
+/// Writes, commits and new connections look whether the file, its log and the log's index (`-shm`) still stand at their
+/// names as they were, and fail if one was removed, replaced or cut. A file with several names (hard links) can only be
+/// read. Reads do not look: they go on with the old files, and if the index was cut in place, SIGBUS ends the program
+/// at the next read, or at the next write of an open transaction. What happens between the last look and the end of the
+/// commit is noticed at the next write.
 class TANDRY_DATABASE_EXPORT SqliteDatabaseFactory : public StoreFactory,
                                                      public std::enable_shared_from_this<SqliteDatabaseFactory>
 {

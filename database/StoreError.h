@@ -12,11 +12,11 @@ enum class StoreErrorKind
     Locked,
     /// The disk is full, or a quota used up.
     Full,
-    /// The store cannot be written, or was opened for reading only.
+    /// The store cannot be written, was opened for reading only, or its file has several names (hard links).
     ReadOnly,
-    /// The file is damaged or is no store.
+    /// The file is damaged, was cut while the store was open, or is no store.
     Damaged,
-    /// The file, or its log, was removed or replaced while the store was open.
+    /// The file was removed or replaced while the store was open, or its log or the log's index was, or was cut.
     Moved,
     /// The store does not accept the statement, the value or the operation at this point. Trying again fails again.
     Refused,

@@ -18,17 +18,25 @@ bool operator==(FileStamp const& left, FileStamp const& right)
 
 /// Asks for no times: a file system with multigrain timestamps stores a fine-grained time at the next write only if the
 /// time was asked for since the last one.
-std::optional<FileIdentity> IdentityAt(char const* name) noexcept
+std::optional<FileStatus> StatusAt(char const* name) noexcept
 {
 #ifdef STATX_INO
     struct statx asked = {};
-    if (::statx(AT_FDCWD, name, 0, STATX_INO, &asked) == 0)
-        return FileIdentity{::makedev(asked.stx_dev_major, asked.stx_dev_minor), static_cast<ino_t>(asked.stx_ino)};
+    if (::statx(AT_FDCWD, name, 0, STATX_INO | STATX_NLINK | STATX_SIZE, &asked) == 0)
+        return FileStatus{{::makedev(asked.stx_dev_major, asked.stx_dev_minor), static_cast<ino_t>(asked.stx_ino)},
+                          asked.stx_nlink,
+                          static_cast<off_t>(asked.stx_size)};
 #endif
     struct stat status = {}; // an old kernel, or a sandbox, may not know statx
     if (::stat(name, &status) != 0)
         return std::nullopt;
-    return IdentityOf(status);
+    return FileStatus{IdentityOf(status), status.st_nlink, status.st_size};
+}
+
+std::optional<FileIdentity> IdentityAt(char const* name) noexcept
+{
+    std::optional<FileStatus> const status = StatusAt(name);
+    return status ? std::optional(status->identity) : std::nullopt;
 }
 
 FileIdentity IdentityOf(struct stat const& status) noexcept

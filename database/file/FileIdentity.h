@@ -19,6 +19,20 @@ inline bool operator!=(FileIdentity const& left, FileIdentity const& right)
     return !(left == right);
 }
 
+inline bool operator<(FileIdentity const& left, FileIdentity const& right)
+{
+    return left.device != right.device ? left.device < right.device : left.inode < right.inode;
+}
+
+/// What one look at a file by its name shows.
+struct FileStatus
+{
+    FileIdentity identity;
+    /// How many names (hard links) the file has.
+    nlink_t names = 0;
+    off_t size = 0;
+};
+
 /// Tells whether a store's file was changed, without reading it.
 struct FileStamp
 {
@@ -34,7 +48,8 @@ inline bool operator!=(FileStamp const& left, FileStamp const& right)
     return !(left == right);
 }
 
-/// Returns the identity of the file at a path; nothing if there is none, or none can be seen.
+/// Return nothing if there is no file at the path, or none can be seen.
+std::optional<FileStatus> StatusAt(char const* name) noexcept;
 std::optional<FileIdentity> IdentityAt(char const* name) noexcept;
 FileIdentity IdentityOf(struct stat const& status) noexcept;
 

@@ -37,6 +37,7 @@ StoreFile::StoreFile(QString const& path)
     , _given(QFile::encodeName(path))
     , _name(WithoutLinks(_given))
     , _logName(_name + LogSuffix)
+    , _logIndexName(_name + LogIndexSuffix)
 {}
 
 StoreFile::StoreFile(QString const& path, QByteArray const& name)
@@ -44,6 +45,7 @@ StoreFile::StoreFile(QString const& path, QByteArray const& name)
     , _given(name)
     , _name(name)
     , _logName(_name + LogSuffix)
+    , _logIndexName(_name + LogIndexSuffix)
 {}
 
 StoreFile StoreFile::FirstFree(QString const& path)
@@ -125,14 +127,24 @@ bool StoreFile::HasFilledLog() const noexcept
     return ::stat(_logName.constData(), &status) == 0 && status.st_size > 0;
 }
 
+std::optional<FileStatus> StoreFile::Status() const noexcept
+{
+    return StatusAt(_given.constData());
+}
+
 std::optional<FileIdentity> StoreFile::Identity() const noexcept
 {
     return IdentityAt(_given.constData());
 }
 
-std::optional<FileIdentity> StoreFile::LogIdentity() const noexcept
+std::optional<FileStatus> StoreFile::LogStatus() const noexcept
 {
-    return IdentityAt(_logName.constData());
+    return StatusAt(_logName.constData());
+}
+
+std::optional<FileStatus> StoreFile::LogIndexStatus() const noexcept
+{
+    return StatusAt(_logIndexName.constData());
 }
 
 std::optional<FileStamp> StoreFile::Stamp() const noexcept
@@ -140,7 +152,7 @@ std::optional<FileStamp> StoreFile::Stamp() const noexcept
     struct stat status = {};
     if (::stat(name(), &status) != 0)
         return std::nullopt;
-    return FileStamp{IdentityOf(status), status.st_size, status.st_mtim, LogIdentity().has_value()};
+    return FileStamp{IdentityOf(status), status.st_size, status.st_mtim, Exists(LogSuffix)};
 }
 
 } // namespace sync::database

@@ -57,9 +57,11 @@ public:
     /// Whether a write-ahead log beside the file holds anything.
     bool HasFilledLog() const noexcept;
 
-    /// Return nothing if there is no such file, or none can be seen. The first asks for the path as it was given.
+    /// Return nothing if there is no such file, or none can be seen. The first two ask for the path as it was given.
+    std::optional<FileStatus> Status() const noexcept;
     std::optional<FileIdentity> Identity() const noexcept;
-    std::optional<FileIdentity> LogIdentity() const noexcept;
+    std::optional<FileStatus> LogStatus() const noexcept;
+    std::optional<FileStatus> LogIndexStatus() const noexcept;
     std::optional<FileStamp> Stamp() const noexcept;
 
 private:
@@ -69,6 +71,7 @@ private:
     QByteArray _given;
     QByteArray _name;
     QByteArray _logName;
+    QByteArray _logIndexName;
 };
 
 } // namespace sync::database

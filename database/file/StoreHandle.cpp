@@ -22,6 +22,10 @@ constexpr char const* Settings = "PRAGMA mmap_size = 0;"
                                  "PRAGMA cell_size_check = ON;"
                                  "PRAGMA secure_delete = ON;";
 
+/// How often a look is repeated whether a log's index comes, a millisecond apart. Between the moments in which SQLite
+/// makes a log and its index there is much less.
+constexpr int LooksForIndex = 100;
+
 /// Whether a store may have failed to open because a write-ahead log does not work in its place.
 bool RefusesLog(int code)
 {
@@ -41,7 +45,13 @@ bool RefusesLog(int code)
 StoreHandle::StoreHandle(StoreFile file, int busyTimeoutMsec)
     : _file(std::move(file))
     , _busyHandler(busyTimeoutMsec)
+    , _openFiles(_file)
 {}
+
+StoreHandle::~StoreHandle()
+{
+    Close();
+}
 
 Failure StoreHandle::Open(OpenPurpose purpose, StoreAccess access)
 {
@@ -64,13 +74,16 @@ Failure StoreHandle::Open(OpenPurpose purpose, StoreAccess access)
 
 void StoreHandle::Close() noexcept
 {
+    if (_handle != nullptr && !_openFiles.MayCheckpointOnClose())
+        sqlite3_db_config(get(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
+    _openFiles.Forget();
     _handle.reset();
     _stamp.reset();
 }
 
 Failure StoreHandle::OpenForWriting(OpenPurpose purpose)
 {
-    bool const mayConvert = purpose == OpenPurpose::FirstConnection && !_file.LogIdentity();
+    bool const mayConvert = purpose == OpenPurpose::FirstConnection && !_file.Exists(LogSuffix);
     Failure failure = ConnectForWriting(purpose);
     if (!failure || !mayConvert || !RefusesLog(failure->code))
         return failure;
@@ -81,12 +94,18 @@ Failure StoreHandle::OpenForWriting(OpenPurpose purpose)
     if (!failure || !RefusesLog(failure->code))
         return failure;
     Close();
+    if (std::optional<FileStatus> const found = _file.Status(); !found || found->names > 1)
+        return failure;
     return ConvertToJournal() == SQLITE_OK ? ConnectForWriting(purpose) : failure;
 }
 
 Failure StoreHandle::ConnectForWriting(OpenPurpose purpose)
 {
-    bool const hadLog = _file.LogIdentity().has_value();
+    if (Failure failure = _openFiles.CheckBeforeOpening())
+        return failure;
+    if (Failure failure = CheckLogIndexIsNotInUse())
+        return failure;
+    bool const hadLog = _file.Exists(LogSuffix);
     int const code = OpenHandle(_file.name(), SQLITE_OPEN_READWRITE, _handle);
     if (code != SQLITE_OK)
         return Describe(code);
@@ -94,10 +113,31 @@ Failure StoreHandle::ConnectForWriting(OpenPurpose purpose)
     if (purpose != OpenPurpose::Snapshot && sqlite3_db_readonly(get(), "main") != 0)
         return Describe(SQLITE_READONLY);
     sqlite3_db_config(get(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, hadLog ? 1 : 0, nullptr);
-    if (Failure failure = Configure(purpose))
-        return failure;
-    if (_journalMode == JournalMode::WriteAheadLog)
-        _logIdentity = _file.LogIdentity();
+    return Configure(purpose);
+}
+
+/// Fails if another handle has the store open and the index of its log is missing, that is, was removed: a new handle
+/// would make an index of its own, and with two of them commits overwrite each other.
+Failure StoreHandle::CheckLogIndexIsNotInUse() const
+{
+    for (int look = 0; _file.Exists(LogSuffix) && !_file.Exists(LogIndexSuffix); ++look) {
+        if (look == LooksForIndex)
+            return MakeError(_file.path(),
+                             SQLITE_READONLY_DBMOVED,
+                             QStringLiteral("another program has the store open, but the index of its log (-shm) was "
+                                            "removed: close the store there first"));
+        if (look > 0)
+            sqlite3_sleep(1);
+        // With this locking mode SQLite reads a log only if no other handle has the file open, and makes no index.
+        SqliteHandle handle;
+        int code = OpenHandle(_file.name(), SQLITE_OPEN_READWRITE, handle);
+        if (code != SQLITE_OK)
+            return {}; // the caller meets the same reason
+        sqlite3_db_config(handle.get(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
+        code = Execute(handle.get(), "PRAGMA locking_mode = EXCLUSIVE; PRAGMA user_version;");
+        if ((code & 0xff) != SQLITE_BUSY)
+            return {};
+    }
     return {};
 }
 
@@ -136,6 +176,8 @@ Failure StoreHandle::ConnectForReading(OpenPurpose purpose)
                          SQLITE_CANTOPEN,
                          QStringLiteral("the store was not closed well and must be opened for writing once"));
     }
+    else if (Failure failure = _openFiles.CheckBeforeOpening())
+        return failure;
     int const code = OpenHandle(name.constData(), flags, _handle);
     return code == SQLITE_OK ? Configure(purpose) : Describe(code);
 }
@@ -155,8 +197,8 @@ Failure StoreHandle::Configure(OpenPurpose purpose)
         return Describe(code);
     if (Failure failure = CheckStore(purpose))
         return failure;
-    _identity = _file.Identity();
-    return {};
+    bool const hasLog = purpose != OpenPurpose::Snapshot && !_stamp && _journalMode == JournalMode::WriteAheadLog;
+    return _openFiles.Remember(get(), hasLog);
 }
 
 Failure StoreHandle::CheckStore(OpenPurpose purpose) const
@@ -191,24 +233,6 @@ int StoreHandle::ConvertToJournal()
     QByteArray mode;
     code = QueryText(handle.get(), "PRAGMA journal_mode = DELETE", mode);
     return code == SQLITE_OK && mode != "delete" ? SQLITE_CANTOPEN : code;
-}
-
-Failure StoreHandle::CheckFileUnmoved() const
-{
-    if (std::optional<FileIdentity> const found = _file.Identity(); found && found == _identity)
-        return {};
-    return DescribeError(nullptr, SQLITE_READONLY_DBMOVED, _file.path());
-}
-
-Failure StoreHandle::CheckUnmoved() const
-{
-    if (Failure failure = CheckFileUnmoved())
-        return failure;
-    if (_logIdentity && _file.LogIdentity() != _logIdentity)
-        return MakeError(_file.path(),
-                         SQLITE_READONLY_DBMOVED,
-                         QStringLiteral("the log beside the file was removed or replaced while the store was open"));
-    return {};
 }
 
 Failure StoreHandle::CheckUnchanged() const

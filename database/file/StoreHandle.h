@@ -1,6 +1,7 @@
 #pragma once
 
 #include "database/OpenOptions.h"
+#include "database/file/OpenFiles.h"
 #include "database/file/StoreFile.h"
 #include "database/sqlite/BusyHandler.h"
 #include "database/sqlite/Failure.h"
@@ -40,6 +41,7 @@ class StoreHandle
 public:
     /// The handle waits for locks for `busyTimeoutMsec` milliseconds.
     StoreHandle(StoreFile file, int busyTimeoutMsec);
+    ~StoreHandle();
     Q_DISABLE_COPY_MOVE(StoreHandle)
 
     /// Opens the file, hardened against its schema and read for the first time. Call once; the object is of no use if
@@ -56,12 +58,14 @@ public:
     /// Of a handle opened for a connection or an upgrade.
     JournalMode journalMode() const noexcept { return _journalMode; }
     /// The file that stood at the path when the handle had been opened.
-    std::optional<FileIdentity> const& identity() const noexcept { return _identity; }
+    std::optional<FileIdentity> const& identity() const noexcept { return _openFiles.identity(); }
 
-    /// Fails if another file stands at the path, or none.
-    Failure CheckFileUnmoved() const;
-    /// The same, and for the log: what is written to a log that was removed is lost for all other connections.
-    Failure CheckUnmoved() const;
+    /// Fails if the file, its log or the log's index no longer stands at its name as it was.
+    Failure CheckUnmoved() const { return _openFiles.Check(OpenFiles::Use::Reading); }
+    /// The same, and fails if the file has a second name: what is written now would be lost for other connections.
+    Failure CheckWritable() const { return _openFiles.Check(OpenFiles::Use::Writing); }
+    /// The same for the file alone.
+    Failure CheckFileWritable() const { return _openFiles.CheckFile(OpenFiles::Use::Writing); }
 
     /// False if what was read may not be one committed state: SQLite read the file as one that nobody writes, and it
     /// changed meanwhile.
@@ -82,15 +86,15 @@ private:
     Failure Connect(QByteArray const& name, int flags, OpenPurpose purpose);
     Failure Configure(OpenPurpose purpose);
     Failure CheckStore(OpenPurpose purpose) const;
+    Failure CheckLogIndexIsNotInUse() const;
     int ConvertToJournal();
     void Close() noexcept;
 
     StoreFile const _file;
     BusyHandler _busyHandler; // outlives the handle
+    OpenFiles _openFiles;
     SqliteHandle _handle;
     JournalMode _journalMode = JournalMode::WriteAheadLog;
-    std::optional<FileIdentity> _identity;
-    std::optional<FileIdentity> _logIdentity;
     std::optional<FileStamp> _stamp;
 };
 

@@ -63,6 +63,12 @@ Failure StoreHeader::Check(StoreFile const& file)
     return {};
 }
 
+qint64 StoreHeader::length() const
+{
+    quint16 const pageSize = qFromBigEndian<quint16>(_bytes + 16); // 1 stands for 65,536
+    return qint64(pageSize == 1 ? 65536 : pageSize) * qFromBigEndian<quint32>(_bytes + 28);
+}
+
 bool StoreHeader::isBlank() const
 {
     return std::all_of(std::begin(_bytes), std::end(_bytes), [](char byte) { return byte == 0; });

@@ -22,6 +22,8 @@ public:
     [[nodiscard]] static Failure Check(StoreFile const& file);
 
     bool usesLog() const { return _bytes[19] == 2; }
+    /// How long the file is, in bytes, apart from what is in a log.
+    qint64 length() const;
     bool isRestoreNotice() const;
 
 private:

@@ -81,6 +81,8 @@ Failure StoreUpgrade::RunStepInTransaction(qint64 version)
         return failure;
     if (Failure failure = schema::CheckForeignObjects(_store.get(), _store.file().path()))
         return failure;
+    if (Failure failure = _store.CheckWritable())
+        return CannotUpgrade(version, *failure);
     if (!_backup) {
         if (Failure failure = BackUp(version))
             return failure;

@@ -30,6 +30,11 @@ struct FirstBytes
 };
 static_assert(sizeof(FirstBytes) == 40 && offsetof(FirstBytes, lastFrame) == 16);
 
+int PageSize(quint16 stored)
+{
+    return stored == 1 ? 65536 : stored;
+}
+
 } // namespace
 
 LogIndex::LogIndex(sqlite3* handle)
@@ -50,12 +55,22 @@ quint32 LogIndex::lastFrame() const noexcept
     return _bytes != nullptr ? static_cast<FirstBytes const volatile*>(_bytes)->lastFrame : 0;
 }
 
+qint64 LogIndex::sizeOfLog() const noexcept
+{
+    Header header;
+    header.lastFrame = lastFrame();
+    if (header.lastFrame == 0)
+        return 0;
+    header.pageSize = PageSize(static_cast<FirstBytes const volatile*>(_bytes)->pageSize); // never changes
+    return header.end();
+}
+
 LogIndex::Header LogIndex::header() const noexcept
 {
     FirstBytes bytes{};
     std::memcpy(&bytes, const_cast<void const*>(_bytes), sizeof bytes);
     return {bytes.lastFrame,
-            bytes.pageSize == 1 ? 65536 : bytes.pageSize,
+            PageSize(bytes.pageSize),
             bytes.hasBigEndianChecksums != 0,
             {bytes.checksum[0], bytes.checksum[1]},
             {qFromBigEndian<quint32>(bytes.salts), qFromBigEndian<quint32>(bytes.salts + 4)}};

@@ -11,7 +11,6 @@ namespace sync::database {
 LogLimit::LogLimit(sqlite3* handle, qint64 bytes)
     : _index(handle)
 {
-    constexpr qint64 FrameHeaderSize = 24;
     qint64 pageSize = 0;
     if (_index.isValid() && QueryNumber(handle, "PRAGMA page_size", pageSize) == SQLITE_OK)
         _frames = static_cast<quint32>(std::clamp<qint64>(bytes / (pageSize + FrameHeaderSize), 1, _frames));

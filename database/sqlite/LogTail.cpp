@@ -12,9 +12,7 @@ namespace sync::database {
 
 namespace {
 
-// The format that SQLite documents for its log and the log's index.
-constexpr int LogHeaderSize = 32;
-constexpr int FrameHeaderSize = 24;
+// The format that SQLite documents for its log.
 constexpr int CheckedPartOfFrameHeader = 8;
 constexpr quint32 LogMagic = 0x377f0682; // the lowest bit is set for checksums over big-endian words
 quint32 Number(unsigned char const* bytes)
@@ -35,16 +33,11 @@ LogTail::LogTail(sqlite3* handle)
     _code = sqlite3_file_control(handle, "main", SQLITE_FCNTL_JOURNAL_POINTER, &_log);
 }
 
-qint64 LogTail::OffsetOfTail() const
-{
-    return LogHeaderSize + qint64(_lastCommit.lastFrame) * (FrameHeaderSize + _lastCommit.pageSize);
-}
-
 int LogTail::Erase()
 {
     if (_code != SQLITE_OK)
         return _code;
-    qint64 const end = OffsetOfTail();
+    qint64 const end = _lastCommit.end();
     sqlite3_int64 size = 0;
     _code = _log->pMethods->xFileSize(_log, &size);
     if (_code != SQLITE_OK || size <= end)
@@ -122,7 +115,7 @@ std::optional<int> LogTail::CountDroppedCommits()
     int const frameSize = FrameHeaderSize + _lastCommit.pageSize;
     bool isIntact = hasIntactHeader;
     std::vector<unsigned char> bytes(isIntact ? std::size_t(frameSize) : FrameHeaderSize);
-    for (qint64 offset = OffsetOfTail(); offset + frameSize <= size; offset += frameSize) {
+    for (qint64 offset = _lastCommit.end(); offset + frameSize <= size; offset += frameSize) {
         Frame frame;
         if (!ReadFrame(offset, frame, bytes))
             return std::nullopt;

@@ -49,7 +49,6 @@ private:
     bool ReadHeader(bool& isIntact);
     bool ReadFrame(qint64 offset, Frame& frame, std::vector<unsigned char>& bytes);
     Pair Continue(Pair sum, unsigned char const* data, int size) const;
-    qint64 OffsetOfTail() const;
 
     sqlite3* _handle;
     sqlite3_file* _log = nullptr;

@@ -307,6 +307,12 @@ TEST_P(OlderStoreUpgrade, StoreWithoutRowsGetsTheDefaultScheduleAlone)
     EXPECT_TRUE(AddServer(*store, "first"_q));
 }
 
+TEST_P(OlderStoreUpgrade, FileWithTwoNamesIsRefusedUnchanged)
+{
+    ASSERT_EQ(::link(QFile::encodeName(Path()).constData(), QFile::encodeName(Path("away.db"_q)).constData()), 0);
+    ExpectRefusal("remove the other names");
+}
+
 TEST_P(OlderStoreUpgrade, LeavesABackupOfWhatTheStoreWas)
 {
     StoreRows const before = Rows();

@@ -39,16 +39,12 @@ int Add(QString const& path, int count, bool crashes)
     std::exit(store != nullptr && tandry::test::AddServer(*store, QStringLiteral("another's")) ? 0 : 1);
 }
 
-int TakeOver(QString const& path)
+int RunWithSqlite(QString const& path, char const* statements, int count = 1)
 {
     sqlite3* handle = nullptr;
     int code = sqlite3_open_v2(QFile::encodeName(path).constData(), &handle, SQLITE_OPEN_READWRITE, nullptr);
-    if (code == SQLITE_OK)
-        code = sqlite3_exec(handle,
-                            "PRAGMA locking_mode = EXCLUSIVE; BEGIN EXCLUSIVE; CREATE TABLE a (b); COMMIT",
-                            nullptr,
-                            nullptr,
-                            nullptr);
+    for (int time = 0; code == SQLITE_OK && time < count; ++time)
+        code = sqlite3_exec(handle, statements, nullptr, nullptr, nullptr);
     sqlite3_close(handle);
     return code == SQLITE_OK ? 0 : 1;
 }
@@ -66,6 +62,9 @@ int main(int argc, char** argv)
     if (command == QStringLiteral("add-and-exit"))
         AddAndExit(path);
     if (command == QStringLiteral("take-over"))
-        return TakeOver(path);
+        return RunWithSqlite(path, "PRAGMA locking_mode = EXCLUSIVE; BEGIN EXCLUSIVE; CREATE TABLE a (b); COMMIT");
+    if (command == QStringLiteral("add-with-sqlite"))
+        return RunWithSqlite(
+            path, "INSERT INTO ServerConfiguration (alias) VALUES ('another''s')", arguments.value(3).toInt());
     return 2;
 }

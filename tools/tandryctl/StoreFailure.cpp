@@ -26,12 +26,14 @@ Advice AdviceOn(StoreErrorKind kind)
         return {FailureCode::StoreFull, QStringLiteral("free space there, then try again")};
     case StoreErrorKind::ReadOnly:
         return {FailureCode::StoreReadOnly,
-                QStringLiteral("allow yourself to write the file and its folder, then try again")};
+                QStringLiteral(
+                    "allow yourself to write the file and its folder, or do what the reason says, then try again")};
     case StoreErrorKind::Damaged:
         return {FailureCode::StoreDamaged,
                 QStringLiteral("copy what can still be read to a new store with 'tandryctl recover FILE --to NEW'")};
     case StoreErrorKind::Moved:
-        return {FailureCode::StoreMoved, QStringLiteral("see which file is there now, then try again")};
+        return {FailureCode::StoreMoved,
+                QStringLiteral("see which files are there now, close the store in all programs, then try again")};
     case StoreErrorKind::Refused:
         return {FailureCode::StoreRefused, QStringLiteral("see whether 'tandryctl check' finds damage")};
     case StoreErrorKind::OutcomeUnknown:
