@@ -1,4 +1,5 @@
-// Runs five operations under callgrind and has it count the instructions of each. Started by the script `instructions`.
+// Runs seven operations under callgrind and has it count the instructions of each. Started by the script
+// `instructions`.
 
 #include "benchmarks/Failure.h"
 #include "benchmarks/ManagersBackend.h"
@@ -36,23 +37,29 @@ struct Operation
     std::function<Run(int)> prepare;
 };
 
+Operation LookUp(char const* name, SampleRecords const& records)
+{
+    return {name, false, [=](int number) -> Run {
+                return [path = records.FilePath(Scattered(number, Files))](Backend& backend) {
+                    Require(backend.FileByPath(path).id > 0, "a file was not found");
+                };
+            }};
+}
+
+Operation Listing(char const* name, SampleRecords const& records)
+{
+    return {name, false, [=](int number) -> Run {
+                return [id = 1 + records.FolderWithFiles(number)](Backend& backend) {
+                    Require(!backend.FilesOfFolder(id).isEmpty(), "a folder has no files");
+                };
+            }};
+}
+
 std::vector<Operation> OperationsOn(SampleRecords const& records)
 {
     return {
-        {"look-up by path",
-         false,
-         [=](int number) -> Run {
-             return [path = records.FilePath(Scattered(number, Files))](Backend& backend) {
-                 Require(backend.FileByPath(path).id > 0, "a file was not found");
-             };
-         }},
-        {"listing",
-         false,
-         [=](int number) -> Run {
-             return [id = 1 + records.FolderWithFiles(number)](Backend& backend) {
-                 Require(!backend.FilesOfFolder(id).isEmpty(), "a folder has no files");
-             };
-         }},
+        LookUp("look-up by path", records),
+        Listing("listing", records),
         {"update",
          true,
          [=](int number) -> Run {
@@ -106,6 +113,20 @@ void Count(Operation const& operation, Backend& backend)
     CALLGRIND_STOP_INSTRUMENTATION;
 }
 
+/// Counts the operations on a new store with these records.
+void CountAll(QString const& directory,
+              BackendKind kind,
+              SampleRecords const& records,
+              std::vector<Operation> const& operations)
+{
+    SampleStore store(directory, records);
+    QString const path = store.CopyFor(kind);
+    std::unique_ptr<Backend> const backend =
+        kind == BackendKind::ByHand ? std::make_unique<SqlBackend<SqliteApi>>(path) : OpenManagersBackend(path);
+    for (Operation const& operation : operations)
+        Count(operation, *backend);
+}
+
 /// Identifies the build: the counts also depend on compiler, Qt and SQLite.
 QString Environment()
 {
@@ -127,12 +148,15 @@ int main(int argc, char** argv)
         return EXIT_SUCCESS;
     }
     Require(sync::database::DisableSqliteMemoryStatistics(), "SQLite keeps its memory statistics");
-    SampleStore store(QString::fromLocal8Bit(argv[1]), SampleRecords::OfFiles(Files));
+    QString const directory = QString::fromLocal8Bit(argv[1]);
     bool const byHand = argc > 2 && QLatin1String(argv[2]) == NameOf(BackendKind::ByHand);
-    std::unique_ptr<Backend> const backend =
-        byHand ? std::make_unique<SqlBackend<SqliteApi>>(store.CopyFor(BackendKind::ByHand))
-               : OpenManagersBackend(store.CopyFor(BackendKind::Managers));
-    for (Operation const& operation : OperationsOn(store.records()))
-        Count(operation, *backend);
+    BackendKind const kind = byHand ? BackendKind::ByHand : BackendKind::Managers;
+    SampleRecords const records = SampleRecords::OfFiles(Files);
+    CountAll(directory, kind, records, OperationsOn(records));
+    SampleRecords const withProperties = SampleRecords::OfFilesWithProperties(Files);
+    CountAll(directory,
+             kind,
+             withProperties,
+             {LookUp("look-up, 2 properties", withProperties), Listing("listing, 2 properties", withProperties)});
     return EXIT_SUCCESS;
 }

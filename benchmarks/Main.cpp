@@ -154,7 +154,7 @@ int main(int argc, char** argv)
             lines << Line(results.back()) << '\n' << Qt::flush;
         }
         int const files = suite.records.fileCount();
-        if (options.sizes.contains(files))
+        if (options.sizes.contains(files) && !bytesOfFileRow.contains(files)) // a later suite has longer rows
             bytesOfFileRow[files] = double(store.BytesOf(QStringLiteral("FileConfiguration"))) / files;
     }
     if (parser.isSet(json))

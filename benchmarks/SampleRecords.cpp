@@ -53,11 +53,23 @@ int Scattered(qint64 choice, int limit)
     return int(Mixed(quint64(choice) + 1) % quint64(limit));
 }
 
-SampleRecords SampleRecords::OfFiles(int files)
+SampleRecords::Shape SampleRecords::_ShapeOfFiles(int files)
 {
     Shape shape;
     shape.filesOfSubFolder = FilesOfFolder;
     shape.subFoldersOfRoot = std::max(1, files / (shape.roots * FilesOfFolder));
+    return shape;
+}
+
+SampleRecords SampleRecords::OfFiles(int files)
+{
+    return SampleRecords(_ShapeOfFiles(files));
+}
+
+SampleRecords SampleRecords::OfFilesWithProperties(int files)
+{
+    Shape shape = _ShapeOfFiles(files);
+    shape.filesPerProperties = 1;
     return SampleRecords(shape);
 }
 
@@ -177,7 +189,7 @@ config::FileConfiguration SampleRecords::File(int number) const
     file.lastModifiedDateTime = Moment(number + 1);
     file.lastOperationTime = Moment(number + 2);
     file.size = number * 1234LL;
-    if (number % 4 == 0)
+    if (number % _shape.filesPerProperties == 0)
         file.nameValueProperties = {{QStringLiteral("ContentType"), QStringLiteral("application/msword")},
                                     {QStringLiteral("LockedBy"), QStringLiteral("Anna <anna@example.org>")}};
     if (number % 8 == 0)

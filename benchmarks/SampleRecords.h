@@ -22,11 +22,15 @@ public:
         int roots = 10;
         int subFoldersOfRoot = 0;
         int filesOfSubFolder = 0;
+        /// Every so many files, one has two properties.
+        int filesPerProperties = 4;
     };
 
     /// So many rows in all, on ten roots.
     static SampleRecords OfFiles(int files);
     static SampleRecords OfFolders(int folders);
+    /// So many files, each of them with two properties.
+    static SampleRecords OfFilesWithProperties(int files);
 
     explicit SampleRecords(Shape const& shape);
 
@@ -53,6 +57,7 @@ public:
     static config::ProductConfiguration Product(int number);
 
 private:
+    static Shape _ShapeOfFiles(int files);
     int _RootOf(int folder) const { return folder < _shape.roots ? folder : (folder - _shape.roots) % _shape.roots; }
     int _ParentOf(int folder) const;
     int _FolderOf(int file) const;

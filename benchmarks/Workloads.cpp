@@ -241,6 +241,28 @@ std::vector<Case> CasesOf(SampleRecords const& records)
     return cases;
 }
 
+/// Reads of records that all have two properties, which are documents in their column.
+Suite PropertiesSuite()
+{
+    constexpr int rows = 10000;
+    SampleRecords const records = SampleRecords::OfFilesWithProperties(rows);
+    return {records,
+            {EachRead(
+                 QStringLiteral("files: look-up by path, two properties"),
+                 rows,
+                 LookUps,
+                 [=](int choice) { return records.FilePath(Scattered(choice, rows)); },
+                 [](Backend& backend, QString const& path) {
+                     RequireFound(backend.FileByPath(path).nameValueProperties.size());
+                 }),
+             EachRead(
+                 QStringLiteral("files: listing of one folder, two properties"),
+                 rows,
+                 LookUps / 20,
+                 [=](int choice) { return 1 + records.FolderWithFiles(choice); },
+                 [](Backend& backend, int id) { RequireFound(backend.FilesOfFolder(id).size()); })}};
+}
+
 /// Every pass takes the same folders; `reset` sets their files back to syncing.
 Case StatusOfFolders(SampleRecords const& records)
 {
@@ -440,6 +462,7 @@ std::vector<Suite> AllSuites(QVector<int> const& sizes, int passes)
         cases.push_back(RemovalOfRoot(QStringLiteral("folders: removal of a root"), size));
         suites.push_back({records, cases});
     }
+    suites.push_back(PropertiesSuite());
     for (int const roots : {10, 100, 1000})
         suites.push_back(RootsSuite(roots));
     suites.push_back(TreesSuite(passes));
