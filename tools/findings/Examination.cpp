@@ -3,7 +3,6 @@
 #include "database/SqliteDatabaseFactory.h"
 #include "interf/IQSqlQueryWrapper.h"
 #include "tools/findings/FindingTable.h"
-#include "tools/findings/PathNotes.h"
 #include "tools/findings/TableNames.h"
 
 #include <QStringList>
@@ -96,17 +95,17 @@ DocumentFindings const& Examination::documents()
     return *_documents;
 }
 
-std::vector<std::size_t> const& Examination::repeatedPaths()
+PathSurvey const& Examination::paths()
 {
-    if (!_repeatedPaths)
-        _repeatedPaths = HashesOfRepeatedPaths(_statements);
-    return *_repeatedPaths;
+    if (!_paths)
+        _paths = SurveyPaths(_statements);
+    return *_paths;
 }
 
 void Examination::Forget()
 {
     _documents.reset();
-    _repeatedPaths.reset();
+    _paths.reset();
     _hasSuspects.clear();
 }
 

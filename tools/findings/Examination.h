@@ -2,12 +2,12 @@
 
 #include "tools/findings/Documents.h"
 #include "tools/findings/Findings.h"
+#include "tools/findings/PathNotes.h"
 #include "tools/findings/StoreStatements.h"
 
 #include <QHash>
 #include <QString>
 
-#include <cstddef>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -45,8 +45,8 @@ public:
 
     /// Returns what is wrong with the documents. Reads them at the first call only: several kinds come from them.
     DocumentFindings const& documents();
-    /// Returns `HashesOfRepeatedPaths`, also found at the first call only.
-    std::vector<std::size_t> const& repeatedPaths();
+    /// Returns what a pass over the paths tells, also made at the first call only.
+    PathSurvey const& paths();
     /// Has these look again, after a change.
     void Forget();
 
@@ -60,7 +60,7 @@ private:
     std::shared_ptr<sync::database::SqliteDatabaseFactory> const _store;
     StoreStatements _statements;
     std::optional<DocumentFindings> _documents;
-    std::optional<std::vector<std::size_t>> _repeatedPaths;
+    std::optional<PathSurvey> _paths;
     QHash<QString, bool> _hasSuspects;
 };
 

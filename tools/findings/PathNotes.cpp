@@ -99,19 +99,38 @@ void FindOverlaps(std::vector<RootPath> const& roots, KeyOf const& keyOf, std::v
 
 } // namespace
 
-std::vector<std::size_t> HashesOfRepeatedPaths(StoreStatements& statements)
+PathSurvey SurveyPaths(StoreStatements& statements)
 {
+    PathSurvey survey;
     std::vector<std::size_t> hashes;
-    for (char const* table : TablesOfPathsOnDisk)
-        statements.Read(QStringLiteral("SELECT clientPath FROM ") + QLatin1String(table),
-                        {},
-                        [&](IQSqlQueryWrapper& row) { hashes.push_back(HashOf(Folded(row.value(0).toString()))); });
-    return Repeated(std::move(hashes));
+    for (char const* table : TablesOfPathsOnDisk) {
+        // Many paths in a row, since a store that is open for reading looks at its file for each row.
+        QString const statement =
+            QStringLiteral(
+                "SELECT group_concat(clientPath, char(0)), max(clientPath), max(times) FROM (SELECT clientPath, "
+                "count(*) AS times FROM %1 WHERE clientPath > :last GROUP BY clientPath LIMIT 1000)")
+                .arg(QLatin1String(table));
+        QString last = QStringLiteral("");
+        while (!last.isNull()) {
+            StoreStatements::Values const values{{":last", last}};
+            last.clear();
+            statements.Read(statement, values, [&](IQSqlQueryWrapper& row) {
+                last = row.value(1).toString();
+                survey.hasRepeated = survey.hasRepeated || row.value(2).toInt() > 1;
+                if (!last.isNull()) {
+                    for (QString const& path : row.value(0).toString().split(QChar(QChar::Null)))
+                        hashes.push_back(HashOf(Folded(path)));
+                }
+            });
+        }
+    }
+    survey.alike = Repeated(std::move(hashes));
+    return survey;
 }
 
 void FindPathsAlike(Examination& examination, std::vector<FoundRow>& rows)
 {
-    std::vector<std::size_t> const& hashes = examination.repeatedPaths();
+    std::vector<std::size_t> const& hashes = examination.paths().alike;
     if (hashes.empty())
         return;
 

@@ -9,9 +9,17 @@ class Examination;
 class StoreStatements;
 struct FoundRow;
 
-/// Returns hashes of the paths of folders, files and generated files that are there more than once, alone or together
-/// with others that differ only in case or in their Unicode form. Hashes instead of paths: a store may have millions.
-std::vector<std::size_t> HashesOfRepeatedPaths(StoreStatements& statements);
+/// What one pass over the paths of folders, files and generated files tells.
+struct PathSurvey
+{
+    /// Sorted hashes of the paths that differ from another one only in case or in their Unicode form. Hashes instead of
+    /// paths: a store may have millions.
+    std::vector<std::size_t> alike;
+    /// Whether a table has a path more than once.
+    bool hasRepeated = false;
+};
+
+PathSurvey SurveyPaths(StoreStatements& statements);
 
 /// Finds paths of folders, files and generated files that differ only in case or in their Unicode form.
 void FindPathsAlike(Examination& examination, std::vector<FoundRow>& rows);

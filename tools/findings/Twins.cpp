@@ -100,7 +100,7 @@ std::vector<Twin> FindTwins(Examination& examination)
 {
     std::vector<Twin> twins;
     for (TwinKey const& key : TwinKeys) {
-        if (key.table != BaseFiles && examination.repeatedPaths().empty())
+        if (key.table != BaseFiles && !examination.paths().hasRepeated)
             continue; // what is asked for the notes on paths anyway answers for these tables
         examination.statements().Read(SelectOf(key), {}, [&](sync::interf::IQSqlQueryWrapper& row) {
             twins.push_back({key.table, row.value(0).toInt(), row.value(1).toInt(), row.value(2).toString()});
