@@ -70,7 +70,7 @@ std::shared_ptr<OpenFiles::Shared> OpenFiles::Share(FileIdentity const& file, st
     static std::map<FileIdentity, std::weak_ptr<Shared>> files;
     std::lock_guard<std::mutex> const lock(mutex);
     auto const found = files.find(file);
-    std::shared_ptr<Shared> const shared = found != files.end() ? found->second.lock() : nullptr;
+    std::shared_ptr<Shared> shared = found != files.end() ? found->second.lock() : nullptr;
     if (own == nullptr || (shared != nullptr && (shared->log || !own->log)))
         return shared;
     for (auto entry = files.begin(); entry != files.end();)
