@@ -28,6 +28,13 @@ enum class StoreErrorKind
     ConnectionLost,
     /// Any other failure: the file cannot be opened, an I/O error, lack of memory.
     Other,
+    /// The store was written by an older program, and was opened for reading only. Opening it for writing upgrades it.
+    OlderVersion,
+    /// The store was written by a newer program.
+    NewerVersion,
+    /// A program has left the store without closing it, and it was opened for reading only. Opening it for writing once
+    /// closes it.
+    NotClosed,
 };
 
 /// Why a store could not carry out an operation.

@@ -173,7 +173,7 @@ Failure StoreHandle::ConnectForReading(OpenPurpose purpose)
     else if (_file.Exists(LogSuffix) && !_file.Exists(LogIndexSuffix)) {
         // SQLite would create the log's index, whatever the header says about a log.
         return MakeError(_file.path(),
-                         SQLITE_CANTOPEN,
+                         SQLITE_READONLY_RECOVERY,
                          QStringLiteral("the store was not closed well and must be opened for writing once"));
     }
     else if (Failure failure = _openFiles.CheckBeforeOpening())
@@ -211,7 +211,7 @@ Failure StoreHandle::CheckStore(OpenPurpose purpose) const
     if (code != SQLITE_OK)
         return Describe(code);
     if (version != schema::Version)
-        return MakeError(_file.path(), SQLITE_SCHEMA, schema::OtherVersion(version));
+        return schema::OtherVersion(_file.path(), version);
     if (purpose == OpenPurpose::FirstConnection) {
         if (Failure failure = CheckLength(*this))
             return failure;

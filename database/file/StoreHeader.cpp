@@ -59,7 +59,7 @@ Failure StoreHeader::Check(StoreFile const& file)
     if (header.applicationId() != schema::ApplicationId)
         return refuse(SQLITE_NOTADB, QStringLiteral("the database belongs to another application"));
     if (header.version() != schema::Version && !schema::IsOlder(header.version()))
-        return refuse(SQLITE_SCHEMA, schema::OtherVersion(header.version()));
+        return schema::OtherVersion(file.path(), header.version());
     return {};
 }
 

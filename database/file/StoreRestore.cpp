@@ -75,7 +75,7 @@ Failure StoreRestore::CheckNames() const
     if (Failure failure = _store.CheckNewName())
         return failure;
     if (_store.Identity() && _store.Identity() == _backup.Identity())
-        return MakeError(_store.path(), SQLITE_MISUSE, QStringLiteral("the backup is the store itself"));
+        return MakeError(_store.path(), SQLITE_CANTOPEN, QStringLiteral("the backup is the store itself"));
     struct stat status = {};
     if (!_store.IsMissing() && ::stat(_store.name(), &status) != 0)
         return DescribeSystemError(_store.path(), QStringLiteral("the store can't be replaced"), errno);

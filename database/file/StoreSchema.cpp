@@ -281,15 +281,22 @@ Failure RefuseAlteredObject(std::vector<Object> const& objects, QString const& p
 
 } // namespace
 
-QString OtherVersion(qint64 version)
+StoreError OtherVersion(QString const& path, qint64 version)
 {
+    StoreErrorKind kind = StoreErrorKind::Refused;
     QString words = QStringLiteral("the store has version %1, which this program, of version %2, can't read");
-    if (version > Version)
+    if (version > Version) {
+        kind = StoreErrorKind::NewerVersion;
         words = QStringLiteral("the store has version %1, written by a newer program; this one knows %2");
-    else if (IsOlder(version))
+    }
+    else if (IsOlder(version)) {
+        kind = StoreErrorKind::OlderVersion;
         words = QStringLiteral("the store has version %1, written by an older program; it must be opened for writing "
                                "once, which brings it to version %2");
-    return words.arg(version).arg(Version);
+    }
+    StoreError error = MakeError(path, SQLITE_SCHEMA, words.arg(version).arg(Version));
+    error.kind = kind;
+    return error;
 }
 
 int Create(sqlite3* handle)

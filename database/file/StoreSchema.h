@@ -22,7 +22,7 @@ constexpr bool IsOlder(qint64 version)
 }
 
 /// Why a store of another version is refused.
-QString OtherVersion(qint64 version);
+StoreError OtherVersion(QString const& path, qint64 version);
 
 /// The statements that create the indices: one index for each way in which a statement looks rows up, and no other,
 /// since each costs at every write.

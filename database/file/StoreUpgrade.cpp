@@ -34,7 +34,7 @@ Failure StoreUpgrade::Run()
     if (failure)
         return failure;
     if (version != schema::Version)
-        return MakeError(_store.file().path(), SQLITE_SCHEMA, schema::OtherVersion(version));
+        return schema::OtherVersion(_store.file().path(), version);
 
     _store.AllowCheckpointOnClose();
     if (_backup)

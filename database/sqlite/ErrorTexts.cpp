@@ -57,6 +57,8 @@ StoreErrorKind KindOf(int code)
 {
     if (code == SQLITE_READONLY_DBMOVED)
         return StoreErrorKind::Moved;
+    if (code == SQLITE_READONLY_RECOVERY)
+        return StoreErrorKind::NotClosed;
     switch (code & 0xff) {
     case SQLITE_BUSY:
     case SQLITE_LOCKED:

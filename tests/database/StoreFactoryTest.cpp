@@ -223,7 +223,9 @@ TEST_F(OpeningWithAnError, TellsDamageFromAnotherVersion)
     ASSERT_TRUE(QFile::remove(path));
     ASSERT_NE(SqliteDatabaseFactory::Open(path), nullptr);
     RawStore(path).Run("PRAGMA user_version = 1000"_q);
-    EXPECT_EQ(KindOfRefusal(), StoreErrorKind::Refused);
+    EXPECT_EQ(KindOfRefusal(), StoreErrorKind::NewerVersion);
+    RawStore(path).Run("PRAGMA user_version = 0"_q);
+    EXPECT_EQ(KindOfRefusal(OpenMode::ReadOnly), StoreErrorKind::OlderVersion);
 }
 
 TEST_F(OpeningWithAnError, LeavesCallsWithoutOneAsTheyWere)

@@ -30,7 +30,8 @@ Advice AdviceOn(StoreErrorKind kind)
                     "allow yourself to write the file and its folder, or do what the reason says, then try again")};
     case StoreErrorKind::Damaged:
         return {FailureCode::StoreDamaged,
-                QStringLiteral("copy what can still be read to a new store with 'tandryctl recover FILE --to NEW'")};
+                QStringLiteral("copy what can still be read to a new store with 'tandryctl recover FILE --to NEW', or "
+                               "put a backup in its place with 'tandryctl restore BACKUP'")};
     case StoreErrorKind::Moved:
         return {FailureCode::StoreMoved,
                 QStringLiteral("see which files are there now, close the store in all programs, then try again")};
@@ -39,6 +40,14 @@ Advice AdviceOn(StoreErrorKind kind)
     case StoreErrorKind::OutcomeUnknown:
         return {FailureCode::StoreOutcomeUnknown,
                 QStringLiteral("free the disk of its fault, look what is on record and repeat only what is missing")};
+    case StoreErrorKind::OlderVersion:
+        return {FailureCode::StoreRefused, QStringLiteral("bring it to this version with 'tandryctl init'")};
+    case StoreErrorKind::NewerVersion:
+        return {FailureCode::StoreRefused,
+                QStringLiteral("use the tandryctl of the newer program, or put an older backup in its place with "
+                               "'tandryctl restore BACKUP'")};
+    case StoreErrorKind::NotClosed:
+        return {FailureCode::StoreRefused, QStringLiteral("have its log read in with 'tandryctl init'")};
     case StoreErrorKind::ConnectionLost:
     case StoreErrorKind::Other:
         break;
