@@ -1,5 +1,6 @@
 #include "CommandLine.h"
 #include "Commands.h"
+#include "StoreCopy.h"
 #include "StoreFailure.h"
 #include "Text.h"
 
@@ -25,7 +26,13 @@ ExitStatus Restore(Session& session, QString const& backup)
         {"kept", Shown::Always, [](Restored const& restored) { return restored.kept; }},
     };
     sync::database::StoreError error;
-    auto const kept = sync::database::SqliteDatabaseFactory::Restore(backup, session.storePath(), error);
+    auto kept = sync::database::SqliteDatabaseFactory::Restore(backup, session.storePath(), error);
+    if (!kept && error.kind == sync::database::StoreErrorKind::NotClosed) {
+        auto const copy = CopyPrivately(backup, error.kind);
+        // Closes it: what its log holds moves into the file.
+        static_cast<void>(sync::database::SqliteDatabaseFactory::Open(copy->path(), error));
+        kept = sync::database::SqliteDatabaseFactory::Restore(copy->path(), session.storePath(), error);
+    }
     if (!kept)
         throw StoreFailure(error, QStringLiteral("give a backup that can be read, and a place that you may write"));
 

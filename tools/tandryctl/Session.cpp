@@ -1,6 +1,7 @@
 #include "Session.h"
 
 #include "Failure.h"
+#include "StoreCopy.h"
 #include "StoreFailure.h"
 #include "StoreQueries.h"
 #include "Terminal.h"
@@ -102,7 +103,9 @@ Session::Session(SessionOptions const& options, StoreAccess access)
     StoreError openError;
     _store =
         SqliteDatabaseFactory::Open(isDryRun() ? _CopyForDryRun(exists) : _storePath, openError, OptionsFor(access));
-    if (!_store)
+    if (!_store && access == StoreAccess::Read && NeedsPrivateCopy(openError.kind))
+        _OpenPrivateCopy(openError);
+    else if (!_store)
         throw StoreFailure(openError);
 
     _managers.emplace(_store);
@@ -123,11 +126,24 @@ QString Session::_CopyForDryRun(bool exists)
         return path;
     StoreError error;
     auto const store = SqliteDatabaseFactory::Open(_storePath, error, OptionsFor(StoreAccess::Read));
+    if (!store && NeedsPrivateCopy(error.kind)) {
+        _copy = CopyPrivately(_storePath, error.kind);
+        return _copy->path();
+    }
     if (!store)
         throw StoreFailure(error);
     if (!store->Backup(path))
         throw StoreFailure(*store->LastError());
     return path;
+}
+
+void Session::_OpenPrivateCopy(StoreError const& reason)
+{
+    _copy = CopyPrivately(_storePath, reason.kind);
+    StoreError error;
+    _store = SqliteDatabaseFactory::Open(_copy->path(), error, OptionsFor(StoreAccess::Write));
+    if (!_store)
+        throw StoreFailure(error);
 }
 
 void Session::CheckWritten(bool written, QString const& hintForOther)

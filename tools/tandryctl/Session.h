@@ -14,6 +14,11 @@
 
 namespace sync::database {
 class SqliteDatabaseFactory;
+struct StoreError;
+} // namespace sync::database
+
+namespace tandry::findings {
+class PrivateCopy;
 }
 
 namespace tandryctl {
@@ -27,7 +32,8 @@ enum class StoreAccess
     Create,
     /// Opens it for writing.
     Write,
-    /// Opens it for reading; changes no byte of it.
+    /// Opens it for reading; changes no byte of it. A store that cannot be read without changing it is read from a
+    /// private copy, which a line on standard error tells.
     Read,
     /// Opens no store: the command puts one in its place.
     Replace,
@@ -116,6 +122,7 @@ public:
 private:
     Q_DISABLE_COPY_MOVE(Session)
 
+    void _OpenPrivateCopy(sync::database::StoreError const& reason);
     void _ThrowIfStoreFailed(QString const& hintForOther = {});
 
     /// Copies the store, if there is one, to a temporary folder. Returns the path of the copy.
@@ -127,6 +134,7 @@ private:
     bool _isNew = false;
     QFile _stdout;
     Output _output;
+    std::unique_ptr<tandry::findings::PrivateCopy> _copy;
     std::shared_ptr<sync::database::SqliteDatabaseFactory> _store;
     std::optional<sync::config::Managers> _managers;
     std::unique_ptr<StoreQueries> _queries;

@@ -1,0 +1,87 @@
+#include "tools/findings/PrivateCopy.h"
+
+#include <QDateTime>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QStorageInfo>
+
+#include <vector>
+
+namespace tandry::findings {
+
+namespace {
+
+/// The files that make up a store; SQLite makes the index of a log anew.
+constexpr char const* Parts[] = {"", "-wal", "-journal"};
+
+struct Stamp
+{
+    qint64 size = -1;
+    QDateTime modified;
+
+    bool operator==(Stamp const& other) const { return size == other.size && modified == other.modified; }
+};
+
+std::vector<Stamp> StampsOf(QString const& store)
+{
+    std::vector<Stamp> stamps;
+    for (char const* part : Parts) {
+        QFileInfo const info(store + QLatin1String(part));
+        stamps.push_back(info.exists() ? Stamp{info.size(), info.lastModified()} : Stamp());
+    }
+    return stamps;
+}
+
+/// Returns null if all files were copied.
+QString CopyParts(QString const& from, QString const& to)
+{
+    for (char const* part : Parts) {
+        QString const target = to + QLatin1String(part);
+        QFile::remove(target);
+        QFile file(from + QLatin1String(part));
+        if (!file.exists())
+            continue;
+        if (!file.copy(target))
+            return file.errorString();
+        // The copy has the rights of the file, which may be for reading only.
+        QFile::setPermissions(target, QFile::ReadOwner | QFile::WriteOwner);
+    }
+    return {};
+}
+
+} // namespace
+
+PrivateCopy::PrivateCopy()
+    : _folder(QDir::temp().filePath(QStringLiteral("tandry-copy-XXXXXX")))
+{}
+
+std::unique_ptr<PrivateCopy> PrivateCopy::Make(QString const& storePath, QString& error)
+{
+    constexpr int Attempts = 5;
+    auto const fail = [&](QString const& reason) {
+        error = QStringLiteral("%1 cannot be copied to %2: %3").arg(storePath, QDir::tempPath(), reason);
+        return nullptr;
+    };
+    std::unique_ptr<PrivateCopy> copy(new PrivateCopy);
+    if (!copy->_folder.isValid())
+        return fail(copy->_folder.errorString());
+    // SQLite puts log and journal beside the file that a symbolic link leads to.
+    QString const store = QFileInfo(storePath).canonicalFilePath();
+    for (int attempt = 0; attempt < Attempts; ++attempt) {
+        std::vector<Stamp> const before = StampsOf(store);
+        qint64 bytes = 0;
+        for (Stamp const& stamp : before)
+            bytes += qMax<qint64>(stamp.size, 0);
+        if (QStorageInfo(copy->_folder.path()).bytesAvailable() < bytes)
+            return fail(QStringLiteral("it needs %1 bytes there").arg(bytes));
+        QString const reason = CopyParts(store, copy->path());
+        if (!reason.isNull())
+            return fail(reason);
+        if (StampsOf(store) == before)
+            return copy;
+    }
+    return fail(QStringLiteral("a program is writing to it"));
+}
+
+} // namespace tandry::findings

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <QString>
+#include <QTemporaryDir>
+
+#include <memory>
+
+namespace tandry::findings {
+
+/// A copy of a store, with the log and the journal beside it, in the temporary folder. It is accessible by its owner
+/// only and removed with the object.
+///
+/// A store that was left open, or that has an older version, cannot be read without changing it. Its copy can be opened
+/// for writing, and the store stays as it is.
+class PrivateCopy
+{
+public:
+    /// Returns null on failure; `error` then names the file and the reason.
+    static std::unique_ptr<PrivateCopy> Make(QString const& storePath, QString& error);
+
+    /// The copied store.
+    QString path() const { return _folder.filePath(QStringLiteral("store.db")); }
+
+private:
+    PrivateCopy();
+
+    QTemporaryDir _folder;
+};
+
+} // namespace tandry::findings

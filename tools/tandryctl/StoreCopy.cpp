@@ -1,0 +1,32 @@
+#include "StoreCopy.h"
+
+#include "Failure.h"
+#include "Terminal.h"
+#include "Text.h"
+
+namespace tandryctl {
+
+using sync::database::StoreErrorKind;
+using tandry::findings::PrivateCopy;
+
+bool NeedsPrivateCopy(StoreErrorKind reason)
+{
+    return reason == StoreErrorKind::OlderVersion || reason == StoreErrorKind::NotClosed;
+}
+
+std::unique_ptr<PrivateCopy> CopyPrivately(QString const& storePath, StoreErrorKind reason)
+{
+    QString error;
+    std::unique_ptr<PrivateCopy> copy = PrivateCopy::Make(storePath, error);
+    if (copy == nullptr)
+        throw Failure(FailureCode::StoreFailed,
+                      Printable(error),
+                      QStringLiteral("name a folder with more room in the environment variable TMPDIR"));
+    PrintError(QStringLiteral("the store %1 %2; this reads a private copy of it, and the store stays as it is")
+                   .arg(Quoted(storePath),
+                        reason == StoreErrorKind::NotClosed ? QStringLiteral("was not closed")
+                                                            : QStringLiteral("has an older version")));
+    return copy;
+}
+
+} // namespace tandryctl
