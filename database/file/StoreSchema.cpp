@@ -112,6 +112,8 @@ std::vector<Table> const& Tables()
           {"expireTime", DateTime},
           {"syncScheduleType", Integer},
           {"syncInterval", Integer}}},
+        // Of tandryctl alone: the file system that a root, or a mount point below one, was recorded on.
+        {"FolderFileSystem", {{"folderConfigurationId", Integer}, {"fileSystem", Text}, {"inode", Integer}}},
     };
     return tables;
 }

@@ -13,7 +13,7 @@ namespace sync::database::schema {
 /// SQLite's `application_id`: "TNDY".
 constexpr qint32 ApplicationId = 0x544e4459;
 /// SQLite's `user_version`. A change of the schema raises it and adds a step to `UpgradeSteps.cpp`.
-constexpr qint32 Version = 1;
+constexpr qint32 Version = 2;
 
 /// Whether a store of this version can be upgraded.
 constexpr bool IsOlder(qint64 version)

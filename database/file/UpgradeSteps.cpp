@@ -188,7 +188,12 @@ constexpr char const* From0To1 =
     "INSERT INTO Schedules (folderConfigurationId, syncScheduleType, syncInterval) SELECT 0, 0, 30 WHERE NOT EXISTS "
     "(SELECT 1 FROM Schedules WHERE folderConfigurationId = 0);";
 
-constexpr char const* Steps[] = {From0To1};
+/// tandryctl remembers the file systems that it has scanned.
+constexpr char const* From1To2 =
+    "CREATE TABLE FolderFileSystem (id INTEGER PRIMARY KEY AUTOINCREMENT CHECK (id <= 2147483647), "
+    "folderConfigurationId INTEGER, fileSystem TEXT, inode INTEGER);";
+
+constexpr char const* Steps[] = {From0To1, From1To2};
 
 static_assert(std::size(Steps) == schema::Version, "each version but the current one has a step");
 

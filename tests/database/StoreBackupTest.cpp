@@ -104,7 +104,7 @@ TEST_P(StoreBackup, CopyKeepsRowsAndIdsOfAReleasedStore)
 {
     store.reset();
     QFile::remove(StorePath());
-    ReleasedStore{1, GetParam()}.CopyTo(StorePath());
+    ReleasedStore{2, GetParam()}.CopyTo(StorePath());
     OpenStore();
     ASSERT_TRUE(AddServer(*store, "gone"_q));
     ASSERT_TRUE(Execute(*store, "DELETE FROM ServerConfiguration WHERE alias = 'gone'"_q));

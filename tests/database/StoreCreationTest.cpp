@@ -72,7 +72,7 @@ TEST_F(StoreCreation, NewStoreIsWholeAndMarked)
     EXPECT_EQ(Files(), QStringList{QStringLiteral("store.db")});
     RawStore raw(Path());
     EXPECT_EQ(raw.Value(QStringLiteral("PRAGMA integrity_check")).toString(), QStringLiteral("ok"));
-    EXPECT_EQ(raw.Value(QStringLiteral("PRAGMA user_version")).toInt(), 1);
+    EXPECT_EQ(raw.Value(QStringLiteral("PRAGMA user_version")).toInt(), 2);
     EXPECT_NE(raw.Value(QStringLiteral("PRAGMA application_id")).toInt(), 0);
     EXPECT_EQ(raw.Value(QStringLiteral("PRAGMA encoding")).toString(), QStringLiteral("UTF-8"));
     EXPECT_EQ(raw.Value(QStringLiteral("PRAGMA journal_mode")).toString(), QStringLiteral("wal"));

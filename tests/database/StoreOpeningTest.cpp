@@ -218,8 +218,8 @@ TEST_P(StoreOpening, DatabaseOfAnotherApplicationIsRefused)
 TEST_P(StoreOpening, StoreOfANewerVersionIsRefused)
 {
     MakeStore();
-    RawStore(Path()).Run(QStringLiteral("PRAGMA user_version = 2"));
-    ExpectRefusal("version 2");
+    RawStore(Path()).Run(QStringLiteral("PRAGMA user_version = 3"));
+    ExpectRefusal("version 3");
 }
 
 TEST_P(StoreOpening, StoreOfAVersionThatNeverWasIsRefused)
@@ -233,11 +233,11 @@ TEST_P(StoreOpening, NewerVersionThatStandsInALogIsRefused)
 {
     MakeStore();
     RawStore raw(Path());
-    raw.Run(QStringLiteral("PRAGMA user_version = 2"));
+    raw.Run(QStringLiteral("PRAGMA user_version = 3"));
     QByteArray const file = ReadFile(Path());
     QByteArray const log = ReadFile(Path("store.db-wal"));
     EXPECT_EQ(SqliteDatabaseFactory::Open(Path(), &error, In(GetParam())), nullptr);
-    EXPECT_TRUE(error.contains(QStringLiteral("version 2"))) << error.toStdString();
+    EXPECT_TRUE(error.contains(QStringLiteral("version 3"))) << error.toStdString();
     EXPECT_TRUE(ReadFile(Path()) == file);
     EXPECT_TRUE(ReadFile(Path("store.db-wal")) == log);
 }
@@ -247,7 +247,7 @@ TEST_P(StoreOpening, NewerVersionThatStandsInALogLeftBehindIsRefused)
     MakeStore();
     ASSERT_EQ(InChildProcess([&]() -> int {
                   RawStore raw(Path());
-                  raw.Run(QStringLiteral("PRAGMA user_version = 2"));
+                  raw.Run(QStringLiteral("PRAGMA user_version = 3"));
                   Crash();
               }),
               -SIGKILL);
@@ -255,7 +255,7 @@ TEST_P(StoreOpening, NewerVersionThatStandsInALogLeftBehindIsRefused)
     QByteArray const log = ReadFile(Path("store.db-wal"));
     ASSERT_FALSE(log.isEmpty());
     EXPECT_EQ(SqliteDatabaseFactory::Open(Path(), &error, In(GetParam())), nullptr);
-    EXPECT_TRUE(error.contains(QStringLiteral("version 2"))) << error.toStdString();
+    EXPECT_TRUE(error.contains(QStringLiteral("version 3"))) << error.toStdString();
     EXPECT_TRUE(ReadFile(Path()) == file);
     EXPECT_TRUE(ReadFile(Path("store.db-wal")) == log);
 }

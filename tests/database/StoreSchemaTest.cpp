@@ -42,7 +42,8 @@ QMap<QString, QString> ExpectedTables()
             {"BaseFileConfiguration"_q, QString::fromLatin1(FileTable)},
             {"Schedules"_q,
              "id integer, folderConfigurationId integer, startTime datetime, expireTime datetime, "
-             "syncScheduleType integer, syncInterval integer"_q}};
+             "syncScheduleType integer, syncInterval integer"_q},
+            {"FolderFileSystem"_q, "id integer, folderConfigurationId integer, fileSystem text, inode integer"_q}};
 }
 
 class StoreSchema : public StoreFixture
@@ -58,7 +59,7 @@ protected:
     }
 };
 
-TEST_F(StoreSchema, HasTheEightTablesWithTheirColumnsInOrder)
+TEST_F(StoreSchema, HasItsTablesWithTheirColumnsInOrder)
 {
     RawStore raw(StorePath());
     QMap<QString, QString> tables;

@@ -54,7 +54,8 @@ protected:
     void SetUp() override { GetParam().CopyTo(Path()); }
 
     QString Path(QString const& name = QStringLiteral("store.db")) const { return folder.filePath(name); }
-    QString BackupPath() const { return Path("store.db.version-0"_q); }
+    QString BackupName() const { return "store.db.version-%1"_q.arg(GetParam().version); }
+    QString BackupPath() const { return Path(BackupName()); }
     QStringList Files() const { return FolderContents(folder.path()).keys(); }
 
     std::shared_ptr<SqliteDatabaseFactory> Open(OpenMode mode = OpenMode::OpenExisting, int busyTimeoutMsec = 5000)
@@ -91,6 +92,9 @@ protected:
 class OlderStoreUpgrade : public StoreUpgrade
 {};
 
+class PreviewStoreUpgrade : public StoreUpgrade
+{};
+
 std::string NameOf(testing::TestParamInfo<ReleasedStore> const& store)
 {
     return store.param.Name();
@@ -98,12 +102,12 @@ std::string NameOf(testing::TestParamInfo<ReleasedStore> const& store)
 
 INSTANTIATE_TEST_SUITE_P(Of, StoreUpgrade, testing::ValuesIn(AllReleasedStores()), NameOf);
 INSTANTIATE_TEST_SUITE_P(Of, OlderStoreUpgrade, testing::ValuesIn(OlderStores()), NameOf);
+INSTANTIATE_TEST_SUITE_P(Of, PreviewStoreUpgrade, testing::ValuesIn(PreviewStores()), NameOf);
 
 TEST_P(StoreUpgrade, KeepsEveryColumnOfEveryRow)
 {
     StoreRows const before = Rows();
-    for (auto const& rows : before)
-        ASSERT_FALSE(rows.empty());
+    ASSERT_EQ(before.size(), GetParam().version < 2 ? 8 : 9) << "each table has rows";
     ASSERT_NE(Open(), nullptr) << error.toStdString();
     StoreRows const after = Rows();
     for (QString const& table : before.keys())
@@ -136,7 +140,7 @@ TEST_P(StoreUpgrade, HappensOnce)
 {
     ASSERT_NE(Open(), nullptr) << error.toStdString();
     QMap<QString, QByteArray> const first = FolderContents(folder.path());
-    EXPECT_EQ(first.size(), GetParam().version == 1 ? 1 : 2);
+    EXPECT_EQ(first.size(), GetParam().version == 2 ? 1 : 2);
     ASSERT_NE(Open(), nullptr) << error.toStdString();
     EXPECT_TRUE(FolderContents(folder.path()) == first);
 }
@@ -252,13 +256,13 @@ TEST_P(StoreUpgrade, LetsManagersReadFilesAndSchedules)
 
 TEST_P(StoreUpgrade, NewerVersionIsRefusedUnchanged)
 {
-    RawStore(Path()).Run("PRAGMA user_version = 2"_q);
+    RawStore(Path()).Run("PRAGMA user_version = 3"_q);
     for (OpenMode const mode : {OpenMode::OpenOrCreate, OpenMode::OpenExisting, OpenMode::ReadOnly})
-        ExpectRefusal("version 2", mode);
+        ExpectRefusal("version 3", mode);
     EXPECT_EQ(Files(), QStringList{"store.db"_q});
 }
 
-TEST_P(OlderStoreUpgrade, IdsOfRowsThatAreGoneAreNotGivenAgain)
+TEST_P(PreviewStoreUpgrade, IdsOfRowsThatAreGoneAreNotGivenAgain)
 {
     struct
     {
@@ -288,7 +292,7 @@ TEST_P(OlderStoreUpgrade, IdsOfRowsThatAreGoneAreNotGivenAgain)
     }
 }
 
-TEST_P(OlderStoreUpgrade, DefaultScheduleThatIsThereIsKept)
+TEST_P(PreviewStoreUpgrade, DefaultScheduleThatIsThereIsKept)
 {
     RawStore(Path()).Run("INSERT INTO Schedules (folderConfigurationId, syncInterval) VALUES (0, 77)"_q);
     StoreRows const before = Rows();
@@ -296,7 +300,7 @@ TEST_P(OlderStoreUpgrade, DefaultScheduleThatIsThereIsKept)
     EXPECT_EQ(Rows(), before);
 }
 
-TEST_P(OlderStoreUpgrade, StoreWithoutRowsGetsTheDefaultScheduleAlone)
+TEST_P(PreviewStoreUpgrade, StoreWithoutRowsGetsTheDefaultScheduleAlone)
 {
     for (QString const& table : Rows().keys())
         RawStore(Path()).Run("DELETE FROM "_q + table);
@@ -325,7 +329,7 @@ TEST_P(OlderStoreUpgrade, LeavesABackupOfWhatTheStoreWas)
     EXPECT_EQ(status.st_mode & 07777, mode_t(0600));
 
     RawStore backup(BackupPath());
-    EXPECT_EQ(VersionOf(backup), 0);
+    EXPECT_EQ(VersionOf(backup), GetParam().version);
     EXPECT_EQ(RowsOf(backup), before);
     EXPECT_EQ(backup.Value("PRAGMA journal_mode"_q).toString(),
               GetParam().journalMode == JournalMode::WriteAheadLog ? "wal"_q : "delete"_q);
@@ -343,13 +347,13 @@ TEST_P(OlderStoreUpgrade, BackupCanBeBroughtUpToDateItself)
 TEST_P(OlderStoreUpgrade, BackupReplacesNoFile)
 {
     WriteFile(BackupPath(), "the user's");
-    WriteFile(Path("store.db.version-0-2-wal"_q), "a log that would be taken for the backup's");
-    ASSERT_EQ(::symlink("nowhere", Path("store.db.version-0-3"_q).toUtf8().constData()), 0);
+    WriteFile(Path(BackupName() + "-2-wal"_q), "a log that would be taken for the backup's");
+    ASSERT_EQ(::symlink("nowhere", Path(BackupName() + "-3"_q).toUtf8().constData()), 0);
     ASSERT_NE(Open(), nullptr) << error.toStdString();
     EXPECT_EQ(ReadFile(BackupPath()), QByteArray("the user's"));
-    EXPECT_FALSE(QFileInfo::exists(Path("store.db.version-0-2"_q)));
-    RawStore backup(Path("store.db.version-0-4"_q));
-    EXPECT_EQ(VersionOf(backup), 0);
+    EXPECT_FALSE(QFileInfo::exists(Path(BackupName() + "-2"_q)));
+    RawStore backup(Path(BackupName() + "-4"_q));
+    EXPECT_EQ(VersionOf(backup), GetParam().version);
 }
 
 TEST_P(OlderStoreUpgrade, ReadingAloneIsRefusedAndSaysWhatToDo)
@@ -357,7 +361,7 @@ TEST_P(OlderStoreUpgrade, ReadingAloneIsRefusedAndSaysWhatToDo)
     ExpectRefusal("opened for writing once", OpenMode::ReadOnly);
 }
 
-TEST_P(OlderStoreUpgrade, DamagedStoreIsRefusedUnchangedAndLeavesNoBackup)
+TEST_P(PreviewStoreUpgrade, DamagedStoreIsRefusedUnchangedAndLeavesNoBackup)
 {
     struct
     {
@@ -402,7 +406,7 @@ TEST_P(OlderStoreUpgrade, StoreThatHoldsAnythingOfOthersIsRefusedUnchangedAndLea
     }
 }
 
-TEST_P(OlderStoreUpgrade, SpoiltPageIsRefusedUnchangedAndLeavesNoBackup)
+TEST_P(PreviewStoreUpgrade, SpoiltPageIsRefusedUnchangedAndLeavesNoBackup)
 {
     int const root = RawStore(Path())
                          .Value("SELECT rootpage FROM sqlite_schema WHERE name = 'GeneratedFileConfiguration'"_q)
@@ -446,9 +450,9 @@ TEST_P(OlderStoreUpgrade, LockedStoreIsRefusedAsLockedAndOpensLater)
     EXPECT_TRUE(error.contains("locked"_q)) << error.toStdString();
     EXPECT_FALSE(QFileInfo::exists(BackupPath()));
     raw.Run("COMMIT"_q);
-    EXPECT_EQ(VersionOf(raw), 0);
+    EXPECT_EQ(VersionOf(raw), GetParam().version);
     EXPECT_NE(Open(OpenMode::OpenExisting, 0), nullptr) << error.toStdString();
-    EXPECT_EQ(VersionOf(raw), 1);
+    EXPECT_EQ(VersionOf(raw), 2);
 }
 
 TEST_P(OlderStoreUpgrade, WhatAKilledProcessCommittedIsKeptAndWhatItDidNotIsGone)
@@ -484,12 +488,12 @@ TEST_P(OlderStoreUpgrade, SeveralProcessesAtOnceAllGetTheStore)
             EXPECT_EQ(program.Wait(), 0);
     }
     RawStore raw(Path());
-    EXPECT_EQ(VersionOf(raw), 1);
+    EXPECT_EQ(VersionOf(raw), 2);
     EXPECT_EQ(raw.Count("ServerConfiguration"_q), 6);
     EXPECT_EQ(raw.Value("SELECT count(DISTINCT name) FROM sqlite_schema"_q),
               raw.Value("SELECT count(*) FROM sqlite_schema"_q));
     EXPECT_TRUE(QFileInfo::exists(BackupPath()));
-    EXPECT_FALSE(QFileInfo::exists(Path("store.db.version-0-2"_q))) << "only one process took the step";
+    EXPECT_FALSE(QFileInfo::exists(Path(BackupName() + "-2"_q))) << "only one process took the steps";
 }
 
 TEST_P(OlderStoreUpgrade, SeveralThreadsAtOnceAllGetTheStore)
@@ -506,7 +510,7 @@ TEST_P(OlderStoreUpgrade, SeveralThreadsAtOnceAllGetTheStore)
         thread.join();
     EXPECT_EQ(opened, 4);
     EXPECT_EQ(RawStore(Path()).Count("ServerConfiguration"_q), 6);
-    EXPECT_FALSE(QFileInfo::exists(Path("store.db.version-0-2"_q)));
+    EXPECT_FALSE(QFileInfo::exists(Path(BackupName() + "-2"_q)));
 }
 
 /// The header of the file, which is looked at first, still has the old version then.

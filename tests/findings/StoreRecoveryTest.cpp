@@ -70,7 +70,7 @@ protected:
         return RowsOf(store);
     }
 
-    void MakeCurrentStore() const { ReleasedStore{1, JournalMode::Rollback}.CopyTo(DamagedPath()); }
+    void MakeCurrentStore() const { ReleasedStore{2, JournalMode::Rollback}.CopyTo(DamagedPath()); }
 
     /// Adds files from id 100 on.
     void AddFiles(int count, QString const& table = QStringLiteral("FileConfiguration")) const
@@ -219,7 +219,7 @@ TEST_F(StoreRecoveryTest, SpoiltHeaderWithGoodPagesLosesNothing)
 
 TEST_F(StoreRecoveryTest, RowsInALogWithoutItsIndexCount)
 {
-    ReleasedStore{1, JournalMode::WriteAheadLog}.CopyTo(DamagedPath());
+    ReleasedStore{2, JournalMode::WriteAheadLog}.CopyTo(DamagedPath());
     RawStore(DamagedPath(), RawStore::KeepLog)
         .Run(QStringLiteral("PRAGMA wal_autocheckpoint = 0; INSERT INTO ServerConfiguration (alias) VALUES ('logged');"
                             "DELETE FROM ServerConfiguration WHERE id = 1;"));
@@ -232,7 +232,7 @@ TEST_F(StoreRecoveryTest, RowsInALogWithoutItsIndexCount)
 
 TEST_F(StoreRecoveryTest, FramesBehindADamagedOneDoNotCount)
 {
-    ReleasedStore{1, JournalMode::WriteAheadLog}.CopyTo(DamagedPath());
+    ReleasedStore{2, JournalMode::WriteAheadLog}.CopyTo(DamagedPath());
     StoreRows rows;
     qint64 end = 0;
     {

@@ -31,7 +31,7 @@ TEST_P(KilledBackup, LeavesACompleteCopyOrNoneAndTheStoreUnchanged)
         QTemporaryDir const folder;
         QString const path = folder.filePath("store.db"_q);
         QString const copy = folder.filePath("copy.db"_q);
-        ReleasedStore{1, GetParam()}.CopyTo(path);
+        ReleasedStore{2, GetParam()}.CopyTo(path);
         end = InChildProcess([&] {
             FaultyFiles files;
             auto const store = SqliteDatabaseFactory::Open(path);

@@ -35,6 +35,7 @@ protected:
     {
     public:
         explicit Place(ReleasedStore const& store)
+            : version(store.version)
         {
             store.CopyTo(Path());
             // Read in a second copy, because reading may change the file.
@@ -45,14 +46,15 @@ protected:
 
         QString Path() const { return folder.filePath("store.db"_q); }
 
-        /// Expects that the store has either the old or the new version completely, and that it can be opened.
+        /// Expects that the store has the old version, the new one or one between completely, and that it can be
+        /// opened.
         void ExpectCompleteAndOpening() const
         {
             ExpectComplete();
             QString error;
             ASSERT_NE(SqliteDatabaseFactory::Open(Path(), &error), nullptr) << error.toStdString();
             RawStore raw(Path());
-            EXPECT_EQ(VersionOf(raw), 1);
+            EXPECT_EQ(VersionOf(raw), 2);
             EXPECT_EQ(RowsOf(raw), UpToDate(before));
             ExpectGoodBackups();
         }
@@ -68,7 +70,7 @@ protected:
                 QFile::copy(folder.filePath(name), look.filePath(name));
             RawStore raw(look.filePath("store.db"_q));
             EXPECT_EQ(raw.Value("PRAGMA integrity_check"_q).toString(), "ok"_q);
-            if (VersionOf(raw) == 0)
+            if (VersionOf(raw) == version)
                 EXPECT_EQ(RowsOf(raw), before);
             else
                 EXPECT_EQ(RowsOf(raw), UpToDate(before));
@@ -80,14 +82,14 @@ protected:
             EXPECT_TRUE(HasBackup());
             for (QString const& name : Backups()) {
                 RawStore raw(folder.filePath(name));
-                EXPECT_EQ(VersionOf(raw), 0) << name.toStdString();
+                EXPECT_EQ(VersionOf(raw), version) << name.toStdString();
                 EXPECT_EQ(RowsOf(raw), before) << name.toStdString();
             }
         }
 
         QStringList Backups() const
         {
-            QStringList names = QDir(folder.path()).entryList({"store.db.version-0*"_q}, QDir::Files);
+            QStringList names = QDir(folder.path()).entryList({"store.db.version-%1*"_q.arg(version)}, QDir::Files);
             for (char const* part : {".new-", "-wal", "-shm", "-journal"})
                 for (QString const& name : QStringList(names))
                     if (name.contains(QLatin1String(part)))
@@ -95,6 +97,7 @@ protected:
             return names;
         }
 
+        int const version;
         QTemporaryDir folder;
         QTemporaryDir other;
         StoreRows before;
@@ -187,7 +190,10 @@ TEST_P(UpgradeFaults, FullDiskLosesNothingAndLeavesNoExtraBackups)
                 break;
             EXPECT_TRUE(hit);
             EXPECT_TRUE(error.contains("no space"_q)) << error.toStdString();
-            EXPECT_FALSE(place.HasBackup());
+            // A commit that fails leaves the backup, and so does a later step: the store need not be what it was.
+            if (error.contains("the store has version %1, which"_q.arg(GetParam().version))) {
+                EXPECT_FALSE(place.HasBackup());
+            }
             ++refused;
         }
         place.ExpectCompleteAndOpening();

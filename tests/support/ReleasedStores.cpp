@@ -32,13 +32,21 @@ void PrintTo(ReleasedStore const& store, std::ostream* out)
 
 std::vector<ReleasedStore> AllReleasedStores()
 {
-    return {{0, JournalMode::WriteAheadLog},
-            {0, JournalMode::Rollback},
-            {1, JournalMode::WriteAheadLog},
-            {1, JournalMode::Rollback}};
+    std::vector<ReleasedStore> stores = OlderStores();
+    stores.push_back({2, JournalMode::WriteAheadLog});
+    stores.push_back({2, JournalMode::Rollback});
+    return stores;
 }
 
 std::vector<ReleasedStore> OlderStores()
+{
+    std::vector<ReleasedStore> stores = PreviewStores();
+    stores.push_back({1, JournalMode::WriteAheadLog});
+    stores.push_back({1, JournalMode::Rollback});
+    return stores;
+}
+
+std::vector<ReleasedStore> PreviewStores()
 {
     return {{0, JournalMode::WriteAheadLog}, {0, JournalMode::Rollback}};
 }
@@ -46,16 +54,13 @@ std::vector<ReleasedStore> OlderStores()
 StoreRows RowsOf(RawStore& store)
 {
     StoreRows rows;
-    for (char const* table : {"ServerConfiguration",
-                              "AuthenticationConfiguration",
-                              "ProductConfiguration",
-                              "FolderConfiguration",
-                              "FileConfiguration",
-                              "GeneratedFileConfiguration",
-                              "BaseFileConfiguration",
-                              "Schedules"})
-        rows.insert(QLatin1String(table),
-                    store.Rows(QStringLiteral("SELECT * FROM %1 ORDER BY id").arg(QLatin1String(table))));
+    for (QVector<QVariant> const& table : store.Rows(
+             QStringLiteral("SELECT name FROM sqlite_schema WHERE type = 'table' AND name NOT LIKE 'sqlite%'"))) {
+        QString const name = table.first().toString();
+        auto const rowsOfTable = store.Rows(QStringLiteral("SELECT * FROM %1 ORDER BY id").arg(name));
+        if (!rowsOfTable.empty())
+            rows.insert(name, rowsOfTable);
+    }
     return rows;
 }
 

@@ -30,8 +30,10 @@ void PrintTo(ReleasedStore const& store, std::ostream* out);
 std::vector<ReleasedStore> AllReleasedStores();
 /// Returns the stores of older versions.
 std::vector<ReleasedStore> OlderStores();
+/// Returns the stores of the previews, of version 0.
+std::vector<ReleasedStore> PreviewStores();
 
-/// The complete rows of all tables by table name, ordered by id.
+/// The complete rows of all tables by table name, ordered by id. Tables without rows are left out.
 using StoreRows = QMap<QString, std::vector<QVector<QVariant>>>;
 StoreRows RowsOf(RawStore& store);
 

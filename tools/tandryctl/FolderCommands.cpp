@@ -100,6 +100,7 @@ ExitStatus RemoveFolder(Session& session, RemoveArguments const& arguments)
     ClientTransaction transaction(session);
     session.CheckWritten(arguments.recursive ? session.folders().RemoveFolderAndChildren(folder.getId())
                                              : session.folders().Remove(folder.getId()));
+    session.CheckWritten(session.queries().RemoveOriginsOfMissingFolders());
     transaction.Commit();
     session.output().Report(QStringLiteral("removed ") + removal.text(), FolderColumns(), folder);
     return ExitStatus::Done;

@@ -65,6 +65,8 @@ ExitStatus AddRoot(Session& session, AddArguments const& arguments)
     if (arguments.account)
         root.setAuthenticationId(*arguments.account);
     session.CheckWritten(session.folders().Add(root));
+    if (auto const place = FolderPlace::Of(directory))
+        session.CheckWritten(session.queries().SetFolderOrigin(root.getId(), place->Origin()));
     transaction.Commit();
 
     session.output().Report(QStringLiteral("recorded %1; 'tandryctl scan %2' records what is in it")
@@ -97,6 +99,7 @@ ExitStatus RemoveRoot(Session& session, RemoveArguments const& arguments)
     ClientTransaction transaction(session);
     session.CheckWritten(session.files().RemoveGeneratedFileConfigurationsByRootFolderId(id));
     session.CheckWritten(session.folders().CleanRootFolder(id));
+    session.CheckWritten(session.queries().RemoveOriginsOfMissingFolders());
     transaction.Commit();
     session.output().Report(QStringLiteral("removed ") + removal.text(), FolderColumns(), root);
     return ExitStatus::Done;

@@ -6,6 +6,7 @@
 #include "Paths.h"
 #include "Progress.h"
 #include "Session.h"
+#include "StoreQueries.h"
 #include "Text.h"
 
 #include "config/FileLink.h"
@@ -79,6 +80,8 @@ ScanCounts RootScan::Run()
         return _counts;
     }
     _LoadRecords();
+    if (!_IsRecordedFolder(Label("root", _root.getId(), _rootPath), _rootPath, *_rootPlace))
+        return _counts;
     _ReadAndRecord();
     if (_options.prune && !_counts.isInterrupted)
         _Prune();
@@ -103,6 +106,79 @@ void RootScan::_LoadRecords()
             _files.insert(file.clientPath, {file.id, file.folderConfigurationId, file.size, file.lastModifiedDateTime});
     }
     _recordsBefore = _folders.size() - 1 + _files.size();
+
+    auto const origins = _session.Checked(_session.queries().FolderOrigins());
+    for (auto folder = _folders.cbegin(); folder != _folders.cend() && !origins.isEmpty(); ++folder) {
+        if (auto const origin = origins.constFind(folder->id); origin != origins.cend())
+            _origins.insert(folder.key(), *origin);
+    }
+}
+
+bool RootScan::_IsRecordedFolder(QString const& label, QString const& path, FolderPlace const& place)
+{
+    FolderOrigin const now = place.Origin();
+    auto const known = _origins.constFind(path);
+    if (known != _origins.cend() && *known == now)
+        return true;
+    QString const difference = _DifferenceFromRecord(path, now);
+    if (!difference.isEmpty() && !_options.acceptNewFolder) {
+        _ReportOtherFolder(label + QLatin1Char(' ') + difference);
+        _incomplete.push_back(path);
+        return false;
+    }
+    bool const isRemembered = path == _rootPath || place.isMountPoint();
+    _newOrigins.emplace_back(path, isRemembered ? std::make_optional(now) : std::nullopt);
+    return true;
+}
+
+QString RootScan::_DifferenceFromRecord(QString const& path, FolderOrigin const& now) const
+{
+    QString const place = Printable(now.fileSystem);
+    if (auto const known = _origins.constFind(path); known != _origins.cend())
+        return known->fileSystem == now.fileSystem
+                   ? QStringLiteral("is not the folder that was recorded, but another one on ") + place
+                   : QStringLiteral("was recorded on %1 and is now on %2").arg(Printable(known->fileSystem), place);
+    if (path != _rootPath && _origins.contains(_rootPath) && _HasRecordsBelow(path))
+        return QStringLiteral("was recorded without a mount and is now on ") + place;
+    // From a version that remembered no file systems.
+    QDir const root(_rootPath);
+    if (path == _rootPath && _recordsBefore > 0 &&
+        root.isEmpty(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot))
+        return QStringLiteral("is empty, though it has ") + Counted(_recordsBefore, "record", "records");
+    return {};
+}
+
+bool RootScan::_HasRecordsBelow(QString const& path) const
+{
+    auto const hasBelow = [&](auto const& records) {
+        return std::any_of(records.keyBegin(), records.keyEnd(), [&](QString const& record) {
+            return record != path && LiesIn(record, path, Qt::CaseSensitive);
+        });
+    };
+    return hasBelow(_folders) || hasBelow(_files);
+}
+
+void RootScan::_FindMissingMountPoints()
+{
+    for (auto origin = _origins.cbegin(); origin != _origins.cend(); ++origin) {
+        if (_folders.value(origin.key()).onDisk || _LiesInIncomplete(origin.key()))
+            continue;
+        if (_options.acceptNewFolder) {
+            _newOrigins.emplace_back(origin.key(), std::nullopt);
+            continue;
+        }
+        _ReportOtherFolder(QStringLiteral("the mount point %1 is missing, and was recorded on %2")
+                               .arg(Quoted(origin.key()), Printable(origin->fileSystem)));
+        _incomplete.push_back(origin.key());
+    }
+}
+
+void RootScan::_ReportOtherFolder(QString const& difference)
+{
+    _counts.problems.append(
+        Printable(difference) +
+        QStringLiteral("; its records are unchanged: mount its disk, or give --accept-new-folder if "
+                       "it is to be recorded as it is now"));
 }
 
 void RootScan::_ReadAndRecord()
@@ -117,8 +193,10 @@ void RootScan::_ReadAndRecord()
         if (_PlannedEntries(false) >= PortionEntries)
             _Record(false);
     }
-    if (pending.empty())
+    if (pending.empty()) {
+        _FindMissingMountPoints();
         _Record(true); // links last, when their targets are on record
+    }
     if (Interruption::IsRequested())
         _CountWhatIsLeft(pending);
 }
@@ -131,6 +209,9 @@ bool RootScan::_Enter(QString const& path)
     bool const isLeftOut = _options.oneFileSystem && !place->isOnSameFileSystem(*_rootPlace);
     if (isLeftOut)
         _incomplete.push_back(path);
+    else if ((place->isMountPoint() || _origins.contains(path)) &&
+             !_IsRecordedFolder(QStringLiteral("the folder ") + Quoted(path), path, *place))
+        return false;
     if (isLeftOut || place->isMountPoint())
         (isLeftOut ? _counts.mountsLeftOut : _counts.mounts)
             .append(QStringLiteral("%1 (%2)").arg(Quoted(path), Printable(place->MountText())));
@@ -189,7 +270,7 @@ void RootScan::_CompareFile(QString const& folder, FileOnDisk const& file)
 
 size_t RootScan::_PlannedEntries(bool withLinks) const
 {
-    return _newFolders.size() + _misplacedFolders.size() + _plannedFiles.size() +
+    return _newFolders.size() + _newOrigins.size() + _misplacedFolders.size() + _plannedFiles.size() +
            (withLinks ? _plannedLinks.size() : 0);
 }
 
@@ -214,6 +295,11 @@ void RootScan::_Record(bool withLinks)
         ClientTransaction transaction(_session);
         int left = PortionEntries;
         left -= _RecordSome(_newFolders, left, progress, [&](QString const& path) { _AddFolder(path); });
+        left -= _RecordSome(_newOrigins, left, progress, [&](auto const& folder) {
+            auto const known = _folders.constFind(folder.first);
+            if (known != _folders.cend()) // else a problem of the folder has been reported
+                _session.CheckWritten(_session.queries().SetFolderOrigin(known->id, folder.second));
+        });
         left -= _RecordSome(
             _misplacedFolders, left, progress, [&](auto const& folder) { _Reparent(folder.first, folder.second); });
         for (auto* files : {&_plannedFiles, withLinks ? &_plannedLinks : nullptr}) {
@@ -260,6 +346,13 @@ RootScan::PlannedPruning RootScan::_PlanPruning() const
 }
 
 bool RootScan::_MayBeOnDisk(QString const& path) const
+{
+    return _LiesInIncomplete(path) || std::any_of(_incomplete.begin(), _incomplete.end(), [&](auto const& directory) {
+               return LiesIn(directory, path, Qt::CaseSensitive); // a parent of records that stay
+           });
+}
+
+bool RootScan::_LiesInIncomplete(QString const& path) const
 {
     return std::any_of(_incomplete.begin(), _incomplete.end(), [&](QString const& directory) {
         return LiesIn(path, directory, Qt::CaseSensitive);
@@ -317,6 +410,7 @@ void RootScan::_RemoveRecords(PlannedPruning const& planned)
             ++_counts.foldersPruned;
             progress.Advance();
         }
+        _session.CheckWritten(_session.queries().RemoveOriginsOfMissingFolders());
         transaction.Commit();
         _counts.filesDeleted += generated.Delete(_counts.problems);
     }

@@ -8,6 +8,7 @@
 
 #include <QDateTime>
 #include <QHash>
+#include <QMap>
 #include <QString>
 #include <QStringList>
 
@@ -28,6 +29,8 @@ struct ScanOptions
     int maxPrune = 10;
     /// Leaves out the file systems that are mounted below a root.
     bool oneFileSystem = false;
+    /// Takes a folder that stands in the place of the recorded one for the recorded one from now on.
+    bool acceptNewFolder = false;
 };
 
 /// The results of a scan.
@@ -72,6 +75,9 @@ struct ScanCounts
 /// Compares the disk with the store while it reads, and writes the differences in portions, each a client transaction
 /// of its own: other programs wait for a short while only, the log stays small, and a scan that ends early has recorded
 /// what it wrote. Prunes when the whole root has been read.
+///
+/// The root and each mount point below it are held against the file system that they were recorded on. Where another
+/// folder stands in their place, usually because a disk is not mounted, nothing is read and nothing pruned.
 class RootScan
 {
 public:
@@ -108,6 +114,15 @@ private:
     };
 
     void _LoadRecords();
+    /// Returns whether the folder is the one that was recorded, or may take its place; remembers it then, and reports
+    /// it otherwise.
+    bool _IsRecordedFolder(QString const& label, QString const& path, FolderPlace const& place);
+    /// Returns what tells the folder from the recorded one; an empty text if nothing does.
+    QString _DifferenceFromRecord(QString const& path, FolderOrigin const& now) const;
+    bool _HasRecordsBelow(QString const& path) const;
+    /// Reports the mount points that are gone from the disk with their folders, or forgets them if that is accepted.
+    void _FindMissingMountPoints();
+    void _ReportOtherFolder(QString const& difference);
     void _ReadAndRecord();
     /// Compares a directory's entries, adds its sub-directories to `pending` and returns the number of its files.
     qint64 _ReadDirectory(QString const& path, std::vector<QString>& pending);
@@ -131,6 +146,7 @@ private:
     void _Prune();
     PlannedPruning _PlanPruning() const;
     bool _MayBeOnDisk(QString const& path) const;
+    bool _LiesInIncomplete(QString const& path) const;
     bool _IsPruningConfirmed(PlannedPruning const& planned, GeneratedFiles const& generated);
     void _RemoveRecords(PlannedPruning const& planned);
 
@@ -146,6 +162,10 @@ private:
 
     QHash<QString, KnownFolder> _folders;
     QHash<QString, KnownFile> _files;
+    /// The file systems of folders on record, by the folder's path.
+    QMap<QString, FolderOrigin> _origins;
+    /// Those that are to be recorded, or forgotten.
+    std::vector<std::pair<QString, std::optional<FolderOrigin>>> _newOrigins;
     /// The records below the root before the scan.
     int _recordsBefore = 0;
     /// The directories whose contents are not known.

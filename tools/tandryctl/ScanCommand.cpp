@@ -170,14 +170,20 @@ void AddScanCommand(Command& top)
             "--prune", arguments->options.prune, "Remove the records of files and folders that are gone from the disk")
         .Number("--max-prune", arguments->maxPrune, "Prune up to N percent of a root without asking; 10 by default")
         .Flag("--one-file-system", arguments->options.oneFileSystem, "Leave out what is mounted below the roots")
-        .Remark("Adds folders and files that are not on record yet, and marks files as out of sync whose size or\n"
-                "modification time has changed. Symbolic links to folders are not followed; a link to a file is\n"
-                "recorded as a file with a link. What cannot be read or recorded is listed at the end, and the exit\n"
-                "status is then 1. Entries are recorded in portions: after Ctrl-C the next scan goes on from there.\n\n"
-                "With --prune, records are removed when all of a root has been read, and none below a folder that\n"
-                "could not be read. Files that were generated from a missing file are deleted from the disk too; each\n"
-                "is named first. Asks for confirmation if there are such, or if more than a tenth of the records of a\n"
-                "root would go that has 20 or more.")
+        .Flag("--accept-new-folder",
+              arguments->options.acceptNewFolder,
+              "Record a folder that stands in the place of another one")
+        .Remark(
+            "Adds folders and files that are not on record yet, and marks files as out of sync whose size or\n"
+            "modification time has changed. Symbolic links to folders are not followed; a link to a file is\n"
+            "recorded as a file with a link. What cannot be read or recorded is listed at the end, and the exit\n"
+            "status is then 1. Entries are recorded in portions: after Ctrl-C the next scan goes on from there.\n\n"
+            "A root, and each mount point in it, remembers its file system. If another folder stands in its place,\n"
+            "usually because a disk is not mounted, its records stay as they are, with or without --prune.\n\n"
+            "With --prune, records are removed when all of a root has been read, and none below a folder that\n"
+            "could not be read. Files that were generated from a missing file are deleted from the disk too; each\n"
+            "is named first. Asks for confirmation if there are such, or if more than a tenth of the records of a\n"
+            "root would go that has 20 or more.")
         .Example("scan", "record the contents of all roots")
         .Example("scan 1 --prune", "update root 1 and remove records of missing files")
         .Run(StoreAccess::Write, [arguments](Session& session) { return Scan(session, *arguments); });

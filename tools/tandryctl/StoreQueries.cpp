@@ -51,6 +51,47 @@ int StoreQueries::AddSchedule(ScheduleEntry const& schedule)
     return query->exec() ? query->lastInsertId().toInt() : -1;
 }
 
+QHash<int, FolderOrigin> StoreQueries::FolderOrigins()
+{
+    QHash<int, FolderOrigin> origins;
+    auto const query = _store->CreateQuery();
+    static_cast<void>(
+        query->prepare(QStringLiteral("SELECT folderConfigurationId, fileSystem, inode FROM FolderFileSystem")));
+    if (query->exec()) {
+        while (query->next())
+            origins.insert(query->value(0).toInt(), {query->value(1).toString(), query->value(2).toLongLong()});
+    }
+    return origins;
+}
+
+bool StoreQueries::SetFolderOrigin(int folderId, std::optional<FolderOrigin> const& origin)
+{
+    QString const folder = QStringLiteral(":folder");
+    auto const removal = _store->CreateQuery();
+    static_cast<void>(
+        removal->prepare(QStringLiteral("DELETE FROM FolderFileSystem WHERE folderConfigurationId = :folder")));
+    removal->bindValue(folder, folderId);
+    bool const isRemoved = removal->exec();
+    if (!isRemoved || !origin)
+        return isRemoved;
+
+    auto const insertion = _store->CreateQuery();
+    static_cast<void>(insertion->prepare(QStringLiteral("INSERT INTO FolderFileSystem (folderConfigurationId, "
+                                                        "fileSystem, inode) VALUES (:folder, :fileSystem, :inode)")));
+    insertion->bindValue(folder, folderId);
+    insertion->bindValue(QStringLiteral(":fileSystem"), origin->fileSystem);
+    insertion->bindValue(QStringLiteral(":inode"), origin->inode);
+    return insertion->exec();
+}
+
+bool StoreQueries::RemoveOriginsOfMissingFolders()
+{
+    auto const query = _store->CreateQuery();
+    static_cast<void>(query->prepare(QStringLiteral(
+        "DELETE FROM FolderFileSystem WHERE folderConfigurationId NOT IN (SELECT id FROM FolderConfiguration)")));
+    return query->exec();
+}
+
 QVector<int> StoreQueries::_Integers(QString const& statement, std::optional<int> id)
 {
     QVector<int> integers;

@@ -1,5 +1,8 @@
 #pragma once
 
+#include "FolderPlace.h"
+
+#include <QHash>
 #include <QString>
 #include <QVector>
 
@@ -35,6 +38,16 @@ public:
 
     /// Adds a row with the values of the record and returns its id, or -1 if the store has failed.
     int AddSchedule(sync::config::ScheduleEntry const& schedule);
+
+    /// Returns the folders whose file system is on record, with it.
+    QHash<int, FolderOrigin> FolderOrigins();
+
+    /// Records the file system of a folder, or forgets it if there is none to record. Returns false if the store has
+    /// failed.
+    [[nodiscard]] bool SetFolderOrigin(int folderId, std::optional<FolderOrigin> const& origin);
+
+    /// Forgets the file systems of folders that are no longer on record. Returns false if the store has failed.
+    [[nodiscard]] bool RemoveOriginsOfMissingFolders();
 
 private:
     QVector<int> _Integers(QString const& statement, std::optional<int> id = {});
