@@ -26,6 +26,8 @@ class FolderCaches;
 /// clear the cache just after it was filled.
 ///
 /// Operations call one another through the virtual interface, so an override takes effect in the composite ones too.
+/// `RemoveFolderAndChildren` takes less than 200 bytes of the stack for each level of the tree, besides what an
+/// override takes: a chain of 2,000 folders fits into the 512 KiB that a thread may have.
 class TANDRY_CONFIGURATION_EXPORT FolderConfigManager : public sync::interf::IFolderConfigManager,
                                                         public DatabaseConfigurationManager
 {

@@ -14,7 +14,10 @@ namespace sync::core {
 /// Returns the time in milliseconds since the epoch. Several threads may call it at once.
 using Clock = qint64 (*)();
 
-/// Caches one value and refills it once it is older than the refresh rate.
+/// Returns a number that changes when values read before are outdated. Several threads may call it at once.
+using Epoch = quint64 (*)();
+
+/// Caches one value and refills it once it is older than the refresh rate, or was read in another epoch.
 ///
 /// The age is the distance between the clock and the last refill, in either direction. Age and rate count in whole
 /// seconds, and a value as old as the rate is still fresh: at a rate of 1000 a value lives for just under two seconds.
@@ -27,13 +30,17 @@ template <class T>
 class TimedCache
 {
 public:
-    /// Does not call `refill`. The rate is in milliseconds. `clock` is a parameter for tests.
-    explicit TimedCache(std::function<T()> refill,
-                        int refreshRateMsec = 1000,
-                        Clock clock = &QDateTime::currentMSecsSinceEpoch)
+    /// Does not call `refill`. The rate is in milliseconds. `clock` is a parameter for tests. Without `epoch` there is
+    /// only one.
+    explicit TimedCache(
+        std::function<T()> refill,
+        int refreshRateMsec = 1000,
+        Clock clock = &QDateTime::currentMSecsSinceEpoch,
+        Epoch epoch = [] { return quint64(0); })
         : _refill(std::move(refill))
         , _refreshRateMsec(refreshRateMsec)
         , _clock(clock)
+        , _epoch(epoch)
     {}
 
     virtual ~TimedCache() = default;
@@ -44,10 +51,12 @@ public:
     {
         // Read before the refill: the value is as old as the beginning of the refill that fetched it.
         qint64 const now = _clock();
-        if (!_IsFresh(now)) {
+        quint64 const epoch = _epoch();
+        if (!_IsFresh(now) || epoch != _epochOfValue) {
             QMutexLocker const lock(&_mutex);
             _value = _refill();
             _lastRefresh = now;
+            _epochOfValue = epoch;
         }
         QMutexLocker const lock(&_mutex);
         return _value;
@@ -73,11 +82,13 @@ private:
     }
 
     T _value = T();
-    QMutex _mutex; // guards the value and writes to `_lastRefresh`
+    QMutex _mutex; // guards the value and writes to `_lastRefresh` and `_epochOfValue`
     std::function<T()> _refill;
     std::atomic<qint64> _lastRefresh = Never;
+    std::atomic<quint64> _epochOfValue = 0;
     int _refreshRateMsec;
     Clock _clock;
+    Epoch _epoch;
 };
 
 } // namespace sync::core

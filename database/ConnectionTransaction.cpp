@@ -14,6 +14,12 @@ ConnectionTransaction::ConnectionTransaction(StoreFile const& file, ThreadErrors
     , _errors(errors)
 {}
 
+ConnectionTransaction::~ConnectionTransaction()
+{
+    if (isOpen()) // SQLite rolls it back when the handle is closed
+        TransactionalScope::CountRollback();
+}
+
 Failure ConnectionTransaction::BeginScope(ConnectionHandle& handle, std::shared_ptr<void> owner)
 {
     if (Failure failure = handle.Begin())
@@ -55,7 +61,7 @@ Failure ConnectionTransaction::RollBackClient()
     if (_state != State::Client && _state != State::LostClient)
         return Refuse(SQLITE_MISUSE, QStringLiteral("no transaction is open"));
     if (std::exchange(_state, State::None) == State::Client)
-        std::exchange(_handle, nullptr)->RollBack();
+        RollBack(*std::exchange(_handle, nullptr));
     return {};
 }
 
@@ -68,7 +74,7 @@ Failure ConnectionTransaction::CheckWritable() const
 
 void ConnectionTransaction::Lose(StoreError const& error, qint64 changesBefore)
 {
-    std::exchange(_handle, nullptr)->RollBack();
+    RollBack(*std::exchange(_handle, nullptr));
     if (_state == State::Client) {
         _state = State::LostClient;
         return;
@@ -114,10 +120,19 @@ void ConnectionTransaction::CommitAbandonedScope() noexcept
 Failure ConnectionTransaction::Commit(ConnectionHandle& handle)
 {
     if (Failure failure = handle.store().CheckWritable()) {
-        handle.RollBack();
+        RollBack(handle);
         return failure;
     }
-    return handle.Commit();
+    Failure failure = handle.Commit();
+    if (failure)
+        TransactionalScope::CountRollback();
+    return failure;
+}
+
+void ConnectionTransaction::RollBack(ConnectionHandle& handle) noexcept
+{
+    handle.RollBack();
+    TransactionalScope::CountRollback();
 }
 
 Failure ConnectionTransaction::Refuse(int code, QString const& words) const

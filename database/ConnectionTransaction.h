@@ -29,6 +29,7 @@ public:
     };
 
     ConnectionTransaction(StoreFile const& file, ThreadErrors& errors);
+    ~ConnectionTransaction() override;
     Q_DISABLE_COPY_MOVE(ConnectionTransaction)
 
     State state() const { return _state; }
@@ -57,6 +58,7 @@ public:
 
 private:
     Failure Commit(ConnectionHandle& handle);
+    static void RollBack(ConnectionHandle& handle) noexcept;
     Failure Refuse(int code, QString const& words) const;
 
     StoreFile const& _file;

@@ -3,11 +3,14 @@
 #include "database/ScopeParticipant.h"
 
 #include <algorithm>
+#include <atomic>
 #include <vector>
 
 namespace sync::database {
 
 namespace {
+
+std::atomic<quint64> rollbacks{0};
 
 struct ThreadScopes
 {
@@ -66,6 +69,16 @@ void TransactionalScope::Leave(ScopeParticipant& participant) noexcept
 {
     auto& participants = Scopes().participants;
     participants.erase(std::remove(participants.begin(), participants.end(), &participant), participants.end());
+}
+
+quint64 TransactionalScope::Rollbacks() noexcept
+{
+    return rollbacks.load(std::memory_order_acquire);
+}
+
+void TransactionalScope::CountRollback() noexcept
+{
+    rollbacks.fetch_add(1, std::memory_order_release);
 }
 
 } // namespace sync::database

@@ -36,6 +36,14 @@ public:
     /// Takes the participant out again; nothing happens when it isn't in.
     static void Leave(ScopeParticipant& participant) noexcept;
 
+    /// How many transactions, of all threads and stores of the process, have not become durable so far: a client rolled
+    /// them back, or a failure did. What was read before the number changed may hold rows that are not there, so who
+    /// keeps such rows compares it. Any thread may call this; it takes no lock.
+    [[nodiscard]] static quint64 Rollbacks() noexcept;
+
+    /// Counts one more. For the connections of a store, once the rows are as they were.
+    static void CountRollback() noexcept;
+
 private:
     Q_DISABLE_COPY_MOVE(TransactionalScope)
 };

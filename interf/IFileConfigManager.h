@@ -170,8 +170,8 @@ public:
     /// Commits the client transaction. See `IQSqlDatabaseWrapper::commit`.
     virtual bool commit() = 0;
 
-    /// Rolls back the client transaction. See `IQSqlDatabaseWrapper::rollback`: cached listings of folders stay as they
-    /// are, files deleted on disk stay deleted, and ids are given again.
+    /// Rolls back the client transaction. See `IQSqlDatabaseWrapper::rollback`: files deleted on disk stay deleted, and
+    /// ids are given again.
     virtual bool rollback() = 0;
 };
 

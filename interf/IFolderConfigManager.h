@@ -22,8 +22,9 @@ namespace sync::interf {
 /// no row. A write returns false if the store fails, and true if there is no such row.
 ///
 /// `GetAll` and `GetAllRootFolders` return cached listings, which are up to two seconds old. `Add` and the removals
-/// clear them. `Update`, a rollback, `CommitFailed`, other managers and other programs do not, and a listing that
-/// failed is cached like any other. The operations on paths and on non-existing roots use the cached roots.
+/// clear them, and so does a client transaction or a scope of this process that is rolled back or lost (`rollback`,
+/// `CommitFailed`). `Update`, other managers and other programs do not, and a listing that failed is cached like any
+/// other. The operations on paths and on non-existing roots use the cached roots.
 class TANDRY_INTERFACES_EXPORT IFolderConfigManager : public QObject
 {
     Q_OBJECT
@@ -94,8 +95,10 @@ public:
     /// trees of all roots. Rows of generated files and base files stay, as do schedules; nothing is deleted on disk.
     ///
     /// Stops at the first failure, and what was removed stays removed: use a client transaction for all or nothing. If
-    /// the sub-folders cannot be listed, the folder is removed without them. Recursive: parents that form a ring
-    /// overflow the stack.
+    /// the sub-folders cannot be listed, the folder is removed without them.
+    ///
+    /// Calls itself for each level. Parents that form a ring count as a failure: the walk ends where it meets a folder
+    /// again that it is removing, and no folder of the ring is removed. `Remove` of one of them breaks the ring.
     virtual bool RemoveFolderAndChildren(int folderConfigurationId) = 0;
 
     /// Returns whether a local path is a root's path or lies in a root of this account, or of any account if the id is

@@ -37,10 +37,9 @@ public:
 
     /// Rolls back the client transaction. Returns false if the thread has none.
     ///
-    /// This restores rows only: files that operations deleted stay deleted, and the cached listings of a folder manager
-    /// show the rolled-back state for up to two seconds unless the client calls `IFolderConfigManager::ClearCaches`.
-    /// The store gives the ids of rolled-back rows to later rows, so the client must discard the records that it added
-    /// in the transaction.
+    /// This restores rows, and the cached listings of folder managers are read anew. Files that operations deleted stay
+    /// deleted. The store gives the ids of rolled-back rows to later rows, so the client must discard the records that
+    /// it added in the transaction.
     virtual bool rollback() = 0;
 };
 

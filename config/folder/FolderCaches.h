@@ -9,7 +9,8 @@
 
 namespace sync::config {
 
-/// The two listings that a folder manager caches. Their locks are never held together.
+/// The two listings that a folder manager caches. Their locks are never held together. What was cached before any
+/// transaction of the process was rolled back or lost is read anew.
 class FolderCaches
 {
 public:

@@ -3,6 +3,7 @@
 #include "config/CommonConstants.h"
 #include "config/folder/FolderCaches.h"
 #include "config/folder/FolderColumns.h"
+#include "config/folder/FolderInRemoval.h"
 #include "config/folder/FolderStatements.h"
 #include "config/folder/PathRules.h"
 #include "config/store/QueryColumns.h"
@@ -23,6 +24,16 @@ namespace sql = folders_sql;
 using sync::interf::IQSqlQueryWrapper;
 
 const int FolderConfigManager::_allFoldersCacheRefreshRateMsec = 1000;
+
+namespace {
+
+Q_NEVER_INLINE bool RemoveFilesOf(sync::interf::factory::IDatabaseFactory& factory, int folderConfigurationId)
+{
+    return store::Write(
+        factory, sql::RemoveFilesByFolderId, store::Values(bind::folderConfigurationId(folderConfigurationId)));
+}
+
+} // namespace
 
 FolderConfigManager::FolderConfigManager(
     std::shared_ptr<sync::interf::factory::IDatabaseFactory> databaseFactory,
@@ -229,17 +240,18 @@ bool FolderConfigManager::Remove(int folderConfigurationId)
         });
 }
 
+/// Calls itself for each level of the tree. So its frame must stay small, and what needs more of the stack is called.
 bool FolderConfigManager::RemoveFolderAndChildren(int folderConfigurationId)
 {
+    FolderInRemoval const folder(*this, folderConfigurationId);
+    if (folder.isItsOwnAncestor())
+        return false;
     QVector<FolderConfiguration> const children = GetFolderConfigurationByParentId(folderConfigurationId);
     for (FolderConfiguration const& child : children) {
         if (!RemoveFolderAndChildren(child.id))
             return false;
     }
-    return Remove(folderConfigurationId) &&
-           store::Write(*_databaseFactory,
-                        sql::RemoveFilesByFolderId,
-                        store::Values(bind::folderConfigurationId(folderConfigurationId)));
+    return Remove(folderConfigurationId) && RemoveFilesOf(*_databaseFactory, folderConfigurationId);
 }
 
 bool FolderConfigManager::CleanRootFolder(int folderConfigurationId)

@@ -192,6 +192,54 @@ TEST_F(FolderRemoveTreeTest, FailingListingOfTheChildrenLooksLikeALeaf)
     EXPECT_THAT(store->Executions(), SizeIs(4));
 }
 
+TEST_F(FolderRemoveTreeTest, RingOfParentsEndsWhereItsFirstFolderIsMetAgain)
+{
+    // 1 holds 2 and 5, 2 holds 3, and 3 holds 1.
+    PlayFolders({{2, Folder("/r/a"_q, 1, 1)}, {5, Folder("/r/b"_q, 1, 1)}});
+    PlayFolders({{3, Folder("/r/a/x"_q, 2, 1)}});
+    PlayFolders({{1, Folder("/r"_q, 3, 1)}});
+    EXPECT_FALSE(logged.RemoveFolderAndChildren(1));
+    EXPECT_THAT(events.Take(),
+                ElementsAre("RemoveFolderAndChildren 1 @0"_q,
+                            "GetFolderConfigurationByParentId 1 @0"_q,
+                            "exec SelectByParentId @0"_q,
+                            "RemoveFolderAndChildren 2 @0"_q,
+                            "GetFolderConfigurationByParentId 2 @0"_q,
+                            "exec SelectByParentId @0"_q,
+                            "RemoveFolderAndChildren 3 @0"_q,
+                            "GetFolderConfigurationByParentId 3 @0"_q,
+                            "exec SelectByParentId @0"_q,
+                            "RemoveFolderAndChildren 1 @0"_q));
+    PlayNothing();
+    EXPECT_TRUE(logged.RemoveFolderAndChildren(1)) << "the walk has left nothing behind";
+}
+
+TEST_F(FolderRemoveTreeTest, FolderThatIsItsOwnParentStays)
+{
+    PlayFolders({{7, Folder("/r/a"_q, 7, 1)}});
+    EXPECT_FALSE(manager.RemoveFolderAndChildren(7));
+    EXPECT_THAT(store->Executions(), SizeIs(1));
+}
+
+TEST_F(FolderRemoveTreeTest, SameIdOfAnotherManagerMeanwhileIsNoRing)
+{
+    class Outer : public FolderConfigManager
+    {
+    public:
+        Outer(std::shared_ptr<RecordingStore> const& store, FolderConfigManager& inner)
+            : FolderConfigManager(store, nullptr)
+            , _inner(inner)
+        {}
+
+        bool Remove(int id) override { return _inner.RemoveFolderAndChildren(id) && FolderConfigManager::Remove(id); }
+
+    private:
+        FolderConfigManager& _inner;
+    };
+    EXPECT_TRUE(Outer(std::make_shared<RecordingStore>(), manager).RemoveFolderAndChildren(7));
+    EXPECT_THAT(store->Executions(), SizeIs(4));
+}
+
 // CleanRootFolder
 
 /// A manager's store that takes part in the scope of `CleanRootFolder` and counts how often it is told to commit.

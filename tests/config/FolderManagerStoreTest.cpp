@@ -1,7 +1,12 @@
+#include "interf/IQSqlDatabaseWrapper.h"
 #include "support/Conversation.h"
 #include "support/FakeClock.h"
+#include "support/FaultyFiles.h"
 #include "support/FolderManagerFixture.h"
+#include "support/SmallStack.h"
 #include "support/StoreFixture.h"
+
+#include <sqlite3.h>
 
 #include <QDir>
 #include <QTimeZone>
@@ -41,6 +46,7 @@ protected:
     void Reopen()
     {
         manager.reset();
+        RawStore(StorePath()).Run("DROP TRIGGER IF EXISTS refusal"_q); // with it, the store is refused
         ReopenStore();
         MakeManager();
     }
@@ -422,6 +428,41 @@ TEST_F(FolderStoreTest, RefreshOfAllRootsReadsThemFromTheStore)
     EXPECT_THAT(refresh->paths, ElementsAre("/b"_q));
 }
 
+TEST_F(FolderStoreTest, ChainOfTwoThousandFoldersIsRemovedOnASmallStack)
+{
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+    constexpr int length = 300; // frames are larger under a sanitizer
+#else
+    constexpr int length = 2'000;
+#endif
+    RawStore(StorePath())
+        .Run("WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < %1) "
+             "INSERT INTO FolderConfiguration (id, parentId, rootId) SELECT i, i - 1, 1 FROM n"_q.arg(length));
+    ASSERT_EQ(Count("FolderConfiguration"), length);
+    EXPECT_TRUE(OnSmallStack([&] {
+        auto const database = store->CreateDatabase(); // thousands of commits by themselves would take long
+        return database->transaction() && manager->RemoveFolderAndChildren(1) && database->commit();
+    }));
+    EXPECT_EQ(Count("FolderConfiguration"), 0);
+}
+
+TEST_F(FolderStoreTest, RingOfParentsIsNotRemovedUntilItIsBroken)
+{
+    FolderConfiguration const root = AddFolder("/r"_q);
+    FolderConfiguration first = AddBelow(root, "a");
+    FolderConfiguration const second = AddBelow(first, "b");
+    FolderConfiguration const third = AddBelow(second, "c");
+    first.setParentId(third.getId());
+    ASSERT_TRUE(manager->Update(first));
+
+    EXPECT_FALSE(manager->RemoveFolderAndChildren(first.getId()));
+    EXPECT_FALSE(manager->RemoveFolderAndChildren(second.getId()));
+    EXPECT_EQ(Count("FolderConfiguration"), 4);
+    EXPECT_TRUE(manager->Remove(second.getId()));
+    EXPECT_TRUE(manager->RemoveFolderAndChildren(third.getId()));
+    EXPECT_THAT(Paths(), ElementsAre("/r"_q));
+}
+
 // Counts and questions
 
 TEST_F(FolderStoreTest, CountsFollowTheRows)
@@ -493,6 +534,82 @@ TEST_F(FolderStoreTest, PathRulesSeeAnAddAtOnceAndAnUpdateOnlyLater)
     FakeClock::Move(2'000);
     EXPECT_FALSE(manager->IsInExistingClientFolder("/r/a"_q, -1, false));
     EXPECT_TRUE(manager->IsInExistingClientFolder("/moved/a"_q, -1, false));
+}
+
+// Rollbacks
+
+/// The clock stands still, so a listing that is read anew is read anew because of the rollback.
+class FolderRollback : public FolderStoreTest
+{
+protected:
+    void SetUp() override
+    {
+        FolderStoreTest::SetUp();
+        kept = AddFolder("/kept"_q);
+        AddBelow(kept, "a");
+    }
+
+    FolderConfiguration kept;
+};
+
+TEST_F(FolderRollback, OfAClientTransactionShowsInTheCachedListingsAtOnce)
+{
+    auto const database = store->CreateDatabase();
+    ASSERT_TRUE(database->transaction());
+    AddFolder("/taken back"_q);
+    EXPECT_THAT(manager->GetAllRootFolders(), SizeIs(2));
+    EXPECT_THAT(manager->GetAll(), SizeIs(3));
+    ASSERT_TRUE(database->rollback());
+    EXPECT_THAT(manager->GetAllRootFolders(), SizeIs(1));
+    EXPECT_THAT(manager->GetAll(), SizeIs(2));
+}
+
+TEST_F(FolderRollback, BringsARemovedRootBackSoThatNothingIsOrphaned)
+{
+    auto const database = store->CreateDatabase();
+    ASSERT_TRUE(database->transaction());
+    ASSERT_TRUE(manager->Remove(kept.getId()));
+    EXPECT_THAT(manager->GetFolderConfigurationsOfNonExistingRootFolders(), SizeIs(1));
+    ASSERT_TRUE(database->rollback());
+    EXPECT_THAT(manager->GetFolderConfigurationsOfNonExistingRootFolders(), IsEmpty());
+    EXPECT_TRUE(manager->IsInExistingClientFolder("/kept/a"_q, -1, false));
+}
+
+TEST_F(FolderRollback, OnAnotherThreadShowsInEveryManager)
+{
+    FolderConfigManager other(store, nullptr);
+    std::thread([&] {
+        auto const database = store->CreateDatabase();
+        ASSERT_TRUE(database->transaction());
+        AddFolder("/taken back"_q);
+        EXPECT_THAT(manager->GetAll(), SizeIs(3));
+        EXPECT_THAT(other.GetAll(), SizeIs(3));
+    }).join(); // with the transaction open: the end of the thread rolls it back
+    EXPECT_THAT(manager->GetAll(), SizeIs(2));
+    EXPECT_THAT(other.GetAll(), SizeIs(2));
+}
+
+TEST_F(FolderRollback, OfALostScopeShowsInTheCachedListingsAtOnce)
+{
+    manager.reset();
+    store.reset();
+    {
+        FaultyFiles files;
+        OpenStore();
+        MakeManager();
+        {
+            sync::database::TransactionalScope const scope;
+            AddFolder("/lost"_q);
+            EXPECT_THAT(manager->GetAll(), SizeIs(3));
+            files.Fail(1, SQLITE_IOERR, {FileOperation::Sync});
+        }
+        EXPECT_TRUE(files.Recover());
+        EXPECT_TRUE(store->LastError());
+        EXPECT_THAT(manager->GetAll(), SizeIs(2));
+        store->ClearError();
+        manager.reset();
+        store.reset();
+    }
 }
 
 // AddFolderAndParent

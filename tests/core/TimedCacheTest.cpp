@@ -237,4 +237,34 @@ TEST_F(TimedCacheTest, ThreadsNeverSeeAHalfWrittenValue)
     EXPECT_GT(filled, 1);
 }
 
+TEST_F(TimedCacheTest, ChangedEpochRefillsOnceWhateverTheAge)
+{
+    static std::atomic<quint64> epoch;
+    epoch = 7;
+    TimedCache<int> counted([this] { return ++refills; }, 1000, &FakeClock::Now, [] { return epoch.load(); });
+    EXPECT_EQ(counted.GetValue(), 1);
+    EXPECT_EQ(counted.GetValue(), 1);
+    ++epoch;
+    EXPECT_EQ(counted.GetValue(), 2);
+    EXPECT_EQ(counted.GetValue(), 2);
+}
+
+TEST_F(TimedCacheTest, ValueWhoseEpochEndsDuringItsRefillIsOutdated)
+{
+    static std::atomic<quint64> epoch;
+    epoch = 0;
+    TimedCache<int> counted(
+        [this] {
+            if (++refills == 1)
+                ++epoch;
+            return refills;
+        },
+        1000,
+        &FakeClock::Now,
+        [] { return epoch.load(); });
+    EXPECT_EQ(counted.GetValue(), 1);
+    EXPECT_EQ(counted.GetValue(), 2);
+    EXPECT_EQ(counted.GetValue(), 2);
+}
+
 } // namespace

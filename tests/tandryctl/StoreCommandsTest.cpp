@@ -1,5 +1,6 @@
 #include "ToolFixture.h"
 
+#include "support/ChildProcess.h"
 #include "support/FolderContents.h"
 #include "support/RawStore.h"
 #include "support/ReleasedStores.h"
@@ -7,6 +8,8 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+
+#include <csignal>
 
 using namespace tandryctl::test;
 using tandry::test::RawStore;
@@ -346,6 +349,29 @@ TEST_F(StoreCommandsTest, StoreWithATriggerOfOthersIsRefusedAndItsRowsCanBeRecov
     RunSuccessfully({"recover"_q, StorePath(), "--to"_q, At("new.db")});
     RunResult const recovered = RunWithoutStore({"--store"_q, At("new.db"), "list"_q, "roots"_q, "--json"_q});
     EXPECT_EQ(recovered.json().size(), 1);
+}
+
+TEST_F(StoreCommandsTest, WarningOfTheOpeningIsPrintedToStandardError)
+{
+    Init();
+    ASSERT_EQ(tandry::test::InChildProcess([&]() -> int {
+                  RawStore raw(StorePath());
+                  for (int row = 0; row < 3; ++row)
+                      raw.Run("INSERT INTO ServerConfiguration (alias) VALUES ('lost')"_q);
+                  tandry::test::Crash();
+              }),
+              -SIGKILL);
+    QString const log = StorePath() + "-wal"_q;
+    constexpr int inTheFirstPage = 1000;
+    tandry::test::Overwrite(log, inTheFirstPage, QByteArray(8, '\x5a'));
+
+    RunResult const warned = Run({"server"_q, "add"_q, "--dav-url"_q, "https://a.example"_q, "--json"_q});
+    EXPECT_EQ(warned.status, 0);
+    EXPECT_EQ(warned.json().size(), 1);
+    EXPECT_TRUE(warned.err.startsWith("tandryctl: warning: "_q + log)) << warned.err.toStdString();
+    EXPECT_TRUE(warned.err.contains("3 commits"_q)) << warned.err.toStdString();
+    EXPECT_EQ(warned.err.count(QLatin1Char('\n')), 1);
+    EXPECT_EQ(Run({"server"_q, "add"_q, "--dav-url"_q, "https://b.example"_q}).err, QString()) << "told once";
 }
 
 TEST_F(StoreCommandsTest, OlderStoreIsUpgradedByTheFirstWritingCommand)

@@ -108,6 +108,9 @@ Session::Session(SessionOptions const& options, StoreAccess access)
     else if (!_store)
         throw StoreFailure(openError);
 
+    for (QString const& warning : _store->openingWarnings())
+        PrintError(QStringLiteral("warning: ") + Printable(warning));
+
     _managers.emplace(_store);
     _queries = std::make_unique<StoreQueries>(_store);
 }

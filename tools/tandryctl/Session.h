@@ -68,6 +68,7 @@ struct SessionOptions
 class Session
 {
 public:
+    /// Opens the store, and prints what the store warns of to standard error.
     Session(SessionOptions const& options, StoreAccess access);
     ~Session();
 
