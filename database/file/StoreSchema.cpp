@@ -26,6 +26,8 @@ struct Table
     char const* name;
     /// Without `id`, which is the first column of every table.
     std::vector<Column> columns;
+    /// The first version of the schema that has the table.
+    int since = 0;
 };
 
 constexpr char const* Integer = "INTEGER";
@@ -113,7 +115,7 @@ std::vector<Table> const& Tables()
           {"syncScheduleType", Integer},
           {"syncInterval", Integer}}},
         // Of tandryctl alone: the file system that a root, or a mount point below one, was recorded on.
-        {"FolderFileSystem", {{"folderConfigurationId", Integer}, {"fileSystem", Text}, {"inode", Integer}}},
+        {"FolderFileSystem", {{"folderConfigurationId", Integer}, {"fileSystem", Text}, {"inode", Integer}}, 2},
     };
     return tables;
 }
@@ -266,6 +268,22 @@ Failure CheckColumns(sqlite3* handle, Table const& table, QString const& path)
     return code == SQLITE_ROW || code == SQLITE_DONE ? Failure() : DescribeError(handle, code, path);
 }
 
+/// An upgrade would stop half way where the version in the header is spoilt and names an older one.
+Failure RefuseNewerTable(std::vector<Object> const& objects, QString const& path, qint64 version)
+{
+    for (Table const& table : Tables()) {
+        auto const isThisTable = [&table](Object const& object) { return object.name == table.name; };
+        if (table.since > version && std::any_of(objects.begin(), objects.end(), isThisTable))
+            return MakeError(path,
+                             SQLITE_CORRUPT,
+                             QStringLiteral("the store is damaged: it has version %1, and the table %2 of version %3")
+                                 .arg(version)
+                                 .arg(QLatin1String(table.name))
+                                 .arg(table.since));
+    }
+    return {};
+}
+
 Failure RefuseAlteredObject(std::vector<Object> const& objects, QString const& path)
 {
     auto const altered = std::find_if(objects.begin(), objects.end(), [](Object const& object) {
@@ -315,11 +333,14 @@ int Create(sqlite3* handle)
     return Execute(handle, statements.constData());
 }
 
-Failure CheckForeignObjects(sqlite3* handle, QString const& path)
+Failure CheckOlder(sqlite3* handle, QString const& path, qint64 version)
 {
     std::vector<Object> objects;
-    Failure failure = ReadObjects(handle, path, objects);
-    return failure ? failure : RefuseForeignObject(objects, path);
+    if (Failure failure = ReadObjects(handle, path, objects))
+        return failure;
+    if (Failure failure = RefuseForeignObject(objects, path))
+        return failure;
+    return RefuseNewerTable(objects, path, version);
 }
 
 Failure Check(sqlite3* handle, QString const& path)

@@ -53,12 +53,13 @@ constexpr char const* Indices[] = {
 /// result code.
 [[nodiscard]] int Create(sqlite3* handle);
 
-/// Fails if the schema of a store, of this version or an older one, holds anything that neither this library nor SQLite
-/// itself creates, and names it: a view or a trigger of somebody else runs whatever they like inside our statements.
+/// Fails if the schema of a store of an older version holds a table of a later one, or anything that neither this
+/// library nor SQLite itself creates, and names it: a view or a trigger of somebody else runs whatever they like inside
+/// our statements.
 ///
 /// The library's tables and indices are recognised by type and name. That is enough for an upgrade, which copies the
 /// rows of an older store into tables that it creates anew. Reads the schema alone, so no view is run.
-[[nodiscard]] Failure CheckForeignObjects(sqlite3* handle, QString const& path);
+[[nodiscard]] Failure CheckOlder(sqlite3* handle, QString const& path, qint64 version);
 
 /// The same for a store of this version. Also checks that every table has every column, that its root page can be read,
 /// and that every table and index has the text with which this library creates it, so that no constraint, default,

@@ -79,7 +79,7 @@ Failure StoreUpgrade::RunStepInTransaction(qint64 version)
 {
     if (Failure failure = CheckLength(_store))
         return failure;
-    if (Failure failure = schema::CheckForeignObjects(_store.get(), _store.file().path()))
+    if (Failure failure = schema::CheckOlder(_store.get(), _store.file().path(), version))
         return failure;
     if (Failure failure = _store.CheckWritable())
         return CannotUpgrade(version, *failure);

@@ -406,6 +406,12 @@ TEST_P(OlderStoreUpgrade, StoreThatHoldsAnythingOfOthersIsRefusedUnchangedAndLea
     }
 }
 
+TEST_P(OlderStoreUpgrade, StoreThatHoldsATableOfALaterVersionIsRefusedUnchangedAndLeavesNoBackup)
+{
+    RawStore(Path()).Run(QStringLiteral("CREATE TABLE FolderFileSystem (id INTEGER)"));
+    ExpectRefusal("the table FolderFileSystem of version 2");
+}
+
 TEST_P(PreviewStoreUpgrade, SpoiltPageIsRefusedUnchangedAndLeavesNoBackup)
 {
     int const root = RawStore(Path())

@@ -255,6 +255,8 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size
         after[journal] = before[journal]; // SQLite rolls a journal back or discards it before it reads the file
     if (!isReadOnly && before.contains(log))
         after.remove(QStringLiteral("store.db-shm")); // SQLite creates an index for a log
+    if (!isReadOnly && after.size() > before.size() && after.contains(QStringLiteral("store.db.version-0")))
+        return 0; // an upgrade of several steps that failed at a later one: the copy is the store as it was
     for (QString const& name : before.keys() + after.keys()) {
         if (after.value(name) == before.value(name) && after.contains(name) == before.contains(name))
             continue;
