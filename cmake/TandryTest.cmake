@@ -25,7 +25,8 @@ endfunction()
 # or their suite's are what runs under the thread sanitizer.
 #
 # Presets with TANDRY_JOIN_TESTS compile several files at once, since GoogleTest's headers take longer than most files. A file
-# whose local names another one has too is listed after SEPARATE and compiled alone; the preset dev compiles each file alone.
+# whose local names another one has too is listed after SEPARATE (`.` stands for all) and compiled alone, as the preset dev
+# compiles each file.
 #
 # The time zone is one with summer time, so that a conversion where there should be none shows, and the hash seed is
 # fixed.
@@ -58,7 +59,7 @@ function(tandry_test name)
   if(NOT arg_SLOW STREQUAL ".")
     add_dependencies(quick_tests ${name})
   endif()
-  if(TANDRY_JOIN_TESTS)
+  if(TANDRY_JOIN_TESTS AND NOT arg_SEPARATE STREQUAL ".")
     set_target_properties(${name} PROPERTIES UNITY_BUILD ON UNITY_BUILD_BATCH_SIZE 6)
     set_source_files_properties(${arg_SEPARATE} PROPERTIES SKIP_UNITY_BUILD_INCLUSION ON)
     # A local variable may have the name that another file has for all of its cases.
