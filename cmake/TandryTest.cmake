@@ -15,8 +15,8 @@ function(tandry_with_threads result)
   set(${result} "${kept}" PARENT_SCOPE)
 endfunction()
 
-# tandry_test(<name> SOURCES <file>... [SEPARATE <file>...] [LIBRARIES <target>...] [ALONE <pattern>...]
-#   [SLOW <pattern>...] [TIMEOUT <seconds>])
+# tandry_test(<name> SOURCES <file>... [LIBRARIES <target>...] [ALONE <pattern>...] [SLOW <pattern>...]
+#   [TIMEOUT <seconds>])
 #
 # A test program. CTest runs each suite in one process, its cases in random order: a failed run prints the seed, and
 # GTEST_RANDOM_SEED repeats it. A case that ALONE matches, because it changes its process, has one to itself. Cases that
@@ -24,14 +24,10 @@ endfunction()
 # `Suite.Case`; `.` matches all, and then scripts/test does not build the program either. Cases with "Thread" in their name
 # or their suite's are what runs under the thread sanitizer.
 #
-# Presets with TANDRY_JOIN_TESTS compile several files at once, since GoogleTest's headers take longer than most files. A file
-# whose local names another one has too is listed after SEPARATE (`.` stands for all) and compiled alone, as the preset dev
-# compiles each file.
-#
 # The time zone is one with summer time, so that a conversion where there should be none shows, and the hash seed is
 # fixed.
 function(tandry_test name)
-  cmake_parse_arguments(PARSE_ARGV 1 arg "" "TIMEOUT" "SOURCES;SEPARATE;LIBRARIES;ALONE;SLOW")
+  cmake_parse_arguments(PARSE_ARGV 1 arg "" "TIMEOUT" "SOURCES;LIBRARIES;ALONE;SLOW")
   if(NOT arg_TIMEOUT)
     set(arg_TIMEOUT 120)
   endif()
@@ -58,12 +54,6 @@ function(tandry_test name)
   target_link_libraries(${name} PRIVATE TandryTestSupport ${arg_LIBRARIES})
   if(NOT arg_SLOW STREQUAL ".")
     add_dependencies(quick_tests ${name})
-  endif()
-  if(TANDRY_JOIN_TESTS AND NOT arg_SEPARATE STREQUAL ".")
-    set_target_properties(${name} PROPERTIES UNITY_BUILD ON UNITY_BUILD_BATCH_SIZE 6)
-    set_source_files_properties(${arg_SEPARATE} PROPERTIES SKIP_UNITY_BUILD_INCLUSION ON)
-    # A local variable may have the name that another file has for all of its cases.
-    target_compile_options(${name} PRIVATE -Wno-shadow)
   endif()
   # Optimising the cases themselves gains nothing but a longer build.
   target_compile_options(${name} PRIVATE $<$<CONFIG:Debug>:-O0>)
