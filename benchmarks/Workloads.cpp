@@ -234,9 +234,9 @@ std::vector<Case> CasesOf(SampleRecords const& records)
         }));
     cases.back().includesQtSql = rows < ManyRows;
     int const writes = WritesPerTransaction(rows);
-    cases.push_back(InTransaction(EachWrite(named("Update, in one bracket"), rows, writes, changed, update)));
+    cases.push_back(InTransaction(EachWrite(named("Update, in one transaction"), rows, writes, changed, update)));
     cases.push_back(EachWrite(named("Update, one by one durably"), rows, DurableWrites, changed, update));
-    cases.push_back(withoutAdded(InTransaction(EachWrite(named("add, in one bracket"), rows, writes, fresh, add))));
+    cases.push_back(withoutAdded(InTransaction(EachWrite(named("add, in one transaction"), rows, writes, fresh, add))));
     cases.push_back(withoutAdded(EachWrite(named("add, one by one durably"), rows, DurableWrites, fresh, add)));
     return cases;
 }
@@ -427,7 +427,7 @@ Suite TreesSuite(int passes)
     shape.subFoldersOfRoot = TreeFolders;
     shape.filesOfSubFolder = 1;
     Case tree = InTransaction(EachWrite(
-        QStringLiteral("RemoveFolderAndChildren, in one bracket"),
+        QStringLiteral("RemoveFolderAndChildren, in one transaction"),
         TreeFolders,
         1,
         [](int pass) { return 1 + pass; },
