@@ -8,11 +8,10 @@
 
 namespace sync::config {
 
-/// An account on a server: one row of the table `AuthenticationConfiguration`, and a password that no row keeps.
+/// An account on a server: one row of the table `AuthenticationConfiguration`, and a password that is never stored.
 ///
-/// A value: copies carry all members, the password too, and nothing of the QObject. Its name-value properties travel
-/// with the record between client and store and are nobody else's to read; a record that is assigned to itself loses
-/// them.
+/// A value: a copy has all members, including the password, but no state of the QObject. The name-value properties have
+/// no accessors, but a column in `RecordColumns.h`. A record must not be assigned to itself, since that empties them.
 class TANDRY_CONFIGURATION_EXPORT AuthenticationConfiguration : public QObject
 {
     Q_OBJECT
@@ -29,14 +28,14 @@ public:
     AuthenticationConfiguration& operator=(AuthenticationConfiguration const& other);
     ~AuthenticationConfiguration() override;
 
-    /// Row id, -1 for a record without a row.
+    /// The row's id; -1 for a record without a row.
     int getId() const;
     QString getDomain() const;
     QString getDomainId() const;
     QString getUserName() const;
-    /// In memory only: null on every record that comes from the store.
+    /// In memory only: null in every record that a manager returns.
     QString getPassword() const;
-    /// The server that the account belongs to; 0 until a row or `setServerId` gives one.
+    /// The id of the account's server; 0 in a new record.
     int getServerId() const;
 
     void setId(int value);

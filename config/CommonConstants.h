@@ -4,7 +4,8 @@
 
 namespace sync::config {
 
-/// Parts of file names that the client gives a meaning to. Each source file that includes them has its own copy.
+/// Parts of file names; the client defines their meaning. Each source file that includes this header has its own copy
+/// of them.
 const QString SyncTempMarker = QStringLiteral(".{SyncTemp}");
 const QString SyncBackupMarker = QStringLiteral(".{SyncBackup}");
 const QString BaseMarker = QStringLiteral("BASE");

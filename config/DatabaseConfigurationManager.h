@@ -15,8 +15,8 @@ namespace sync::config {
 
 /// The common base of all managers: the store factory, and the document of a record's open-ended properties.
 ///
-/// Copies share the factory. A manager keeps no state of a call, so several threads may call one as far as the store
-/// allows.
+/// Copies share the factory. A manager keeps no state between calls, so several threads may share one if the store
+/// allows it.
 class TANDRY_CONFIGURATION_EXPORT DatabaseConfigurationManager
 {
 public:
@@ -26,13 +26,13 @@ public:
     DatabaseConfigurationManager& operator=(DatabaseConfigurationManager const& other);
     virtual ~DatabaseConfigurationManager();
 
-    /// Returns the entries of a "NameValueXml" document; of several entries with the same name, the last one counts. A
-    /// text that is no document gives an empty map, and a text that ends early gives the entries up to there.
+    /// Returns the entries of a "NameValueXml" document; of several entries with the same name, the last one counts.
+    /// Returns an empty map if the text is no document, and the entries before the break if it ends early.
     ///
-    /// A document of another program gives an empty map as well if its elements are nested more than
-    /// 1,000 levels deep, if an element has more than 100 attributes, if its document type declarations are longer than
-    /// 1,024 characters, or if they declare entities. So time and memory are proportional to the text, and 350 KB of
-    /// stack are enough. The next update of such a record writes the empty map over the document.
+    /// Also returns an empty map for a document that exceeds a limit: 1,000 levels of nested elements, 100 attributes
+    /// of an element, or 1,024 characters of document type declarations, which must not declare entities. No document
+    /// that this library writes exceeds one. With these limits time and memory are proportional to the text, and 350 KB
+    /// of stack are enough. The next update of such a record overwrites the document with the empty map.
     virtual QMap<QString, QString> ToNameValuePropertyMap(QString text) const;
 
     /// Returns the "NameValueXml" document of a map. Keys must be XML names, and values must not contain "]]>". The

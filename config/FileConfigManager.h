@@ -37,10 +37,10 @@ public:
                       std::shared_ptr<sync::interf::IFolderConfigManager> folderConfigManager);
     ~FileConfigManager() override;
 
-    /// Removes the rows of a root's files; generated rows stay. Returns false when the store fails.
+    /// Removes the rows of a root's files; rows of generated files stay. Returns false if the store fails.
     ///
-    /// Declared ahead of the overrides: clients expect it directly behind the base's operations in the virtual table,
-    /// and some ABIs give overrides of the second base's operations places there, too.
+    /// Declared before the overrides: clients expect it directly after the base's operations in the virtual table, and
+    /// some ABIs add entries for overrides of the second base's operations there, too.
     virtual bool RemoveByRootFolderId(int rootFolderId);
 
     FileConfiguration GetFileConfigurationById(int id) override;
@@ -116,7 +116,7 @@ private:
     static QString GetXmlStringFromFileLinkArray(QList<FileLink>& links, QDateTime const& date);
     static QList<FileLink> GetFileLinkArrayFromXmlString(QString& text, QDateTime& date);
 
-    std::shared_ptr<void> _spareShare; // null for good; keeps the place of a share in the object's layout
+    std::shared_ptr<void> _spareShare; // always null; keeps the object's layout
     std::shared_ptr<sync::interf::IRefreshNativeFileViewer> _refreshNativeFileViewer;
     std::shared_ptr<sync::interf::IFolderConfigManager> _folderConfigManager;
 };

@@ -12,7 +12,7 @@
 
 namespace sync::config {
 
-/// Kind of file; each has a table of its own. Any other value is stored nowhere. Never renumber.
+/// Kind of file; each has a table of its own. There is no table for other values. Never renumber.
 enum FileConfigurationType : int
 {
     /// A file of the client's own.
@@ -22,21 +22,21 @@ enum FileConfigurationType : int
     FileConfigurationTypeBase = 2,
 };
 
-/// State of a file; the client gives the values that aren't listed a meaning. Never renumber.
+/// State of a file; the client defines the meaning of other values. Never renumber.
 enum FileSynchronizationStatus : int
 {
     FileSyncStatusSyncing = 1,
     FileSyncStatusNotSynced = 2,
-    /// Found through a link to it.
+    /// Added because another file links to it.
     FileSyncStatusLinkDiscovered = 3,
 };
 
-/// Further state, in memory only; the client gives the values a meaning.
+/// Further state, in memory only; the client defines the meaning of the values.
 enum FileSynchronizationSubStatus : int
 {
 };
 
-/// Option bits; the client gives those that aren't listed a meaning. Never renumber.
+/// Option bits; the client defines the meaning of other bits. Never renumber.
 enum FileSyncOption : int
 {
     FileSyncOptionNone = 0,
@@ -45,7 +45,7 @@ enum FileSyncOption : int
 
 /// A file known to the client: one row of the table that its `fileType` names.
 ///
-/// A plain value: copies carry all members.
+/// A value: a copy has all members.
 class TANDRY_CONFIGURATION_EXPORT FileConfiguration
 {
 public:
@@ -55,42 +55,42 @@ public:
     virtual ~FileConfiguration();
 
     FileSynchronizationStatus getSyncStatus() const;
-    /// Whether the status was set since the record was made, read or reset. Never stored.
+    /// Whether the status was set since the record was created, read from a store or reset. Never stored.
     bool getSyncStatusChanged() const;
     /// Counts as a change even if the value is the same.
     void setSyncStatus(FileSynchronizationStatus value);
     void resetSyncStatusChanged();
 
-    /// Replaces `privileges` by the words of the text, in any case, with blanks between them: view, download, update,
-    /// delete, share. Unknown words count for nothing, and a blank text leaves no rights at all.
+    /// Sets `privileges` to the rights that the words of the text name: "view", "download", "update", "delete" and
+    /// "share", in any case, separated by spaces. Ignores unknown words; a blank text removes all rights.
     void setPrivileges(QString const& text);
 
-    /// Returns the options that the user's other machines get: of all bits, only `FileSyncOptionRepathRequired`.
+    /// Returns the options that apply on all machines of the user: of all bits, only `FileSyncOptionRepathRequired`.
     FileSyncOption getSyncOptionPersistentAcrossMachines() const;
-    /// The same as words, which replace the content of the list.
+    /// Replaces the contents of the list with the same options as words.
     void getSyncOptionPersistentAcrossMachines(QStringList& words) const;
-    /// Sets the bits of the value, and clears none.
+    /// Sets the bits of the value; clears none.
     void setSyncOptionPersistentAcrossMachines(FileSyncOption value);
-    /// Sets the options that the words name, in any case, and clears none.
+    /// Sets the options that the words name, in any case; clears none.
     void setSyncOptionPersistentAcrossMachines(QStringList const& words);
 
     /// Never stored.
     FileSynchronizationSubStatus getSyncSubStatus() const;
     void setSyncSubStatus(FileSynchronizationSubStatus value);
 
-    /// Row id, -1 for a record without a row.
+    /// The row's id; -1 for a record without a row.
     int id = -1;
-    /// The folder that holds the file.
+    /// The id of the folder that contains the file.
     int folderConfigurationId = -1;
     int productConfigurationId = -1;
     QString name;
     /// Absolute, with `/` as separator.
     QString clientPath;
     QString serverPath;
-    /// In a form of the client's choice, like `checkSumMD5`.
+    /// The client chooses the form of both checksums.
     QString checkSum;
     QString checkSumMD5;
-    /// The clock reading of a time is stored, and is read as UTC.
+    /// Of all times, a store keeps the clock reading, and returns it as UTC.
     QDateTime createdDateTime;
     QDateTime lastModifiedDateTime;
     /// In bytes.
@@ -99,11 +99,11 @@ public:
     /// Keys must be XML names.
     QMap<QString, QString> nameValueProperties;
     QDateTime lastOperationTime;
-    /// The root of the tree that the file lies in.
+    /// The id of the root that contains the file.
     int rootFolderId = -1;
-    /// Bits of `FileSyncOption`, and others of the client's.
+    /// Bits of `FileSyncOption`, and bits that the client defines.
     int syncOption = FileSyncOptionNone;
-    /// For a generated file, the id of the file in `FileConfiguration` from which it was made.
+    /// For a generated file, the id of the file in the table `FileConfiguration` from which it was generated.
     int parentFileId = -1;
     QString ownerId;
     /// The user's rights: 1 view, 2 download, 4 update, 8 delete, 16 share.
@@ -112,7 +112,7 @@ public:
     QString serverFileId;
     QString serverFileVersionId;
     QList<FileLink> fileLinks;
-    /// Stored together with the links, in whole seconds and UTC.
+    /// The date of the links. Stored with them, in whole seconds and UTC.
     QDateTime fileDate;
 
 protected:

@@ -7,7 +7,7 @@
 
 namespace sync::config {
 
-/// A link from a file to another file. A plain value.
+/// A link from a file to another file. A value.
 class TANDRY_CONFIGURATION_EXPORT FileLink
 {
 public:
@@ -19,11 +19,11 @@ public:
     /// Whether the link names a file by id, by server id or by path. Only such a link is stored.
     bool IsValid() const;
 
-    /// Row of the linked file in `FileConfiguration`, -1 when not known.
+    /// The id of the linked file's row in `FileConfiguration`; -1 if it is not known.
     int fileId = -1;
-    /// Path of the linked file, absolute or from the folder of the linking file.
+    /// The path of the linked file, absolute or relative to the folder of the linking file.
     QString path;
-    /// The client's own; stored as it stands.
+    /// For the client's own use; stored unchanged.
     QString refId;
     QString serverFileId;
 };

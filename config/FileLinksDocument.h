@@ -17,9 +17,9 @@ QString WriteFileLinks(QList<FileLink> const& links, QDateTime const& date);
 /// Returns the links of such a document. The names of its elements do not matter, and an element without an id has the
 /// id 0.
 ///
-/// `date` is set to the date of the document, whose clock reading counts as UTC; an empty text leaves it unchanged. A
-/// text that is no document, or that exceeds `XmlLimits`, gives no links and an invalid date; a text that ends early
-/// gives the links up to there.
+/// Sets `date` to the date of the document, whose clock reading counts as UTC; an empty text leaves it unchanged. If
+/// the text is no document or exceeds `XmlLimits`, returns no links and an invalid date; if it ends early, returns the
+/// links before the break.
 QList<FileLink> ReadFileLinks(QString const& text, QDateTime& date);
 
 /// Reads a text in the form of `WriteFileLinks` with the same result as `ReadFileLinks`, in a fraction of the time.

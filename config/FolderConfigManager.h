@@ -21,13 +21,13 @@ class FolderCaches;
 
 /// The folders of a store. The interface documents what each operation returns on failure.
 ///
-/// Several threads may call one manager as far as the store allows. While one of them changes folders, `GetAll` and
+/// Several threads may share a manager if the store allows it. While one of them changes folders, `GetAll` and
 /// `GetAllRootFolders` of another may return nothing, and operations that use them then find no root: the change can
 /// clear the cache just after it was filled.
 ///
 /// Operations call one another through the virtual interface, so an override takes effect in the composite ones too.
-/// `RemoveFolderAndChildren` takes less than 200 bytes of the stack for each level of the tree, besides what an
-/// override takes: a chain of 2,000 folders fits into the 512 KiB that a thread may have.
+/// `RemoveFolderAndChildren` takes less than 200 bytes of stack for each level of the tree, besides the stack of an
+/// override: a chain of 2,000 folders fits into a thread's stack of 512 KiB.
 class TANDRY_CONFIGURATION_EXPORT FolderConfigManager : public sync::interf::IFolderConfigManager,
                                                         public DatabaseConfigurationManager
 {
@@ -39,7 +39,7 @@ public:
                         std::shared_ptr<sync::interf::IRefreshNativeFileViewer> refreshNativeFileViewer);
     ~FolderConfigManager() override;
 
-    // Clients call these by name: their order, and the types and parameter names as they are spelt, are the interface.
+    // Clients call these by name and by index, so their order and the spelling of types and parameter names stay.
     Q_INVOKABLE sync::config::FolderConfiguration GetFolderConfigurationById(int folderConfigurationId) override;
     Q_INVOKABLE sync::config::FolderConfiguration GetFolderConfigurationByClientPath(QString clientPath) override;
     Q_INVOKABLE sync::config::FolderConfiguration
@@ -66,7 +66,7 @@ public:
     Q_INVOKABLE void RefreshNativeFileViewer() override;
     Q_INVOKABLE void RefreshNativeFileViewer(QString& clientPath) override;
 
-    // Not to be called by name.
+    // These cannot be called by name.
     sync::config::FolderConfiguration GetFolderConfigurationByServerId(QString serverFolderId) override;
     QVector<sync::config::FolderConfiguration> GetFolderConfigurationsByAuthenticationId(int authenticationId) override;
     QVector<sync::config::FolderConfiguration> GetFolderConfigurationsOfNonExistingRootFolders() override;

@@ -17,33 +17,33 @@ enum FolderSynchronizationStatus : int
 {
     FolderStatusInitial = 1,
     FolderStatusOutOfSync = 2,
-    /// Given to each folder that `AddFolderAndParent` makes.
+    /// The status of folders that `AddFolderAndParent` adds.
     FolderStatusPlaced = 3,
 };
 
 /// The part of a root that is synchronised.
 enum SynchronizationFolderOption : int
 {
-    /// Where the option is honoured, only files directly in the root.
+    /// Only the files directly in the root, for operations that honour the option.
     FolderOptionTopFilesOnly = 1,
 };
 
-/// Kind of a folder's last operation; the client gives the values a meaning.
+/// Kind of a folder's last operation; the client defines the meaning of the values.
 enum FolderOperationType : int
 {
 };
 
-/// Kind of the drive that a folder lies on; the client gives the values a meaning.
+/// Kind of the drive that contains a folder; the client defines the meaning of the values.
 enum DriveType : int
 {
 };
 
-/// How a folder is synchronised; the client gives the values a meaning.
+/// How a folder is synchronised; the client defines the meaning of the values.
 enum FolderSyncOption : int
 {
 };
 
-/// The user's rights on a folder, a bit set.
+/// The user's rights to a folder, as a set of bits.
 enum FolderPrivileges : int
 {
     FolderPrivilegeView = 1,
@@ -55,8 +55,8 @@ enum FolderPrivileges : int
 
 /// A synchronised folder, root or sub-folder: one row of the table `FolderConfiguration`.
 ///
-/// A value: copies carry all members and nothing of the QObject. A record must not be assigned to itself, since that
-/// empties its open-ended properties.
+/// A value: a copy has all members, but no state of the QObject. A record must not be assigned to itself, since that
+/// empties its name-value properties.
 class TANDRY_CONFIGURATION_EXPORT FolderConfiguration : public QObject
 {
     Q_OBJECT
@@ -88,7 +88,7 @@ public:
     FolderConfiguration& operator=(FolderConfiguration const& other);
     ~FolderConfiguration() override;
 
-    /// Row id, -1 for a record without a row. Only the manager gives it.
+    /// The row's id; -1 for a record without a row. Only the manager sets it.
     int getId() const;
     int getAuthenticationId() const;
     int getProductConfigurationId() const;
@@ -99,30 +99,30 @@ public:
     QString getClientPath() const;
     QString getServerPath() const;
     FolderSynchronizationStatus getSyncStatus() const;
-    /// Whether the status was set since the last reset, be it to the same value. Writing a record with the flag set
-    /// tells the shell. Kept in memory only.
+    /// Whether the status was set since the record was created, read from a store or reset, even to the same value. If
+    /// so, `Add` and `Update` refresh the folder in the shell. Never stored.
     bool getSyncStatusChanged() const;
-    /// Id of the folder above; 0 marks a root, -1 a folder without a place yet.
+    /// The id of the parent folder; 0 marks a root, and -1 a folder that has no parent yet.
     int getParentId() const;
     QDateTime getLastOperationTime() const;
     /// In UTC.
     QDateTime getLastSyncTime() const;
-    /// In UTC. Kept in memory only.
+    /// In UTC. Never stored.
     QDateTime getLastServerSyncRequestTime() const;
     SynchronizationFolderOption getFolderOption() const;
     FolderOperationType getLastOperationType() const;
     DriveType getSyncDriveType() const;
-    /// Id of the tree's root; a root's own id.
+    /// The id of the root that contains the folder; of a root, its own id.
     int getRootId() const;
     FolderSyncOption getSyncOption() const;
     QString getOwnerId() const;
     FolderPrivileges getPrivileges() const;
     QString getServerRoot() const;
     QString getServerFolderId() const;
-    /// The entry "FeatureName" of the open-ended properties, a null text when there is none.
+    /// The entry "FeatureName" of the name-value properties; null if there is none.
     QString getFeatureName() const;
 
-    /// Whether the folder has the parent 0. Neither its own id nor the root's counts.
+    /// Whether the parent id is 0. The folder's own id and its root id do not matter.
     bool isRoot() const;
 
     void setAuthenticationId(int value);
@@ -135,12 +135,11 @@ public:
     void setSyncStatus(FolderSynchronizationStatus value);
     void resetSyncStatusChanged();
     void setParentId(int value);
-    /// Keeps the time as it is given; a time that isn't in UTC reads back from the store as the same clock reading in
-    /// UTC.
+    /// Does not convert the time. The store keeps the clock reading and returns it as UTC.
     void setLastOperationTime(QDateTime value);
-    /// Takes the clock reading as UTC, whatever the time's own zone.
+    /// Takes the clock reading as UTC, whatever the time zone of the value.
     void setLastSyncTime(QDateTime value);
-    /// Takes the clock reading as UTC, whatever the time's own zone.
+    /// Takes the clock reading as UTC, whatever the time zone of the value.
     void setLastServerSyncRequestTime(QDateTime value);
     void setFolderOption(SynchronizationFolderOption value);
     void setLastOperationType(FolderOperationType value);
@@ -149,8 +148,8 @@ public:
     void setSyncOption(FolderSyncOption value);
     void setOwnerId(QString value);
     void setPrivileges(FolderPrivileges value);
-    /// Takes the rights by their names, "view", "download", "update", "delete" and "share", in any case and parted by
-    /// blanks; unknown words are skipped. A blank text gives all but "share".
+    /// Sets the rights that the words of the text name: "view", "download", "update", "delete" and "share", in any
+    /// case, separated by spaces. Ignores unknown words; a blank text sets all rights except "share".
     void setPrivileges(QString const& text);
     void setServerRoot(QString value);
     void setServerFolderId(QString const& value);
@@ -198,7 +197,7 @@ Q_DECLARE_METATYPE(sync::config::DriveType)
 Q_DECLARE_METATYPE(sync::config::FolderSyncOption)
 Q_DECLARE_METATYPE(sync::config::FolderPrivileges)
 #ifdef Q_MOC_RUN
-// The properties' types as they stand there, so that reading by name registers them.
+// The types as spelled in the properties, so that reading a property by name registers them.
 Q_DECLARE_METATYPE(FolderSynchronizationStatus)
 Q_DECLARE_METATYPE(SynchronizationFolderOption)
 Q_DECLARE_METATYPE(FolderOperationType)

@@ -22,8 +22,8 @@ namespace sync::config {
 /// The six managers of one store. Each may outlive the others.
 struct TANDRY_CONFIGURATION_EXPORT Managers
 {
-    /// Keeps a share of each argument in the managers and makes no call on the store. With a null refresh object the
-    /// shell is never refreshed; the factory must not be null.
+    /// The managers keep a share of each argument. Does not access the store. If the refresh object is null, the shell
+    /// is never refreshed; the factory must not be null.
     explicit Managers(std::shared_ptr<sync::interf::factory::IDatabaseFactory> const& databaseFactory,
                       std::shared_ptr<sync::interf::IRefreshNativeFileViewer> const& refreshNativeFileViewer = nullptr);
 

@@ -4,8 +4,8 @@ class QString;
 
 namespace sync::config {
 
-/// The rights that the words of a text name, in any case, with blanks between them: 1 view, 2 download, 4 update,
-/// 8 delete, 16 share. Unknown words count for nothing.
+/// Returns the rights that the words of a text name, in any case, separated by spaces: 1 "view", 2 "download", 4
+/// "update", 8 "delete", 16 "share". Ignores unknown words.
 int PrivilegesFromWords(QString const& text);
 
 } // namespace sync::config

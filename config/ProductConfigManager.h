@@ -26,7 +26,7 @@ public:
     explicit ProductConfigManager(std::shared_ptr<sync::interf::factory::IDatabaseFactory> databaseFactory);
     ~ProductConfigManager() override;
 
-    // Clients look the parameters up by name, so their spelling stays.
+    // Clients use the names of the parameters, so their spelling stays.
     Q_INVOKABLE sync::config::ProductConfiguration GetProductConfigurationById(int id) override;
     Q_INVOKABLE sync::config::ProductConfiguration
     GetProductConfigurationByServerIdAndConsumerKey(int serverId, QString consumerKey) override;

@@ -10,8 +10,8 @@ namespace sync::config {
 
 /// A consumer product of a server: one row of the table `ProductConfiguration`.
 ///
-/// A value: copies carry all members but the name-value properties, and nothing of the QObject. A copy starts without
-/// properties, and a record that is assigned to keeps its own.
+/// A value: a copy has all members except the name-value properties, and no state of the QObject. A copy starts without
+/// properties, and an assignment leaves the properties of its target unchanged.
 class TANDRY_CONFIGURATION_EXPORT ProductConfiguration : public QObject
 {
     Q_OBJECT
@@ -27,18 +27,18 @@ public:
     ProductConfiguration& operator=(ProductConfiguration const& other);
     ~ProductConfiguration() override;
 
-    /// Row id, -1 for a record without a row. Only the manager gives it.
+    /// The row's id; -1 for a record without a row. Only the manager sets it.
     int getId() const;
     QString getName() const;
     QString getConsumerKey() const;
     QString getConsumerSecret() const;
-    /// The row id, as `getId` gives it. The server that was set shows in the store's row only.
+    /// Returns the row's id, as `getId` does. The server's id can be read as the column "serverId" (`RecordColumns.h`).
     int getServerId() const;
 
     void setName(QString value);
     void setConsumerKey(QString value);
     void setConsumerSecret(QString value);
-    /// The server that the product belongs to; 0 until set.
+    /// Sets the id of the product's server, which is 0 in a new record.
     void setServerId(int value);
 
 private:

@@ -20,36 +20,36 @@ class ServerConfiguration;
 /// The kind of value in a column: the type that `RecordColumn::Get` returns, and the types that `Set` takes.
 enum class ColumnKind
 {
-    /// A number of 32 bits, row ids among them. `Get`: `int`. `Set`: any whole number in range, or its decimal text.
+    /// A 32-bit number, such as a row id. `Get`: `int`. `Set`: any whole number in range, or its decimal text.
     Integer,
-    /// A number of 64 bits. `Get`: `qlonglong`. `Set`: as for `Integer`.
+    /// A 64-bit number. `Get`: `qlonglong`. `Set`: as for `Integer`.
     LongInteger,
-    /// A value of an enumeration, which may be none of its names. `Get` and `Set`: as for `Integer`.
+    /// A value of an enumeration, which may be one without a name. `Get` and `Set`: as for `Integer`.
     Enumeration,
-    /// A set of bits, which may hold bits without a name. `Get` and `Set`: as for `Integer`.
+    /// A set of bits, some of which may have no name. `Get` and `Set`: as for `Integer`.
     BitField,
     /// `Get`: `QString`. `Set`: a `QString`, or an invalid value for a null text.
     Text,
-    /// `Get`: `QDateTime`, invalid where there is no time. `Set`: a `QDateTime` or its ISO 8601 text, of which the
-    /// clock reading counts: the record then holds the time as it comes back from a store, which is in UTC for folders
-    /// and files and in local time for schedules. An invalid value and an empty text stand for no time.
+    /// `Get`: `QDateTime`, invalid if there is no time. `Set`: a `QDateTime` or its ISO 8601 text; an invalid value and
+    /// an empty text mean no time. Only the clock reading counts: the record gets the time as a store would return it,
+    /// in UTC for folders and files and in local time for schedules.
     Time,
-    /// Open-ended properties. `Get`: a `QVariantMap` of texts. `Set`: the same, or an invalid value for none. Keys must
+    /// Name-value properties. `Get`: a `QVariantMap` of texts. `Set`: the same, or an invalid value for none. Keys must
     /// be XML names.
     Properties,
-    /// The links of a file, and the date that travels with them. `Get`: a `QVariantMap` with "fileDate" (`QDateTime`)
-    /// and "fileLinks" (a `QVariantList` of maps with "fileId", "path", "refId" and "serverFileId"). `Set`: the same,
-    /// where what is left out takes its default, or an invalid value for neither links nor date.
+    /// The links of a file and their date. `Get`: a `QVariantMap` with "fileDate" (`QDateTime`) and "fileLinks" (a
+    /// `QVariantList` of maps with "fileId", "path", "refId" and "serverFileId"). `Set`: the same, where missing
+    /// entries get their defaults, or an invalid value for neither links nor date.
     Links,
 };
 
-/// A column of a record's table, and the way to its value in a record.
+/// A column of a record's table, with access to its value in a record.
 ///
-/// It goes to the record's own member, past accessors that answer with something else: `Get` of a product's "serverId"
-/// gives the server, and that of a server's "alias" an empty text where `getAlias` derives one. It works for records
-/// with and without a row and makes no call on a store.
+/// Accesses the record's member directly, and not through accessors that return something else: `Get` returns the
+/// server's id for a product's "serverId", and an empty text for a server's "alias" where `getAlias` derives one. Works
+/// for records with and without a row, and does not access a store.
 ///
-/// A value that any thread may use; the record belongs to whoever calls.
+/// A value that any thread may use. The record belongs to the caller.
 template <class Record>
 class RecordColumn
 {
@@ -64,7 +64,7 @@ public:
         bool isSecret = false;
     };
 
-    /// For the library, which makes the columns of each record.
+    /// For the library, which creates the columns of each record.
     RecordColumn(QString name, ColumnKind kind, Traits traits, Getter get, Setter set)
         : _name(std::move(name))
         , _kind(kind)
@@ -73,21 +73,22 @@ public:
         , _set(set)
     {}
 
-    /// The column's name as the table spells it. Stores match names in any case.
+    /// The column's name as spelled in the table. Stores ignore the case of names.
     QString const& name() const { return _name; }
     ColumnKind kind() const { return _kind; }
-    /// Whether `Set` always fails: for "id", which the store gives, and for the account's "encryptedPassword".
+    /// Whether `Set` always fails: for "id", which the store assigns, and for the account's "encryptedPassword".
     bool isReadOnly() const { return _traits.isReadOnly; }
-    /// Whether a record that a manager returns carries what the row holds. A product's properties and an account's
-    /// password are never received: `Get` then says nothing about the row.
+    /// Whether a record that a manager returns has the row's value. A product's properties and an account's password
+    /// are never received, so `Get` does not return the row's value.
     bool isReceived() const { return _traits.isReceived; }
-    /// Whether the value is a secret, not to be shown or logged.
+    /// Whether the value is a secret, which must not be shown or logged.
     bool isSecret() const { return _traits.isSecret; }
 
-    /// The record's value in the type of the column's kind; an invalid value for the account's "encryptedPassword".
+    /// Returns the record's value in the type of the column's kind; an invalid value for the account's
+    /// "encryptedPassword".
     QVariant Get(Record const& record) const { return _get(record); }
-    /// Gives the record a value. Returns false, and leaves the record as it was, when the column is read-only or the
-    /// value isn't one that its kind takes. Setting "syncStatus" counts as a change of it, as `setSyncStatus` does.
+    /// Sets the record's value. Returns false and leaves the record unchanged if the column is read-only or its kind
+    /// does not take the value. Setting "syncStatus" counts as a change of it, as with `setSyncStatus`.
     [[nodiscard]] bool Set(Record& record, QVariant const& value) const
     {
         return !_traits.isReadOnly && _set(record, value);
@@ -101,7 +102,8 @@ private:
     Setter _set;
 };
 
-/// The columns of a kind of record, in table order. Made at the first call and kept; any thread may call.
+/// Returns the columns of a kind of record, in table order. Created at the first call and kept; any thread may call
+/// this.
 template <class Record>
 QVector<RecordColumn<Record>> const& RecordColumns();
 
@@ -118,7 +120,7 @@ TANDRY_CONFIGURATION_EXPORT QVector<RecordColumn<ScheduleEntry>> const& RecordCo
 template <>
 TANDRY_CONFIGURATION_EXPORT QVector<RecordColumn<ServerConfiguration>> const& RecordColumns();
 
-/// The column of this name, in any case; null when the table has none.
+/// Returns the column with this name, ignoring case; null if the table has none.
 template <class Record>
 RecordColumn<Record> const* FindRecordColumn(QString const& name)
 {

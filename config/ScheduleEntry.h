@@ -8,14 +8,14 @@
 
 namespace sync::config {
 
-/// Kind of schedule; the client gives the values a meaning.
+/// Kind of schedule; the client defines the meaning of the values.
 enum SyncSchedule : int
 {
 };
 
 /// When and how often a folder is synchronised: one row of the table `Schedules`.
 ///
-/// A value: copies carry all members and nothing of the QObject.
+/// A value: a copy has all members, but no state of the QObject.
 class TANDRY_CONFIGURATION_EXPORT ScheduleEntry : public QObject
 {
     Q_OBJECT
@@ -32,16 +32,16 @@ public:
     ScheduleEntry& operator=(ScheduleEntry const& other);
     ~ScheduleEntry() override;
 
-    /// Row id, -1 for a record without a row. Only the manager gives it.
+    /// The row's id; -1 for a record without a row. Only the manager sets it.
     int getId() const;
-    /// The folder that the schedule belongs to; 0 marks the default schedule.
+    /// The id of the schedule's folder; 0 marks the default schedule.
     int getFolderConfigId() const;
-    /// Wall-clock time; invalid when the schedule has no start.
+    /// Wall-clock time; invalid if the schedule has no start.
     QDateTime getStartTime() const;
-    /// Wall-clock time; invalid when the schedule has no end.
+    /// Wall-clock time; invalid if the schedule has no end.
     QDateTime getExpireTime() const;
     SyncSchedule getSyncScheduleType() const;
-    /// In the client's own unit.
+    /// In a unit that the client defines.
     int getSyncInterval() const;
 
     void setFolderConfigId(int value);
@@ -69,5 +69,5 @@ private:
 
 Q_DECLARE_METATYPE(sync::config::SyncSchedule)
 #ifdef Q_MOC_RUN
-Q_DECLARE_METATYPE(SyncSchedule) // the property's type as it stands there, so that reading by name registers it
+Q_DECLARE_METATYPE(SyncSchedule) // as spelled in the property, so that reading it by name registers the type
 #endif

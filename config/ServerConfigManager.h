@@ -36,8 +36,8 @@ public:
     ServerConfiguration GetServerConfigByFolderId(long long folderId) override;
     ServerConfiguration GetServerConfigByFileId(long long fileId) override;
 
-    /// Reads the user's setting `Tandry/DefaultServerConfigurationId` of "Norvalis Sync" on each call, never writes it,
-    /// and looks for no other server when there is none with that id.
+    /// Reads the user's setting `Tandry/DefaultServerConfigurationId` of "Norvalis Sync" on each call, and never writes
+    /// it. Returns the default record if no server has that id.
     ServerConfiguration GetDefaultServerConfig() override;
 
 private:

@@ -10,8 +10,8 @@ namespace sync::config {
 
 /// A server that the client synchronises with: one row of the table `ServerConfiguration`.
 ///
-/// A value: copies carry all members and nothing of the QObject. Its name-value properties travel with the record
-/// between client and store and are nobody else's to read; a record that is assigned to itself loses them.
+/// A value: a copy has all members, but no state of the QObject. The name-value properties have no accessors, but a
+/// column in `RecordColumns.h`. A record must not be assigned to itself, since that empties them.
 class TANDRY_CONFIGURATION_EXPORT ServerConfiguration : public QObject
 {
     Q_OBJECT
@@ -27,14 +27,14 @@ public:
     ServerConfiguration& operator=(ServerConfiguration const& other);
     ~ServerConfiguration() override;
 
-    /// Row id, -1 for a record without a row.
+    /// The row's id; -1 for a record without a row.
     int getId() const;
-    /// The name to show: the alias that was set or, where that is empty, the web service URL's authority up to its
-    /// first dot, user information and port included. Empty when there is neither.
+    /// The name to show: the alias that was set or, if that is empty, the authority of the web service URL up to its
+    /// first dot, including user information and port. Empty if there is neither.
     QString getAlias() const;
     QString getDavUrl() const;
     QString getWebServiceUrl() const;
-    /// In the client's own terms.
+    /// The client defines the meaning of the text.
     QString getBinaryDiffEncoder() const;
 
     void setId(int value);

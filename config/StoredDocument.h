@@ -6,20 +6,18 @@ class QDomDocument;
 
 namespace sync::config {
 
-/// What a text was found to be.
+/// The result of loading a document.
 enum class LoadedDocument
 {
     Whole,
-    /// The document holds what stands before the first error.
+    /// The document contains the part of the text before the first error.
     BrokenOff,
     /// The document is empty.
     OverLimits,
 };
 
-/// Loads a document that a row holds, in time and memory proportional to the text's length and with two thirds of a
-/// stack of 512 KiB. A text that breaks off leaves what stands before the break.
-///
-/// A text that exceeds one of `XmlLimits` leaves the document empty.
+/// Loads a document from a row. Takes time and memory proportional to the length of the text, and at most two thirds of
+/// a stack of 512 KiB.
 LoadedDocument LoadStoredDocument(QString const& text, QDomDocument& document);
 
 } // namespace sync::config

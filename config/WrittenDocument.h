@@ -7,31 +7,32 @@ namespace sync::config {
 
 /// Reads a stored text from the front as long as it has exactly the form in which this library writes its documents.
 ///
-/// Each operation takes a piece and returns whether it was there. When a piece is not there, the text was written by
-/// something else or holds characters that XML has no place for, and Qt's document decides what it means. A text that
-/// is taken to its end reads there as the same.
+/// Each operation takes a piece of the text and returns whether it was there. If it was not, another program wrote the
+/// text, or it contains characters that XML does not allow, and the caller must read it with Qt's document. Of a text
+/// that can be read to its end here, Qt's document gives the same result.
 class WrittenDocument
 {
 public:
-    /// The text must outlive this and all names taken from it.
+    /// The text must outlive this object and all names taken from it.
     explicit WrittenDocument(QString const& text)
         : _text(text)
         , _at(reinterpret_cast<ushort const*>(text.constData()))
         , _end(_at + text.size())
     {}
 
-    /// Leaves the position where it is when the piece is not there; the other operations leave it anywhere.
+    /// Leaves the position unchanged if the piece is not there. After a failure of another operation the position is
+    /// undefined.
     [[nodiscard]] bool Take(QLatin1String piece);
     [[nodiscard]] bool Take(QStringRef const& piece);
 
-    /// A name of ASCII letters, digits and ":", "_", "-", "."; not those of other alphabets.
+    /// Takes a name of ASCII letters, digits and ":", "_", "-", ".". Fails for names with other letters.
     [[nodiscard]] bool TakeName(QStringRef& name);
 
-    /// A value and the end of its CDATA section, whose beginning was taken. The value holds characters of XML only, and
-    /// no carriage return.
+    /// Takes a value and the end of its CDATA section, whose beginning was taken before. The value must contain only
+    /// characters that XML allows, and no carriage return.
     [[nodiscard]] bool TakeSection(QString& value);
 
-    /// A value and the quote behind it, in which exactly those characters are escaped that the writer escapes.
+    /// Takes a value and the quote after it. Exactly the characters that the writer escapes must be escaped in it.
     [[nodiscard]] bool TakeAttributeValue(QString& value);
 
     [[nodiscard]] bool isAtEnd() const { return _at == _end; }

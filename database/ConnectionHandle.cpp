@@ -60,8 +60,8 @@ int ConnectionHandle::PrepareOwnStatements() noexcept
     return code;
 }
 
-/// Transactions are the connection's own business: a client's statement that ended one would make answers untrue. Nor
-/// may a statement attach other files or change settings.
+/// Only the connection begins and ends transactions: if a client's statement ended one, earlier results would become
+/// untrue. Nor may a statement attach other files or change settings.
 int ConnectionHandle::Authorize(void* handle, int action, char const*, char const* argument, char const*, char const*)
 {
     if (static_cast<ConnectionHandle*>(handle)->_runsOwnStatement)

@@ -83,7 +83,7 @@ void ConnectionTransaction::Lose(StoreError const& error, qint64 changesBefore)
     TransactionalScope::Leave(*this);
     std::shared_ptr<void> const owner = std::move(_scopeOwner);
     if (changesBefore == _changesAtBegin)
-        return; // no write was answered with true
+        return; // no write has returned true
     StoreError lost = error;
     lost.text += QStringLiteral("; what was written before it in the same scope is lost");
     _errors.RecordLostWrites(lost);

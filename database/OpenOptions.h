@@ -33,9 +33,9 @@ struct OpenOptions
     /// Applies to a new store; an existing store keeps its mode. Where a write-ahead log does not work, the store gets
     /// a rollback journal.
     JournalMode journalMode = JournalMode::WriteAheadLog;
-    /// How large a write-ahead log may become because queries go on reading an old state of the store, in bytes. From
-    /// there on `next` of such a query fails, so that it must be run again; and a write waits, as for a lock, until no
-    /// query of any thread or process reads an old state, and then empties the log. A single transaction may exceed it.
+    /// The size, in bytes, to which a write-ahead log may grow while queries read an old state of the store. At this
+    /// size `next` of such a query fails, and the query must be run again. A write waits, as for a lock, until no query
+    /// of any thread or process reads an old state, and then empties the log. A single transaction may exceed the size.
     qint64 logLimitBytes = 1024 * 1024 * 1024;
 };
 

@@ -6,17 +6,17 @@
 
 namespace sync::database {
 
-/// A connection that has written inside a scope and must make the writes durable when the outermost one ends.
+/// A connection that has written inside a scope, and must make the writes durable when the outermost scope ends.
 ///
-/// The store behind a client's own factory implements it to take part in `TransactionalScope`.
+/// A client's own store implements this class to take part in `TransactionalScope`.
 class TANDRY_DATABASE_EXPORT ScopeParticipant
 {
 public:
     ScopeParticipant();
     virtual ~ScopeParticipant();
 
-    /// Makes durable what was written since the connection joined; false when it could not. Called on the thread that
-    /// joined, which has left the scope's list by then.
+    /// Makes the writes since `TransactionalScope::Join` durable. Returns false on failure. Called on the thread that
+    /// joined, after the participant was removed from the thread's list.
     [[nodiscard]] virtual bool CommitScope() noexcept = 0;
 
 private:

@@ -19,7 +19,7 @@ SqliteConnection::SqliteConnection(std::shared_ptr<SqliteStore> store)
 SqliteConnection::~SqliteConnection()
 {
     CloseReplacedHandles();
-    // Waits for nobody while the store is open: the next connection that is closed tries again.
+    // Does not wait for locks while the store is open: the next connection that is closed tries again.
     if (_handle != nullptr && !_store->isReadOnly())
         _handle->EraseSecrets(_store->isClosed());
 }
@@ -40,7 +40,7 @@ Failure SqliteConnection::OpenFor(OpenPurpose purpose)
         return failure;
     CloseReplacedHandles();
     if (_handle != nullptr) {
-        // A file that is read as one that nobody writes is opened anew when somebody has written.
+        // A file that was opened as immutable is opened again after another program has written to it.
         if (_handle->isUsable() && _handle->store().IsUnchanged())
             return {};
         if (_handle->statements().hasLeases())
@@ -190,8 +190,8 @@ Failure SqliteConnection::Write(PreparedStatement& statement, RunResult& result)
     int code = _handle->Write(statement, result);
     bool const isWritten = code == SQLITE_OK;
     // A scope writes its pages to the log at once, so that a full disk shows here and not when the scope ends. A client
-    // transaction does not need that, since its commit has an answer. A journal does not allow it: from then on nobody
-    // could read, and a thread that fills a cached listing holds the lock that this thread needs to clear it.
+    // transaction does not need that, since its commit returns a result. A journal does not allow it: it would lock
+    // out all readers, and a thread that fills a cached listing holds the lock that this thread needs to clear it.
     if (isWritten && _transaction.state() == ConnectionTransaction::State::Scope && _handle->hasLog())
         code = _handle->FlushToLog();
     if (code == SQLITE_OK)

@@ -18,38 +18,44 @@ class SqliteStore;
 /// A store in one SQLite file.
 ///
 /// Any thread may call any operation: each thread gets a connection of its own at its first use, closed when the thread
-/// ends or the factory is destroyed. Queries, scopes and client transactions belong to the thread that made them.
-/// Operations on queries and database objects that outlive the factory fail; an open client transaction is rolled back,
-/// an open scope keeps what it wrote. A child process made by `fork` must not use the store.
+/// ends or the factory is destroyed. Queries, scopes and client transactions belong to the thread that created them.
+/// When the factory is destroyed, open client transactions are rolled back, open scopes keep their writes, and later
+/// operations on queries and database objects fail. A child process created by `fork` must not use the store.
 ///
-/// Writes, commits and new connections look whether the file, its log and the log's index (`-shm`) still stand at their
-/// names as they were, and fail if one was removed, replaced or cut. A file with several names (hard links) can only be
-/// read. Reads do not look: they go on with the old files, and if the index was cut in place, SIGBUS ends the program
-/// at the next read, or at the next write of an open transaction. What happens between the last look and the end of the
-/// commit is noticed at the next write.
+/// Writes, commits and new connections check that the file, its log and the log's index (`-shm`) are still the same,
+/// and fail if one was removed, replaced or cut. A change between the last check and the end of the commit is detected
+/// at the next write. Reads do not check: they continue to read the old files, and if the index was cut in place,
+/// SIGBUS ends the program at the next read, or at the next write of an open transaction. A file with several names
+/// (hard links) can only be read.
 class TANDRY_DATABASE_EXPORT SqliteDatabaseFactory : public StoreFactory,
                                                      public std::enable_shared_from_this<SqliteDatabaseFactory>
 {
     Q_OBJECT
 
 public:
-    /// Opens the store, or creates it as `options.mode` says. Returns null on failure; `error`, unless null, then names
-    /// the file and the reason, and the file is unchanged. The path is made absolute by `AbsolutePath`. Refused are
-    /// paths that it refuses, folders, files that are no store or belong to another application, damaged, emptied and
-    /// newer stores, and paths without the rights to them; stores with a table, view, trigger or index that neither
-    /// this library nor SQLite creates, so a client must not create any except temporary ones; a log or a journal
-    /// (`-wal`, `-shm`, `-journal`) that another user has put beside the store, or that an earlier store of the name
-    /// has left; and, for writing, stores of another user, unless the process is root's. A new store is readable and
-    /// writable by its owner only and appears whole. An opening for writing takes all rights of others on an existing
-    /// store, its log and its journal.
+    /// Opens the store, or creates it if `options.mode` says so. Returns null on failure; `error`, unless null, then
+    /// names the file and the reason, and the file is unchanged. `AbsolutePath` makes the path absolute.
+    ///
+    /// Fails for
+    /// - paths for which `AbsolutePath` fails, paths without the necessary rights, and folders;
+    /// - files that are no store or belong to another application, and damaged, emptied and newer stores;
+    /// - stores with a table, view, trigger or index that neither this library nor SQLite creates, so a client must not
+    ///   create any except temporary ones;
+    /// - stores beside which another user has put a log or a journal (`-wal`, `-shm`, `-journal`), and new stores
+    /// beside
+    ///   which an earlier store of this name has left one;
+    /// - for writing, stores of another user, unless the process is root's.
+    ///
+    /// A new store is readable and writable by its owner only and appears whole. Opening an existing store for writing
+    /// removes all rights of others to the store, its log and its journal.
     ///
     /// A store of an older version is upgraded first, each version in one transaction, and a copy of the older store
-    /// stays beside it, named after the file with ".version-" and the version appended. The store is refused if no copy
-    /// can be made, and in `OpenMode::ReadOnly`.
+    /// stays beside it, named after the file with ".version-" and the version appended. Opening it fails if no copy can
+    /// be made, and in `OpenMode::ReadOnly`.
     [[nodiscard]] static std::shared_ptr<SqliteDatabaseFactory>
     Open(QString const& path, QString* error = nullptr, OpenOptions const& options = {});
 
-    /// The same; on failure sets `error`, with code and kind, and leaves it alone otherwise.
+    /// The same. On failure sets `error`, with code and kind; otherwise leaves it unchanged.
     [[nodiscard]] static std::shared_ptr<SqliteDatabaseFactory>
     Open(QString const& path, StoreError& error, OpenOptions const& options = {});
 
@@ -63,11 +69,11 @@ public:
     /// Returns the store's journal mode, which may differ from the one in the options.
     [[nodiscard]] JournalMode journalMode() const;
 
-    /// Returns what `Open` found that does not keep the store from being used but that its user should know, in one
-    /// text each. So far this is a write-ahead log that a killed program left behind and that was spoilt since: SQLite
-    /// drops the commits behind the spoilt place without an error, though their writes were answered with true. The
-    /// text names the log and how many commits are lost. A log that was cut leaves no trace. A store that is opened for
-    /// reading only is not looked at.
+    /// Returns the warnings of `Open`, one text each: the store can be used, but its user should know of them. The only
+    /// warning so far is about a write-ahead log that a killed program left behind and that was damaged since: SQLite
+    /// drops the commits behind the damage without an error, although their writes returned true. The text names the
+    /// log and the number of lost commits. A log that was cut causes no warning, nor does a store that is opened for
+    /// reading only.
     [[nodiscard]] QStringList openingWarnings() const;
 
     /// Copies one committed state of the store into a new file, while others may write. The copy is a store of its own,
@@ -77,25 +83,27 @@ public:
     ///
     /// Returns false on failure; `error`, unless null, then names the file and the reason, and so does `LastError`. No
     /// copy exists then, except if only the flush of its folder failed: the copy is whole, but a power cut may remove
-    /// it. An existing file is never replaced. A name beside which an earlier store has left a log or a journal is
-    /// refused, and so is a name that SQLite uses for its files beside this store or another file. A thread with an
-    /// open client transaction, or with a scope that has written, is refused.
+    /// it.
+    ///
+    /// Never replaces an existing file. Fails if an earlier store of this name has left a log or a journal, if SQLite
+    /// uses the name for its files beside this store or another file, and if the calling thread has an open client
+    /// transaction or a scope that has written.
     [[nodiscard]] bool Backup(QString const& path, QString* error = nullptr);
 
-    /// Puts a backup in the place of the store at `path`, which no process may have open and which need not exist. A
+    /// Puts a backup in the place of the store at `path`, which no process may have open. There need not be a store. A
     /// backup is any store, also of an older version, that was written by `Backup` or closed in an orderly way; it
-    /// stays as it is. Returns the path under which the earlier store is kept, with the files beside it: `path` with
-    /// ".replaced" and perhaps a number appended; empty if there was none.
+    /// is not changed. Returns the path to which the earlier store was moved, together with the files beside it: `path`
+    /// with ".replaced" and, if that name is taken, a number appended. Returns an empty path if there was no store.
     ///
-    /// Returns nothing on failure, and sets `error`: the earlier store is then in its place, or, if the files beside it
-    /// could not be removed, a notice that no opening takes for a store. A process that is killed leaves the earlier
-    /// store, the notice or the new store, each whole; after a notice, restore again. Whether a process has the store
-    /// open is known for processes of this machine that use this library, and for all that use a write-ahead log.
+    /// Returns nothing on failure, and sets `error`. The earlier store is then in its place or, if the files beside it
+    /// could not be removed, a notice that every opening refuses. A process that is killed leaves the earlier store,
+    /// the notice or the new store, each whole; after a notice, restore again. The function detects that a process has
+    /// the store open if the process runs on this machine and uses this library, or if the store has a write-ahead log.
     [[nodiscard]] static std::optional<QString> Restore(QString const& backup, QString const& path, StoreError& error);
 
     /// Reads the whole store and returns what is damaged in it, one text for each fault. Returns nothing if the store
     /// could not be read to its end; `error`, unless null, then names the file and the reason, and so does `LastError`.
-    /// A thread with an open client transaction, or with a scope that has written, is refused.
+    /// Fails if the calling thread has an open client transaction or a scope that has written.
     [[nodiscard]] std::optional<QStringList> FindDamage(QString* error = nullptr);
 
     [[nodiscard]] std::optional<StoreError> LastError() const override;

@@ -34,7 +34,7 @@ private:
     enum class Position
     {
         AtEnd,
-        /// `exec` has fetched the first row already, so that a failure shows there; `next` hands it out.
+        /// `exec` has already fetched the first row, so that it can report a failure; `next` moves to that row.
         BeforeFirst,
         OnRow,
     };
@@ -46,7 +46,7 @@ private:
     Position _position = Position::AtEnd;
     RunResult _result;
     Failure _prepareFailure;
-    /// By placeholder: binding it again, better, mends it.
+    /// By placeholder. Binding an acceptable value removes the failure.
     std::vector<std::pair<QString, StoreError>> _bindFailures;
     QString _lastError;
 };

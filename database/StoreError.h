@@ -5,12 +5,12 @@
 
 namespace sync::database {
 
-/// What kind of failure an error is; the same for every store, whatever its database.
+/// The kind of a failure. The kinds do not depend on the database behind the store.
 enum class StoreErrorKind
 {
     /// Another thread or process holds a lock. Trying again later may succeed.
     Locked,
-    /// The disk is full, or a quota used up.
+    /// The disk is full, or a quota is used up.
     Full,
     /// The store cannot be written, was opened for reading only, or its file has several names (hard links).
     ReadOnly,
@@ -20,9 +20,9 @@ enum class StoreErrorKind
     Moved,
     /// The store does not accept the statement, the value or the operation at this point. Trying again fails again.
     Refused,
-    /// A commit failed, and the disk failed again when the store looked what became of it: a crash may still bring the
-    /// transaction back or take it away. This is settled as soon as a later write has succeeded. Then read the rows,
-    /// and write again only what is missing.
+    /// A commit failed, and the disk failed again while the store determined its outcome: after a crash the transaction
+    /// may be there or not. The next write that succeeds settles the outcome. Then read the rows, and write again only
+    /// what is missing.
     OutcomeUnknown,
     /// The connection to a database server was lost.
     ConnectionLost,
@@ -32,18 +32,18 @@ enum class StoreErrorKind
     OlderVersion,
     /// The store was written by a newer program.
     NewerVersion,
-    /// A program has left the store without closing it, and it was opened for reading only. Opening it for writing once
-    /// closes it.
+    /// A program ended without closing the store, which was opened for reading only. Opening it for writing once
+    /// settles this.
     NotClosed,
 };
 
-/// Why a store could not carry out an operation.
+/// The reason why an operation of a store failed.
 struct StoreError
 {
-    /// The database's own code: with `SqliteDatabaseFactory` SQLite's extended result code, also where the store itself
+    /// The database's own code. With `SqliteDatabaseFactory`, SQLite's extended result code, even if the store itself
     /// refused the operation.
     int code = 0;
-    /// What happened, in plain words and with the file's name; never a bound value.
+    /// The failure in plain words, with the file's name; never contains a bound value.
     QString text;
     /// The statement that failed, with its placeholders; null if no statement was running.
     QString statement;

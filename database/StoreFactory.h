@@ -8,9 +8,9 @@
 
 namespace sync::database {
 
-/// A factory whose store tells why an operation failed, whatever its database.
+/// A factory whose store keeps the reasons of failures, whatever its database.
 ///
-/// The managers answer a failure like a miss. A client that has to tell one from the other asks the factory, on the
+/// The managers return the same for a failure as for a miss. To distinguish them, a client asks the factory on the
 /// thread that called the manager:
 ///
 ///     factory->ClearError();
@@ -26,18 +26,18 @@ public:
 
     /// Returns the calling thread's first error since it last called `ClearError`, or nothing if there was none.
     [[nodiscard]] virtual std::optional<StoreError> LastError() const = 0;
-    /// Forgets the calling thread's error.
+    /// Clears the calling thread's error.
     virtual void ClearError() = 0;
 
 Q_SIGNALS:
-    /// Emitted when writes that were answered with true are lost: the commit at the end of their scope failed, or a
-    /// fault rolled the transaction back before. If the error's kind is `OutcomeUnknown`, they may be lost. Emitted on
-    /// the scope's thread.
+    /// Emitted when writes that returned true are lost: the commit at the end of their scope failed, or a fault rolled
+    /// the transaction back before. If the error's kind is `OutcomeUnknown`, they may be lost. Emitted on the scope's
+    /// thread.
     ///
-    /// A slot may use the store. If it writes and that is lost too, one further signal reports this once all slots have
-    /// returned; what is lost during that signal is not reported by a third one. In a slot,
-    /// `TransactionalScope::commit` and `LastError` tell at once. An exception that leaves a slot is caught and logged;
-    /// the slots that were connected after it are not called then.
+    /// A slot may use the store. If its writes are lost too, one further signal reports this once all slots have
+    /// returned; losses during that signal are not reported by a third one. In a slot, `TransactionalScope::commit` and
+    /// `LastError` report a loss at once. An exception that leaves a slot is caught and logged; the slots that were
+    /// connected after it are then not called.
     void CommitFailed(sync::database::StoreError const& error);
 };
 

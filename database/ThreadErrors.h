@@ -16,10 +16,10 @@ public:
     explicit ThreadErrors(SqliteStore const& store);
 
     void Record(StoreError const& error);
-    /// The same for writes that were answered with true and are lost; also emits the factory's `CommitFailed`.
+    /// The same for writes that returned true and are lost; also emits the factory's `CommitFailed`.
     ///
-    /// If slots of the signal write and lose that too, one more signal reports it when they have returned. Losses
-    /// during that signal are only recorded: on a disk that keeps failing there would be no end.
+    /// If slots of the signal write and their writes are lost too, one more signal reports this after they have
+    /// returned. Losses during that signal are only recorded: on a disk that keeps failing there would be no end.
     void RecordLostWrites(StoreError const& error);
 
     std::optional<StoreError> const& first() const { return _first; }

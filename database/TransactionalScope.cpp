@@ -47,7 +47,7 @@ TransactionalScope::~TransactionalScope()
 {
     // The scope is over before its store commits: what hears of a failure and writes has a scope of its own.
     if (--Scopes().depth == 0)
-        static_cast<void>(CommitParticipants()); // a destructor can't answer: the store tells of a failure by itself
+        static_cast<void>(CommitParticipants()); // a destructor returns nothing; the store reports a failure
 }
 
 bool TransactionalScope::commit()

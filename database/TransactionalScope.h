@@ -10,38 +10,38 @@ class ScopeParticipant;
 
 /// Groups the writes of an operation, and of the operations that it calls, into one durable unit.
 ///
-/// A scope belongs to the thread that made it and finds the store by itself: the first statement that writes inside it
-/// begins a transaction, and the end of the outermost scope makes durable what was written. Unlike most guards of its
-/// kind it never rolls back: ending it without `commit` keeps the writes, and a failed statement undoes nothing that
-/// went before it. Scopes nest; the end of an inner one ends nothing. Inside a client transaction every scope is an
-/// inner one. Queries made inside a scope are to be released before it ends.
+/// A scope belongs to the thread that created it and needs no reference to a store: the first statement that writes
+/// inside it begins a transaction, and the end of the outermost scope makes the writes durable. Unlike most guards of
+/// its kind, a scope never rolls back: ending it without `commit` keeps the writes, and a failed statement undoes no
+/// earlier writes. Scopes nest, and the end of an inner scope has no effect. Inside a client transaction every scope is
+/// an inner one. Release queries that were created inside a scope before it ends.
 class TANDRY_DATABASE_EXPORT TransactionalScope
 {
 public:
     TransactionalScope();
     virtual ~TransactionalScope();
 
-    /// In the outermost scope makes durable what was written so far, and what follows begins anew; false when a store
-    /// could not, and then what was written is gone, unless the store reports that the outcome is not known. In an
-    /// inner scope true, and nothing ends.
+    /// In the outermost scope, makes the writes so far durable; later writes begin a new transaction. Returns false if
+    /// a store fails; its writes are then gone, unless the store reports that the outcome is unknown. In an inner
+    /// scope, does nothing and returns true.
     bool commit();
 
-    /// How many scopes the calling thread has open.
+    /// Returns the number of scopes that the calling thread has open.
     [[nodiscard]] static int Depth() noexcept;
 
-    /// Has the participant told when the calling thread's outermost scope commits or ends, once for each call. For the
-    /// connections of a store, from inside a scope; the participant must `Leave` before it goes.
+    /// Adds a participant, whose `CommitScope` is called once when the calling thread's outermost scope commits or
+    /// ends. For the connections of a store, inside a scope. The participant must call `Leave` before it is destroyed.
     static void Join(ScopeParticipant& participant);
 
-    /// Takes the participant out again; nothing happens when it isn't in.
+    /// Removes the participant; does nothing if it has not joined.
     static void Leave(ScopeParticipant& participant) noexcept;
 
-    /// How many transactions, of all threads and stores of the process, have not become durable so far: a client rolled
-    /// them back, or a failure did. What was read before the number changed may hold rows that are not there, so who
-    /// keeps such rows compares it. Any thread may call this; it takes no lock.
+    /// Returns the number of transactions, of all threads and stores of the process, that were rolled back by a client
+    /// or by a failure. Rows that were read before the number changed may not be in the store, so a cache of rows
+    /// compares it. Any thread may call this; it takes no lock.
     [[nodiscard]] static quint64 Rollbacks() noexcept;
 
-    /// Counts one more. For the connections of a store, once the rows are as they were.
+    /// Increments that number. For the connections of a store, after the rows were rolled back.
     static void CountRollback() noexcept;
 
 private:

@@ -1,4 +1,4 @@
-# What the scripts share. They source it, and find themselves in the project's folder afterwards.
+# Shared by the scripts, which source this file. It changes the working directory to the project's folder.
 # shellcheck shell=bash
 
 set -euo pipefail

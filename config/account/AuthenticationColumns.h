@@ -7,7 +7,7 @@
 
 namespace sync::config {
 
-/// The columns of `AuthenticationConfiguration`. No password goes into the store or comes out of it.
+/// The columns of `AuthenticationConfiguration`. The store gets no password and returns none.
 template <>
 struct TableColumns<AuthenticationConfiguration>
 {

@@ -2,8 +2,8 @@
 
 #include <QString>
 
-/// The statements on `AuthenticationConfiguration`, to the blank. `encryptedPassword` stays in all of them and is only
-/// ever bound as NULL.
+/// The statements on `AuthenticationConfiguration`; even their spaces are fixed. `encryptedPassword` stays in all of
+/// them and is always bound as NULL.
 namespace sync::config::authentication_sql {
 
 const QString Select =

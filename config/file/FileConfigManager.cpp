@@ -231,7 +231,7 @@ bool FileConfigManager::Add(FileConfiguration& file)
         return false;
 
     // The look-up of a duplicate uses the table of the client's own files for every type. So a generated or base file
-    // may end up updating the id of another table's row: clients rely on the answer, and the row mostly isn't there.
+    // may update the row of another table that has this id: clients rely on the result, and there is rarely such a row.
     for (FileConfiguration const& known : GetAllFileConfigurationsByClientPath(file.clientPath)) {
         if (known.folderConfigurationId != file.folderConfigurationId)
             continue;
@@ -290,7 +290,7 @@ bool FileConfigManager::RemoveGeneratedFileConfigurationsByRootFolderId(int root
 bool FileConfigManager::RemoveGeneratedFileConfigurationsByRootFolderIdAndSyncStatus(
     int rootFolderId, FileSynchronizationStatus syncStatus)
 {
-    // Removes what was generated from the matching files, not the files themselves, and has no good answer to give.
+    // Removes the files generated from the matching files, but not the files themselves, and always returns false.
     for (FileConfiguration const& file :
          GetGeneratedFileConfigurationsByRootFolderId(rootFolderId, sync::interf::FileConfigOrderById)) {
         if (file.getSyncStatus() == syncStatus)
@@ -422,7 +422,7 @@ void FileConfigManager::_AddLinkedFile(FileConfiguration& target,
 
 void FileConfigManager::_RefreshNativeFileViewer(FileConfiguration& file)
 {
-    // The shell redraws folders, so it is told of the one that holds the file.
+    // The shell redraws folders, so this refreshes the folder of the file.
     if (_refreshNativeFileViewer)
         _refreshNativeFileViewer->Refresh(QFileInfo(file.clientPath).absolutePath());
 }

@@ -6,8 +6,8 @@
 
 #include <array>
 
-/// The statements on the three tables of files, to the blank. A listing that is sorted by the caller's wish ends in a
-/// blank, and the ORDER BY clause follows.
+/// The statements on the three tables of files; even their spaces are fixed. A listing whose order the caller chooses
+/// ends in a space, after which comes the ORDER BY clause.
 namespace sync::config::file_sql {
 
 const QString Select =

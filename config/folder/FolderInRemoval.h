@@ -8,8 +8,8 @@ class FolderConfigManager;
 
 /// A folder whose tree a call of `RemoveFolderAndChildren` is removing.
 ///
-/// The object lies in the frame of that call. Those of a thread form a list, from the innermost call outwards, by which
-/// a call finds that an outer one is at the same folder already; the manager itself keeps nothing between its calls.
+/// The call keeps the object on the stack. The objects of a thread form a list, from the innermost call outwards. With
+/// it a call finds out whether an outer call is already removing the same folder. The manager keeps no state.
 class FolderInRemoval
 {
 public:

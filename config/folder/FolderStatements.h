@@ -2,8 +2,8 @@
 
 #include <QString>
 
-/// The statements on `FolderConfiguration`, and those on `FileConfiguration` that remove a folder's files, to the
-/// blank.
+/// The statements on `FolderConfiguration`, and those on `FileConfiguration` that remove a folder's files; even their
+/// spaces are fixed.
 namespace sync::config::folders_sql {
 
 const QString Select =
@@ -20,7 +20,7 @@ const QString GetByClientPathAndAuthenticationId =
     Select + QStringLiteral(" WHERE clientPath = :clientPath AND authenticationId = :authenticationId");
 const QString GetByAuthenticationId = Select + QStringLiteral(" WHERE authenticationId = :authenticationId");
 const QString GetByRootId = Select + QStringLiteral(" WHERE rootId = :rootId");
-/// %1 takes the ids, parted by commas.
+/// %1 is replaced by the ids, separated by commas.
 const QString GetOfNonExistingRoots = Select + QStringLiteral(" WHERE rootId NOT IN (%1)");
 const QString GetAll = Select;
 const QString GetAllRoots = Select + QStringLiteral(" WHERE parentId = '0'");

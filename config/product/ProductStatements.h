@@ -2,7 +2,7 @@
 
 #include <QString>
 
-/// The statements on `ProductConfiguration`, to the blank.
+/// The statements on `ProductConfiguration`; even their spaces are fixed.
 namespace sync::config::product_sql {
 
 const QString Select = QStringLiteral("SELECT id, name, consumerKey, consumerSecret, serverId, nameValueProperties");

@@ -2,7 +2,7 @@
 
 #include <QString>
 
-/// The statements on `Schedules`, to the blank.
+/// The statements on `Schedules`; even their spaces are fixed.
 namespace sync::config::schedules_sql {
 
 const QString Select =

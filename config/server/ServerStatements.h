@@ -2,7 +2,7 @@
 
 #include <QString>
 
-/// The statements on `ServerConfiguration`, to the blank.
+/// The statements on `ServerConfiguration`; even their spaces are fixed.
 namespace sync::config::server_sql {
 
 const QString Select = QStringLiteral("SELECT id, alias, davUrl, webServiceUrl, nameValueProperties, binaryDiffEncoder "

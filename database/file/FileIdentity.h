@@ -24,7 +24,7 @@ inline bool operator<(FileIdentity const& left, FileIdentity const& right)
     return left.device != right.device ? left.device < right.device : left.inode < right.inode;
 }
 
-/// What one look at a file by its name shows.
+/// A file's identity, number of names and size, as found by its name.
 struct FileStatus
 {
     FileIdentity identity;

@@ -13,7 +13,7 @@
 
 namespace sync::database {
 
-/// What the handles of this process that have the same file open know of it.
+/// The state that all handles of this process on the same file share.
 struct OpenFiles::Shared
 {
     /// Nothing if none of the handles has a log open.

@@ -143,7 +143,7 @@ Failure StoreHandle::CheckLogIndexIsNotInUse() const
 
 Failure StoreHandle::OpenForReading(OpenPurpose purpose)
 {
-    // If another program writes to a file that SQLite takes for one that nobody writes, the file can look damaged.
+    // If another program writes to a file that SQLite reads as immutable, the file can look damaged.
     constexpr int Attempts = 5;
     Failure failure;
     for (int attempt = 0; attempt < Attempts; ++attempt) {
@@ -165,7 +165,7 @@ Failure StoreHandle::ConnectForReading(OpenPurpose purpose)
     int flags = SQLITE_OPEN_READONLY;
     std::optional<FileStamp> const stamp = header.usesLog() ? _file.Stamp() : std::nullopt;
     if (stamp && !stamp->hasLog) {
-        // SQLite would create the log. Told that nobody writes the file, it does not.
+        // SQLite would create the log, but not of a file that it opens as immutable.
         _stamp = stamp;
         name = "file:" + name.toPercentEncoding("/") + "?immutable=1";
         flags |= SQLITE_OPEN_URI;

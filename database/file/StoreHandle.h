@@ -67,7 +67,7 @@ public:
     /// The same for the file alone.
     Failure CheckFileWritable() const { return _openFiles.CheckFile(OpenFiles::Use::Writing); }
 
-    /// False if what was read may not be one committed state: SQLite read the file as one that nobody writes, and it
+    /// False if the rows that were read may not be one committed state: SQLite read the file as immutable, and it
     /// changed meanwhile.
     bool IsUnchanged() const noexcept { return !_stamp || _file.Stamp() == _stamp; }
     /// Fails if not `IsUnchanged`.

@@ -12,10 +12,10 @@ class StoreFile;
 class StoreHeader
 {
 public:
-    /// What the file begins with that holds a store's place while a backup is being restored; see `StoreRestore`.
+    /// The first bytes of the file that holds a store's place while a backup is being restored; see `StoreRestore`.
     static constexpr char const* RestoreNotice = "Tandry: a backup is being restored here";
 
-    /// Reads the header; what the file is too short for is zero. Changes nothing.
+    /// Reads the header. If the file is shorter, the missing bytes are zero. Changes nothing.
     [[nodiscard]] Failure Read(StoreFile const& file);
 
     /// Fails if the file cannot be a store that this version opens or upgrades.

@@ -9,7 +9,7 @@ enum class CommitOutcome
 {
     /// Nothing of it is there, nor will be.
     Gone,
-    /// All of it is there and on the disk, though SQLite answered with an error.
+    /// All of it is there and on the disk, although SQLite returned an error.
     Kept,
     /// Neither could be made sure of: a crash or a power cut may bring it back or take it away.
     Unknown,

@@ -309,7 +309,7 @@ TEST_F(FolderRowTest, PropertiesThatAreNoDocumentAreEmpty)
 
 // Writes
 
-/// What `Add` binds for a record, in order; `Update` binds the id ahead of it.
+/// The bindings of `Add` for a record, in order. `Update` binds the id before them.
 std::vector<Binding> BindingsOf(FolderConfiguration const& folder, QString const& properties)
 {
     return {

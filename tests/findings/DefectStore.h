@@ -19,11 +19,12 @@ struct Defect
 {
     /// The kind of finding that it is made for.
     char const* code;
-    /// What puts it into the store.
+    /// The statements that put it into the store.
     char const* statements;
-    /// All that is found then: by code the rows, such as "FolderConfiguration 3: parentId 99".
+    /// All findings of the store with the defect: by code the rows, such as "FolderConfiguration 3: parentId 99".
     QMap<QString, QStringList> findings;
-    /// What turns the store with the defect into what the fix must make of it; null if there is no fix.
+    /// The statements that turn the store with the defect into the one that the fix must leave; null if there is no
+    /// fix.
     char const* fixed = nullptr;
 };
 

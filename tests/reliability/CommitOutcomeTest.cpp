@@ -57,18 +57,18 @@ enum class Told
     Unknown,
 };
 
-/// What a client was told of rows that it wrote in one transaction, and what it saw.
+/// The result that a client got for rows that it wrote in one transaction, and the rows that it saw later.
 struct Outcome
 {
     Told told = Told::Kept;
     int answered = 0; // rows
     bool hit = false;
-    /// The rows that were there once a later write had been answered with true; -1 without such a write.
+    /// The number of rows that were there once a later write had returned true; -1 without such a write.
     int seenLater = -1;
 };
 
-/// A commit meets a fault; once the client was told the outcome, the program is killed or the power goes, and the store
-/// is opened anew.
+/// A commit meets a fault. Once the client knows the outcome, the program is killed or the power goes, and the store is
+/// opened again.
 class CommitOutcome : public EachJournalMode
 {
 protected:
@@ -84,7 +84,7 @@ protected:
         bool forGood = false;
         End end = End::Kill;
         std::vector<FileOperation> operations = AllOperations;
-        /// What the client does once it was told and the fault has gone.
+        /// Called once the client knows the outcome and the fault has gone.
         std::function<void(SqliteDatabaseFactory&, Way, Outcome&)> afterwards;
         std::function<void()> watcher;
     };

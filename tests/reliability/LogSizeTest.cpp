@@ -123,7 +123,7 @@ class LogAtItsLimit : public LogSize
 {
 protected:
     static constexpr qint64 Limit = 4 * 1024 * 1024;
-    /// What the last transaction before the limit may add.
+    /// The bytes that the last transaction before the limit may add.
     static constexpr qint64 Transaction = 1024 * 1024;
 
     void SetUp() override { OpenWithLimit(0); }

@@ -25,7 +25,7 @@ struct ReadingOperation
     bool usesStore = true; // some return without accessing the store
 };
 
-/// What a failed writing operation may leave in the store.
+/// The writes that a failed operation may leave in the store.
 enum class Failing
 {
     /// All of its writes if it returns true, none if it returns false.

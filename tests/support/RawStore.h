@@ -18,7 +18,7 @@ namespace tandry::test {
 class RawStore
 {
 public:
-    /// What the destructor does with a write-ahead log.
+    /// Whether the destructor checkpoints a write-ahead log or leaves it.
     enum Closing
     {
         CheckpointLog,

@@ -21,7 +21,7 @@ public:
     void Written(QByteArray const& name, qint64 offset, QByteArray const& bytes);
     void Truncated(QByteArray const& name, qint64 size);
     void Flushed(QByteArray const& name);
-    /// What was written before stays in doubt from then on: the system doesn't write it again at the next flush.
+    /// Earlier unflushed writes may be lost from then on: the system does not write them again at the next flush.
     void FlushFailed(QByteArray const& name);
     void Deleted(QByteArray const& name, bool flushed);
 

@@ -1,4 +1,4 @@
-// What a scan may remove, and when it asks before.
+// Tests which records a scan removes, and when it asks first.
 
 #include "ToolFixture.h"
 

@@ -68,7 +68,7 @@ protected:
     /// Runs the program so that file permissions apply to it, even for root. Returns nothing if that is not possible.
     std::optional<RunResult> RunWithoutPrivileges(QStringList const& arguments);
 
-    /// What the user of a terminal does when it first shows this text: `act` returns what is then typed.
+    /// The user's reaction when the terminal first shows this text: `act` returns the keys to type.
     struct Reaction
     {
         QByteArray text;

@@ -7,7 +7,7 @@
 
 namespace tandry::findings {
 
-/// What a page of a B-tree holds; the values are those of its first byte.
+/// The kind of a B-tree page. The values are those of its first byte.
 enum class PageKind : quint8
 {
     None = 0,
@@ -17,10 +17,10 @@ enum class PageKind : quint8
     TableLeaf = 13,
 };
 
-/// An entry of a page, as far as the page itself tells.
+/// An entry of a page, as described by the page itself.
 struct Cell
 {
-    /// Where the entry stands in the page, in bytes.
+    /// The offset of the entry in the page, in bytes.
     int offset = 0;
     int size = 0;
     /// The row id of a table's entry.
@@ -35,8 +35,8 @@ struct Cell
     quint32 overflow = 0;
 };
 
-/// One page of a B-tree, taken apart. Nothing in it is trusted: an entry that reaches beyond the page, overlaps another
-/// one or names a page that does not exist is broken and left out.
+/// One page of a B-tree, parsed. Nothing in it is trusted: an entry that reaches beyond the page, overlaps another one
+/// or names a page that does not exist is broken and left out.
 class BtreePage
 {
 public:

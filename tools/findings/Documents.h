@@ -12,7 +12,7 @@ namespace tandry::findings {
 class Examination;
 struct FixedRow;
 
-/// What is wrong with the documents that rows hold.
+/// The rows with faulty documents.
 struct DocumentFindings
 {
     std::vector<FoundRow> broken;
@@ -24,7 +24,7 @@ struct DocumentFindings
 /// Reads all documents as the client does.
 DocumentFindings ExamineDocuments(Examination& examination);
 
-/// Writes broken documents anew with what the client reads in them, as its next update would.
+/// Rewrites broken documents with the part that the client can read, as its next update would.
 void WriteDocumentsAnew(Examination& examination, std::vector<FoundRow> const& rows, std::vector<FixedRow>& fixed);
 
 /// Lets links to missing rows name the file at their path or, if none is recorded there, no row.

@@ -16,9 +16,9 @@ namespace tandry::findings {
 /// How much a finding matters.
 enum class Severity
 {
-    /// The client misses rows, or does something else than its user expects.
+    /// The client does not find rows, or does something that its user does not expect.
     Fault,
-    /// The store is as it may be, but its user should know.
+    /// The state is valid, but its user should know of it.
     Note,
 };
 
@@ -28,9 +28,9 @@ struct FindingKind
     /// Stable: scripts rely on it.
     char const* code;
     Severity severity;
-    /// What it means for the client, as a sentence.
+    /// The effect on the client, as a sentence.
     char const* meaning;
-    /// What `Fix` does or, if it can do nothing, what a user can do, as a sentence.
+    /// The action of `Fix` or, if there is none, the advice to the user, as a sentence.
     char const* remedy;
     bool isFixable = false;
 };
@@ -47,7 +47,7 @@ struct FoundRow
     std::optional<int> id;
     /// The row's path or name, if it has one.
     QString name;
-    /// What is wrong with it, such as "parentId 7".
+    /// The faulty value, such as "parentId 7".
     QString detail;
 };
 
@@ -66,8 +66,8 @@ using FindingProgress = std::function<void()>;
 /// is the only finding, since queries can then return anything.
 ///
 /// Values of enumerations that the library does not name belong to the client and are no finding. While other programs
-/// write, each kind is looked for in a later state of the store. Returns nothing if the store fails; its `LastError`
-/// then tells why.
+/// write, each kind is looked for in a later state of the store. Returns nothing if the store fails; the reason is in
+/// its `LastError`.
 [[nodiscard]] std::optional<std::vector<Finding>>
 FindAll(std::shared_ptr<sync::database::SqliteDatabaseFactory> const& store, FindingProgress const& progress = {});
 

@@ -14,14 +14,14 @@ namespace tandry::findings {
 struct FixedRow
 {
     FoundRow row;
-    /// What was done, such as "removed".
+    /// The change, such as "removed".
     QString action;
 };
 
-/// What a fix has done, or would do.
+/// The result of a fix or of a dry run.
 struct FixReport
 {
-    /// The copy of the store from before; null if nothing was to be fixed, and in `FixMode::DryRun`.
+    /// The path of the copy made before the fix; null if there was nothing to fix, and in `FixMode::DryRun`.
     QString backup;
     std::vector<FixedRow> fixed;
     /// Rows of this kind that are still there.
@@ -39,7 +39,7 @@ enum class FixMode
 /// Fixes all rows of one fixable kind and nothing else, in one client transaction. Does nothing if there is no such
 /// row.
 ///
-/// Returns nothing on failure; the store is then unchanged, and its `LastError` tells why.
+/// Returns nothing on failure; the store is then unchanged, and its `LastError` has the reason.
 [[nodiscard]] std::optional<FixReport>
 Fix(std::shared_ptr<sync::database::SqliteDatabaseFactory> const& store, FindingKind const& kind, FixMode mode);
 

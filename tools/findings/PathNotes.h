@@ -9,7 +9,7 @@ class Examination;
 class StoreStatements;
 struct FoundRow;
 
-/// What one pass over the paths of folders, files and generated files tells.
+/// The result of one pass over the paths of folders, files and generated files.
 struct PathSurvey
 {
     /// Sorted hashes of the paths that differ from another one only in case or in their Unicode form. Hashes instead of

@@ -20,7 +20,7 @@ constexpr std::size_t SampleLeaves = 16;
 constexpr std::size_t SchemaColumns = 5;
 constexpr std::size_t SequenceColumns = 2;
 
-// What speaks for a table, by weight: nothing below outweighs what stands above.
+// The evidence that rows belong to a table, by weight: all lower weights together do not outweigh a higher one.
 constexpr double NamedKind = 1000; // tables may well have given the same ids
 constexpr double IndexedIds = 100;
 constexpr double HeldNumbers = 10;

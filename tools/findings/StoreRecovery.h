@@ -9,23 +9,23 @@
 
 namespace tandry::findings {
 
-/// What came back of one table.
+/// The recovered rows of one table.
 struct RecoveredTable
 {
     QString name;
     qint64 recovered = 0;
-    /// Rows that are known to be missing: those that an index names, or that can be seen and not be read. Without an
-    /// index there may be more.
+    /// Rows that are known to be missing: an index names them, or they were found but cannot be read. Without an index
+    /// there may be more.
     qint64 lost = 0;
     /// Recovered rows that may belong to another table with the same columns.
     qint64 ambiguous = 0;
 };
 
-/// What a recovery has brought back.
+/// The result of a recovery.
 struct RecoveryReport
 {
     std::vector<RecoveredTable> tables;
-    /// What else a user has to know, a sentence each.
+    /// Remarks for the user, a sentence each.
     QStringList remarks;
 };
 

@@ -14,7 +14,7 @@ namespace tandry::findings {
 
 namespace {
 
-/// What twins have in common besides their path.
+/// The columns in which twins agree, besides the path.
 struct TwinKey
 {
     char const* table;

@@ -4,12 +4,12 @@
 
 namespace tandryctl {
 
-/// What kind of failure ends a command.
+/// The kind of failure that ends a command.
 enum class FailureCode
 {
     /// No record matches.
     NotFound,
-    /// The records that are there do not admit the change.
+    /// The existing records do not allow the change.
     Conflict,
     /// A file or folder on disk is not what the command needs.
     UnusableFile,

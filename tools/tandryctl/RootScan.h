@@ -56,7 +56,7 @@ struct ScanCounts
     QStringList mounts;
     QStringList mountsLeftOut;
 
-    // What an interrupted scan has left.
+    // Left undone by an interrupted scan.
     bool isInterrupted = false;
     /// Found, but new or changed and not recorded.
     int foldersNotRecorded = 0;

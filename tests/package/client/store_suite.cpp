@@ -5,7 +5,7 @@
 
 namespace {
 
-/// What a client would do for a factory of its own.
+/// Stands for a client's own factory.
 class ClientStore : public tandry::storesuite::StoreUnderTest
 {
 public:
