@@ -1,16 +1,17 @@
 #include "ToolFixture.h"
 
+#include "support/RawStore.h"
 #include "tools/tandryctl/CommandLine.h"
 #include "tools/tandryctl/Program.h"
 
 #include <QFile>
-#include <QProcess>
 #include <QRegularExpression>
 #include <QSet>
 
 #include <algorithm>
 
 using namespace tandryctl::test;
+using tandry::test::RawStore;
 using tandryctl::CommandLine;
 using tandryctl::ExitStatus;
 
@@ -195,13 +196,57 @@ TEST_F(CommandLineTest, CommonOptionsMayPrecedeOrFollowTheCommand)
         EXPECT_EQ(RunWithoutStore(arguments).json().size(), 1);
 }
 
-TEST_F(CommandLineTest, OutputThatCannotBeWrittenFails)
+TEST_F(CommandLineTest, OutputThatCannotBeWrittenExitsWithThree)
 {
     Init();
-    QProcess process;
-    process.setStandardOutputFile("/dev/full"_q);
-    process.start(QStringLiteral(TANDRYCTL_PROGRAM), {"--store"_q, StorePath(), "list"_q, "schedules"_q});
-    ASSERT_TRUE(process.waitForFinished());
-    EXPECT_EQ(process.exitCode(), 1);
-    EXPECT_TRUE(process.readAllStandardError().contains("could not be written"));
+    for (char const* redirection : {">/dev/full", ">&-"}) {
+        for (QStringList const& arguments : {QStringList{"list"_q, "schedules"_q},
+                                             QStringList{"list"_q, "schedules"_q, "--json"_q},
+                                             QStringList{"--help"_q},
+                                             QStringList{"root"_q, "add"_q, "--help"_q},
+                                             QStringList{"--version"_q}}) {
+            RunResult const ran = RunInShell(QString::fromUtf8(redirection), arguments);
+            EXPECT_EQ(ran.status, 3) << redirection << arguments.join(QLatin1Char(' ')).toStdString();
+            EXPECT_TRUE(ran.err.contains("cannot be written"_q)) << ran.err.toStdString();
+            EXPECT_EQ(ran.err.count(QLatin1Char('\n')), 1) << ran.err.toStdString();
+        }
+    }
+}
+
+TEST_F(CommandLineTest, OutputWhoseLastPartCannotBeWrittenExitsWithThree)
+{
+    Init();
+    RawStore(StorePath())
+        .Run("WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < 700) "
+             "INSERT INTO FileConfiguration (clientPath) SELECT printf('%0100d', i) FROM n;"_q);
+    QStringList const arguments{"list"_q, "files"_q};
+    int const size = RunSuccessfully(arguments).toUtf8().size();
+    constexpr int Block = 512;
+    ASSERT_GT(size, 65536 + Block); // more than one write
+    QString const limited = ">'%1'; "_q.arg(At("out"));
+    RunResult const whole = RunInShell(limited, arguments, "ulimit -f %1;"_q.arg(size / Block + 1));
+    EXPECT_EQ(whole.status, 0) << whole.err.toStdString();
+    RunResult const cut = RunInShell(limited, arguments, "trap '' XFSZ; ulimit -f %1;"_q.arg((size - 1) / Block));
+    EXPECT_EQ(cut.status, 3);
+    EXPECT_TRUE(cut.err.contains("File too large"_q)) << cut.err.toStdString();
+}
+
+TEST_F(CommandLineTest, OutputThatIsRefusedWhenItIsClosedExitsWithThree)
+{
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+    GTEST_SKIP() << "a sanitizer must be loaded before anything else";
+#endif
+    Init();
+    QString const preload = "export LD_PRELOAD='" FAILING_CLOSE "';"_q;
+    for (QStringList const& arguments : {QStringList{"list"_q, "schedules"_q}, QStringList{"--help"_q}}) {
+        RunResult const ran = RunInShell(">'%1'"_q.arg(At("out")), arguments, preload);
+        EXPECT_EQ(ran.status, 3);
+        EXPECT_TRUE(ran.err.contains("quota"_q)) << ran.err.toStdString();
+    }
+}
+
+TEST_F(CommandLineTest, CommandWithoutStandardStreamsLeavesTheStoreWhole)
+{
+    EXPECT_EQ(RunInShell("<&- >&- 2>&-"_q, {"init"_q}).status, 3);
+    RunSuccessfully({"check"_q});
 }

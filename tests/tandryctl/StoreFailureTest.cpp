@@ -51,7 +51,7 @@ TEST(StoreFailure, HasTheCodeOfItsKindAndExitStatusThree)
     for (KindRow const& row : Kinds) {
         Failure const failure = StoreFailure(ErrorOf(row.kind));
         EXPECT_EQ(failure.code(), row.code);
-        EXPECT_EQ(StatusOf(failure.code()), ExitStatus::StoreFailed);
+        EXPECT_EQ(StatusOf(failure.code()), ExitStatus::Failed);
         EXPECT_EQ(failure.message(), "/a/store.db: it failed"_q);
     }
 }

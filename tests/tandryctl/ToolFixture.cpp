@@ -125,6 +125,14 @@ ToolTest::RunWithoutStore(QStringList const& arguments, QStringList const& envir
     return RunProcess(process, arguments, input);
 }
 
+RunResult ToolTest::RunInShell(QString const& redirection, QStringList const& arguments, QString const& before)
+{
+    QProcess process;
+    process.setProcessEnvironment(HomeEnvironment(folder.path()));
+    QString const script = before + "exec \"$0\" \"$@\" "_q + redirection;
+    return RunProcess(process, QStringList{"-c"_q, script, Program} + _OnStore(arguments), {}, "sh"_q);
+}
+
 std::optional<RunResult> ToolTest::RunWithoutPrivileges(QStringList const& arguments)
 {
     if (::geteuid() == 0 && ::prctl(PR_CAPBSET_READ, CAP_SETPCAP) != 1)

@@ -65,6 +65,10 @@ protected:
     RunResult
     RunWithoutStore(QStringList const& arguments, QStringList const& environment = {}, QByteArray const& input = {});
 
+    /// Runs the program on the test's store from a shell, with a redirection behind its arguments and commands in
+    /// front.
+    RunResult RunInShell(QString const& redirection, QStringList const& arguments, QString const& before = {});
+
     /// Runs the program so that file permissions apply to it, even for root. Returns nothing if that is not possible.
     std::optional<RunResult> RunWithoutPrivileges(QStringList const& arguments);
 

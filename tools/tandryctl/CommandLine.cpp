@@ -2,6 +2,7 @@
 
 #include "Failure.h"
 #include "Interruption.h"
+#include "StandardOutput.h"
 #include "Terminal.h"
 #include "Text.h"
 
@@ -10,6 +11,7 @@
 #include <QRegularExpression>
 
 #include <limits>
+#include <sstream>
 #include <string>
 #include <utility>
 #include <vector>
@@ -261,8 +263,7 @@ ExitStatus CommandLine::Run(int argc, char const* const* argv)
         _app->parse(argc, argv);
     }
     catch (CLI::Success const& help) {
-        _app->exit(help);
-        return ExitStatus::Done;
+        return _Print(help);
     }
     catch (CLI::ParseError const& error) {
         return Report({FailureCode::WrongUsage,
@@ -278,6 +279,16 @@ ExitStatus CommandLine::Run(int argc, char const* const* argv)
     catch (Failure const& failure) {
         return Report(failure);
     }
+}
+
+ExitStatus CommandLine::_Print(CLI::Success const& help) const
+{
+    std::ostringstream text;
+    _app->exit(help, text, text);
+    StandardOutput output;
+    if (output.write(QByteArray::fromStdString(text.str())) < 0 || !output.Settle())
+        return Report(output.failure());
+    return ExitStatus::Done;
 }
 
 QString CommandLine::_ErrorText(CLI::ParseError const& error) const

@@ -14,6 +14,7 @@ namespace CLI {
 class App;
 class Option;
 class ParseError;
+class Success;
 } // namespace CLI
 
 namespace tandryctl {
@@ -106,6 +107,7 @@ private:
         std::function<ExitStatus(Session&)> action;
     };
 
+    ExitStatus _Print(CLI::Success const& help) const;
     QString _ErrorText(CLI::ParseError const& error) const;
     ExitStatus _RunChosen();
 

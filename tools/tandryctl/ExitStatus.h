@@ -9,7 +9,8 @@ enum class ExitStatus : int
     /// Nothing matched, or a problem was found.
     NothingFound = 1,
     WrongUsage = 2,
-    StoreFailed = 3,
+    /// The store failed, or the output could not be written.
+    Failed = 3,
 };
 
 } // namespace tandryctl

@@ -13,6 +13,7 @@ ExitStatus StatusOf(FailureCode code)
     case FailureCode::WrongUsage:
     case FailureCode::Unconfirmed:
         return ExitStatus::WrongUsage;
+    case FailureCode::OutputFailed:
     case FailureCode::StoreMissing:
     case FailureCode::StoreLocked:
     case FailureCode::StoreFull:
@@ -24,7 +25,7 @@ ExitStatus StatusOf(FailureCode code)
     case FailureCode::StoreFailed:
         break;
     }
-    return ExitStatus::StoreFailed;
+    return ExitStatus::Failed;
 }
 
 } // namespace tandryctl

@@ -20,6 +20,7 @@ enum class FailureCode
     /// The command asks before it goes on, and there is no terminal to ask on.
     Unconfirmed,
 
+    OutputFailed,
     StoreMissing,
     // One for each kind of a store's errors.
     StoreLocked,

@@ -10,7 +10,8 @@ void DeclareCommands(CommandLine& commandLine)
     Command top = commandLine.TopLevel();
     top.Remark("The store is the file given with --store, or else in the environment variable TANDRY_STORE, or else\n"
                "tandry.db in the user's data folder. 'tandryctl COMMAND --help' describes a command.\n\n"
-               "Exit status: 0 success; 1 nothing found, or a problem found; 2 wrong usage; 3 the store failed.")
+               "Exit status: 0 success; 1 nothing found, or a problem found; 2 wrong usage; 3 the store failed,\n"
+               "or the output could not be written.")
         .Example("--store ~/try.db init", "create a store")
         .Example("--store ~/try.db root add ~/Documents --server-path /documents", "record a directory as a root")
         .Example("--store ~/try.db scan", "record the folders and files in it")

@@ -16,8 +16,6 @@
 
 #include <optional>
 
-#include <unistd.h>
-
 namespace tandryctl {
 
 using sync::database::OpenMode;
@@ -26,13 +24,6 @@ using sync::database::SqliteDatabaseFactory;
 using sync::database::StoreError;
 
 namespace {
-
-Failure OutputFailure(QFile const& output)
-{
-    return {FailureCode::UnusableFile,
-            QStringLiteral("standard output could not be written: %1").arg(output.errorString()),
-            QStringLiteral("make room there or send it elsewhere; what the command has changed stays changed")};
-}
 
 /// Refuses an empty name, usually an unset variable of a script: a command must not change the user's own store then.
 QString StorePath(std::optional<QString> const& given)
@@ -80,9 +71,6 @@ Session::Session(SessionOptions const& options, StoreAccess access)
     , _dryRun(options.dryRun ? std::make_unique<QTemporaryDir>() : nullptr)
     , _output(_stdout, options.json ? OutputFormat::Json : OutputFormat::Plain)
 {
-    if (!_stdout.open(STDOUT_FILENO, QIODevice::WriteOnly | QIODevice::Unbuffered))
-        throw OutputFailure(_stdout);
-
     if (access == StoreAccess::None)
         return;
 
@@ -204,8 +192,8 @@ QStringList Session::FindDamage()
 
 void Session::Flush()
 {
-    if (!_output.Flush())
-        throw OutputFailure(_stdout);
+    if (!_output.Flush() || !_stdout.Settle())
+        throw _stdout.failure();
 }
 
 void Session::_ThrowIfStoreFailed(QString const& hintForOther)

@@ -1,10 +1,10 @@
 #pragma once
 
 #include "Output.h"
+#include "StandardOutput.h"
 
 #include "config/Managers.h"
 
-#include <QFile>
 #include <QString>
 #include <QStringList>
 #include <QTemporaryDir>
@@ -133,7 +133,7 @@ private:
     bool const _yes;
     std::unique_ptr<QTemporaryDir> _dryRun;
     bool _isNew = false;
-    QFile _stdout;
+    StandardOutput _stdout;
     Output _output;
     std::unique_ptr<tandry::findings::PrivateCopy> _copy;
     std::shared_ptr<sync::database::SqliteDatabaseFactory> _store;

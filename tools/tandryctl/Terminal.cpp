@@ -3,9 +3,18 @@
 #include <iostream>
 #include <string>
 
+#include <fcntl.h>
 #include <unistd.h>
 
 namespace tandryctl {
+
+void OccupyClosedStreams()
+{
+    for (int const stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+        if (::fcntl(stream, F_GETFD) == -1)
+            static_cast<void>(::open("/dev/null", stream == STDIN_FILENO ? O_WRONLY : O_RDONLY));
+    }
+}
 
 void WriteError(QString const& text)
 {

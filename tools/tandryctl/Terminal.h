@@ -4,6 +4,10 @@
 
 namespace tandryctl {
 
+/// Occupies the standard streams that are closed, so that no file gets their numbers. Reading and writing them goes on
+/// failing.
+void OccupyClosedStreams();
+
 /// Writes text to standard error. Ignores failures.
 void WriteError(QString const& text);
 

@@ -1,5 +1,6 @@
 #include "CommandLine.h"
 #include "Program.h"
+#include "Terminal.h"
 
 #include "database/SqliteProcess.h"
 
@@ -9,6 +10,7 @@
 
 int main(int argc, char** argv)
 {
+    tandryctl::OccupyClosedStreams();
     sync::database::DisableSqliteMemoryStatistics();
     // File names and output are UTF-8 in every locale, so that a name always means the same file.
     QTextCodec::setCodecForLocale(QTextCodec::codecForName("UTF-8"));
