@@ -147,7 +147,7 @@ TEST_F(CommandLineTest, WrongUsageIsOneLineThatRefersToTheHelp)
 TEST_F(CommandLineTest, UnknownWordIsNamed)
 {
     EXPECT_TRUE(RunWithoutStore({"nonsense"_q}).err.contains("'nonsense'"_q));
-    EXPECT_TRUE(RunWithoutStore({"list"_q, "gods\n"_q}).err.contains("'gods\\n'"_q));
+    EXPECT_TRUE(RunWithoutStore({"list"_q, "gods\n"_q}).err.contains("$'gods\\n'"_q));
 }
 
 TEST_F(CommandLineTest, EveryFailureSaysWhatHappenedAndWhatToDo)

@@ -246,6 +246,13 @@ TEST_F(AccountCommandsTest, AddedAccountIsShownWithItsServer)
                            {"server"_q, "a"_q}}));
 }
 
+TEST_F(AccountCommandsTest, MessageNamesAnAccountByAWordOfTheShell)
+{
+    QString const out =
+        RunSuccessfully({"account"_q, "add"_q, "--user"_q, "ada"_q, "--domain"_q, "example"_q, "--server"_q, "1"_q});
+    EXPECT_EQ(out, "added account 1 'example\\ada'\n"_q);
+}
+
 TEST_F(AccountCommandsTest, AddAsksForNoPasswordOnATerminal)
 {
     RunResult const ran = RunOnTerminal({"account"_q, "add"_q, "--user"_q, "anna"_q, "--server"_q, "1"_q});

@@ -2,6 +2,7 @@
 #include "support/QtPrinters.h"
 
 #include <QByteArray>
+#include <QProcess>
 #include <QStringList>
 
 #include <gtest/gtest.h>
@@ -54,9 +55,69 @@ INSTANTIATE_TEST_SUITE_P(
                     PrintableRow{"lone low surrogate", "x"_q + Unit(0xdc00), "x\\udc00"_q},
                     PrintableRow{"high surrogate at the end", "x"_q + Unit(0xdbff), "x\\udbff"_q}));
 
-TEST(Quoted, PutsThePrintableTextInQuotes)
+namespace {
+
+struct QuotedRow
 {
-    EXPECT_EQ(Quoted("a\nb"_q), "'a\\nb'"_q);
+    char const* what;
+    QByteArray bytes;
+    QByteArray word;
+};
+
+class QuotedTest : public testing::TestWithParam<QuotedRow>
+{};
+
+} // namespace
+
+TEST_P(QuotedTest, ReturnsAWordOfTheShell)
+{
+    QuotedRow const& row = GetParam();
+    EXPECT_EQ(QuotedBytes(row.bytes).toUtf8(), row.word);
+    if (std::optional<QString> const text = DecodeUtf8(row.bytes)) {
+        EXPECT_EQ(Quoted(*text).toUtf8(), row.word);
+    }
+}
+
+TEST_P(QuotedTest, IsReadBackByAShell)
+{
+    QuotedRow const& row = GetParam();
+    QProcess shell;
+    shell.start("bash"_q, {"-c"_q, "printf %s "_q + QuotedBytes(row.bytes)});
+    ASSERT_TRUE(shell.waitForFinished());
+    EXPECT_EQ(shell.exitCode(), 0);
+    EXPECT_EQ(shell.readAllStandardOutput(), row.bytes);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Names,
+    QuotedTest,
+    testing::Values(
+        QuotedRow{"plain", "letters 2024", "'letters 2024'"},
+        QuotedRow{"empty", "", "''"},
+        QuotedRow{"backslash", "example\\ada", "'example\\ada'"},
+        QuotedRow{"apostrophe", "it's", "'it'\\''s'"},
+        QuotedRow{"what a shell would expand", "$HOME `x` \"*\" !1", "'$HOME `x` \"*\" !1'"},
+        QuotedRow{"other scripts and an emoji", "Grüße 日本語 👩‍👧", "'Grüße 日本語 👩‍👧'"},
+        QuotedRow{"line break", "a\nb", "$'a\\nb'"},
+        QuotedRow{"tab, backslash and apostrophe", "\t\\'", "$'\\t\\\\\\''"},
+        QuotedRow{"terminal command before a digit",
+                  "\x1b[31m\x07"
+                  "7",
+                  "$'\\033[31m\\0077'"},
+        QuotedRow{"right-to-left override", "a\u202Etxt.exe", "$'a\\342\\200\\256txt.exe'"},
+        QuotedRow{"lone byte", "caf\xe9 n", "$'caf\\351 n'"},
+        QuotedRow{"lone byte beside a letter", "\xe9\xc3\xa9'", "$'\\351é\\''"},
+        QuotedRow{"byte order mark before a lone byte", "\xef\xbb\xbf\xff", "$'\xef\xbb\xbf\\377'"},
+        QuotedRow{"incomplete character at the end", "a\xe2\x82", "$'a\\342\\202'"}));
+
+TEST(Quoted, ShowsALoneSurrogateByItsNumber)
+{
+    EXPECT_EQ(Quoted(Unit(0xd800) + "x"_q), "$'\\ud800x'"_q);
+}
+
+TEST(OneLine, KeepsBackslashesAndEscapesLineBreaks)
+{
+    EXPECT_EQ(OneLine("a\\b\nc"_q), "a\\b\\nc"_q);
 }
 
 TEST(DisplayWidth, OfLettersIsTheirNumber)

@@ -23,11 +23,16 @@ namespace {
 constexpr int HelpColumn = 34;
 constexpr char const* StoreVariable = "TANDRY_STORE";
 
+std::string Name(std::string const& argument)
+{
+    return QuotedBytes(QByteArray::fromStdString(argument)).toStdString();
+}
+
 QString DecodeOrThrow(std::string const& argument)
 {
     std::optional<QString> const text = DecodeUtf8(QByteArray::fromStdString(argument));
     if (!text)
-        throw CLI::ValidationError("an argument is not valid UTF-8");
+        throw CLI::ValidationError(Name(argument) + " is not valid UTF-8");
     return *text;
 }
 
@@ -57,19 +62,19 @@ AddNumber(CLI::App& app, char const* name, Target& target, char const* help, Num
         bool isNumber = false;
         int const number = QString::fromStdString(argument).toInt(&isNumber);
         if (!isNumber || number < form.least)
-            throw CLI::ValidationError(argument + form.fault);
+            throw CLI::ValidationError(Name(argument) + form.fault);
         target = number;
     };
     return app.add_option_function<std::string>(name, take, help);
 }
 
 /// Returns CLI11's message on one line and without a full stop.
-QString OneLine(std::string const& message)
+QString MessageOf(CLI::ParseError const& error)
 {
-    QString line = QString::fromStdString(message).simplified();
+    QString line = QString::fromUtf8(error.what()).trimmed();
     while (line.endsWith(QLatin1Char('.')))
         line.chop(1);
-    return Printable(line);
+    return OneLine(line.replace(QLatin1Char('\n'), QLatin1Char(' ')));
 }
 
 CLI::App const& DeepestSubcommand(CLI::App const& app)
@@ -181,7 +186,7 @@ Command& Command::Choice(
             QRegularExpression(QRegularExpression::anchoredPattern(QRegularExpression::escape(DecodeOrThrow(argument))),
                                QRegularExpression::CaseInsensitiveOption));
         if (place < 0)
-            throw CLI::ValidationError(argument + " is not a valid " + value);
+            throw CLI::ValidationError(Name(argument) + " is not a valid " + value);
         chosen = place;
     };
     _app->add_option_function<std::string>(option, take, help)->type_name(value);
@@ -296,8 +301,8 @@ QString CommandLine::_ErrorText(CLI::ParseError const& error) const
     // CLI11 reports an unknown word as a missing command.
     std::vector<std::string> const unknown = _app->remaining(true);
     if (!unknown.empty())
-        return QStringLiteral("unexpected argument ") + Quoted(QString::fromStdString(unknown.front()));
-    return OneLine(error.what());
+        return QStringLiteral("unexpected argument ") + QString::fromStdString(Name(unknown.front()));
+    return MessageOf(error);
 }
 
 ExitStatus CommandLine::_RunChosen()

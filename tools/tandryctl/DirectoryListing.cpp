@@ -41,20 +41,9 @@ FileOnDisk DescribeFile(QString const& name, struct statx const& facts)
     return file;
 }
 
-/// Returns a name for a message, with bytes that are not valid UTF-8 as escapes.
-QString QuotedBytes(std::string const& bytes)
+QString Name(std::string const& bytes)
 {
-    QByteArray const name = QByteArray::fromStdString(bytes);
-    if (std::optional<QString> const text = DecodeUtf8(name))
-        return Quoted(*text);
-
-    QString shown;
-    for (char const byte : name) {
-        auto const value = static_cast<unsigned char>(byte);
-        shown += value < 0x80 ? Printable(QString(QLatin1Char(byte)))
-                              : QStringLiteral("\\x%1").arg(uint(value), 2, 16, QLatin1Char('0'));
-    }
-    return QLatin1Char('\'') + shown + QLatin1Char('\'');
+    return QuotedBytes(QByteArray::fromStdString(bytes));
 }
 
 class Reader
@@ -71,7 +60,7 @@ public:
         for (; !error && entry != filesystem::directory_iterator(); entry.increment(error))
             _AddEntry(entry->path().native(), entry->path().filename().native());
         if (error)
-            _AddFailure(QStringLiteral("the directory %1 cannot be read: %2").arg(QuotedBytes(_path), Reason(error)));
+            _AddFailure(QStringLiteral("the directory %1 cannot be read: %2").arg(Name(_path), Reason(error)));
 
         _listing.directories.sort();
         std::sort(_listing.files.begin(), _listing.files.end(), [](FileOnDisk const& left, FileOnDisk const& right) {
@@ -88,7 +77,7 @@ private:
         if (::statx(AT_FDCWD, path.c_str(), AT_SYMLINK_NOFOLLOW, wanted, &facts) != 0) {
             std::error_code const error(errno, std::generic_category());
             if (error != std::errc::no_such_file_or_directory) // removed since it was listed
-                _AddFailure(QStringLiteral("%1 cannot be examined: %2").arg(QuotedBytes(path), Reason(error)));
+                _AddFailure(QStringLiteral("%1 cannot be examined: %2").arg(Name(path), Reason(error)));
             return;
         }
 
@@ -103,8 +92,7 @@ private:
 
         std::optional<QString> const name = DecodeUtf8(QByteArray::fromStdString(bytes));
         if (!name) {
-            _listing.problems.append(
-                QStringLiteral("%1 is left out: its name is not valid UTF-8").arg(QuotedBytes(path)));
+            _listing.problems.append(QStringLiteral("%1 is left out: its name is not valid UTF-8").arg(Name(path)));
         }
         else if (isDirectory) {
             _listing.directories.append(*name);
@@ -146,11 +134,10 @@ private:
             target = *text;
             return true;
         }
-        _listing.problems.append(
-            error ? QStringLiteral("the link %1 cannot be read: %2").arg(QuotedBytes(path), Reason(error))
-                  : QStringLiteral("%1 is left out: its target %2 is not valid "
-                                   "UTF-8")
-                        .arg(QuotedBytes(path), QuotedBytes(bytes)));
+        _listing.problems.append(error ? QStringLiteral("the link %1 cannot be read: %2").arg(Name(path), Reason(error))
+                                       : QStringLiteral("%1 is left out: its target %2 is not valid "
+                                                        "UTF-8")
+                                             .arg(Name(path), Name(bytes)));
         return false;
     }
 

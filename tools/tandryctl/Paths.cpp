@@ -40,7 +40,7 @@ QString AbsolutePath(QString const& given)
     QString error;
     QString const path = sync::database::AbsolutePath(given, &error);
     if (path.isNull())
-        throw Failure(FailureCode::WrongUsage, Printable(error), QStringLiteral("give an absolute path in UTF-8"));
+        throw Failure(FailureCode::WrongUsage, OneLine(error), QStringLiteral("give an absolute path in UTF-8"));
     return QDir::cleanPath(path); // recorded paths have no "..", whatever is a link
 }
 

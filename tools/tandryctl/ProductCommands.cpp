@@ -74,9 +74,10 @@ void RefuseDuplicate(Session& session, ProductConfiguration const& product, int 
     ProductConfiguration const other = session.Checked(
         session.products().GetProductConfigurationByServerIdAndConsumerKey(serverId, product.getConsumerKey()));
     if (other.getId() != -1 && other.getId() != product.getId())
-        throw Failure(FailureCode::Conflict,
-                      QStringLiteral("%1 already has this key on server %2").arg(LabelOf(other)).arg(serverId),
-                      QStringLiteral("change it with 'tandryctl product update %1'").arg(other.getId()));
+        throw Failure(
+            FailureCode::Conflict,
+            QStringLiteral("%1 already has this key on server %2").arg(LabelOf(other), QString::number(serverId)),
+            QStringLiteral("change it with 'tandryctl product update %1'").arg(other.getId()));
 }
 
 ExitStatus Add(Session& session, Arguments const& arguments)

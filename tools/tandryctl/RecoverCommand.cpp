@@ -33,7 +33,7 @@ ExitStatus Recover(Session& session, RecoverArguments const& arguments)
     auto const report = tandry::findings::RecoverStore(arguments.damaged, arguments.target, error);
     if (!report)
         throw Failure(FailureCode::StoreFailed,
-                      Printable(error),
+                      OneLine(error),
                       QStringLiteral("give a name for the new store that is free; if nothing of the damaged one can be "
                                      "read, restore a backup"));
 

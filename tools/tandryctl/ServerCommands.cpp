@@ -167,7 +167,7 @@ public:
         if (!_settings.contains(_key))
             return QStringLiteral("server 1, since %1 holds no %2").arg(Quoted(_settings.fileName()), _key);
         return QStringLiteral("%1 = %2 in %3")
-            .arg(_key, Printable(_settings.value(_key).toString()), Quoted(_settings.fileName()));
+            .arg(_key, OneLine(_settings.value(_key).toString()), Quoted(_settings.fileName()));
     }
 
 private:

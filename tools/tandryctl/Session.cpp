@@ -77,7 +77,7 @@ Session::Session(SessionOptions const& options, StoreAccess access)
     QString error;
     QString const path = sync::database::AbsolutePath(_storePath, &error);
     if (path.isNull())
-        throw Failure(FailureCode::StoreMissing, Printable(error), QStringLiteral("give an absolute path in UTF-8"));
+        throw Failure(FailureCode::StoreMissing, OneLine(error), QStringLiteral("give an absolute path in UTF-8"));
     QFileInfo const file(path);
     bool const exists = file.exists() || file.isSymLink();
     if (!exists && access != StoreAccess::Create && access != StoreAccess::Replace)

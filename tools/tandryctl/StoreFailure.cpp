@@ -62,7 +62,7 @@ Failure StoreFailure(StoreError const& error, QString const& hintForOther)
 {
     Advice const advice = AdviceOn(error.kind);
     bool const isReplaced = advice.code == FailureCode::StoreFailed && !hintForOther.isNull();
-    return {advice.code, Printable(error.text), isReplaced ? hintForOther : advice.hint};
+    return {advice.code, OneLine(error.text), isReplaced ? hintForOther : advice.hint};
 }
 
 } // namespace tandryctl

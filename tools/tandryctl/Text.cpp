@@ -27,13 +27,42 @@ bool IsPrintable(uint character)
     case QChar::Separator_Paragraph:
         return false;
     default:
-        return character != '\\' && !IsDirectionMark(character);
+        return !IsDirectionMark(character);
     }
 }
 
-QString Escape(uint character)
+/// Replaces each character that is not printable, or is one of `special`, by what `escape` returns for it.
+template <class Escape>
+QString Replaced(QString const& text, char const* special, Escape const& escape)
 {
-    switch (character) {
+    auto const isKept = [&](QChar unit) {
+        return IsPrintable(unit.unicode()) && !QLatin1String(special).contains(unit);
+    };
+    if (std::all_of(text.begin(), text.end(), isKept))
+        return text;
+
+    QString replaced;
+    for (int i = 0; i < text.size(); ++i) {
+        QChar const unit = text.at(i);
+        if (unit.isHighSurrogate() && i + 1 < text.size() && text.at(i + 1).isLowSurrogate()) {
+            replaced += unit;
+            replaced += text.at(++i);
+        }
+        else {
+            replaced += isKept(unit) ? QString(unit) : escape(unit);
+        }
+    }
+    return replaced;
+}
+
+QString NumberIn(int base, int digits, uint number)
+{
+    return QStringLiteral("%1").arg(number, digits, base, QLatin1Char('0'));
+}
+
+QString Escape(QChar unit)
+{
+    switch (unit.unicode()) {
     case '\\':
         return QStringLiteral("\\\\");
     case '\n':
@@ -43,39 +72,74 @@ QString Escape(uint character)
     case '\t':
         return QStringLiteral("\\t");
     default:
-        return character < 0x100 ? QStringLiteral("\\x%1").arg(character, 2, 16, QLatin1Char('0'))
-                                 : QStringLiteral("\\u%1").arg(character, 4, 16, QLatin1Char('0'));
+        return unit.unicode() < 0x100 ? QStringLiteral("\\x") + NumberIn(16, 2, unit.unicode())
+                                      : QStringLiteral("\\u") + NumberIn(16, 4, unit.unicode());
     }
+}
+
+/// Returns bytes as escapes of a $'...' word. Octal ones have three digits in every shell.
+QString OctalEscapes(QByteArray const& bytes)
+{
+    QString escapes;
+    for (char const byte : bytes)
+        escapes += QLatin1Char('\\') + NumberIn(8, 3, static_cast<unsigned char>(byte));
+    return escapes;
+}
+
+/// Returns what stands in a $'...' word for the text.
+QString InDollarQuotes(QString const& text)
+{
+    return Replaced(text, "'\\", [](QChar unit) -> QString {
+        if (unit == QLatin1Char('\''))
+            return QStringLiteral("\\'");
+        QString const escape = Escape(unit);
+        bool const isShort = escape.size() == 2;
+        return isShort || unit.isSurrogate() ? escape : OctalEscapes(QString(unit).toUtf8());
+    });
+}
+
+/// Returns the character that begins there, or null if its bytes are not valid UTF-8.
+QString CharacterAt(QByteArray const& bytes, int at)
+{
+    constexpr int MostBytes = 4;
+    for (int length = 1; length <= MostBytes; ++length) {
+        if (std::optional<QString> const character = DecodeUtf8(bytes.mid(at, length)))
+            return *character;
+    }
+    return {};
 }
 
 } // namespace
 
 QString Printable(QString const& text)
 {
-    auto const isPrintable = [](QChar unit) { return !unit.isSurrogate() && IsPrintable(unit.unicode()); };
-    if (std::all_of(text.begin(), text.end(), isPrintable))
-        return text;
+    return Replaced(text, "\\", Escape);
+}
 
-    QString printable;
-    for (int i = 0; i < text.size(); ++i) {
-        QChar const unit = text.at(i);
-        if (unit.isHighSurrogate() && i + 1 < text.size() && text.at(i + 1).isLowSurrogate()) {
-            printable += unit;
-            printable += text.at(++i);
-        }
-        else if (IsPrintable(unit.unicode())) {
-            printable += unit;
-        }
-        else {
-            printable += Escape(unit.unicode());
-        }
-    }
-    return printable;
+QString OneLine(QString const& text)
+{
+    return Replaced(text, "", Escape);
 }
 
 QString Quoted(QString const& text)
 {
-    return QLatin1Char('\'') + Printable(text) + QLatin1Char('\'');
+    if (OneLine(text) != text)
+        return QStringLiteral("$'") + InDollarQuotes(text) + QLatin1Char('\'');
+    return QLatin1Char('\'') + QString(text).replace(QLatin1Char('\''), QLatin1String("'\\''")) + QLatin1Char('\'');
+}
+
+QString QuotedBytes(QByteArray const& bytes)
+{
+    if (std::optional<QString> const text = DecodeUtf8(bytes))
+        return Quoted(*text);
+
+    QString word = QStringLiteral("$'");
+    for (int at = 0; at < bytes.size();) {
+        QString const character = CharacterAt(bytes, at);
+        word += character.isNull() ? OctalEscapes(bytes.mid(at, 1)) : InDollarQuotes(character);
+        at += character.isNull() ? 1 : character.toUtf8().size();
+    }
+    return word + QLatin1Char('\'');
 }
 
 int DisplayWidth(QString const& text)

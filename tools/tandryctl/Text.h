@@ -11,8 +11,15 @@ namespace tandryctl {
 /// marks that change the writing direction and lone surrogates are replaced by escapes, and backslashes are doubled.
 QString Printable(QString const& text);
 
-/// Returns the printable text in single quotes, for messages.
+/// Returns a text from elsewhere on one line, for messages: as `Printable` does, but with backslashes as they are.
+QString OneLine(QString const& text);
+
+/// Returns the text as a word of the shell, for messages: in single quotes, or as $'...' if it has line breaks, control
+/// characters or marks that change the writing direction.
 QString Quoted(QString const& text);
+
+/// The same for bytes from the file system or the command line, whatever their encoding.
+QString QuotedBytes(QByteArray const& bytes);
 
 /// Returns the number of terminal columns that a printable text takes.
 int DisplayWidth(QString const& text);
