@@ -2,9 +2,11 @@
 
 #include "support/RawStore.h"
 #include "tools/tandryctl/CommandLine.h"
+#include "tools/tandryctl/FailureCode.h"
 #include "tools/tandryctl/Program.h"
 
 #include <QFile>
+#include <QJsonDocument>
 #include <QRegularExpression>
 #include <QSet>
 
@@ -176,6 +178,67 @@ TEST_F(CommandLineTest, EveryFailureSaysWhatHappenedAndWhatToDo)
         EXPECT_EQ(ran.err, "tandryctl: %1\n"_q.arg(QString::fromUtf8(row.line))) << row.arguments;
         EXPECT_EQ(ran.out, QString());
     }
+}
+
+TEST_F(CommandLineTest, FailureInJsonIsOneObjectWithCodeMessageAndHint)
+{
+    struct Row
+    {
+        char const* arguments;
+        int status;
+        QJsonObject error;
+    };
+    auto const error = [](char const* code, char const* message, char const* hint) {
+        return QJsonObject{
+            {"code"_q, QLatin1String(code)}, {"message"_q, QLatin1String(message)}, {"hint"_q, QLatin1String(hint)}};
+    };
+    Row const rows[] = {
+        {"server show 7", 1, error("not-found", "there is no server 7", "see 'tandryctl server list'")},
+        {"root add /etc/passwd --server-path /s",
+         1,
+         error("unusable-file", "'/etc/passwd' is not an existing directory", "make it first, or give another one")},
+        {"root add", 2, error("wrong-usage", "DIR is required", "see 'tandryctl root add --help'")},
+        {"--store=/missing list roots",
+         3,
+         error("store-missing",
+               "there is no store '/missing'",
+               "create it with 'tandryctl --store FILE init' or give another one")},
+    };
+    Init();
+    for (Row const& row : rows) {
+        RunResult const ran =
+            RunWithoutStore(QString::fromUtf8(row.arguments).split(QLatin1Char(' ')) + QStringList{"--json"_q},
+                            {"TANDRY_STORE="_q + StorePath()});
+        EXPECT_EQ(ran.status, row.status) << row.arguments;
+        EXPECT_EQ(ran.err.count(QLatin1Char('\n')), 1);
+        EXPECT_EQ(QJsonDocument::fromJson(ran.err.toUtf8()).object(), row.error) << row.arguments;
+    }
+}
+
+TEST_F(CommandLineTest, WhatIsNotFoundIsAnEmptyArrayAndAnErrorWhateverTheCommand)
+{
+    Init();
+    for (char const* arguments : {"server list",
+                                  "server show 7",
+                                  "list files",
+                                  "file show 7",
+                                  "where /a",
+                                  "server remove 7",
+                                  "scan",
+                                  "tree 4"}) {
+        RunResult const ran = Run(QString::fromUtf8(arguments).split(QLatin1Char(' ')) + QStringList{"--json"_q});
+        EXPECT_EQ(ran.status, 1) << arguments;
+        EXPECT_EQ(ran.out, "[]\n"_q) << arguments;
+        EXPECT_EQ(QJsonDocument::fromJson(ran.err.toUtf8()).object().value("code"_q).toString(), "not-found"_q)
+            << arguments;
+    }
+}
+
+TEST_F(CommandLineTest, ManualNamesEveryErrorCode)
+{
+    QString const manual = Manual();
+    for (QString const& word : tandryctl::FailureWords())
+        EXPECT_TRUE(manual.contains("\n.B "_q + word + "\n"_q)) << word.toStdString();
 }
 
 TEST_F(CommandLineTest, ArgumentThatIsNotUtf8IsWrongUsage)

@@ -123,7 +123,7 @@ TEST_F(DirectoryListingTest, NameThatIsNotUtf8IsReportedAndTheRestIsListed)
     DirectoryListing const listing = List();
     ASSERT_EQ(listing.files.size(), 1U);
     ASSERT_EQ(listing.problems.size(), 1);
-    EXPECT_TRUE(listing.problems.first().contains("caf\\351"_q));
+    EXPECT_TRUE(listing.problems.first().failure.message().contains("caf\\351"_q));
     EXPECT_TRUE(listing.complete); // such a file cannot be on record
 }
 
@@ -181,5 +181,5 @@ TEST_F(DirectoryListingTest, MissingDirectoryIsAProblemAndIncomplete)
     DirectoryListing const listing = ListDirectory(At("missing"));
     EXPECT_FALSE(listing.complete);
     ASSERT_EQ(listing.problems.size(), 1);
-    EXPECT_TRUE(listing.problems.first().contains(At("missing")));
+    EXPECT_TRUE(listing.problems.first().failure.message().contains(At("missing")));
 }

@@ -359,7 +359,9 @@ TEST_F(ProductCommandsTest, SecretIsShownOnlyOnDemand)
     for (QStringList const& command : {QStringList{"product"_q, "list"_q}, QStringList{"product"_q, "show"_q, "1"_q}}) {
         EXPECT_FALSE(RunSuccessfully(command).contains("s3cret"_q));
         EXPECT_FALSE(Run(command + QStringList{"--json"_q}).out.contains("s3cret"_q));
+        EXPECT_FALSE(JsonObject(command).contains("consumerSecret"_q));
     }
+    EXPECT_TRUE(RunSuccessfully({"product"_q, "show"_q, "1"_q}).contains("(hidden)"_q));
     EXPECT_EQ(JsonObject({"product"_q, "show"_q, "1"_q, "--show-secret"_q}).value("consumerSecret"_q).toString(),
               "s3cret"_q);
 }

@@ -125,6 +125,17 @@ TEST_F(OutputTest, JsonListingDistinguishesNullFromEmpty)
     EXPECT_TRUE(array.at(1).toObject().value("name"_q).isString());
 }
 
+TEST_F(OutputTest, HiddenValueIsAMissingKeyInJsonAndSaidInPlain)
+{
+    Columns<Thing> const columns{{"id", Shown::Always, [](Thing const& thing) { return thing.id; }},
+                                 {"secret", Shown::Always, [](Thing const&) { return QVariant::fromValue(Hidden()); }}};
+    Output json(buffer, OutputFormat::Json);
+    json.List(columns, QVector<Thing>{{1, {}, {}}});
+    EXPECT_TRUE(json.Flush());
+    EXPECT_EQ(QJsonDocument::fromJson(buffer.data()).array(), (QJsonArray{QJsonObject{{"id"_q, 1}}}));
+    EXPECT_EQ(CellText(QVariant::fromValue(Hidden())), "(hidden)"_q);
+}
+
 TEST_F(OutputTest, JsonListingHasOneObjectPerLine)
 {
     EXPECT_EQ(List(OutputFormat::Json, {{1, {}, {}}, {2, {}, {}}}).count('\n'), 4);

@@ -7,6 +7,7 @@
 #include <QDirIterator>
 #include <QFile>
 #include <QHash>
+#include <QJsonDocument>
 #include <QProcess>
 #include <QRegularExpression>
 
@@ -229,6 +230,23 @@ TEST_F(ScanTest, NameThatIsNotUtf8IsReportedAndTheRestIsRecorded)
     EXPECT_TRUE(ran.err.contains("\\377"_q)) << ran.err.toStdString();
     EXPECT_EQ(ran.err.count(QLatin1Char('\n')), 2);
     EXPECT_EQ(FilesByPath().size(), 1);
+}
+
+TEST_F(ScanTest, EntriesThatFailedAreNamedInJson)
+{
+    WriteRaw("docs/caf\xe9");
+    WriteFile("docs/good"_q);
+    RunResult const ran = Run({"scan"_q, "--json"_q});
+    EXPECT_EQ(ran.status, 1);
+    QJsonArray const failed = ran.json().first().toObject().value("failed"_q).toArray();
+    ASSERT_EQ(failed.size(), 1);
+    EXPECT_EQ(failed.first().toObject(),
+              (QJsonObject{{"path"_q, At("docs/caf") + QChar(QChar::ReplacementCharacter)},
+                           {"message"_q, "$'%1' is left out: its name is not valid UTF-8"_q.arg(At("docs/caf\\351"))},
+                           {"hint"_q, "rename it, then scan again"_q}}));
+    QJsonObject const error = QJsonDocument::fromJson(ran.err.toUtf8()).object();
+    EXPECT_EQ(error.value("code"_q).toString(), "incomplete"_q) << ran.err.toStdString();
+    EXPECT_EQ(error.value("message"_q).toString(), "the scan met 1 problem"_q);
 }
 
 TEST_F(ScanTest, UnreadableDirectoryIsReportedAtTheEndAndTheScanContinues)

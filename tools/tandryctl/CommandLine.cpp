@@ -10,6 +10,7 @@
 
 #include <QRegularExpression>
 
+#include <algorithm>
 #include <limits>
 #include <sstream>
 #include <string>
@@ -77,6 +78,11 @@ QString MessageOf(CLI::ParseError const& error)
     return OneLine(line.replace(QLatin1Char('\n'), QLatin1Char(' ')));
 }
 
+bool HasJsonOption(int argc, char const* const* argv)
+{
+    return std::any_of(argv, argv + argc, [](char const* argument) { return qstrcmp(argument, "--json") == 0; });
+}
+
 CLI::App const& DeepestSubcommand(CLI::App const& app)
 {
     CLI::App const* deepest = &app;
@@ -89,12 +95,6 @@ QString FullName(CLI::App const& app)
 {
     QString const name = QString::fromStdString(app.get_name());
     return app.get_parent() == nullptr ? name : FullName(*app.get_parent()) + QLatin1Char(' ') + name;
-}
-
-ExitStatus Report(Failure const& failure)
-{
-    PrintError(failure.message() + QStringLiteral("; ") + failure.hint());
-    return StatusOf(failure.code());
 }
 
 template <class Visit>
@@ -251,7 +251,7 @@ CommandLine::CommandLine()
         _options.storePath = qEnvironmentVariable(StoreVariable);
     AddText(*_app, "--store", _options.storePath, "The store file; by default $TANDRY_STORE, or the user's own store")
         ->type_name("FILE");
-    _app->add_flag("--json", _options.json, "Print an array of objects instead of text");
+    _app->add_flag("--json", _options.json, "Print JSON: an array of objects, or an object for an error");
     _app->add_flag("-y,--yes", _options.yes, "Don't ask before removing and pruning");
 }
 
@@ -271,19 +271,31 @@ ExitStatus CommandLine::Run(int argc, char const* const* argv)
         return _Print(help);
     }
     catch (CLI::ParseError const& error) {
-        return Report({FailureCode::WrongUsage,
-                       _ErrorText(error),
-                       QStringLiteral("see '%1 --help'").arg(FullName(DeepestSubcommand(*_app)))});
+        _options.json = HasJsonOption(argc, argv); // the parser sets no option after an error
+        return _Report({FailureCode::WrongUsage,
+                        _ErrorText(error),
+                        QStringLiteral("see '%1 --help'").arg(FullName(DeepestSubcommand(*_app)))});
     }
 
+    ExitStatus const status = _RunAndReport();
+    Interruption::EndProcess();
+    return status;
+}
+
+ExitStatus CommandLine::_RunAndReport()
+{
     try {
-        ExitStatus const status = _RunChosen();
-        Interruption::EndProcess();
-        return status;
+        return _RunChosen();
     }
     catch (Failure const& failure) {
-        return Report(failure);
+        return _Report(failure);
     }
+}
+
+ExitStatus CommandLine::_Report(Failure const& failure) const
+{
+    PrintFailure(failure, FormatOf(_options));
+    return StatusOf(failure.code());
 }
 
 ExitStatus CommandLine::_Print(CLI::Success const& help) const
@@ -292,7 +304,7 @@ ExitStatus CommandLine::_Print(CLI::Success const& help) const
     _app->exit(help, text, text);
     StandardOutput output;
     if (output.write(QByteArray::fromStdString(text.str())) < 0 || !output.Settle())
-        return Report(output.failure());
+        return _Report(output.failure());
     return ExitStatus::Done;
 }
 
@@ -312,7 +324,7 @@ ExitStatus CommandLine::_RunChosen()
         ExitStatus const status = _chosen->action(session);
         session.Flush();
         if (session.isDryRun())
-            PrintError(QStringLiteral("this was a dry run; nothing was changed"));
+            PrintNote(QStringLiteral("this was a dry run; nothing was changed"));
         return status;
     }
     catch (Failure const& failure) {

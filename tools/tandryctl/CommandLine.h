@@ -20,6 +20,7 @@ class Success;
 namespace tandryctl {
 
 class CommandLine;
+class Failure;
 
 /// Declares a command: its arguments and options, the examples in its help, and its action.
 ///
@@ -89,7 +90,7 @@ public:
 
     Command TopLevel();
 
-    /// Parses the arguments and runs their command. Reports a failure as one line on standard error.
+    /// Parses the arguments and runs their command. Reports a failure as one line or object on standard error.
     ExitStatus Run(int argc, char const* const* argv);
 
     /// Returns all commands and groups by their full names, such as "root add".
@@ -107,8 +108,10 @@ private:
         std::function<ExitStatus(Session&)> action;
     };
 
+    ExitStatus _Report(Failure const& failure) const;
     ExitStatus _Print(CLI::Success const& help) const;
     QString _ErrorText(CLI::ParseError const& error) const;
+    ExitStatus _RunAndReport();
     ExitStatus _RunChosen();
 
     std::unique_ptr<CLI::App> _app;

@@ -60,7 +60,7 @@ public:
         for (; !error && entry != filesystem::directory_iterator(); entry.increment(error))
             _AddEntry(entry->path().native(), entry->path().filename().native());
         if (error)
-            _AddFailure(QStringLiteral("the directory %1 cannot be read: %2").arg(Name(_path), Reason(error)));
+            _AddFailure(_path, QStringLiteral("the directory %1 cannot be read: %2").arg(Name(_path), Reason(error)));
 
         _listing.directories.sort();
         std::sort(_listing.files.begin(), _listing.files.end(), [](FileOnDisk const& left, FileOnDisk const& right) {
@@ -77,7 +77,7 @@ private:
         if (::statx(AT_FDCWD, path.c_str(), AT_SYMLINK_NOFOLLOW, wanted, &facts) != 0) {
             std::error_code const error(errno, std::generic_category());
             if (error != std::errc::no_such_file_or_directory) // removed since it was listed
-                _AddFailure(QStringLiteral("%1 cannot be examined: %2").arg(Name(path), Reason(error)));
+                _AddFailure(path, QStringLiteral("%1 cannot be examined: %2").arg(Name(path), Reason(error)));
             return;
         }
 
@@ -92,7 +92,9 @@ private:
 
         std::optional<QString> const name = DecodeUtf8(QByteArray::fromStdString(bytes));
         if (!name) {
-            _listing.problems.append(QStringLiteral("%1 is left out: its name is not valid UTF-8").arg(Name(path)));
+            _AddProblem(path,
+                        QStringLiteral("%1 is left out: its name is not valid UTF-8").arg(Name(path)),
+                        QStringLiteral("rename it, then scan again"));
         }
         else if (isDirectory) {
             _listing.directories.append(*name);
@@ -134,16 +136,23 @@ private:
             target = *text;
             return true;
         }
-        _listing.problems.append(error ? QStringLiteral("the link %1 cannot be read: %2").arg(Name(path), Reason(error))
-                                       : QStringLiteral("%1 is left out: its target %2 is not valid "
-                                                        "UTF-8")
-                                             .arg(Name(path), Name(bytes)));
+        _AddProblem(
+            path,
+            error ? QStringLiteral("the link %1 cannot be read: %2").arg(Name(path), Reason(error))
+                  : QStringLiteral("%1 is left out: its target %2 is not valid UTF-8").arg(Name(path), Name(bytes)),
+            QStringLiteral("make the link anew, then scan again"));
         return false;
     }
 
-    void _AddFailure(QString const& problem)
+    void _AddProblem(std::string const& path, QString const& message, QString const& hint)
     {
-        _listing.problems.append(problem);
+        _listing.problems.append({QString::fromStdString(path), message, hint});
+    }
+
+    /// Adds a problem with something that the directory may contain.
+    void _AddFailure(std::string const& path, QString const& message)
+    {
+        _AddProblem(path, message, QStringLiteral("see that it can be read, then scan again"));
         _listing.complete = false;
     }
 

@@ -1,8 +1,11 @@
 #pragma once
 
+#include "ScanProblem.h"
+
 #include <QDateTime>
 #include <QString>
 #include <QStringList>
+#include <QVector>
 
 #include <optional>
 #include <vector>
@@ -31,13 +34,12 @@ struct DirectoryListing
     int brokenLinks = 0;
     /// The number of sockets, pipes and devices, and of links to them.
     int specialFiles = 0;
-    /// Messages for the user on what could not be read or cannot be recorded.
-    QStringList problems;
+    QVector<ScanProblem> problems;
     /// False if the directory may have entries that are missing here.
     bool complete = true;
 };
 
-/// Reads a directory. If it is missing or unreadable, returns an empty listing with a message.
+/// Reads a directory. If it is missing or unreadable, returns an empty listing with a problem.
 DirectoryListing ListDirectory(QString const& path);
 
 } // namespace tandryctl

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "FailureCode.h"
+#include "Output.h"
 
 #include <QByteArray>
 #include <QString>
@@ -24,6 +25,8 @@ public:
     FailureCode code() const noexcept { return _code; }
     QString message() const { return QString::fromUtf8(_message); }
     QString hint() const { return QString::fromUtf8(_hint); }
+    /// Returns what is printed: a line for people, or an object for programs.
+    QString InFormat(OutputFormat format) const;
     char const* what() const noexcept override { return _message.constData(); }
 
 private:

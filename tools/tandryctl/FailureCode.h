@@ -2,9 +2,12 @@
 
 #include "ExitStatus.h"
 
+#include <QString>
+#include <QStringList>
+
 namespace tandryctl {
 
-/// The kind of failure that ends a command.
+/// The kind of failure that ends a command. Scripts rely on the word and the exit status of each: never change them.
 enum class FailureCode
 {
     /// No record matches.
@@ -13,6 +16,8 @@ enum class FailureCode
     Conflict,
     /// A file or folder on disk is not what the command needs.
     UnusableFile,
+    /// The command was carried out in part.
+    Incomplete,
     /// The user answered a question with no.
     Declined,
 
@@ -33,6 +38,12 @@ enum class FailureCode
     /// Any other failure of the store.
     StoreFailed,
 };
+
+/// Returns the name that scripts see, such as "not-found".
+QString WordOf(FailureCode code);
+
+/// Returns the words of all codes.
+QStringList FailureWords();
 
 ExitStatus StatusOf(FailureCode code);
 

@@ -108,12 +108,15 @@ ExitStatus Remove(Session& session, RemoveArguments const& arguments)
     generated.RemoveRecords(file.id);
     transaction.Commit();
 
-    QStringList problems;
+    QVector<ScanProblem> problems;
     int const deleted = generated.Delete(problems);
     session.output().Report(QStringLiteral("removed ") + withDeletion(deleted), FileColumns(), file);
+    QStringList undeleted;
+    for (ScanProblem const& problem : qAsConst(problems))
+        undeleted.append(problem.failure.message());
     if (!problems.isEmpty())
         throw Failure(
-            FailureCode::UnusableFile, problems.join(QStringLiteral("; ")), QStringLiteral("delete it yourself"));
+            FailureCode::Incomplete, undeleted.join(QStringLiteral("; ")), QStringLiteral("delete it yourself"));
     return ExitStatus::Done;
 }
 

@@ -38,7 +38,7 @@ void GeneratedFiles::RemoveRecords(int fileId)
     _session.CheckWritten(_session.files().RemoveFileConfigurationAndLinkedConfigurations(fileId));
 }
 
-int GeneratedFiles::Delete(QStringList& problems) const
+int GeneratedFiles::Delete(QVector<ScanProblem>& problems) const
 {
     int deleted = 0;
     for (QString const& path : _paths) {
@@ -46,8 +46,10 @@ int GeneratedFiles::Delete(QStringList& problems) const
         if (_session.isDryRun() || file.remove())
             ++deleted;
         else
-            problems.append(QStringLiteral("%1 cannot be deleted from the disk: %2, but its record is removed")
-                                .arg(Quoted(path), file.errorString()));
+            problems.append({path,
+                             QStringLiteral("%1 cannot be deleted from the disk: %2, but its record is removed")
+                                 .arg(Quoted(path), file.errorString()),
+                             QStringLiteral("delete it yourself")});
     }
     return deleted;
 }

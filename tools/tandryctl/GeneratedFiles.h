@@ -1,7 +1,10 @@
 #pragma once
 
+#include "ScanProblem.h"
+
 #include <QString>
 #include <QStringList>
+#include <QVector>
 
 namespace tandryctl {
 
@@ -27,9 +30,9 @@ public:
     /// Removes the file's record and those of the files generated from it, which it adds too. Leaves the disk as it is.
     void RemoveRecords(int fileId);
 
-    /// Deletes the files, unless this is a dry run. Returns how many, and adds a message for each one that is still
+    /// Deletes the files, unless this is a dry run. Returns how many, and adds a problem for each one that is still
     /// there.
-    int Delete(QStringList& problems) const;
+    int Delete(QVector<ScanProblem>& problems) const;
 
 private:
     Session& _session;

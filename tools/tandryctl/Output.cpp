@@ -40,6 +40,11 @@ QJsonValue ToJson(QVariant const& value)
     }
 }
 
+bool IsHidden(QVariant const& value)
+{
+    return value.userType() == qMetaTypeId<Hidden>();
+}
+
 bool IsNumber(QVariant const& value)
 {
     return value.type() == QVariant::Int || value.type() == QVariant::LongLong;
@@ -62,6 +67,8 @@ QString WithoutTrailingBlanks(QString line)
 
 QString CellText(QVariant const& value)
 {
+    if (IsHidden(value))
+        return QStringLiteral("(hidden)");
     switch (static_cast<QMetaType::Type>(value.type())) {
     case QMetaType::QDateTime:
         return value.toDateTime().toString(Qt::ISODateWithMs);
@@ -178,8 +185,10 @@ void Output::_ShowRow(QVector<QString> const& names, QVector<QVariant> const& va
 void Output::_WriteObject(QVector<QVariant> const& values)
 {
     QJsonObject object;
-    for (int column = 0; column < values.size(); ++column)
-        object.insert(_names.at(column), ToJson(values.at(column)));
+    for (int column = 0; column < values.size(); ++column) {
+        if (!IsHidden(values.at(column)))
+            object.insert(_names.at(column), ToJson(values.at(column)));
+    }
     _Write((_firstObject ? "\n" : ",\n") + QJsonDocument(object).toJson(QJsonDocument::Compact));
     _firstObject = false;
 }

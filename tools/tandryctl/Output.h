@@ -24,8 +24,12 @@ enum class Shown
     InFull
 };
 
+/// The value of a column that is not shown: "(hidden)" in plain format, a missing key in JSON.
+struct Hidden
+{};
+
 /// One column of a record: its name in the store and the function that reads it. Values are texts, integers, dates, and
-/// lists and maps of these; an invalid value is NULL.
+/// lists and maps of these, or `Hidden`; an invalid value is NULL.
 template <class Record>
 struct Column
 {
@@ -150,3 +154,5 @@ private:
 QString CellText(QVariant const& value);
 
 } // namespace tandryctl
+
+Q_DECLARE_METATYPE(tandryctl::Hidden)

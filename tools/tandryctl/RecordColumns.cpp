@@ -72,7 +72,7 @@ QVariant LinksOf(FileConfiguration const& file)
 QVariant HiddenSecretOf(ProductConfiguration const& product)
 {
     QString const secret = product.getConsumerSecret();
-    return secret.isEmpty() ? secret : QStringLiteral("(hidden)");
+    return secret.isEmpty() ? QVariant(secret) : QVariant::fromValue(Hidden());
 }
 
 } // namespace

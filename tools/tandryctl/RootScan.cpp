@@ -75,8 +75,10 @@ ScanCounts RootScan::Run()
 {
     if (!_rootPlace) {
         // Not pruned: the disk may just not be mounted.
-        _counts.problems.append(QStringLiteral("%1 is not a directory on disk; its records are unchanged")
-                                    .arg(Label("root", _root.getId(), _rootPath)));
+        _counts.problems.append({_rootPath,
+                                 QStringLiteral("%1 is not a directory on disk and its records are unchanged")
+                                     .arg(Label("root", _root.getId(), _rootPath)),
+                                 QStringLiteral("mount its disk or put it back, then scan again")});
         return _counts;
     }
     _LoadRecords();
@@ -122,7 +124,7 @@ bool RootScan::_IsRecordedFolder(QString const& label, QString const& path, Fold
         return true;
     QString const difference = _DifferenceFromRecord(path, now);
     if (!difference.isEmpty() && !_options.acceptNewFolder) {
-        _ReportOtherFolder(label + QLatin1Char(' ') + difference);
+        _ReportOtherFolder(path, label + QLatin1Char(' ') + difference);
         _incomplete.push_back(path);
         return false;
     }
@@ -167,18 +169,19 @@ void RootScan::_FindMissingMountPoints()
             _newOrigins.emplace_back(origin.key(), std::nullopt);
             continue;
         }
-        _ReportOtherFolder(QStringLiteral("the mount point %1 is missing, and was recorded on %2")
+        _ReportOtherFolder(origin.key(),
+                           QStringLiteral("the mount point %1 is missing, and was recorded on %2")
                                .arg(Quoted(origin.key()), Printable(origin->fileSystem)));
         _incomplete.push_back(origin.key());
     }
 }
 
-void RootScan::_ReportOtherFolder(QString const& difference)
+void RootScan::_ReportOtherFolder(QString const& path, QString const& difference)
 {
-    _counts.problems.append(
-        Printable(difference) +
-        QStringLiteral("; its records are unchanged: mount its disk, or give --accept-new-folder if "
-                       "it is to be recorded as it is now"));
+    _counts.problems.append({path,
+                             difference,
+                             QStringLiteral("its records are unchanged: mount its disk, or give --accept-new-folder if "
+                                            "it is to be recorded as it is now")});
 }
 
 void RootScan::_ReadAndRecord()
@@ -380,14 +383,18 @@ bool RootScan::_IsPruningConfirmed(PlannedPruning const& planned, GeneratedFiles
     case Consent::Given:
         return true;
     case Consent::Denied:
-        _counts.problems.append(QStringLiteral("nothing was pruned in ") + root);
+        _counts.problems.append({_rootPath,
+                                 QStringLiteral("nothing was pruned in ") + root,
+                                 QStringLiteral("answer y to prune its records")});
         return false;
     case Consent::CannotAsk:
         break;
     }
     _counts.couldNotAsk = true;
-    _counts.problems.append(QStringLiteral("this would prune %1; without a terminal to confirm it, give --yes%2")
-                                .arg(what, QLatin1String(generated.count() == 0 ? " or a higher --max-prune" : "")));
+    _counts.problems.append({_rootPath,
+                             QStringLiteral("this would prune ") + what,
+                             QStringLiteral("without a terminal to confirm it, give --yes") +
+                                 QLatin1String(generated.count() == 0 ? " or a higher --max-prune" : "")});
     return false;
 }
 
@@ -423,10 +430,15 @@ void RootScan::_AddFolder(QString const& path)
         return; // a problem of its parent has been reported
     FolderConfiguration const folder = _session.Checked(_session.folders().AddFolderAndParent(path, _root));
     if (folder.getId() == -1 || folder.getRootId() != _root.getId()) {
-        _counts.problems.append(folder.getId() == -1 ? QStringLiteral("%1 cannot be recorded below %2")
-                                                           .arg(Quoted(path), Label("root", _root.getId(), _rootPath))
-                                                     : QStringLiteral("%1 is already recorded in root %2")
-                                                           .arg(Quoted(path), QString::number(folder.getRootId())));
+        bool const isElsewhere = folder.getId() != -1;
+        int const root = isElsewhere ? folder.getRootId() : _root.getId();
+        _counts.problems.append({path,
+                                 QStringLiteral("%1 %2 root %3")
+                                     .arg(Quoted(path),
+                                          isElsewhere ? QStringLiteral("is already recorded in")
+                                                      : QStringLiteral("cannot be recorded below"),
+                                          QString::number(root)),
+                                 See(QStringLiteral("tree %1").arg(root))});
         return;
     }
     _folders.insert(path, {folder.getId(), folder.getParentId(), true});

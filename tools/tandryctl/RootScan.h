@@ -10,7 +10,7 @@
 #include <QHash>
 #include <QMap>
 #include <QString>
-#include <QStringList>
+#include <QVector>
 
 #include <optional>
 #include <utility>
@@ -65,7 +65,7 @@ struct ScanCounts
 
     /// Whether a confirmation was needed and there was no terminal to ask for it.
     bool couldNotAsk = false;
-    QStringList problems;
+    QVector<ScanProblem> problems;
 
     ScanCounts& operator+=(ScanCounts const& other);
 };
@@ -122,7 +122,7 @@ private:
     bool _HasRecordsBelow(QString const& path) const;
     /// Reports the mount points that are gone from the disk with their folders, or forgets them if that is accepted.
     void _FindMissingMountPoints();
-    void _ReportOtherFolder(QString const& difference);
+    void _ReportOtherFolder(QString const& path, QString const& difference);
     void _ReadAndRecord();
     /// Compares a directory's entries, adds its sub-directories to `pending` and returns the number of its files.
     qint64 _ReadDirectory(QString const& path, std::vector<QString>& pending);

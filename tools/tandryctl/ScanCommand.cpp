@@ -30,6 +30,16 @@ struct ScannedRoot
     ScanCounts counts;
 };
 
+QVariant EntriesOf(QVector<ScanProblem> const& problems)
+{
+    QVariantList entries;
+    for (ScanProblem const& problem : problems)
+        entries.append(QVariantMap{{QStringLiteral("path"), problem.path},
+                                   {QStringLiteral("message"), problem.failure.message()},
+                                   {QStringLiteral("hint"), problem.failure.hint()}});
+    return entries;
+}
+
 Columns<ScannedRoot> const& ScanColumns()
 {
     using Root = ScannedRoot;
@@ -55,6 +65,7 @@ Columns<ScannedRoot> const& ScanColumns()
         {"filesNotRecorded", Shown::Always, [](Root const& r) { return r.counts.filesNotRecorded; }},
         {"foldersNotRead", Shown::Always, [](Root const& r) { return r.counts.foldersNotRead; }},
         {"problems", Shown::Always, [](Root const& r) { return r.counts.problems.size(); }},
+        {"failed", Shown::InFull, [](Root const& r) { return EntriesOf(r.counts.problems); }},
     };
     return columns;
 }
@@ -118,11 +129,19 @@ void PrintInterruption(Output& output, QVector<ScannedRoot> const& scanned, QVec
     output.PrintLine(QStringLiteral("the next scan goes on from what is recorded"));
 }
 
-ExitStatus StatusOf(ScanCounts const& counts)
+/// In JSON the objects of the roots name the problems.
+ExitStatus ReportProblems(Session& session, ScanCounts const& counts)
 {
-    if (counts.couldNotAsk)
-        return ExitStatus::WrongUsage;
-    return counts.problems.isEmpty() && !counts.isInterrupted ? ExitStatus::Done : ExitStatus::NothingFound;
+    if (counts.problems.isEmpty())
+        return counts.isInterrupted ? ExitStatus::NothingFound : ExitStatus::Done;
+    FailureCode const code = counts.couldNotAsk ? FailureCode::Unconfirmed : FailureCode::Incomplete;
+    if (session.output().format() == OutputFormat::Json)
+        throw Failure(code,
+                      QStringLiteral("the scan met %1").arg(Counted(counts.problems.size(), "problem", "problems")),
+                      QStringLiteral("see what 'failed' holds of each root"));
+    for (ScanProblem const& problem : counts.problems)
+        PrintFailure(problem.failure, OutputFormat::Plain);
+    return StatusOf(code);
 }
 
 ExitStatus Scan(Session& session, Arguments const& arguments)
@@ -154,9 +173,7 @@ ExitStatus Scan(Session& session, Arguments const& arguments)
     if (totals.isInterrupted || scanned.size() < roots.size())
         PrintInterruption(session.output(), scanned, roots);
     session.Flush(); // so that the problems are the last lines on a terminal
-    for (QString const& problem : qAsConst(totals.problems))
-        PrintError(problem);
-    return StatusOf(totals);
+    return ReportProblems(session, totals);
 }
 
 } // namespace

@@ -65,11 +65,16 @@ OpenOptions OptionsFor(StoreAccess access)
 
 } // namespace
 
+OutputFormat FormatOf(SessionOptions const& options)
+{
+    return options.json ? OutputFormat::Json : OutputFormat::Plain;
+}
+
 Session::Session(SessionOptions const& options, StoreAccess access)
     : _storePath(access == StoreAccess::None ? QString() : StorePath(options.storePath))
     , _yes(options.yes || options.dryRun)
     , _dryRun(options.dryRun ? std::make_unique<QTemporaryDir>() : nullptr)
-    , _output(_stdout, options.json ? OutputFormat::Json : OutputFormat::Plain)
+    , _output(_stdout, FormatOf(options))
 {
     if (access == StoreAccess::None)
         return;
@@ -97,7 +102,7 @@ Session::Session(SessionOptions const& options, StoreAccess access)
         throw StoreFailure(openError);
 
     for (QString const& warning : _store->openingWarnings())
-        PrintError(QStringLiteral("warning: ") + Printable(warning));
+        PrintNote(QStringLiteral("warning: ") + OneLine(warning));
 
     _managers.emplace(_store);
     _queries = std::make_unique<StoreQueries>(_store);
@@ -110,7 +115,7 @@ QString Session::_CopyForDryRun(bool exists)
     if (!_dryRun->isValid())
         throw Failure(FailureCode::UnusableFile,
                       QStringLiteral("the dry run has no temporary folder for its copy of the store: %1")
-                          .arg(Printable(_dryRun->errorString())),
+                          .arg(OneLine(_dryRun->errorString())),
                       QStringLiteral("set TMPDIR to a folder that you may write"));
     QString const path = _dryRun->filePath(QStringLiteral("store.db"));
     if (!exists)
@@ -151,7 +156,7 @@ void Session::Announce(QString const& line)
     if (_yes && _output.format() == OutputFormat::Plain)
         _output.PrintLine(line);
     else
-        PrintError(line);
+        PrintNote(line);
 }
 
 Consent Session::AskFor(QString const& question) const

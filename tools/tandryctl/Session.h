@@ -61,6 +61,8 @@ struct SessionOptions
     bool dryRun = false;
 };
 
+OutputFormat FormatOf(SessionOptions const& options);
+
 /// The open store with its managers, and the output of one command.
 ///
 /// A manager returns the same for a miss and for a failure, so every result is passed to `Checked` or `CheckWritten`,

@@ -20,12 +20,12 @@ std::unique_ptr<PrivateCopy> CopyPrivately(QString const& storePath, StoreErrorK
     std::unique_ptr<PrivateCopy> copy = PrivateCopy::Make(storePath, error);
     if (copy == nullptr)
         throw Failure(FailureCode::StoreFailed,
-                      Printable(error),
+                      OneLine(error),
                       QStringLiteral("name a folder with more room in the environment variable TMPDIR"));
-    PrintError(QStringLiteral("the store %1 %2; this reads a private copy of it, and the store stays as it is")
-                   .arg(Quoted(storePath),
-                        reason == StoreErrorKind::NotClosed ? QStringLiteral("was not closed")
-                                                            : QStringLiteral("has an older version")));
+    PrintNote(QStringLiteral("the store %1 %2; this reads a private copy of it, and the store stays as it is")
+                  .arg(Quoted(storePath),
+                       reason == StoreErrorKind::NotClosed ? QStringLiteral("was not closed")
+                                                           : QStringLiteral("has an older version")));
     return copy;
 }
 

@@ -1,5 +1,7 @@
 #include "Terminal.h"
 
+#include "Failure.h"
+
 #include <iostream>
 #include <string>
 
@@ -21,9 +23,14 @@ void WriteError(QString const& text)
     std::cerr << text.toUtf8().constData() << std::flush;
 }
 
-void PrintError(QString const& line)
+void PrintNote(QString const& line)
 {
     WriteError(QStringLiteral("tandryctl: %1\n").arg(line));
+}
+
+void PrintFailure(Failure const& failure, OutputFormat format)
+{
+    WriteError(failure.InFormat(format) + QLatin1Char('\n'));
 }
 
 bool CanShowProgress()
