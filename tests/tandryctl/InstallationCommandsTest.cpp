@@ -56,6 +56,14 @@ protected:
         return Run(QStringList{"product"_q, "add"_q, "--name"_q, name, "--key"_q, key, "--server"_q, "2"_q} + more,
                    input);
     }
+
+    /// Returns the only product as it is stored.
+    QVector<QVariant> Row()
+    {
+        return RawStore(StorePath())
+            .Rows("SELECT name, consumerKey, consumerSecret, serverId, nameValueProperties FROM ProductConfiguration"_q)
+            .at(0);
+    }
 };
 
 } // namespace
@@ -393,16 +401,46 @@ TEST_F(ProductCommandsTest, UpdateChangesOnlyWhatIsGiven)
     EXPECT_EQ(product.value("serverId"_q).toInt(), 2);
 }
 
-TEST_F(ProductCommandsTest, UpdateAsksBeforeItRemovesASecret)
+TEST_F(ProductCommandsTest, UpdateKeepsTheSecretAndTheProperties)
 {
     AddProduct("A"_q, "k"_q, {"--secret-file"_q, "-"_q}, "s3cret\n");
-    RunResult const refused = Run({"product"_q, "update"_q, "1"_q, "--name"_q, "B"_q});
-    EXPECT_EQ(refused.status, 2);
-    EXPECT_TRUE(refused.err.contains("consumer secret"_q));
-    EXPECT_EQ(RunOnTerminal({"product"_q, "update"_q, "1"_q, "--name"_q, "B"_q}, "n\n").status, 1);
-    EXPECT_EQ(Value("SELECT consumerSecret FROM ProductConfiguration"_q).toString(), "s3cret"_q);
-    RunSuccessfully({"product"_q, "update"_q, "1"_q, "--name"_q, "B"_q, "--yes"_q});
+    Sql("UPDATE ProductConfiguration SET nameValueProperties = '<properties><a>1</a></properties>'"_q);
+    RunSuccessfully({"product"_q, "update"_q, "1"_q, "--name"_q, "B"_q});
+    EXPECT_EQ(Row(), (QVector<QVariant>{"B"_q, "k"_q, "s3cret"_q, 2LL, "<properties><a>1</a></properties>"_q}));
+}
+
+TEST_F(ProductCommandsTest, UpdateKeepsWhatIsNullOrEmpty)
+{
+    AddProduct("A"_q, "k"_q);
+    Sql("UPDATE ProductConfiguration SET nameValueProperties = NULL"_q);
+    RunSuccessfully({"product"_q, "update"_q, "1"_q, "--name"_q, "B"_q});
+    EXPECT_EQ(Row(), (QVector<QVariant>{"B"_q, "k"_q, QVariant(), 2LL, QVariant()}));
+    Sql("UPDATE ProductConfiguration SET consumerSecret = '', nameValueProperties = ''"_q);
+    RunSuccessfully({"product"_q, "update"_q, "1"_q, "--name"_q, "C"_q});
+    EXPECT_EQ(Row(), (QVector<QVariant>{"C"_q, "k"_q, ""_q, 2LL, ""_q}));
+}
+
+TEST_F(ProductCommandsTest, UpdateReplacesOrRemovesTheSecretByAFile)
+{
+    AddProduct("A"_q, "k"_q, {"--secret-file"_q, "-"_q}, "s3cret\n");
+    EXPECT_EQ(Run({"product"_q, "update"_q, "1"_q, "--secret-file"_q, "-"_q}, "from-input\n").status, 0);
+    EXPECT_EQ(Value("SELECT consumerSecret FROM ProductConfiguration"_q).toString(), "from-input"_q);
+    WriteFile("secret"_q, "from-a-file\n");
+    RunSuccessfully({"product"_q, "update"_q, "1"_q, "--secret-file"_q, At("secret")});
+    EXPECT_EQ(Value("SELECT consumerSecret FROM ProductConfiguration"_q).toString(), "from-a-file"_q);
+    EXPECT_EQ(Run({"product"_q, "update"_q, "1"_q, "--secret-file"_q, At("missing"), "--name"_q, "B"_q}).status, 1);
+    EXPECT_EQ(Value("SELECT name FROM ProductConfiguration"_q).toString(), "A"_q);
+    RunSuccessfully({"product"_q, "update"_q, "1"_q, "--secret-file"_q, "/dev/null"_q});
     EXPECT_TRUE(Value("SELECT consumerSecret FROM ProductConfiguration"_q).isNull());
+}
+
+TEST_F(ProductCommandsTest, ReplacedSecretIsFoundNowhereInTheStore)
+{
+    AddProduct("A"_q, "k"_q, {"--secret-file"_q, "-"_q}, "s3cret-of-old\n");
+    EXPECT_EQ(Run({"product"_q, "update"_q, "1"_q, "--secret-file"_q, "-"_q}, "new\n").status, 0);
+    QFile file(StorePath());
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    EXPECT_FALSE(file.readAll().contains("s3cret-of-old"));
 }
 
 TEST_F(ProductCommandsTest, UpdateRefusesTheKeyOfAnotherProductOnItsServer)

@@ -34,7 +34,8 @@ QString LabelOf(ProductConfiguration const& product)
     return Label("product", product.getId(), product.getName());
 }
 
-/// Reads the first line of a file, or of standard input for "-": other users can see command lines.
+/// Reads the first line of a file, or of standard input for "-": other users can see command lines. Returns null if it
+/// is empty.
 QString ReadSecret(QString const& path)
 {
     QFile file(path);
@@ -52,7 +53,13 @@ QString ReadSecret(QString const& path)
         throw Failure(FailureCode::WrongUsage,
                       QStringLiteral("the secret in %1 is not valid UTF-8").arg(Quoted(path)),
                       QStringLiteral("give a file with text in UTF-8"));
-    return *secret;
+    return secret->isEmpty() ? QString() : *secret;
+}
+
+/// Returns the secret that the options name, or null. Call it before a transaction: it may wait for input.
+QString GivenSecret(Arguments const& arguments)
+{
+    return arguments.secretFile ? ReadSecret(*arguments.secretFile) : QString();
 }
 
 void Fill(Session& session, ProductConfiguration& product, Arguments const& arguments)
@@ -83,8 +90,7 @@ void RefuseDuplicate(Session& session, ProductConfiguration const& product, int 
 ExitStatus Add(Session& session, Arguments const& arguments)
 {
     ProductConfiguration product;
-    if (arguments.secretFile)
-        product.setConsumerSecret(ReadSecret(*arguments.secretFile)); // before the transaction: this may wait for input
+    product.setConsumerSecret(GivenSecret(arguments));
     ClientTransaction transaction(session);
     Fill(session, product, arguments);
     RefuseDuplicate(session, product, *arguments.server);
@@ -114,16 +120,17 @@ ExitStatus Show(Session& session, Arguments const& arguments)
 
 ExitStatus Update(Session& session, Arguments const& arguments)
 {
-    if (ProductConfiguration const before = FindProduct(session, arguments.id); !before.getConsumerSecret().isEmpty())
-        session.ConfirmRemoval(
-            QStringLiteral("the consumer secret of %1, as every update of a product does").arg(LabelOf(before)));
-
+    QString const secret = GivenSecret(arguments);
     ClientTransaction transaction(session);
     ProductConfiguration product = FindProduct(session, arguments.id);
+    ProductRemainder remainder = session.Checked(session.queries().RemainderOfProduct(arguments.id));
+    if (arguments.secretFile)
+        remainder.consumerSecret = secret;
     int const serverId = ServerIdOf(product);
     Fill(session, product, arguments);
     RefuseDuplicate(session, product, arguments.server.value_or(serverId));
     session.CheckWritten(session.products().Update(product));
+    session.CheckWritten(session.queries().WriteRemainderOfProduct(arguments.id, remainder));
     transaction.Commit();
     session.output().Report(
         QStringLiteral("updated ") + LabelOf(product), ProductColumns(), FindProduct(session, arguments.id));
@@ -156,7 +163,11 @@ Command& AddFieldOptions(Command& command, Arguments& arguments)
 {
     return command.Option("--name", arguments.name, "NAME", "The product's name")
         .Option("--key", arguments.key, "KEY", "The consumer key")
-        .Option("--server", arguments.server, "The product's server");
+        .Option("--server", arguments.server, "The product's server")
+        .Option("--secret-file",
+                arguments.secretFile,
+                "FILE",
+                "The file whose first line is the consumer secret; - for standard input");
 }
 
 } // namespace
@@ -168,10 +179,6 @@ void AddProductCommands(Command& top)
 
     Command add = products.Add("add", "Add a product");
     AddFieldOptions(add, *arguments)
-        .Option("--secret-file",
-                arguments->secretFile,
-                "FILE",
-                "The file whose first line is the consumer secret; - for standard input")
         .Require("--name")
         .Require("--key")
         .Require("--server")
@@ -191,10 +198,11 @@ void AddProductCommands(Command& top)
 
     Command update = products.Add("update", "Change a product");
     AddFieldOptions(update.Argument("ID", arguments->id, "The product's id"), *arguments)
-        .Remark(
-            "Options that are not given leave their values unchanged, but every update removes the consumer secret.\n"
-            "Asks for confirmation if there is one.")
-        .Example("product update 1 --name Notes", "rename product 1")
+        .Remark("Options that are not given leave their values unchanged. An empty first line of the secret's file "
+                "removes\n"
+                "the secret.")
+        .Example("product update 1 --name Notes", "rename product 1 and keep its secret")
+        .Example("product update 1 --secret-file - <secret.txt", "replace its secret")
         .Run(StoreAccess::Write, [arguments](Session& session) { return Update(session, *arguments); });
 
     products.Add("remove", "Remove a product")

@@ -32,6 +32,28 @@ int StoreQueries::CountReferencesToTree(char const* table, char const* column, i
                   folderId);
 }
 
+ProductRemainder StoreQueries::RemainderOfProduct(int id)
+{
+    auto const query = _store->CreateQuery();
+    static_cast<void>(query->prepare(
+        QStringLiteral("SELECT consumerSecret, nameValueProperties FROM ProductConfiguration WHERE id = :id")));
+    query->bindValue(QStringLiteral(":id"), id);
+    if (!query->exec() || !query->next())
+        return {};
+    return {query->value(0), query->value(1)};
+}
+
+bool StoreQueries::WriteRemainderOfProduct(int id, ProductRemainder const& remainder)
+{
+    auto const query = _store->CreateQuery();
+    static_cast<void>(query->prepare(QStringLiteral("UPDATE ProductConfiguration SET consumerSecret = :consumerSecret, "
+                                                    "nameValueProperties = :nameValueProperties WHERE id = :id")));
+    query->bindValue(QStringLiteral(":consumerSecret"), remainder.consumerSecret);
+    query->bindValue(QStringLiteral(":nameValueProperties"), remainder.nameValueProperties);
+    query->bindValue(QStringLiteral(":id"), id);
+    return query->exec();
+}
+
 QVector<int> StoreQueries::ScheduleIds()
 {
     return _Integers(QStringLiteral("SELECT id FROM Schedules ORDER BY id"));

@@ -4,6 +4,7 @@
 
 #include <QHash>
 #include <QString>
+#include <QVariant>
 #include <QVector>
 
 #include <memory>
@@ -19,7 +20,14 @@ class ScheduleEntry;
 
 namespace tandryctl {
 
-/// Statements that no manager offers, run through the store's public interface.
+/// The columns of a product that `ProductConfigManager::Update` sets to NULL or to no properties, as they are stored.
+struct ProductRemainder
+{
+    QVariant consumerSecret;
+    QVariant nameValueProperties;
+};
+
+/// Statements that no manager offers, through the store's public interface.
 ///
 /// Like the managers, returns the same for a miss and for a failure; the store's `LastError` tells which.
 class StoreQueries
@@ -32,6 +40,10 @@ public:
 
     /// The same for the folder with this id and all folders below it.
     int CountReferencesToTree(char const* table, char const* column, int folderId);
+
+    ProductRemainder RemainderOfProduct(int id);
+    /// Writes the columns back. Returns false on failure.
+    [[nodiscard]] bool WriteRemainderOfProduct(int id, ProductRemainder const& remainder);
 
     /// Returns the ids of all schedules in ascending order.
     QVector<int> ScheduleIds();
