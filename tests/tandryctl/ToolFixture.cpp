@@ -29,8 +29,6 @@ namespace tandryctl::test {
 
 namespace {
 
-constexpr int TimeoutMsec = 110'000;
-
 QString const Program = QStringLiteral(TANDRYCTL_PROGRAM);
 
 class UnprivilegedProcess : public QProcess
@@ -123,6 +121,15 @@ ToolTest::RunWithoutStore(QStringList const& arguments, QStringList const& envir
     process.setProcessEnvironment(HomeEnvironment(folder.path(), environment));
     process.setWorkingDirectory(folder.path());
     return RunProcess(process, arguments, input);
+}
+
+std::unique_ptr<QProcess> ToolTest::Start(QStringList const& arguments)
+{
+    auto process = std::make_unique<QProcess>();
+    process->setProcessEnvironment(HomeEnvironment(folder.path()));
+    process->start(Program, _OnStore(arguments));
+    EXPECT_TRUE(process->waitForStarted(TimeoutMsec)) << process->errorString().toStdString();
+    return process;
 }
 
 RunResult ToolTest::RunInShell(QString const& redirection, QStringList const& arguments, QString const& before)

@@ -5,6 +5,7 @@
 #include <QByteArray>
 #include <QJsonArray>
 #include <QJsonObject>
+#include <QProcess>
 #include <QProcessEnvironment>
 #include <QString>
 #include <QStringList>
@@ -13,6 +14,7 @@
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <memory>
 #include <optional>
 #include <ostream>
 #include <vector>
@@ -23,6 +25,8 @@ void PrintTo(QJsonObject const& object, std::ostream* out);
 namespace tandryctl::test {
 
 using tandry::test::operator""_q;
+
+constexpr int TimeoutMsec = 110'000;
 
 /// The result of a run of the program.
 struct RunResult
@@ -68,6 +72,9 @@ protected:
     /// Runs the program on the test's store from a shell, with a redirection behind its arguments and commands in
     /// front.
     RunResult RunInShell(QString const& redirection, QStringList const& arguments, QString const& before = {});
+
+    /// Starts the program on the test's store.
+    std::unique_ptr<QProcess> Start(QStringList const& arguments);
 
     /// Runs the program so that file permissions apply to it, even for root. Returns nothing if that is not possible.
     std::optional<RunResult> RunWithoutPrivileges(QStringList const& arguments);

@@ -3,6 +3,7 @@
 #include "Failure.h"
 #include "Interruption.h"
 #include "StandardOutput.h"
+#include "StoreFailure.h"
 #include "Terminal.h"
 #include "Text.h"
 
@@ -52,6 +53,7 @@ struct NumberForm
 };
 
 constexpr NumberForm IdForm{1, " is not an id, a whole number from 1 up"};
+constexpr NumberForm SecondsForm{0, " is not a whole number from 0 up"};
 constexpr NumberForm CountForm{1, " is not a whole number from 1 up"};
 constexpr NumberForm AnyNumberForm{std::numeric_limits<int>::min(), " is not a whole number"};
 
@@ -234,7 +236,8 @@ void Command::Run(StoreAccess access, std::function<ExitStatus(Session&)> action
 
 void Command::Run(std::function<StoreAccess()> access, std::function<ExitStatus(Session&)> action)
 {
-    _app->footer(_app->get_footer() + "\nAll commands accept --store, --json and --yes too: see 'tandryctl --help'.");
+    _app->footer(_app->get_footer() +
+                 "\nAll commands accept --store, --wait, --json and --yes too: see 'tandryctl --help'.");
     _app->final_callback([line = _line, access = std::move(access), action = std::move(action)] {
         // Run after parsing, so that its failures are not caught as errors of the parser.
         line->_chosen = CommandLine::ChosenCommand{access(), action};
@@ -252,6 +255,12 @@ CommandLine::CommandLine()
     AddText(*_app, "--store", _options.storePath, "The store file; by default $TANDRY_STORE, or the user's own store")
         ->type_name("FILE");
     _app->add_flag("--json", _options.json, "Print JSON: an array of objects, or an object for an error");
+    AddNumber(*_app,
+              "--wait",
+              _options.waitSeconds,
+              "How long to wait for a store that another program has locked; 5 by default",
+              SecondsForm)
+        ->type_name("SECONDS");
     _app->add_flag("-y,--yes", _options.yes, "Don't ask before removing and pruning");
 }
 
@@ -288,7 +297,8 @@ ExitStatus CommandLine::_RunAndReport()
         return _RunChosen();
     }
     catch (Failure const& failure) {
-        return _Report(failure);
+        bool const isLocked = failure.code() == FailureCode::StoreLocked; // the store is closed by now
+        return _Report(isLocked ? WithLockHolders(failure, StorePathOf(_options)) : failure);
     }
 }
 

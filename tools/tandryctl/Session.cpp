@@ -14,6 +14,8 @@
 #include <QFileInfo>
 #include <QStandardPaths>
 
+#include <algorithm>
+#include <limits>
 #include <optional>
 
 namespace tandryctl {
@@ -25,18 +27,6 @@ using sync::database::StoreError;
 
 namespace {
 
-/// Refuses an empty name, usually an unset variable of a script: a command must not change the user's own store then.
-QString StorePath(std::optional<QString> const& given)
-{
-    if (given && given->isEmpty())
-        throw Failure(FailureCode::WrongUsage,
-                      QStringLiteral("the store's name is empty"),
-                      QStringLiteral("give a file with --store or in TANDRY_STORE, or neither for your own store"));
-    if (given)
-        return *given;
-    return QStandardPaths::writableLocation(QStandardPaths::AppDataLocation) + QStringLiteral("/tandry.db");
-}
-
 [[noreturn]] void ThrowNoStore(QString const& path)
 {
     throw Failure(FailureCode::StoreMissing,
@@ -44,9 +34,12 @@ QString StorePath(std::optional<QString> const& given)
                   QStringLiteral("create it with 'tandryctl --store FILE init' or give another one"));
 }
 
-OpenOptions OptionsFor(StoreAccess access)
+OpenOptions OptionsFor(StoreAccess access, std::optional<int> waitSeconds)
 {
+    constexpr int MostSeconds = std::numeric_limits<int>::max() / 1000;
     OpenOptions options;
+    if (waitSeconds)
+        options.busyTimeoutMsec = std::min(*waitSeconds, MostSeconds) * 1000;
     switch (access) {
     case StoreAccess::Create:
         options.mode = OpenMode::OpenOrCreate;
@@ -65,13 +58,25 @@ OpenOptions OptionsFor(StoreAccess access)
 
 } // namespace
 
+QString StorePathOf(SessionOptions const& options)
+{
+    if (options.storePath && options.storePath->isEmpty())
+        throw Failure(FailureCode::WrongUsage,
+                      QStringLiteral("the store's name is empty"),
+                      QStringLiteral("give a file with --store or in TANDRY_STORE, or neither for your own store"));
+    if (options.storePath)
+        return *options.storePath;
+    return QStandardPaths::writableLocation(QStandardPaths::AppDataLocation) + QStringLiteral("/tandry.db");
+}
+
 OutputFormat FormatOf(SessionOptions const& options)
 {
     return options.json ? OutputFormat::Json : OutputFormat::Plain;
 }
 
 Session::Session(SessionOptions const& options, StoreAccess access)
-    : _storePath(access == StoreAccess::None ? QString() : StorePath(options.storePath))
+    : _storePath(access == StoreAccess::None ? QString() : StorePathOf(options))
+    , _waitSeconds(options.waitSeconds)
     , _yes(options.yes || options.dryRun)
     , _dryRun(options.dryRun ? std::make_unique<QTemporaryDir>() : nullptr)
     , _output(_stdout, FormatOf(options))
@@ -94,8 +99,8 @@ Session::Session(SessionOptions const& options, StoreAccess access)
         return;
 
     StoreError openError;
-    _store =
-        SqliteDatabaseFactory::Open(isDryRun() ? _CopyForDryRun(exists) : _storePath, openError, OptionsFor(access));
+    _store = SqliteDatabaseFactory::Open(
+        isDryRun() ? _CopyForDryRun(exists) : _storePath, openError, OptionsFor(access, _waitSeconds));
     if (!_store && access == StoreAccess::Read && NeedsPrivateCopy(openError.kind))
         _OpenPrivateCopy(openError);
     else if (!_store)
@@ -121,7 +126,7 @@ QString Session::_CopyForDryRun(bool exists)
     if (!exists)
         return path;
     StoreError error;
-    auto const store = SqliteDatabaseFactory::Open(_storePath, error, OptionsFor(StoreAccess::Read));
+    auto const store = SqliteDatabaseFactory::Open(_storePath, error, OptionsFor(StoreAccess::Read, _waitSeconds));
     if (!store && NeedsPrivateCopy(error.kind)) {
         _copy = CopyPrivately(_storePath, error.kind);
         return _copy->path();
@@ -137,7 +142,7 @@ void Session::_OpenPrivateCopy(StoreError const& reason)
 {
     _copy = CopyPrivately(_storePath, reason.kind);
     StoreError error;
-    _store = SqliteDatabaseFactory::Open(_copy->path(), error, OptionsFor(StoreAccess::Write));
+    _store = SqliteDatabaseFactory::Open(_copy->path(), error, OptionsFor(StoreAccess::Write, _waitSeconds));
     if (!_store)
         throw StoreFailure(error);
 }

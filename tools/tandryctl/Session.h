@@ -55,11 +55,17 @@ struct SessionOptions
 {
     /// Without a value, the user's own store.
     std::optional<QString> storePath;
+    /// How long to wait for a lock of another program; nothing for the library's own time.
+    std::optional<int> waitSeconds;
     bool json = false;
     bool yes = false;
     /// Runs the command on a copy of the store.
     bool dryRun = false;
 };
+
+/// Returns the store's file as the options name it. Refuses an empty name, usually an unset variable of a script: a
+/// command must not change the user's own store then.
+QString StorePathOf(SessionOptions const& options);
 
 OutputFormat FormatOf(SessionOptions const& options);
 
@@ -132,6 +138,7 @@ private:
     QString _CopyForDryRun(bool exists);
 
     QString const _storePath;
+    std::optional<int> const _waitSeconds;
     bool const _yes;
     std::unique_ptr<QTemporaryDir> _dryRun;
     bool _isNew = false;

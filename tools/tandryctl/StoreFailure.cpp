@@ -2,12 +2,17 @@
 
 #include "Text.h"
 
+#include "database/AbsolutePath.h"
 #include "database/StoreError.h"
+#include "tools/findings/LockHolders.h"
+
+#include <QStringList>
 
 namespace tandryctl {
 
 using sync::database::StoreError;
 using sync::database::StoreErrorKind;
+using tandry::findings::LockHolder;
 
 namespace {
 
@@ -21,7 +26,8 @@ Advice AdviceOn(StoreErrorKind kind)
 {
     switch (kind) {
     case StoreErrorKind::Locked:
-        return {FailureCode::StoreLocked, QStringLiteral("try again when the other program has finished")};
+        return {FailureCode::StoreLocked,
+                QStringLiteral("try again when the other program has finished, or wait longer with --wait SECONDS")};
     case StoreErrorKind::Full:
         return {FailureCode::StoreFull, QStringLiteral("free space there, then try again")};
     case StoreErrorKind::ReadOnly:
@@ -56,6 +62,14 @@ Advice AdviceOn(StoreErrorKind kind)
             QStringLiteral("see that the file, its folder and the disk can be used, then try again")};
 }
 
+QString NameOf(LockHolder const& holder)
+{
+    if (holder.processId <= 0)
+        return QStringLiteral("a process that is not visible from here");
+    QString const process = QStringLiteral("process %1").arg(holder.processId);
+    return holder.program.isEmpty() ? process : process + QStringLiteral(" (%1)").arg(QuotedBytes(holder.program));
+}
+
 } // namespace
 
 Failure StoreFailure(StoreError const& error, QString const& hintForOther)
@@ -63,6 +77,19 @@ Failure StoreFailure(StoreError const& error, QString const& hintForOther)
     Advice const advice = AdviceOn(error.kind);
     bool const isReplaced = advice.code == FailureCode::StoreFailed && !hintForOther.isNull();
     return {advice.code, OneLine(error.text), isReplaced ? hintForOther : advice.hint};
+}
+
+Failure WithLockHolders(Failure const& failure, QString const& storePath)
+{
+    QStringList names;
+    for (LockHolder const& holder : tandry::findings::FindLockHolders(sync::database::AbsolutePath(storePath)))
+        names.append(NameOf(holder));
+    if (names.isEmpty())
+        return failure;
+    QString const verb = QLatin1String(names.size() == 1 ? "holds" : "hold");
+    return {failure.code(),
+            failure.message() + QStringLiteral(": %1 %2 the lock").arg(JoinWithAnd(names), verb),
+            failure.hint()};
 }
 
 } // namespace tandryctl

@@ -12,4 +12,8 @@ namespace tandryctl {
 /// replaces the hint for errors of the kind `Other` where the command knows more.
 Failure StoreFailure(sync::database::StoreError const& error, QString const& hintForOther = {});
 
+/// Returns the failure of a command whose store is locked, with the processes that hold the lock. The calling process
+/// must have closed the store.
+Failure WithLockHolders(Failure const& failure, QString const& storePath);
+
 } // namespace tandryctl
