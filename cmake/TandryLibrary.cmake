@@ -22,6 +22,10 @@ function(tandry_library name)
     "$<BUILD_INTERFACE:${generated}>"
     "$<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/tandry>")
   target_compile_features(${target} PUBLIC cxx_std_17)
+  if(NOT TANDRY_SANITIZE AND NOT TANDRY_COVERAGE)
+    # The check of the binary interface reads the layouts of classes in the debug information.
+    target_compile_options(${target} PRIVATE "$<$<CONFIG:Debug>:-g>")
+  endif()
   set_target_properties(${target} PROPERTIES
     EXPORT_NAME ${name}
     VERSION ${PROJECT_VERSION}

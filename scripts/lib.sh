@@ -102,6 +102,14 @@ require_packages() {
     die "could not install ${missing[*]}: is there a network? As root: apt-get install ${missing[*]}"
 }
 
+# The headers of the shared libraries that are installed.
+public_headers() {
+    local folder
+    for folder in interf database config; do
+        sed -n "/^ *HEADERS *$/,/)/ s|^ *\([[:alnum:]]*\.h\))\{0,1\}$|$folder/\1|p" "$folder/CMakeLists.txt"
+    done
+}
+
 # Configures and builds a preset; further arguments go to `cmake --build`.
 build_preset() {
     local preset=$1
