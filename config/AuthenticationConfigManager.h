@@ -23,6 +23,7 @@ class TANDRY_CONFIGURATION_EXPORT AuthenticationConfigManager : public sync::int
     Q_OBJECT
 
 public:
+    /// Keeps a share of the factory, which must not be null, and makes no call on it.
     explicit AuthenticationConfigManager(std::shared_ptr<sync::interf::factory::IDatabaseFactory> databaseFactory);
     ~AuthenticationConfigManager() override;
 

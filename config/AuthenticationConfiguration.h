@@ -30,8 +30,11 @@ public:
 
     /// The row's id; -1 for a record without a row.
     int getId() const;
+    /// The domain that the server knows the user by; null and empty are kept apart.
     QString getDomain() const;
+    /// The server's id of the domain, in the client's own terms.
     QString getDomainId() const;
+    /// The user's name on the server.
     QString getUserName() const;
     /// In memory only: null in every record that a manager returns.
     QString getPassword() const;
@@ -46,6 +49,7 @@ public:
     void setServerId(int value);
 
 protected:
+    /// Copies all members of the other record.
     void _CopyMembers(AuthenticationConfiguration const& other);
 
 private:

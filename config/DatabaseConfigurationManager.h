@@ -40,6 +40,7 @@ public:
     virtual QString ToNameValuePropertyString(QMap<QString, QString> properties);
 
 protected:
+    /// The store. Never null.
     std::shared_ptr<sync::interf::factory::IDatabaseFactory> _databaseFactory;
 };
 

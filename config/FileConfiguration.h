@@ -54,11 +54,13 @@ public:
     FileConfiguration& operator=(FileConfiguration const& other);
     virtual ~FileConfiguration();
 
+    /// The state of the file's synchronisation; `FileSyncStatusNotSynced` in a new record.
     FileSynchronizationStatus getSyncStatus() const;
     /// Whether the status was set since the record was created, read from a store or reset. Never stored.
     bool getSyncStatusChanged() const;
     /// Counts as a change even if the value is the same.
     void setSyncStatus(FileSynchronizationStatus value);
+    /// Makes `getSyncStatusChanged` return false; the status stays.
     void resetSyncStatusChanged();
 
     /// Sets `privileges` to the rights that the words of the text name: "view", "download", "update", "delete" and
@@ -82,22 +84,29 @@ public:
     int id = -1;
     /// The id of the folder that contains the file.
     int folderConfigurationId = -1;
+    /// The consumer product that the file belongs to, -1 for none.
     int productConfigurationId = -1;
+    /// The file's name, without folders.
     QString name;
     /// Absolute, with `/` as separator.
     QString clientPath;
+    /// Path on the server.
     QString serverPath;
-    /// The client chooses the form of both checksums.
+    /// In a form of the client's choice; the library computes no checksum.
     QString checkSum;
+    /// In a form of the client's choice, like `checkSum`.
     QString checkSumMD5;
     /// Of all times, a store keeps the clock reading, and returns it as UTC.
     QDateTime createdDateTime;
+    /// As for `createdDateTime`.
     QDateTime lastModifiedDateTime;
     /// In bytes.
     qint64 size = 0;
+    /// In the client's own terms.
     int lastOperationType = 0;
     /// Keys must be XML names.
     QMap<QString, QString> nameValueProperties;
+    /// As for `createdDateTime`.
     QDateTime lastOperationTime;
     /// The id of the root that contains the file.
     int rootFolderId = -1;
@@ -105,17 +114,24 @@ public:
     int syncOption = FileSyncOptionNone;
     /// For a generated file, the id of the file in the table `FileConfiguration` from which it was generated.
     int parentFileId = -1;
+    /// The server's id of the owner.
     QString ownerId;
     /// The user's rights: 1 view, 2 download, 4 update, 8 delete, 16 share.
     int privileges = 31;
+    /// The kind, and with it the table that the record is written to.
     FileConfigurationType fileType = FileConfigurationTypeFile;
+    /// The server's id of the file.
     QString serverFileId;
+    /// The server's id of the file's version.
     QString serverFileVersionId;
+    /// Stored as a document. One of another program is read within the limits of
+    /// `DatabaseConfigurationManager::ToNameValuePropertyMap`; beyond them it gives no links and no date.
     QList<FileLink> fileLinks;
     /// The date of the links. Stored with them, in whole seconds and UTC.
     QDateTime fileDate;
 
 protected:
+    /// Copies all members of the other record.
     void _CopyMembers(FileConfiguration const& other);
 
 private:

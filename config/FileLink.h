@@ -25,6 +25,7 @@ public:
     QString path;
     /// For the client's own use; stored unchanged.
     QString refId;
+    /// The linked file's `serverFileId`.
     QString serverFileId;
 };
 

@@ -90,34 +90,51 @@ public:
 
     /// The row's id; -1 for a record without a row. Only the manager sets it.
     int getId() const;
+    /// The account that the folder is synchronised with, -1 for none.
     int getAuthenticationId() const;
+    /// The consumer product that the folder belongs to, -1 for none.
     int getProductConfigurationId() const;
+    /// The name to show; of a folder that `AddFolderAndParent` adds, the last part of its path.
     QString getName() const;
+    /// The server's short key of the folder; folders that `AddFolderAndParent` adds get their root's.
     QString getRemoteShortKey() const;
+    /// The server's long key of the folder; folders that `AddFolderAndParent` adds get their server path.
     QString getRemoteLongKey() const;
     /// Absolute, with `/` as separator.
     QString getClientPath() const;
+    /// Path on the server.
     QString getServerPath() const;
+    /// The state of the folder's synchronisation; `FolderStatusInitial` in a new record.
     FolderSynchronizationStatus getSyncStatus() const;
     /// Whether the status was set since the record was created, read from a store or reset, even to the same value. If
     /// so, `Add` and `Update` refresh the folder in the shell. Never stored.
     bool getSyncStatusChanged() const;
     /// The id of the parent folder; 0 marks a root, and -1 a folder that has no parent yet.
     int getParentId() const;
+    /// In the zone that was set; in UTC if it comes from the store.
     QDateTime getLastOperationTime() const;
     /// In UTC.
     QDateTime getLastSyncTime() const;
     /// In UTC. Never stored.
     QDateTime getLastServerSyncRequestTime() const;
+    /// What of a root is synchronised. `FolderOptionTopFilesOnly` in a new record: set another value for a root whose
+    /// sub-folders are to count in `IsInExistingClientFolder`.
     SynchronizationFolderOption getFolderOption() const;
+    /// In the client's own terms.
     FolderOperationType getLastOperationType() const;
+    /// In the client's own terms.
     DriveType getSyncDriveType() const;
     /// The id of the root that contains the folder; of a root, its own id.
     int getRootId() const;
+    /// In the client's own terms.
     FolderSyncOption getSyncOption() const;
+    /// The server's id of the owner.
     QString getOwnerId() const;
+    /// The user's rights; all of them in a new record.
     FolderPrivileges getPrivileges() const;
+    /// In the client's own terms.
     QString getServerRoot() const;
+    /// The server's id of the folder.
     QString getServerFolderId() const;
     /// The entry "FeatureName" of the name-value properties; null if there is none.
     QString getFeatureName() const;
@@ -133,6 +150,7 @@ public:
     void setClientPath(QString value);
     void setServerPath(QString value);
     void setSyncStatus(FolderSynchronizationStatus value);
+    /// Makes `getSyncStatusChanged` return false; the status stays.
     void resetSyncStatusChanged();
     void setParentId(int value);
     /// Does not convert the time. The store keeps the clock reading and returns it as UTC.

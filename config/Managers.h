@@ -27,12 +27,12 @@ struct TANDRY_CONFIGURATION_EXPORT Managers
     explicit Managers(std::shared_ptr<sync::interf::factory::IDatabaseFactory> const& databaseFactory,
                       std::shared_ptr<sync::interf::IRefreshNativeFileViewer> const& refreshNativeFileViewer = nullptr);
 
-    std::shared_ptr<ServerConfigManager> servers;
-    std::shared_ptr<AuthenticationConfigManager> accounts;
-    std::shared_ptr<ProductConfigManager> products;
-    std::shared_ptr<FolderConfigManager> folders;
-    std::shared_ptr<FileConfigManager> files;
-    std::shared_ptr<ScheduleEntryManager> schedules;
+    std::shared_ptr<ServerConfigManager> servers;          ///< Never null.
+    std::shared_ptr<AuthenticationConfigManager> accounts; ///< Never null.
+    std::shared_ptr<ProductConfigManager> products;        ///< Never null.
+    std::shared_ptr<FolderConfigManager> folders;          ///< Never null.
+    std::shared_ptr<FileConfigManager> files;              ///< Never null; uses `folders`.
+    std::shared_ptr<ScheduleEntryManager> schedules;       ///< Never null.
 };
 
 } // namespace sync::config

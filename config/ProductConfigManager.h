@@ -23,6 +23,7 @@ class TANDRY_CONFIGURATION_EXPORT ProductConfigManager : public sync::interf::IP
     Q_OBJECT
 
 public:
+    /// Keeps a share of the factory, which must not be null, and makes no call on it.
     explicit ProductConfigManager(std::shared_ptr<sync::interf::factory::IDatabaseFactory> databaseFactory);
     ~ProductConfigManager() override;
 

@@ -29,8 +29,11 @@ public:
 
     /// The row's id; -1 for a record without a row. Only the manager sets it.
     int getId() const;
+    /// The name to show.
     QString getName() const;
+    /// The key that the server knows the product by.
     QString getConsumerKey() const;
+    /// The secret that belongs to the key; stored as plain text, by `Add` only.
     QString getConsumerSecret() const;
     /// Returns the row's id, as `getId` does. The server's id can be read as the column "serverId" (`RecordColumns.h`).
     int getServerId() const;

@@ -54,14 +54,17 @@ template <class Record>
 class RecordColumn
 {
 public:
+    /// Reads the column's value from a record.
     using Getter = QVariant (*)(Record const& record);
+    /// Writes a value to a record; returns false and leaves the record unchanged if the column does not take it.
     using Setter = bool (*)(Record& record, QVariant const& value);
 
+    /// What the functions of the same names return.
     struct Traits
     {
-        bool isReadOnly = false;
-        bool isReceived = true;
-        bool isSecret = false;
+        bool isReadOnly = false; ///< See `isReadOnly()`.
+        bool isReceived = true;  ///< See `isReceived()`.
+        bool isSecret = false;   ///< See `isSecret()`.
     };
 
     /// For the library, which creates the columns of each record.
@@ -75,6 +78,7 @@ public:
 
     /// The column's name as spelled in the table. Stores ignore the case of names.
     QString const& name() const { return _name; }
+    /// The kind of value, which says what `Get` returns and what `Set` takes.
     ColumnKind kind() const { return _kind; }
     /// Whether `Set` always fails: for "id", which the store assigns, and for the account's "encryptedPassword".
     bool isReadOnly() const { return _traits.isReadOnly; }

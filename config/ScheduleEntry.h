@@ -40,6 +40,7 @@ public:
     QDateTime getStartTime() const;
     /// Wall-clock time; invalid if the schedule has no end.
     QDateTime getExpireTime() const;
+    /// In the client's own terms.
     SyncSchedule getSyncScheduleType() const;
     /// In a unit that the client defines.
     int getSyncInterval() const;

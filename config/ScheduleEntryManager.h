@@ -22,6 +22,7 @@ class TANDRY_CONFIGURATION_EXPORT ScheduleEntryManager : public sync::interf::IS
     Q_OBJECT
 
 public:
+    /// Keeps a share of the factory, which must not be null, and makes no call on it.
     explicit ScheduleEntryManager(std::shared_ptr<sync::interf::factory::IDatabaseFactory> databaseFactory);
     ~ScheduleEntryManager() override;
 

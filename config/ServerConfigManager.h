@@ -23,6 +23,7 @@ class TANDRY_CONFIGURATION_EXPORT ServerConfigManager : public sync::interf::ISe
     Q_OBJECT
 
 public:
+    /// Keeps a share of the factory, which must not be null, and makes no call on it.
     explicit ServerConfigManager(std::shared_ptr<sync::interf::factory::IDatabaseFactory> databaseFactory);
     ~ServerConfigManager() override;
 

@@ -32,7 +32,9 @@ public:
     /// The name to show: the alias that was set or, if that is empty, the authority of the web service URL up to its
     /// first dot, including user information and port. Empty if there is neither.
     QString getAlias() const;
+    /// The URL for WebDAV; not checked.
     QString getDavUrl() const;
+    /// The URL of the web service; not checked.
     QString getWebServiceUrl() const;
     /// The client defines the meaning of the text.
     QString getBinaryDiffEncoder() const;

@@ -25,8 +25,10 @@ enum class JournalMode
     Rollback,
 };
 
+/// How a store is opened. Every member has a default that suits a client.
 struct OpenOptions
 {
+    /// Whether the store may be created and written to.
     OpenMode mode = OpenMode::OpenOrCreate;
     /// How long a statement waits for a lock of another thread or process before it fails, in milliseconds.
     int busyTimeoutMsec = 5000;

@@ -62,6 +62,16 @@ public:
     ~SqliteDatabaseFactory() override;
 
     std::shared_ptr<sync::interf::IQSqlDatabaseWrapper> CreateDatabase() override;
+
+    /// Returns a new query for one statement of SQLite.
+    ///
+    /// Values: integers of any C++ type up to 63 bits and `bool`; `float` and `double` other than NaN; `QString`;
+    /// `QByteArray`; `QDateTime`, stored as the milliseconds of its clock reading. A null or invalid value of any type
+    /// is NULL. Placeholders are compared by case. These fail at `exec`: a value of another type, a text with a lone
+    /// surrogate, a name that the statement does not contain.
+    ///
+    /// Statements that also fail: several in one text; one that writes and returns rows (`RETURNING`); `BEGIN`,
+    /// `COMMIT`, `ROLLBACK` and savepoints; `ATTACH` and `DETACH`; `PRAGMA` with an argument.
     std::shared_ptr<sync::interf::IQSqlQueryWrapper> CreateQuery() override;
 
     /// Returns the store's file as an absolute path.

@@ -34,6 +34,9 @@ Q_SIGNALS:
     /// the transaction back before. If the error's kind is `OutcomeUnknown`, they may be lost. Emitted on the scope's
     /// thread.
     ///
+    /// The lost rows are gone, the cached listings of folder managers are read anew, and the store gives the ids of
+    /// lost rows to later ones: discard the records that were added in the scope, and the ids taken from them.
+    ///
     /// A slot may use the store. If its writes are lost too, one further signal reports this once all slots have
     /// returned; losses during that signal are not reported by a third one. In a slot, `TransactionalScope::commit` and
     /// `LastError` report a loss at once. An exception that leaves a slot is caught and logged; the slots that were

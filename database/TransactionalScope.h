@@ -15,6 +15,10 @@ class ScopeParticipant;
 /// its kind, a scope never rolls back: ending it without `commit` keeps the writes, and a failed statement undoes no
 /// earlier writes. Scopes nest, and the end of an inner scope has no effect. Inside a client transaction every scope is
 /// an inner one. Release queries that were created inside a scope before it ends.
+///
+/// A scope without writes costs nothing and takes no lock. With `SqliteDatabaseFactory` its first write takes the
+/// store's write lock, for which it waits up to `OpenOptions::busyTimeoutMsec`, and its end flushes the disk once.
+/// Until then no other thread or program can write, so a scope should not wait for anything.
 class TANDRY_DATABASE_EXPORT TransactionalScope
 {
 public:

@@ -27,6 +27,10 @@ namespace sync::interf {
 /// returns the rows read until then, usually none. The store's factory tells a miss from a failure. Listings have no
 /// particular order unless one is given. A null text matches no row. A write returns false if the store fails, and true
 /// if there is no such row.
+///
+/// Each operation runs one statement unless its comment says otherwise; a write is a
+/// `sync::database::TransactionalScope` of its own. The composite ones are not: open a scope around them to make their
+/// writes durable together, or a client transaction to be able to take them back.
 class TANDRY_INTERFACES_EXPORT IFileConfigManager : public QObject
 {
     Q_OBJECT
@@ -41,7 +45,7 @@ public:
     /// Returns the first file with exactly this id on the server, `serverFileId`.
     virtual sync::config::FileConfiguration GetFileConfigurationByServerId(QString serverFileId) = 0;
 
-    /// Returns the default record: base files cannot be looked up.
+    /// Returns the default record: base files cannot be looked up. Runs no statement.
     virtual sync::config::FileConfiguration GetBaseFileConfigurationById(int id) = 0;
 
     /// Returns the generated file with this id.
@@ -55,7 +59,7 @@ public:
     virtual QVector<sync::config::FileConfiguration> GetAllFileConfigurationsByClientPath(QString clientPath) = 0;
 
     /// Returns the files whose root folder id is none of the roots that the folder manager's `GetAllRootFolders` lists;
-    /// does not access the disk.
+    /// does not access the disk. The ids of all roots stand in the text of its statement.
     ///
     /// If that listing is outdated or failed, files of existing roots are among them: see
     /// `IFolderConfigManager::GetFolderConfigurationsOfNonExistingRootFolders`.
@@ -116,12 +120,13 @@ public:
     /// nothing on disk loses its id; if the root is not on record, nothing counts as out of it. Any other link is
     /// looked up by its id, or else by its path, and gets the id and the server id of the file that is found. What is
     /// not on record is added as a file with the status 3, after its missing folders, and stays if the write fails.
+    /// Links cost a look-up of the root, and each of them up to two more, besides what is added.
     virtual bool Update(sync::config::FileConfiguration fileConfiguration) = 0;
 
     /// Resolves the links of the record as `Update` does, inserts a row in the table of its `fileType`, sets the
     /// record's id, and refreshes the file's folder in the shell if the status was set. Returns false, without
     /// accessing the store, for an empty path, and false for an unknown `fileType`. If it returns false, the links stay
-    /// resolved.
+    /// resolved. Runs two statements, and those for links.
     ///
     /// If the table of the files has a row with the same path and folder, the record gets that row's id and is passed
     /// to `Update`, and its links stay as they were. This is so for every `fileType`: a generated or base file then
@@ -131,13 +136,13 @@ public:
     /// Deletes the files generated from this file from disk, removes their rows and the file's row, and refreshes the
     /// file's folder in the shell. The file itself stays on disk, and generated files that cannot be deleted are
     /// ignored. Returns false if one of the two removals of rows fails; the other is still tried. A rollback brings
-    /// back rows, not deleted files.
+    /// back rows, not deleted files. Runs up to four statements.
     virtual bool RemoveFileConfigurationAndLinkedConfigurations(int id) = 0;
 
-    /// Does nothing and returns true.
+    /// Does nothing and returns true. Runs no statement.
     virtual bool RemoveBaseFileConfiguration(int id) = 0;
 
-    /// Removes one row; the file stays on disk.
+    /// Removes one row, which it looks up first; the file stays on disk.
     virtual bool RemoveGeneratedFileConfiguration(int id) = 0;
 
     /// Removes the rows of the files directly in this folder. Rows of generated files and base files stay, and so do
@@ -148,19 +153,19 @@ public:
     virtual bool RemoveGeneratedFileConfigurationsByRootFolderId(int rootFolderId) = 0;
 
     /// Removes the rows of the generated files whose `parentFileId` is the id of a generated file of this root and
-    /// status; the latter stay. Always returns false.
+    /// status; the latter stay. Always returns false. Runs a statement for each of the latter, and one more.
     virtual bool RemoveGeneratedFileConfigurationsByRootFolderIdAndSyncStatus(
         int rootFolderId, sync::config::FileSynchronizationStatus syncStatus) = 0;
 
     /// Sets the status of the files directly in this folder from 1 to 2. Does not refresh the shell.
     virtual bool UpdateSyncStatusFromSyncingToNotSynced(int folderConfigurationId) = 0;
 
-    /// Returns the default record: base files cannot be looked up.
+    /// Returns the default record: base files cannot be looked up. Runs no statement.
     virtual sync::config::FileConfiguration GetBaseFileConfigurationByParentFileId(int parentFileId) = 0;
 
     /// Returns the file that a link leads to: the one with the link's id, or else the one with its path; a relative
     /// path starts at the folder of the linking file. If neither matches, returns what
-    /// `GetFileConfigurationByClientPath` does.
+    /// `GetFileConfigurationByClientPath` does. Runs up to two statements.
     virtual sync::config::FileConfiguration GetFileConfiguration(sync::config::FileLink fileLink,
                                                                  QString const& linkingFilePath) = 0;
 

@@ -24,7 +24,12 @@ namespace sync::interf {
 /// `GetAll` and `GetAllRootFolders` return cached listings, which are up to two seconds old. `Add` and the removals
 /// clear them, and so does a client transaction or a scope of this process that is rolled back or lost (`rollback`,
 /// `CommitFailed`). `Update`, other managers and other programs do not, and a listing that failed is cached like any
-/// other. The operations on paths and on non-existing roots use the cached roots.
+/// other, and a cached answer sets no error. The operations on paths and on non-existing roots use the cached roots.
+/// Threads that share a manager wait for one another while one of them reads a listing anew.
+///
+/// Each operation runs one statement unless its comment says otherwise, a cached listing only if it is out of date. A
+/// write is a `sync::database::TransactionalScope` of its own. Of the composite operations only `CleanRootFolder` is
+/// one: open a scope around the others to make their writes durable together.
 class TANDRY_INTERFACES_EXPORT IFolderConfigManager : public QObject
 {
     Q_OBJECT
@@ -54,6 +59,7 @@ public:
     virtual QVector<sync::config::FolderConfiguration> GetFolderConfigurationsByRootId(int rootFolderId) = 0;
 
     /// Returns the folders whose root id is none of the roots that `GetAllRootFolders` lists; does not access the disk.
+    /// The ids of all roots stand in the text of its statement.
     ///
     /// If that listing is outdated or failed, folders of existing roots are among them, and this thread need not have
     /// an error. Before it removes what this returns, a client calls `ClearCaches`, clears the thread's error, repeats
@@ -68,7 +74,7 @@ public:
     virtual bool Update(sync::config::FolderConfiguration folderConfiguration) = 0;
 
     /// Inserts a row, sets the record's id, and refreshes the folder in the shell if the record's status was set. A
-    /// root whose root id is -1 gets its own id as root id.
+    /// root whose root id is -1 gets its own id as root id, by a second statement.
     ///
     /// Also returns false, without accessing the store, for a parent id of -1 and for a sub-folder whose root id is -1.
     /// If it returns false the record is unchanged. Does not check for duplicates.
@@ -84,18 +90,20 @@ public:
     /// is returned as it is.
     ///
     /// The record's id is -1 if the path is empty or below no folder on record, or if the store fails. Ancestors that
-    /// were added before a failure stay. A look-up that fails counts as a miss, so a folder may be added twice.
+    /// were added before a failure stay. A look-up that fails counts as a miss, so a folder may be added twice. Runs a
+    /// look-up for each level up to the first folder on record, and an insertion for each folder that it adds.
     virtual sync::config::FolderConfiguration
     AddFolderAndParent(QString const& absolutePath, sync::config::FolderConfiguration const& rootConfig) = 0;
 
-    /// Removes one row and refreshes the folder in the shell. Sub-folders, files and schedules stay.
+    /// Removes one row, which it looks up first, and refreshes the folder in the shell. Sub-folders, files and
+    /// schedules stay.
     virtual bool Remove(int folderConfigurationId) = 0;
 
     /// Removes a folder with all folders below it, deepest first, and the rows of their files. The id 0 removes the
     /// trees of all roots. Rows of generated files and base files stay, as do schedules; nothing is deleted on disk.
     ///
     /// Stops at the first failure, and what was removed stays removed: use a client transaction for all or nothing. If
-    /// the sub-folders cannot be listed, the folder is removed without them.
+    /// the sub-folders cannot be listed, the folder is removed without them. Runs four statements for each folder.
     ///
     /// Calls itself for each level. Parents that form a ring count as a failure: the walk ends where it meets a folder
     /// again that it is removing, and no folder of the ring is removed. `Remove` of one of them breaks the ring.
@@ -109,7 +117,7 @@ public:
     /// contains another such root and is listed first, the inner one's own path does not count either.
     ///
     /// A root whose path ends in a slash contains everything below it, whatever its option, but not its own path
-    /// without the slash. A path that contains ".{SyncTemp}" lies in no root.
+    /// without the slash. A path that contains ".{SyncTemp}" lies in no root. Runs no statement of its own.
     virtual bool IsInExistingClientFolder(QString const& path, int authenticationId, bool honourFolderOption) = 0;
 
     /// Returns whether the server path of a root of exactly this account is this path, lies in it or contains it, and
@@ -135,14 +143,14 @@ public:
     /// Returns the number of roots in the store, or -1 if the store fails. Not cached.
     virtual int GetRootFolderConfigurationCount() = 0;
 
-    /// Clears both cached listings, so that the next ones read the store.
+    /// Clears both cached listings, so that the next ones read the store. Runs no statement.
     virtual void ClearCaches() = 0;
 
     /// Removes a root, the rows of its files and all folders below it in one scope, and refreshes them in the shell.
     /// Rows of generated files and base files stay, as do schedules; nothing is deleted on disk.
     ///
     /// For a sub-folder it removes that folder's row alone, and what lies below stays without a parent. Stops at the
-    /// first failure, and what was removed stays removed.
+    /// first failure, and what was removed stays removed. Runs five statements.
     virtual bool CleanRootFolder(int folderConfigurationId) = 0;
 
     /// Refreshes one path in the shell; does nothing without a refresh object. The argument is not changed.

@@ -14,7 +14,8 @@ namespace sync::interf {
 ///
 /// Records are copies that belong to the caller. A lookup returns the default record (`id` -1, interval 30) both if
 /// nothing matches and if the store fails; the store's factory tells which. Operations run on the caller's thread;
-/// several threads may share a manager if the store allows it.
+/// several threads may share a manager if the store allows it. Each operation runs one statement; a write is a
+/// `sync::database::TransactionalScope` of its own.
 class TANDRY_INTERFACES_EXPORT IScheduleEntryManager : public QObject
 {
     Q_OBJECT

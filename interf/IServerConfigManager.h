@@ -18,7 +18,7 @@ namespace sync::interf {
 /// Records are copies that belong to the caller. A lookup returns the default record (`id` -1) both if nothing matches
 /// and if the store fails; a listing that fails returns the rows read until then, usually none. The store's factory
 /// tells a miss from a failure. Operations run on the caller's thread; several threads may share a manager if the store
-/// allows it.
+/// allows it. Each operation runs one statement; a write is a `sync::database::TransactionalScope` of its own.
 class TANDRY_INTERFACES_EXPORT IServerConfigManager : public QObject
 {
     Q_OBJECT

@@ -28,6 +28,7 @@ public:
 /// Creates the stores. A test case may call it more than once.
 struct StoreMaker
 {
+    /// Returns a new store; never null.
     std::function<std::unique_ptr<StoreUnderTest>()> make;
 };
 
