@@ -2,6 +2,7 @@
 
 #include "ToolFixture.h"
 
+#include "support/FolderContents.h"
 #include "support/RawStore.h"
 
 #include <QDir>
@@ -441,6 +442,21 @@ TEST_F(ProductCommandsTest, ReplacedSecretIsFoundNowhereInTheStore)
     QFile file(StorePath());
     ASSERT_TRUE(file.open(QIODevice::ReadOnly));
     EXPECT_FALSE(file.readAll().contains("s3cret-of-old"));
+}
+
+TEST_F(ProductCommandsTest, UpdateThatCannotWriteTheSecretBackChangesNothing)
+{
+    AddProduct("A"_q, "k"_q, {"--secret-file"_q, "-"_q}, "s3cret\n");
+    // A list of free pages that leads out of the file fails whatever needs a new page, which only a long secret does.
+    constexpr int inTheHeader = 32;
+    tandry::test::Overwrite(StorePath(), inTheHeader, QByteArray::fromHex("000f424000000001"));
+    RunSuccessfully({"product"_q, "update"_q, "1"_q, "--name"_q, "B"_q});
+
+    RunResult const ran = Run({"product"_q, "update"_q, "1"_q, "--name"_q, "C"_q, "--secret-file"_q, "-"_q},
+                              QByteArray(10'000, 's') + '\n');
+    EXPECT_EQ(ran.status, 3);
+    EXPECT_TRUE(ran.err.contains("damaged"_q)) << ran.err.toStdString();
+    EXPECT_EQ(Row().mid(0, 3), (QVector<QVariant>{"B"_q, "k"_q, "s3cret"_q}));
 }
 
 TEST_F(ProductCommandsTest, UpdateRefusesTheKeyOfAnotherProductOnItsServer)
