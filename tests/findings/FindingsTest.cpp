@@ -146,6 +146,25 @@ TEST_F(FindingsTest, NewStoreHasNone)
     EXPECT_TRUE(findings->empty());
 }
 
+TEST_F(FindingsTest, CleanStoreOf300000FilesHasNone)
+{
+    // Ten folders in each of three hundred below one of the roots, and a hundred files in each of these.
+    RawStore(StorePath())
+        .Run("WITH RECURSIVE n(i) AS (SELECT 0 UNION ALL SELECT i + 1 FROM n WHERE i < 3299) "
+             "INSERT INTO FolderConfiguration (id, authenticationId, name, clientPath, serverPath, parentId, rootId) "
+             "SELECT 1000 + i, -1, i, '/home/ada/pics/' || CASE WHEN i < 300 THEN i ELSE (i % 300) || '/' || i END, "
+             "'/pics/' || i, CASE WHEN i < 300 THEN 5 ELSE 1000 + i % 300 END, 5 FROM n;"
+             "WITH RECURSIVE n(i) AS (SELECT 0 UNION ALL SELECT i + 1 FROM n WHERE i < 299999) "
+             "INSERT INTO FileConfiguration (id, folderConfigurationId, name, clientPath, serverPath, "
+             "lastModifiedDateTime, nameValueProperties, rootFolderId, fileLinks) SELECT 1000 + i, folder.id, "
+             "i || '.jpg', folder.clientPath || '/' || i || '.jpg', folder.serverPath || '/' || i || '.jpg', "
+             "1704104430000 + i, '<!DOCTYPE NameValueXml><NameValueXml><Key>' || i || '</Key></NameValueXml>', 5, "
+             "CASE WHEN i % 100 = 99 THEN '<FileLinks><FileLink FileId=\"' || (999 + i) || '\"/></FileLinks>' END "
+             "FROM n JOIN FolderConfiguration AS folder ON folder.id = 1300 + i / 100;"_q);
+    ASSERT_EQ(RawStore(StorePath()).Count("FileConfiguration"_q), 300'004);
+    EXPECT_EQ(Find(), (QMap<QString, QStringList>()));
+}
+
 TEST_F(FindingsTest, RowsThatOnlyLookLikeFindingsAreNone)
 {
     RawStore(StorePath())

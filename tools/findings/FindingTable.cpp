@@ -327,7 +327,8 @@ std::vector<FindingEntry> MakeTable()
         {{"schedule-ends-early",
           Severity::Fault,
           "These schedules end before they begin, so they never apply.",
-          "Not fixed, since only the user knows which of the two times is wrong."},
+          "Not fixed, since only the user knows which of the two times is wrong: correct it with 'tandryctl schedule "
+          "update'."},
          {{Schedules, Sql("bad.expireTime < bad.startTime"), Shown("folderConfigurationId")}}},
         {{"roots-overlap",
           Severity::Note,
