@@ -25,6 +25,9 @@ protected:
         EXPECT_TRUE(file.open(QIODevice::ReadOnly));
         return file.readAll();
     }
+
+    /// Returns the only object that a command has printed.
+    static QJsonObject JsonOf(RunResult const& ran) { return ran.json().first().toObject(); }
 };
 
 } // namespace
@@ -221,7 +224,7 @@ TEST_F(StoreCommandsTest, BackupReplacesNoFile)
     EXPECT_EQ(Content(At("copy.db")), "mine");
 }
 
-TEST_F(StoreCommandsTest, BackupThatKeepsSomeRemovesTheOldestBackups)
+TEST_F(StoreCommandsTest, BackupThatKeepsSomeDeletesTheOldestBackups)
 {
     Init();
     MakeDirectory("backups"_q);
@@ -232,10 +235,10 @@ TEST_F(StoreCommandsTest, BackupThatKeepsSomeRemovesTheOldestBackups)
     RunSuccessfully({"backup"_q, At("backups/store-2003-03-03T00-00-00Z.db")});
     RunSuccessfully({"backup"_q, At("backups/other-2002-02-02T00-00-00Z.db")});
 
-    QString const out = RunSuccessfully({"backup"_q, "--keep"_q, "2"_q, At("backups")});
-    EXPECT_EQ(out.count(QLatin1Char('\n')), 2) << out.toStdString();
-    EXPECT_TRUE(out.contains("removed the older backup '%1'"_q.arg(At("backups/store-2002-02-02T00-00-00Z.db"))))
-        << out.toStdString();
+    QString const out = RunSuccessfully({"backup"_q, "--keep"_q, "2"_q, "--yes"_q, At("backups")});
+    EXPECT_EQ(out.section(QLatin1Char('\n'), 1),
+              "to be deleted from the disk: '%1'\ndeleted from the disk: 1 older backup\n"_q.arg(
+                  At("backups/store-2002-02-02T00-00-00Z.db")));
     QStringList names = backups.entryList(QDir::Files);
     EXPECT_EQ(names.mid(0, 4),
               (QStringList{"notes.txt"_q,
@@ -245,10 +248,54 @@ TEST_F(StoreCommandsTest, BackupThatKeepsSomeRemovesTheOldestBackups)
     ASSERT_EQ(names.size(), 5);
     EXPECT_EQ(RunWithoutStore({"--store"_q, backups.filePath(names.last()), "check"_q}).status, 0);
 
-    QJsonObject const next = JsonObject({"backup"_q, "--keep"_q, "1"_q, At("backups")});
+    QJsonObject const next = JsonOf(Run({"backup"_q, "--keep"_q, "1"_q, "--yes"_q, "--json"_q, At("backups")}));
     EXPECT_EQ(next.value("removed"_q),
               (QJsonArray{backups.filePath("store-2003-03-03T00-00-00Z.db"_q), backups.filePath(names.last())}));
     EXPECT_TRUE(QFileInfo::exists(next.value("backup"_q).toString()));
+}
+
+TEST_F(StoreCommandsTest, BackupThatKeepsSomeAsksBeforeItDeletes)
+{
+    Init();
+    MakeDirectory("backups"_q);
+    QString const older = At("backups/store-2002-02-02T00-00-00Z.db");
+    QStringList const command{"backup"_q, "--keep"_q, "1"_q, At("backups")};
+    EXPECT_EQ(RunOnTerminal(command).status, 0) << "there is nothing to ask";
+    for (QString const& name : QDir(At("backups")).entryList(QDir::Files))
+        QFile::remove(At("backups/"_q + name));
+    RunSuccessfully({"backup"_q, older});
+
+    RunResult const denied = RunOnTerminal(command, "n\n");
+    EXPECT_EQ(denied.status, 1);
+    EXPECT_TRUE(denied.out.contains("to be deleted from the disk: '%1'"_q.arg(older))) << denied.out.toStdString();
+    EXPECT_TRUE(denied.out.contains("Delete 1 older backup? [y/N]"_q)) << denied.out.toStdString();
+    EXPECT_TRUE(QFileInfo::exists(older));
+    EXPECT_EQ(QDir(At("backups")).entryList(QDir::Files).size(), 2) << "the new one is made whatever the answer is";
+
+    RunResult const agreed = RunOnTerminal(command, "y\n");
+    EXPECT_EQ(agreed.status, 0) << agreed.out.toStdString();
+    EXPECT_TRUE(agreed.out.contains("deleted from the disk: 2 older backups"_q)) << agreed.out.toStdString();
+    EXPECT_EQ(QDir(At("backups")).entryList(QDir::Files).size(), 1);
+    EXPECT_FALSE(QFileInfo::exists(older));
+}
+
+TEST_F(StoreCommandsTest, BackupThatKeepsSomeDeletesNothingUnaskedWithoutATerminal)
+{
+    Init();
+    MakeDirectory("backups"_q);
+    QString const older = At("backups/store-2002-02-02T00-00-00Z.db");
+    RunSuccessfully({"backup"_q, older});
+    RunResult const refused = Run({"backup"_q, "--keep"_q, "1"_q, At("backups")});
+    EXPECT_EQ(refused.status, 2);
+    EXPECT_TRUE(refused.out.startsWith("copied the store"_q)) << refused.out.toStdString();
+    EXPECT_TRUE(refused.err.contains("to be deleted from the disk: '%1'"_q.arg(older))) << refused.err.toStdString();
+    EXPECT_TRUE(refused.err.contains("this would delete 1 older backup; "_q)) << refused.err.toStdString();
+    EXPECT_TRUE(QFileInfo::exists(older));
+
+    RunResult const json = Run({"backup"_q, "--keep"_q, "1"_q, "--json"_q, At("backups")});
+    EXPECT_EQ(json.status, 2);
+    EXPECT_TRUE(QFileInfo::exists(JsonOf(json).value("backup"_q).toString()));
+    EXPECT_EQ(JsonOf(json).value("removed"_q), QJsonArray());
 }
 
 TEST_F(StoreCommandsTest, BackupThatFailsRemovesNoOlderOne)

@@ -261,7 +261,7 @@ CommandLine::CommandLine()
               "How long to wait for a store that another program has locked; 5 by default",
               SecondsForm)
         ->type_name("SECONDS");
-    _app->add_flag("-y,--yes", _options.yes, "Don't ask before removing and pruning");
+    _app->add_flag("-y,--yes", _options.yes, "Don't ask before removing, deleting and pruning");
 }
 
 CommandLine::~CommandLine() = default;

@@ -49,6 +49,11 @@ struct Copy
     QString backup;
 };
 
+QString SentenceOn(Copy const& copy)
+{
+    return QStringLiteral("copied the store %1 to %2").arg(Quoted(copy.store), Quoted(copy.backup));
+}
+
 ExitStatus BackupToFile(Session& session, QString const& path)
 {
     static Columns<Copy> const columns{
@@ -56,13 +61,54 @@ ExitStatus BackupToFile(Session& session, QString const& path)
         {"backup", Shown::Always, [](Copy const& copy) { return copy.backup; }},
     };
     session.Backup(path);
-    session.output().Report(QStringLiteral("copied the store %1 to %2").arg(Quoted(session.storePath()), Quoted(path)),
-                            columns,
-                            Copy{session.storePath(), path});
+    Copy const copy{session.storePath(), path};
+    session.output().Report(SentenceOn(copy), columns, copy);
     return ExitStatus::Done;
 }
 
-/// Removes the older backups after the new one has been checked.
+/// Names the older backups and asks whether they may be deleted. Returns the failure of the command if not.
+std::optional<Failure> AskToDelete(Session& session, QStringList const& older, QString const& newest)
+{
+    for (QString const& path : older)
+        session.Announce(QStringLiteral("to be deleted from the disk: ") + Quoted(path));
+    QString const counted = Counted(older.size(), "older backup", "older backups");
+    QString const copied = QStringLiteral("the store was copied to %1, but ").arg(Quoted(newest));
+    switch (session.AskFor(QStringLiteral("Delete %1?").arg(counted))) {
+    case Consent::Given:
+        break;
+    case Consent::Denied:
+        return Failure(FailureCode::Declined,
+                       copied + QStringLiteral("no older backup was deleted"),
+                       QStringLiteral("answer y to delete them"));
+    case Consent::CannotAsk:
+        return Failure(FailureCode::Unconfirmed,
+                       copied + QStringLiteral("this would delete %1").arg(counted),
+                       QStringLiteral("without a terminal to confirm it, give --yes"));
+    }
+    return std::nullopt;
+}
+
+/// Deletes the older backups, unless this is a dry run, and adds them to `deleted`. Returns the failure of the command
+/// if some are still there.
+std::optional<Failure>
+DeleteOlder(Session const& session, QStringList const& older, QString const& newest, QVariantList& deleted)
+{
+    QStringList failed;
+    for (QString const& path : older) {
+        QFile file(path);
+        if (session.isDryRun() || file.remove())
+            deleted.append(path);
+        else
+            failed.append(QStringLiteral("%1 (%2)").arg(Quoted(path), file.errorString()));
+    }
+    if (failed.isEmpty())
+        return std::nullopt;
+    return Failure(FailureCode::UnusableFile,
+                   QStringLiteral("the store was copied to %1, but these older backups cannot be deleted: %2")
+                       .arg(Quoted(newest), failed.join(QStringLiteral(", "))),
+                   QStringLiteral("allow yourself to write their folder, or delete them by hand"));
+}
+
 ExitStatus BackupIntoFolder(Session& session, QString const& folder, int keep)
 {
     struct DatedCopy
@@ -82,25 +128,24 @@ ExitStatus BackupIntoFolder(Session& session, QString const& folder, int keep)
     BackupFolder const backups(folder, session.storePath());
     QString const path = backups.NewPath(QDateTime::currentDateTimeUtc());
     session.Backup(path);
+    DatedCopy dated{{session.storePath(), path}, {}};
+    session.output().PrintLine(SentenceOn(dated.copy));
+    session.Flush(); // so that it precedes the question
 
-    QString text = QStringLiteral("copied the store %1 to %2").arg(Quoted(session.storePath()), Quoted(path));
-    QVariantList removed;
-    QStringList failed;
-    for (QString const& older : backups.OlderThanKept(path, keep)) {
-        QFile file(older);
-        if (!file.remove()) {
-            failed.append(QStringLiteral("%1 (%2)").arg(Quoted(older), file.errorString()));
-            continue;
-        }
-        removed.append(older);
-        text += QStringLiteral("\nremoved the older backup ") + Quoted(older);
+    std::optional<Failure> failure;
+    if (QStringList const older = backups.OlderThanKept(path, keep); !older.isEmpty()) {
+        failure = AskToDelete(session, older, path);
+        if (!failure)
+            failure = DeleteOlder(session, older, path, dated.removed);
     }
-    session.output().Report(text, columns, DatedCopy{{session.storePath(), path}, removed});
-    if (!failed.isEmpty())
-        throw Failure(FailureCode::UnusableFile,
-                      QStringLiteral("the store was copied to %1, but these older backups cannot be removed: %2")
-                          .arg(Quoted(path), failed.join(QStringLiteral(", "))),
-                      QStringLiteral("allow yourself to write their folder, or remove them by hand"));
+    if (session.output().format() == OutputFormat::Json)
+        session.output().Show(columns, dated);
+    else if (!dated.removed.isEmpty())
+        session.output().PrintLine(QStringLiteral("deleted from the disk: ") +
+                                   Counted(dated.removed.size(), "older backup", "older backups"));
+    session.Flush();
+    if (failure)
+        throw Failure(*failure);
     return ExitStatus::Done;
 }
 
@@ -138,14 +183,16 @@ void AddStoreCommands(Command& top)
     top.Add("backup", "Copy the store to a new file")
         .Argument("PATH", backup->path, "The new file, which must not exist; with --keep, a folder that exists")
         .Count("--keep", backup->keep, "Copy to a dated file in the folder PATH; keep the N newest of its backups")
-        .Remark("The copy is a store itself, readable and writable by its owner only. It holds the committed state of\n"
-                "one moment, even while other programs write, and is checked for damage before it gets its name.\n"
-                "\n"
-                "With --keep its name consists of the store's name and the time in UTC. When it is whole, the oldest\n"
-                "backups in the folder are removed, except for the N newest. Files with other names, and files that\n"
-                "are no stores, stay.")
+        .Remark(
+            "The copy is a store itself, readable and writable by its owner only. It holds the committed state of\n"
+            "one moment, even while other programs write, and is checked for damage before it gets its name.\n"
+            "\n"
+            "With --keep its name consists of the store's name and the time in UTC. When it is whole, the oldest\n"
+            "backups in the folder are deleted, except for the N newest. Each is named first, and a question asked;\n"
+            "without a terminal, --yes is needed, or they stay and the exit status is 2. Files with other names,\n"
+            "and files that are no stores, are never deleted.")
         .Example("backup ~/backups/monday.db", "copy the user's own store")
-        .Example("backup --keep 7 ~/backups", "the same every day, for a week")
+        .Example("backup --keep 7 --yes ~/backups", "the same from a timer every day, for a week")
         .Run(StoreAccess::Read, [backup](Session& session) { return Backup(session, *backup); });
     top.Add("check", "Check the store for damage")
         .Remark("Reads the whole store and changes nothing. Lists the damage it finds; the exit status is then 1.")
