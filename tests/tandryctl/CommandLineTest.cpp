@@ -116,9 +116,11 @@ TEST_F(CommandLineTest, ProgramHelpListsEveryGroupAndTheExitStatus)
 
 TEST_F(CommandLineTest, VersionIsTheProjectsVersion)
 {
-    RunResult const ran = RunWithoutStore({"--version"_q});
-    EXPECT_EQ(ran.status, 0);
-    EXPECT_EQ(ran.out, "tandryctl " TANDRYCTL_VERSION "\n"_q);
+    for (char const* option : {"--version", "-V"}) {
+        RunResult const ran = RunWithoutStore({QString::fromUtf8(option)});
+        EXPECT_EQ(ran.status, 0);
+        EXPECT_EQ(ran.out, "tandryctl " TANDRYCTL_VERSION "\n"_q);
+    }
 }
 
 TEST_F(CommandLineTest, WrongUsageIsOneLineThatRefersToTheHelp)
@@ -150,6 +152,47 @@ TEST_F(CommandLineTest, UnknownWordIsNamed)
 {
     EXPECT_TRUE(RunWithoutStore({"nonsense"_q}).err.contains("'nonsense'"_q));
     EXPECT_TRUE(RunWithoutStore({"list"_q, "gods\n"_q}).err.contains("$'gods\\n'"_q));
+}
+
+TEST_F(CommandLineTest, NearestWordIsSuggested)
+{
+    struct Row
+    {
+        char const* arguments;
+        char const* suggestion;
+    };
+    constexpr Row Rows[] = {
+        {"lsit files", "'lsit' (did you mean 'list'?); see 'tandryctl --help'"},
+        {"list flies", "'flies' (did you mean 'files'?); see 'tandryctl list --help'"},
+        {"list files --foldr=3", "'--foldr=3' (did you mean '--folder'?); see 'tandryctl list files --help'"},
+        {"list files --jsno", "'--jsno' (did you mean '--json'?); see 'tandryctl list files --help'"},
+        {"help rot add", "'rot' (did you mean 'root'?); see 'tandryctl --help'"},
+        {"help root ad", "'ad' (did you mean 'add'?); see 'tandryctl root --help'"},
+        {"xyzzy", "'xyzzy'; see 'tandryctl --help'"},
+    };
+    for (Row const& row : Rows) {
+        RunResult const ran = RunWithoutStore(QString::fromUtf8(row.arguments).split(QLatin1Char(' ')));
+        EXPECT_EQ(ran.status, 2);
+        EXPECT_TRUE(ran.err.contains(QString::fromUtf8(row.suggestion))) << ran.err.toStdString();
+    }
+}
+
+TEST_F(CommandLineTest, HelpOnACommandIsWhatItsOptionPrints)
+{
+    for (QString const& command : commandLine.Commands() + QStringList{QString()}) {
+        QStringList const words = command.split(QLatin1Char(' '), Qt::SkipEmptyParts);
+        RunResult const byCommand = RunWithoutStore(QStringList{"help"_q} + words);
+        EXPECT_EQ(byCommand.status, 0) << byCommand.err.toStdString();
+        EXPECT_EQ(byCommand.out, RunWithoutStore(words + QStringList{"--help"_q}).out) << command.toStdString();
+    }
+}
+
+TEST_F(CommandLineTest, NoHelpHasATitleWithoutExamples)
+{
+    for (QString const& command : commandLine.Commands()) {
+        QString const help = RunWithoutStore(QStringList{"help"_q} + command.split(QLatin1Char(' '))).out;
+        EXPECT_FALSE(help.trimmed().endsWith("Examples:"_q)) << command.toStdString();
+    }
 }
 
 TEST_F(CommandLineTest, EveryFailureSaysWhatHappenedAndWhatToDo)

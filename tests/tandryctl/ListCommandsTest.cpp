@@ -173,6 +173,49 @@ TEST_F(ListCommandsTest, FilesByFolderRootAndStatus)
     EXPECT_EQ(Run({"list"_q, "files"_q, "--status"_q, "-4"_q}).status, 1);
 }
 
+TEST_F(ListCommandsTest, StatusIsAcceptedByNameAndShownWithIt)
+{
+    AddFiles();
+    for (char const* status : {"2", "not-synced", "Not synced", "NOT-SYNCED"})
+        EXPECT_EQ(Column({"list"_q, "files"_q, "--status"_q, QString::fromUtf8(status)}, "name"), QStringList{"a"_q})
+            << status;
+    QString const table = RunSuccessfully({"list"_q, "files"_q});
+    EXPECT_TRUE(table.contains("  2 not synced  "_q)) << table.toStdString();
+    EXPECT_TRUE(table.contains("  5  "_q)) << table.toStdString(); // the client's own
+    EXPECT_TRUE(RunSuccessfully({"list"_q, "roots"_q}).contains("  0  "_q));
+
+    RunResult const wrong = Run({"list"_q, "files"_q, "--status"_q, "synced"_q});
+    EXPECT_EQ(wrong.status, 2);
+    EXPECT_TRUE(wrong.err.contains("syncing, not-synced and link-discovered"_q)) << wrong.err.toStdString();
+}
+
+TEST_F(ListCommandsTest, RightsAndOptionsOfAFileAreShownInWords)
+{
+    Sql("INSERT INTO FileConfiguration (clientPath, privileges, syncOption, fileType) VALUES ('/f', 41, 64, 0);"_q);
+    QString const file = RunSuccessfully({"file"_q, "show"_q, "1"_q});
+    for (char const* line : {"\nprivileges              view, delete, 32\n",
+                             "\nsyncOption              repath required\n",
+                             "\nfileType                0 file\n"})
+        EXPECT_TRUE(file.contains(QString::fromUtf8(line))) << line << file.toStdString();
+    QJsonObject const object = JsonObject({"file"_q, "show"_q, "1"_q});
+    EXPECT_EQ(object.value("privileges"_q), 41);
+    EXPECT_EQ(object.value("syncOption"_q), 64);
+}
+
+TEST_F(ListCommandsTest, TimesAreLocalWithTheirZoneOrInUtc)
+{
+    Sql("INSERT INTO FileConfiguration (clientPath, lastModifiedDateTime) VALUES ('/f', 1720000000123);"_q);
+    auto const list = [&](QStringList const& options) {
+        RunResult const ran = RunWithoutStore(QStringList{"--store"_q, StorePath(), "list"_q, "files"_q} + options,
+                                              {"TZ=Asia/Kolkata"_q});
+        EXPECT_EQ(ran.status, 0);
+        return ran.out;
+    };
+    EXPECT_TRUE(list({}).contains("  2024-07-03T15:16:40.123+05:30  "_q)) << list({}).toStdString();
+    EXPECT_TRUE(list({"--utc"_q}).contains("  2024-07-03T09:46:40.123Z  "_q));
+    EXPECT_TRUE(list({"--json"_q}).contains("\"2024-07-03T09:46:40.123Z\""_q));
+}
+
 TEST_F(ListCommandsTest, FilesOfAnUnknownFolderOrRootFindNothing)
 {
     RunResult const unknown = Run({"list"_q, "files"_q, "--folder"_q, "77"_q});

@@ -133,7 +133,7 @@ TEST_F(OutputTest, HiddenValueIsAMissingKeyInJsonAndSaidInPlain)
     json.List(columns, QVector<Thing>{{1, {}, {}}});
     EXPECT_TRUE(json.Flush());
     EXPECT_EQ(QJsonDocument::fromJson(buffer.data()).array(), (QJsonArray{QJsonObject{{"id"_q, 1}}}));
-    EXPECT_EQ(CellText(QVariant::fromValue(Hidden())), "(hidden)"_q);
+    EXPECT_EQ(CellText(QVariant::fromValue(Hidden()), Clock::Local), "(hidden)"_q);
 }
 
 TEST_F(OutputTest, JsonListingHasOneObjectPerLine)
@@ -144,7 +144,36 @@ TEST_F(OutputTest, JsonListingHasOneObjectPerLine)
 TEST_F(OutputTest, LocalDatesHaveNoZone)
 {
     QDateTime const time(QDate(2024, 7, 1), QTime(9, 0), Qt::LocalTime);
-    EXPECT_EQ(CellText(time), "2024-07-01T09:00:00.000"_q);
+    EXPECT_EQ(CellText(time, Clock::Local), "2024-07-01T09:00:00.000"_q);
+}
+
+TEST_F(OutputTest, UtcTimesHaveTheirZoneInEveryClock)
+{
+    QDateTime const time(QDate(2024, 7, 1), QTime(9, 0), Qt::UTC);
+    EXPECT_EQ(CellText(time, Clock::Utc), "2024-07-01T09:00:00.000Z"_q);
+    QDateTime const shown = QDateTime::fromString(CellText(time, Clock::Local), Qt::ISODateWithMs);
+    EXPECT_EQ(shown, time);
+    EXPECT_NE(shown.timeSpec(), Qt::LocalTime);
+}
+
+TEST_F(OutputTest, NamedValueHasItsNameInPlainAndIsANumberInJson)
+{
+    tandry::findings::ValueNames const names(tandry::findings::ValueNames::Form::Enumeration, {{7, "done well", ""}});
+    Columns<Thing> columns{{"id", Shown::Always, [](Thing const& thing) { return thing.id; }}};
+    columns.first().names = &names;
+    QVector<Thing> const things{{7, {}, {}}, {8, {}, {}}};
+    Output plain(buffer, OutputFormat::Plain);
+    plain.List(columns, things);
+    EXPECT_TRUE(plain.Flush());
+    EXPECT_EQ(buffer.data(), "id\n7 done well\n8\n");
+
+    buffer.buffer().clear();
+    buffer.seek(0);
+    Output json(buffer, OutputFormat::Json);
+    json.List(columns, things);
+    EXPECT_TRUE(json.Flush());
+    EXPECT_EQ(QJsonDocument::fromJson(buffer.data()).array(),
+              (QJsonArray{QJsonObject{{"id"_q, 7}}, QJsonObject{{"id"_q, 8}}}));
 }
 
 TEST_F(OutputTest, ShownRecordHasALineForEachColumnAndExtra)

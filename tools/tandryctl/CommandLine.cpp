@@ -2,10 +2,13 @@
 
 #include "Failure.h"
 #include "Interruption.h"
+#include "NearestWord.h"
 #include "StandardOutput.h"
 #include "StoreFailure.h"
 #include "Terminal.h"
 #include "Text.h"
+
+#include "tools/findings/ValueNames.h"
 
 #include <CLI/CLI.hpp>
 
@@ -23,6 +26,7 @@ namespace tandryctl {
 namespace {
 
 constexpr int HelpColumn = 34;
+constexpr char const* ExamplesTitle = "Examples:\n";
 constexpr char const* StoreVariable = "TANDRY_STORE";
 
 std::string Name(std::string const& argument)
@@ -93,10 +97,50 @@ CLI::App const& DeepestSubcommand(CLI::App const& app)
     return *deepest;
 }
 
+QStringList SubcommandsOf(CLI::App const& app)
+{
+    QStringList names;
+    for (CLI::App const* command : app.get_subcommands([](CLI::App const*) { return true; }))
+        names.append(QString::fromStdString(command->get_name()));
+    return names;
+}
+
+CLI::App const* SubcommandOf(CLI::App const& app, QString const& name)
+{
+    auto const commands =
+        app.get_subcommands([&](CLI::App const* command) { return command->get_name() == name.toStdString(); });
+    return commands.empty() ? nullptr : commands.front();
+}
+
+/// Returns the options that may stand behind a command, the common ones included.
+QStringList OptionsOf(CLI::App const& app)
+{
+    QStringList names;
+    for (CLI::App const* command = &app; command != nullptr; command = command->get_parent()) {
+        for (CLI::Option const* option : command->get_options()) {
+            for (std::string const& name : option->get_lnames())
+                names.append(QStringLiteral("--") + QString::fromStdString(name));
+        }
+    }
+    return names;
+}
+
+/// Returns a question to append to a message; empty if no word is near.
+QString DidYouMean(QString const& mistyped, QStringList const& words)
+{
+    QString const nearest = NearestWord(mistyped, words);
+    return nearest.isNull() ? QString() : QStringLiteral(" (did you mean '%1'?)").arg(nearest);
+}
+
 QString FullName(CLI::App const& app)
 {
     QString const name = QString::fromStdString(app.get_name());
     return app.get_parent() == nullptr ? name : FullName(*app.get_parent()) + QLatin1Char(' ') + name;
+}
+
+QString SeeHelpOn(CLI::App const& app)
+{
+    return QStringLiteral("see '%1 --help'").arg(FullName(app));
 }
 
 template <class Visit>
@@ -129,6 +173,16 @@ Command& Command::Argument(char const* name, QString& target, char const* help)
 Command& Command::Argument(char const* name, int& id, char const* help)
 {
     AddNumber(*_app, name, id, help)->required()->type_name("");
+    return *this;
+}
+
+Command& Command::Argument(char const* name, QStringList& words, char const* help)
+{
+    auto const take = [&words](std::vector<std::string> const& arguments) {
+        for (std::string const& argument : arguments)
+            words.append(DecodeOrThrow(argument));
+    };
+    _app->add_option_function<std::vector<std::string>>(name, take, help)->type_name("");
     return *this;
 }
 
@@ -165,6 +219,25 @@ Command& Command::Option(char const* option, std::optional<int>& id, char const*
 Command& Command::Number(char const* option, std::optional<int>& number, char const* help)
 {
     AddNumber(*_app, option, number, help, AnyNumberForm)->type_name("N");
+    return *this;
+}
+
+Command& Command::Value(char const* option,
+                        std::optional<int>& value,
+                        tandry::findings::ValueNames const& names,
+                        char const* kind,
+                        char const* help)
+{
+    auto const take = [&value, &names, kind](std::string const& argument) {
+        QString const word = DecodeOrThrow(argument);
+        bool isNumber = false;
+        int const number = word.toInt(&isNumber);
+        value = isNumber ? number : names.Find(word);
+        if (!value)
+            throw CLI::ValidationError(Name(argument) + " is not a valid " + kind + ", which is a number or one of " +
+                                       JoinWithAnd(names.Words()).toStdString());
+    };
+    _app->add_option_function<std::string>(option, take, help)->type_name(kind);
     return *this;
 }
 
@@ -215,7 +288,8 @@ Command& Command::DryRun()
 Command& Command::Example(char const* line, char const* purpose)
 {
     std::string footer = _app->get_footer();
-    footer += footer.empty() ? "Examples:\n" : "";
+    if (footer.find(ExamplesTitle) == std::string::npos)
+        footer += (footer.empty() ? "" : "\n\n") + std::string(ExamplesTitle);
     footer += std::string("  tandryctl ") + line + "\n      " + purpose + "\n";
     _app->footer(footer);
     return *this;
@@ -223,8 +297,25 @@ Command& Command::Example(char const* line, char const* purpose)
 
 Command& Command::Remark(char const* text)
 {
-    _app->footer(std::string(text) + "\n\nExamples:\n");
+    _app->footer(text);
     return *this;
+}
+
+QString Command::HelpOn(QStringList const& names) const
+{
+    CLI::App const* command = _app;
+    for (QString const& name : names) {
+        CLI::App const* const next = SubcommandOf(*command, name);
+        if (next == nullptr)
+            throw Failure(
+                FailureCode::WrongUsage,
+                QStringLiteral("there is no command %1%2").arg(Quoted(name), DidYouMean(name, SubcommandsOf(*command))),
+                SeeHelpOn(*command));
+        command = next;
+    }
+    // App::help would go on to the command that was parsed.
+    return QString::fromStdString(
+        command->get_formatter()->make_help(command, FullName(*command).toStdString(), CLI::AppFormatMode::Normal));
 }
 
 void Command::Run(StoreAccess access, std::function<ExitStatus(Session&)> action)
@@ -237,7 +328,7 @@ void Command::Run(StoreAccess access, std::function<ExitStatus(Session&)> action
 void Command::Run(std::function<StoreAccess()> access, std::function<ExitStatus(Session&)> action)
 {
     _app->footer(_app->get_footer() +
-                 "\nAll commands accept --store, --wait, --json and --yes too: see 'tandryctl --help'.");
+                 "\nAll commands accept --store, --wait, --json, --utc and --yes too: see 'tandryctl --help'.");
     _app->final_callback([line = _line, access = std::move(access), action = std::move(action)] {
         // Run after parsing, so that its failures are not caught as errors of the parser.
         line->_chosen = CommandLine::ChosenCommand{access(), action};
@@ -248,13 +339,14 @@ CommandLine::CommandLine()
     : _app(std::make_unique<CLI::App>("Inspects and manages a store of synchronised folders.", "tandryctl"))
 {
     _app->get_formatter()->column_width(HelpColumn);
-    _app->set_version_flag("--version", "tandryctl " TANDRYCTL_VERSION, "Print the version and exit");
+    _app->set_version_flag("-V,--version", "tandryctl " TANDRYCTL_VERSION, "Print the version and exit");
     // CLI11 would ignore a variable that is empty.
     if (qEnvironmentVariableIsSet(StoreVariable))
         _options.storePath = qEnvironmentVariable(StoreVariable);
     AddText(*_app, "--store", _options.storePath, "The store file; by default $TANDRY_STORE, or the user's own store")
         ->type_name("FILE");
     _app->add_flag("--json", _options.json, "Print JSON: an array of objects, or an object for an error");
+    _app->add_flag("--utc", _options.utc, "Print times in UTC, as JSON always has them, instead of in local time");
     AddNumber(*_app,
               "--wait",
               _options.waitSeconds,
@@ -281,9 +373,7 @@ ExitStatus CommandLine::Run(int argc, char const* const* argv)
     }
     catch (CLI::ParseError const& error) {
         _options.json = HasJsonOption(argc, argv); // the parser sets no option after an error
-        return _Report({FailureCode::WrongUsage,
-                        _ErrorText(error),
-                        QStringLiteral("see '%1 --help'").arg(FullName(DeepestSubcommand(*_app)))});
+        return _Report({FailureCode::WrongUsage, _ErrorText(error), SeeHelpOn(DeepestSubcommand(*_app))});
     }
 
     ExitStatus const status = _RunAndReport();
@@ -322,9 +412,13 @@ QString CommandLine::_ErrorText(CLI::ParseError const& error) const
 {
     // CLI11 reports an unknown word as a missing command.
     std::vector<std::string> const unknown = _app->remaining(true);
-    if (!unknown.empty())
-        return QStringLiteral("unexpected argument ") + QString::fromStdString(Name(unknown.front()));
-    return MessageOf(error);
+    if (unknown.empty())
+        return MessageOf(error);
+    CLI::App const& command = DeepestSubcommand(*_app);
+    QString const word = QString::fromStdString(unknown.front());
+    bool const isOption = word.startsWith(QLatin1Char('-'));
+    return QStringLiteral("unexpected argument ") + QString::fromStdString(Name(unknown.front())) +
+           DidYouMean(word.section(QLatin1Char('='), 0, 0), isOption ? OptionsOf(command) : SubcommandsOf(command));
 }
 
 ExitStatus CommandLine::_RunChosen()

@@ -17,6 +17,10 @@ class ParseError;
 class Success;
 } // namespace CLI
 
+namespace tandry::findings {
+class ValueNames;
+}
+
 namespace tandryctl {
 
 class CommandLine;
@@ -35,6 +39,8 @@ public:
 
     Command& Argument(char const* name, QString& target, char const* help);
     Command& Argument(char const* name, int& id, char const* help);
+    /// Takes any number of words.
+    Command& Argument(char const* name, QStringList& words, char const* help);
     Command& OptionalArgument(char const* name, std::optional<int>& id, char const* help);
 
     Command& Required(char const* option, QString& target, char const* value, char const* help);
@@ -44,6 +50,13 @@ public:
     Command& Option(char const* option, std::optional<int>& id, char const* help);
     /// Takes any whole number.
     Command& Number(char const* option, std::optional<int>& number, char const* help);
+    /// Takes a value of a column, by its number or by its name, such as "not-synced". The help text must list the
+    /// names.
+    Command& Value(char const* option,
+                   std::optional<int>& value,
+                   tandry::findings::ValueNames const& names,
+                   char const* kind,
+                   char const* help);
     /// Takes a count, a whole number from 1 up.
     Command& Count(char const* option, std::optional<int>& count, char const* help);
     Command& Flag(char const* option, bool& target, char const* help);
@@ -63,6 +76,10 @@ public:
     Command& Example(char const* line, char const* purpose);
     /// Adds a paragraph to the help, behind the options. Call it before `Example`.
     Command& Remark(char const* text);
+
+    /// Returns the help on a command below this one, such as {"root", "add"}, or on this one itself. Throws if there
+    /// is no such command.
+    QString HelpOn(QStringList const& names) const;
 
     /// Sets the action. It gets a session whose store was opened as `access` says.
     void Run(StoreAccess access, std::function<ExitStatus(Session&)> action);

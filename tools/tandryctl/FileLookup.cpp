@@ -5,6 +5,8 @@
 #include "Session.h"
 #include "Text.h"
 
+#include "tools/findings/ColumnReference.h"
+
 #include <algorithm>
 #include <functional>
 
@@ -87,7 +89,8 @@ FileConfiguration FindBaseFile(Session& session, Matches const& matches)
 
 QStringList const& FileTypeNames()
 {
-    static QStringList const words{QStringLiteral("file"), QStringLiteral("generated"), QStringLiteral("base")};
+    static QStringList const words =
+        tandry::findings::NamesOfValues<FileConfiguration>(QStringLiteral("fileType"))->Words();
     return words;
 }
 

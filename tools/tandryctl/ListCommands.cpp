@@ -6,6 +6,8 @@
 #include "RecordColumns.h"
 #include "Text.h"
 
+#include "tools/findings/ColumnReference.h"
+
 #include <QHash>
 #include <QSet>
 
@@ -198,12 +200,16 @@ void AddListCommands(Command& top)
                 FileOrderNames(),
                 "COLUMN",
                 "Sort by this column; COLUMN-desc for descending order")
-        .Number("--status", files->status, "Only files with this syncStatus; 2 is out of sync")
+        .Value("--status",
+               files->status,
+               *tandry::findings::NamesOfValues<FileConfiguration>(QStringLiteral("syncStatus")),
+               "STATUS",
+               "Only files with this syncStatus: syncing, not-synced, link-discovered or a number")
         .Remark(
             "Columns to sort by: id, name, folderConfigurationId, clientPath, serverPath, checkSum, createdDateTime,\n"
             "lastModifiedDateTime, syncStatus, lastOperationType, size.")
         .Example("list files --folder 3 --order size-desc", "show the files of folder 3 in descending order of size")
-        .Example("list files --status 2", "show the files that are out of sync")
+        .Example("list files --status not-synced", "show the files that are to be synchronised")
         .Run(StoreAccess::Read, [files](Session& session) { return ListFiles(session, *files); });
 
     lists.Add("schedules", "List the schedules")

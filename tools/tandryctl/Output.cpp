@@ -19,7 +19,7 @@ QJsonValue ToJson(QVariant const& value)
 {
     switch (static_cast<QMetaType::Type>(value.type())) {
     case QMetaType::QDateTime:
-        return value.toDateTime().isValid() ? QJsonValue(CellText(value)) : QJsonValue();
+        return value.toDateTime().isValid() ? QJsonValue(CellText(value, Clock::Utc)) : QJsonValue();
     case QMetaType::QString:
         return value.toString().isNull() ? QJsonValue() : QJsonValue(value.toString());
     case QMetaType::QVariantMap: {
@@ -38,6 +38,15 @@ QJsonValue ToJson(QVariant const& value)
     default:
         return QJsonValue::fromVariant(value);
     }
+}
+
+QString TimeText(QDateTime time, Clock clock)
+{
+    if (clock == Clock::Local && time.timeSpec() == Qt::UTC) {
+        QDateTime const local = time.toLocalTime();
+        time = local.toOffsetFromUtc(local.offsetFromUtc());
+    }
+    return time.toString(Qt::ISODateWithMs);
 }
 
 bool IsHidden(QVariant const& value)
@@ -65,13 +74,13 @@ QString WithoutTrailingBlanks(QString line)
 
 } // namespace
 
-QString CellText(QVariant const& value)
+QString CellText(QVariant const& value, Clock clock)
 {
     if (IsHidden(value))
         return QStringLiteral("(hidden)");
     switch (static_cast<QMetaType::Type>(value.type())) {
     case QMetaType::QDateTime:
-        return value.toDateTime().toString(Qt::ISODateWithMs);
+        return TimeText(value.toDateTime(), clock);
     case QMetaType::Bool:
         return value.toBool() ? QStringLiteral("yes") : QStringLiteral("no");
     case QMetaType::QVariantMap:
@@ -82,15 +91,21 @@ QString CellText(QVariant const& value)
     }
 }
 
-Output::Output(QIODevice& device, OutputFormat format)
+Output::Output(QIODevice& device, OutputFormat format, Clock clock)
     : _device(device)
     , _format(format)
+    , _clock(clock)
 {}
 
 void Output::PrintLine(QString const& text)
 {
     if (_format == OutputFormat::Plain)
         _Write(text.toUtf8() + '\n');
+}
+
+void Output::PrintText(QString const& text)
+{
+    _Write(text.toUtf8());
 }
 
 void Output::ListNothing()
@@ -133,7 +148,7 @@ void Output::_AddRow(QVector<QVariant> const& values)
     QVector<QString> cells;
     cells.reserve(values.size());
     for (int column = 0; column < values.size(); ++column) {
-        cells.append(CellText(values.at(column)));
+        cells.append(CellText(values.at(column), _clock));
         _numeric[column] = _numeric.at(column) && IsNumber(values.at(column));
     }
     _cells.append(cells);
@@ -178,8 +193,8 @@ void Output::_ShowRow(QVector<QString> const& names, QVector<QVariant> const& va
     for (QString const& name : names)
         width = std::max(width, DisplayWidth(name));
     for (int i = 0; i < names.size(); ++i)
-        PrintLine(
-            WithoutTrailingBlanks(Padded(names.at(i), width, false) + QStringLiteral("  ") + CellText(values.at(i))));
+        PrintLine(WithoutTrailingBlanks(Padded(names.at(i), width, false) + QStringLiteral("  ") +
+                                        CellText(values.at(i), _clock)));
 }
 
 void Output::_WriteObject(QVector<QVariant> const& values)

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "tools/findings/ValueNames.h"
+
 #include <QIODevice>
 #include <QString>
 #include <QVariant>
@@ -15,6 +17,13 @@ enum class OutputFormat
 {
     Plain,
     Json
+};
+
+/// How plain text shows times that are stored in UTC. JSON has them in UTC.
+enum class Clock
+{
+    Local,
+    Utc
 };
 
 /// Whether a column is part of plain listings, or only of JSON and of a record that is shown in full.
@@ -44,9 +53,18 @@ struct Column
         : Column(QLatin1String(columnName), columnShown, std::move(columnValue))
     {}
 
+    /// Returns the value as plain text shows it, with the name that the library has for it.
+    QVariant InWords(Record const& record) const
+    {
+        QVariant const plain = value(record);
+        return names == nullptr ? plain : names->InWords(plain.toInt());
+    }
+
     QString name;
     Shown shown;
     Value value;
+    /// The names of an enumeration's values, or of a bit field's bits; null if there are none.
+    tandry::findings::ValueNames const* names = nullptr;
 };
 
 template <class Record>
@@ -67,7 +85,7 @@ class Output
 {
 public:
     /// The device must outlive this object.
-    Output(QIODevice& device, OutputFormat format);
+    Output(QIODevice& device, OutputFormat format, Clock clock = Clock::Local);
 
     OutputFormat format() const { return _format; }
 
@@ -89,7 +107,7 @@ public:
             QVector<QVariant> row;
             row.reserve(shown.size());
             for (Column<Record> const& column : shown)
-                row.append(column.value(record));
+                row.append(_ValueOf(column, record));
             _AddRow(row);
         }
         _EndRows();
@@ -106,7 +124,7 @@ public:
         QVector<QVariant> row;
         for (Column<Record> const& column : columns) {
             names.append(column.name);
-            row.append(column.value(record));
+            row.append(_ValueOf(column, record));
         }
         for (Extra const& extra : extras) {
             names.append(QLatin1String(extra.name));
@@ -128,10 +146,19 @@ public:
     /// Prints one line, unchanged, in plain format; nothing in JSON.
     void PrintLine(QString const& text);
 
+    /// Prints a text, unchanged, in both formats.
+    void PrintText(QString const& text);
+
     /// Writes buffered output to the device. Returns false if this or an earlier write has failed.
     [[nodiscard]] bool Flush();
 
 private:
+    template <class Record>
+    QVariant _ValueOf(Column<Record> const& column, Record const& record) const
+    {
+        return _format == OutputFormat::Json ? column.value(record) : column.InWords(record);
+    }
+
     void _BeginRows(QVector<QString> const& names);
     void _AddRow(QVector<QVariant> const& values);
     void _EndRows();
@@ -141,6 +168,7 @@ private:
 
     QIODevice& _device;
     OutputFormat const _format;
+    Clock const _clock;
     QVector<QString> _names;
     QVector<QVector<QString>> _cells;
     QVector<bool> _numeric;
@@ -149,9 +177,10 @@ private:
     QByteArray _buffer;
 };
 
-/// Returns a value as one printable line: dates in ISO 8601 with milliseconds, with a Z if they are UTC; an empty text
-/// for NULL.
-QString CellText(QVariant const& value);
+/// Returns a value as one printable line; an empty text for NULL. Times are in ISO 8601 with milliseconds. Those in UTC
+/// end in a Z, or are shown in local time with the difference from UTC; those in local time are clock readings, and
+/// have neither.
+QString CellText(QVariant const& value, Clock clock);
 
 } // namespace tandryctl
 

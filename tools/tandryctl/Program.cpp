@@ -30,6 +30,7 @@ void DeclareCommands(CommandLine& commandLine)
     AddAccountCommands(top);
     AddProductCommands(top);
     AddScheduleCommands(top);
+    AddHelpCommand(top);
 }
 
 } // namespace tandryctl

@@ -1,6 +1,7 @@
 #include "RecordColumns.h"
 
 #include "config/RecordColumns.h"
+#include "tools/findings/ColumnReference.h"
 
 #include <algorithm>
 #include <initializer_list>
@@ -42,6 +43,7 @@ Columns<Record> TableColumns(Names always, PropertiesPrinted properties = Proper
         columns.append({column.name(), isAlways ? Shown::Always : Shown::InFull, [&column](Record const& record) {
                             return column.Get(record);
                         }});
+        columns.last().names = tandry::findings::NamesOfValues<Record>(column.name());
     }
     return columns;
 }

@@ -79,7 +79,7 @@ Session::Session(SessionOptions const& options, StoreAccess access)
     , _waitSeconds(options.waitSeconds)
     , _yes(options.yes || options.dryRun)
     , _dryRun(options.dryRun ? std::make_unique<QTemporaryDir>() : nullptr)
-    , _output(_stdout, FormatOf(options))
+    , _output(_stdout, FormatOf(options), options.utc ? Clock::Utc : Clock::Local)
 {
     if (access == StoreAccess::None)
         return;

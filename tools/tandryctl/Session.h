@@ -58,6 +58,8 @@ struct SessionOptions
     /// How long to wait for a lock of another program; nothing for the library's own time.
     std::optional<int> waitSeconds;
     bool json = false;
+    /// Shows times in UTC in plain text too.
+    bool utc = false;
     bool yes = false;
     /// Runs the command on a copy of the store.
     bool dryRun = false;

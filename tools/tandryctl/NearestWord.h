@@ -1,0 +1,11 @@
+#pragma once
+
+#include <QString>
+#include <QStringList>
+
+namespace tandryctl {
+
+/// Returns the word that was probably meant, such as "list" for "lsit"; null if none is near enough.
+QString NearestWord(QString const& mistyped, QStringList const& words);
+
+} // namespace tandryctl
