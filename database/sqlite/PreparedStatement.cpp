@@ -14,6 +14,16 @@ namespace {
 constexpr qint64 MsecsPerDay = 86'400'000;
 constexpr qint64 JulianDayOfEpoch = 2'440'588;
 
+/// Returns false for text with lone surrogates, which UTF-8 cannot express. For the usual text, without any surrogates,
+/// the loop becomes vector instructions: `isValidUtf16` alone would add 3 % to an update of a file.
+bool IsUnicode(QString const& text)
+{
+    int surrogates = 0;
+    for (QChar const unit : text)
+        surrogates += unit.isSurrogate() ? 1 : 0;
+    return surrogates == 0 || text.isValidUtf16();
+}
+
 /// The clock reading as if it were UTC, whatever its time spec.
 std::optional<qint64> ClockReading(QDateTime const& time)
 {
@@ -42,7 +52,7 @@ bool IsBlank(char const* begin, char const* end)
 std::unique_ptr<PreparedStatement>
 PreparedStatement::Prepare(sqlite3* handle, QString const& text, bool stays, StatementError& error)
 {
-    if (!text.isValidUtf16()) {
+    if (!IsUnicode(text)) {
         error = {SQLITE_MISUSE, QStringLiteral("the statement is no Unicode text")};
         return nullptr;
     }
@@ -174,7 +184,7 @@ int PreparedStatement::BindAt(int index, QVariant const& value, QString& words)
 
 int PreparedStatement::BindText(int index, QString const& text, QString& words)
 {
-    if (!text.isValidUtf16()) {
+    if (!IsUnicode(text)) {
         words = QStringLiteral("the text for %1 is no Unicode text (it has a lone surrogate)");
         return SQLITE_MISMATCH;
     }
