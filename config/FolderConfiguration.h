@@ -117,8 +117,8 @@ public:
     QDateTime getLastSyncTime() const;
     /// In UTC. Never stored.
     QDateTime getLastServerSyncRequestTime() const;
-    /// What of a root is synchronised. `FolderOptionTopFilesOnly` in a new record: set another value for a root whose
-    /// sub-folders are to count in `IsInExistingClientFolder`.
+    /// The part of a root that is synchronised. `FolderOptionTopFilesOnly` in a new record: set another value for a
+    /// root whose sub-folders are to count in `IsInExistingClientFolder`.
     SynchronizationFolderOption getFolderOption() const;
     /// In the client's own terms.
     FolderOperationType getLastOperationType() const;

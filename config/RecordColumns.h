@@ -59,7 +59,7 @@ public:
     /// Writes a value to a record; returns false and leaves the record unchanged if the column does not take it.
     using Setter = bool (*)(Record& record, QVariant const& value);
 
-    /// What the functions of the same names return.
+    /// The results of the functions of the same names.
     struct Traits
     {
         bool isReadOnly = false; ///< See `isReadOnly()`.

@@ -47,7 +47,7 @@ struct StoreError
     QString text;
     /// The statement that failed, with its placeholders; null if no statement was running.
     QString statement;
-    /// What kind of failure it is, for programs.
+    /// The kind of failure, for programs.
     StoreErrorKind kind = StoreErrorKind::Other;
 };
 

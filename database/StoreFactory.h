@@ -14,7 +14,7 @@ namespace sync::database {
 /// thread that called the manager:
 ///
 ///     factory->ClearError();
-///     auto const files = manager.GetFileConfigurationsByFolderId(id);
+///     auto const files = manager.GetFileConfigurationsByFolderId(id, sync::interf::FileConfigOrderByName);
 ///     bool const isComplete = !factory->LastError();
 class TANDRY_DATABASE_EXPORT StoreFactory : public sync::interf::factory::IDatabaseFactory
 {

@@ -18,7 +18,7 @@ using namespace sync::config;
 
 namespace {
 
-/// What the library's list of columns does not tell of a column.
+/// The part of a column's description that the library's list of columns does not contain.
 struct Description
 {
     char const* meaning;

@@ -11,12 +11,12 @@
 
 namespace tandry::findings {
 
-/// What a column of a store holds.
+/// The description of a column of a store.
 struct DescribedColumn
 {
     QString name;
     sync::config::ColumnKind kind;
-    /// What it holds, and in which unit.
+    /// The contents and their unit, as a sentence.
     QString meaning;
     /// Only for an enumeration or a bit field with names.
     std::optional<ValueNames> names;
