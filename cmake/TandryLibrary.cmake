@@ -7,7 +7,7 @@ include(GenerateExportHeader)
 function(tandry_library name)
   cmake_parse_arguments(PARSE_ARGV 1 arg "" "FOLDER" "SOURCES;HEADERS")
   set(target Tandry${name})
-  set(generated "${CMAKE_BINARY_DIR}/generated")
+  set(generated "${PROJECT_BINARY_DIR}/generated")
 
   add_library(${target} SHARED ${arg_SOURCES} ${arg_HEADERS})
   add_library(Tandry::${name} ALIAS ${target})
@@ -31,10 +31,12 @@ function(tandry_library name)
     VERSION ${PROJECT_VERSION}
     SOVERSION ${PROJECT_VERSION_MAJOR})
 
-  install(TARGETS ${target} EXPORT TandryTargets
-    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT Runtime NAMELINK_COMPONENT Development)
-  install(FILES ${arg_HEADERS} "${generated}/${arg_FOLDER}/${target}Export.h"
-    DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/tandry/${arg_FOLDER} COMPONENT Development)
+  if(TANDRY_INSTALL)
+    install(TARGETS ${target} EXPORT TandryTargets
+      LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT Runtime NAMELINK_COMPONENT Development)
+    install(FILES ${arg_HEADERS} "${generated}/${arg_FOLDER}/${target}Export.h"
+      DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/tandry/${arg_FOLDER} COMPONENT Development)
+  endif()
 
   list(TRANSFORM arg_HEADERS PREPEND "${arg_FOLDER}/")
   set_property(GLOBAL APPEND PROPERTY TANDRY_PUBLIC_HEADERS ${arg_HEADERS} "${arg_FOLDER}/${target}Export.h")

@@ -4,14 +4,14 @@
 include(CMakePackageConfigHelpers)
 
 set(packageDir "${CMAKE_INSTALL_LIBDIR}/cmake/Tandry")
-configure_package_config_file(cmake/TandryConfig.cmake.in "${CMAKE_BINARY_DIR}/generated/TandryConfig.cmake"
+configure_package_config_file(cmake/TandryConfig.cmake.in "${PROJECT_BINARY_DIR}/generated/TandryConfig.cmake"
   INSTALL_DESTINATION "${packageDir}"
   NO_SET_AND_CHECK_MACRO)
-write_basic_package_version_file("${CMAKE_BINARY_DIR}/generated/TandryConfigVersion.cmake"
+write_basic_package_version_file("${PROJECT_BINARY_DIR}/generated/TandryConfigVersion.cmake"
   COMPATIBILITY SameMajorVersion)
 install(FILES
-    "${CMAKE_BINARY_DIR}/generated/TandryConfig.cmake"
-    "${CMAKE_BINARY_DIR}/generated/TandryConfigVersion.cmake"
+    "${PROJECT_BINARY_DIR}/generated/TandryConfig.cmake"
+    "${PROJECT_BINARY_DIR}/generated/TandryConfigVersion.cmake"
   DESTINATION "${packageDir}" COMPONENT Development)
 install(EXPORT TandryTargets NAMESPACE Tandry:: DESTINATION "${packageDir}" COMPONENT Development)
 
@@ -23,8 +23,8 @@ function(tandry_pkg_config library)
   list(JOIN arg_CFLAGS " " cflags)
   file(RELATIVE_PATH prefixFromHere "${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig" "${CMAKE_INSTALL_PREFIX}")
   string(REGEX REPLACE "/$" "" prefixFromHere "${prefixFromHere}")
-  configure_file(cmake/tandry.pc.in "${CMAKE_BINARY_DIR}/generated/${module}.pc" @ONLY)
-  install(FILES "${CMAKE_BINARY_DIR}/generated/${module}.pc"
+  configure_file(cmake/tandry.pc.in "${PROJECT_BINARY_DIR}/generated/${module}.pc" @ONLY)
+  install(FILES "${PROJECT_BINARY_DIR}/generated/${module}.pc"
     DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig" COMPONENT Development)
 endfunction()
 
@@ -40,6 +40,9 @@ tandry_pkg_config(Configuration
   DESCRIPTION "Records and managers of a folder-synchronisation client's configuration store"
   REQUIRES "tandry-interfaces = ${PROJECT_VERSION}")
 
+if(NOT PROJECT_IS_TOP_LEVEL)
+  return()
+endif()
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_CONTACT "The Tandry developers <tandry@localhost>")
 set(CPACK_PACKAGE_VENDOR "The Tandry developers")

@@ -120,13 +120,13 @@ build_preset() {
 }
 
 # Configures build/release with these options and builds a target of it. A build folder that is there keeps its other
-# options, so that a developer's tests stay switched on; a new one gets nothing that a user of the library has no need of.
+# options, so that a developer's tests stay switched on.
 build_release() {
     local target=$1
     shift
     say "building $target in preset release"
     if [[ ! -f build/release/build.ninja ]]; then
-        cmake --preset release -DTANDRY_BUILD_TESTS=OFF -DTANDRY_BUILD_EXAMPLES=OFF "$@" >&2
+        cmake --preset release "$@" >&2
     else
         cmake -S . -B build/release "$@" >&2
     fi

@@ -1,0 +1,10 @@
+# Run in the build folder of the outer project: its tests pass, and it installs its own program alone, into PREFIX.
+cmake_minimum_required(VERSION 3.25)
+execute_process(COMMAND "${CMAKE_CTEST_COMMAND}" --output-on-failure --no-tests=error COMMAND_ERROR_IS_FATAL ANY)
+file(REMOVE_RECURSE "${PREFIX}")
+unset(ENV{DESTDIR})
+execute_process(COMMAND "${CMAKE_COMMAND}" --install . --prefix "${PREFIX}" COMMAND_ERROR_IS_FATAL ANY)
+file(GLOB_RECURSE installed RELATIVE "${PREFIX}" "${PREFIX}/*")
+if(NOT installed STREQUAL "bin/outer")
+  message(FATAL_ERROR "the outer project installs ${installed}")
+endif()
