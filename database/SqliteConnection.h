@@ -26,9 +26,8 @@ public:
     Failure Open();
     /// The same for the first connection of a store, which also checks the file as a whole.
     Failure OpenFirst();
-    /// Opens the connection, and fails if another handle on the store should not be opened for this thread now: the
-    /// file was moved, or the connection has a transaction open, which would lock that handle out or be invisible to
-    /// it.
+    /// Opens the connection, and fails if this thread must not open another handle on the store now: if the file was
+    /// moved, or if the connection has a transaction open, which would lock that handle out or be invisible to it.
     Failure OpenForSnapshot();
     /// Of an open connection.
     JournalMode journalMode() const { return _handle->store().journalMode(); }

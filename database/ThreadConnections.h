@@ -10,7 +10,7 @@ namespace sync::database {
 class SqliteConnection;
 class SqliteStore;
 
-/// The calling thread's connections, found by their stores. The stores own them; the end of the thread takes them out.
+/// The calling thread's connections, found by their stores. The stores own them; the end of the thread removes them.
 class ThreadConnections
 {
 public:

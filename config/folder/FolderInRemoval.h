@@ -17,7 +17,7 @@ public:
     ~FolderInRemoval();
     Q_DISABLE_COPY_MOVE(FolderInRemoval)
 
-    /// Whether an outer call is removing the same folder of the same manager: the folder is its own ancestor.
+    /// Whether an outer call is removing the same folder of the same manager, so that the folder is its own ancestor.
     [[nodiscard]] bool isItsOwnAncestor() const noexcept;
 
 private:

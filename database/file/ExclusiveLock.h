@@ -16,7 +16,7 @@ public:
     Q_DISABLE_COPY_MOVE(ExclusiveLock)
 
     /// Does not wait. Fails if a program, this one included, has a store with a write-ahead log open, or is reading or
-    /// writing one with a journal. One with a journal that is merely open shows by its `StorePresence` alone.
+    /// writing a store with a journal. Of a store with a journal that is only open, `StorePresence` tells.
     [[nodiscard]] Failure Take();
 
     /// Copies the locked file's bytes to a new file. Returns 0 or the operating system's error number.

@@ -6,7 +6,7 @@
 
 namespace sync::database {
 
-/// Which file a name stands for.
+/// Identifies a file, whatever its names.
 struct FileIdentity
 {
     dev_t device = 0;
@@ -48,7 +48,7 @@ inline bool operator!=(FileStamp const& left, FileStamp const& right)
     return !(left == right);
 }
 
-/// Return nothing if there is no file at the path, or none can be seen.
+/// Return nothing if there is no file at the path, or if this process may not look it up.
 std::optional<FileStatus> StatusAt(char const* name) noexcept;
 std::optional<FileIdentity> IdentityAt(char const* name) noexcept;
 FileIdentity IdentityOf(struct stat const& status) noexcept;

@@ -11,14 +11,14 @@ struct sqlite3;
 
 namespace sync::database {
 
-/// The files that a handle has open, and whether they still stand at their names as they were.
+/// Remembers the files that a handle has open, and checks that they are still the ones at their names.
 ///
-/// SQLite does not look: it goes on writing to files that were removed or replaced, where no other program finds it,
-/// and to a file that was cut. If the index of a log is missing, the next program makes another one, and two indices of
-/// one log let commits overwrite each other. A file with two names has two logs.
+/// SQLite does not check this. It continues to write to files that were removed or replaced, where no other program
+/// finds the writes, and to a file that was cut. If the index of a log is missing, the next program creates another
+/// one, and with two indices of one log commits overwrite each other. A file with two names has two logs.
 ///
-/// A look costs one system call for each file, by its name. A descriptor of one's own on the file would not do: to
-/// close it drops the locks that SQLite holds on the file.
+/// A check takes one system call for each file, by its name. The class cannot use a descriptor of its own: closing it
+/// would release the locks that SQLite holds on the file.
 class OpenFiles
 {
 public:
@@ -32,25 +32,26 @@ public:
     explicit OpenFiles(StoreFile const& file);
     Q_DISABLE_COPY_MOVE(OpenFiles)
 
-    /// Fails if other handles of this process have the file open with an index of its log that does not stand at the
-    /// name here: SQLite would let a new handle share it. To be called before SQLite opens a file with a log.
+    /// Fails if other handles of this process have the file open with an index of its log that is no longer at its
+    /// name: SQLite would let a new handle share that index. Call this before SQLite opens a file with a log.
     [[nodiscard]] Failure CheckBeforeOpening() const;
 
     /// Remembers the files of a handle that has read. Fails if they are not those of the other handles of this process.
     [[nodiscard]] Failure Remember(sqlite3* handle, bool hasLog);
-    /// To be called before the handle is closed.
+    /// Call this before the handle is closed.
     void Forget() noexcept;
 
-    /// The file that stood at the path when it was remembered.
+    /// The identity of the file that was remembered.
     std::optional<FileIdentity> const& identity() const noexcept { return _identity; }
 
-    /// Fails if another file stands at the path, or none, or if the file was cut.
+    /// Fails if there is another file at the path, or none, or if the file was cut.
     [[nodiscard]] Failure CheckFile(Use use) const;
     /// The same, and for the log and its index.
     [[nodiscard]] Failure Check(Use use) const;
 
-    /// Whether the handle may write the log to the file and remove it when it is closed. If another log or index stands
-    /// at the name, another program has gone on writing, and it would lose that; a cut index would end the program.
+    /// Whether the handle, when it is closed, may write the log to the file and remove the log. If there is another log
+    /// or index at the name, another program has written since, and its writes would be lost. A cut index would end
+    /// this program.
     bool MayCheckpointOnClose() const noexcept;
 
 private:

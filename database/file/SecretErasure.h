@@ -13,8 +13,8 @@ namespace sync::database {
 class SecretErasure
 {
 public:
-    /// To be called for every change of a row. Rows that are removed together with all others of their table are not
-    /// reported by SQLite; they leave no copies.
+    /// Call this for every change of a row. SQLite does not report rows that are removed together with all others of
+    /// their table; they leave no copies.
     void NoticeChange(int action, char const* table) noexcept;
 
     /// Claims a due erasure; false if none is due.

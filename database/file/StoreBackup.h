@@ -17,7 +17,7 @@ public:
     /// replaces a file. Errors name the new file; see `NewFile::Publish` for the one after which it exists.
     [[nodiscard]] Failure Write(StoreFile const& target) const;
 
-    /// The same, into a file that has been created, and that the caller puts in place.
+    /// The same, into a file that the caller has created and will publish.
     [[nodiscard]] Failure WriteTo(NewFile const& copy) const;
 
 private:

@@ -19,7 +19,7 @@ constexpr char const* SuffixesBeside[] = {LogSuffix, LogIndexSuffix, JournalSuff
 /// All files of a database, the database itself first.
 constexpr char const* DatabaseSuffixes[] = {"", LogSuffix, LogIndexSuffix, JournalSuffix};
 
-/// The name of a store's file, and what stands at it and beside it.
+/// The name of a store's file; looks up the file and those beside it.
 class StoreFile
 {
 public:
@@ -29,13 +29,13 @@ public:
     /// Returns the store with this path, or else the first with a number appended to it, whose names are free.
     static StoreFile FirstFree(QString const& path);
 
-    /// Returns the same store while its file has another name. Errors name the path all the same.
+    /// Returns the same store while its file has another name. Errors still name the path.
     StoreFile WithName(QByteArray const& name) const;
 
     /// The absolute path.
     QString const& path() const { return _path; }
-    /// The path as the operating system takes it, without symbolic links as far as there are files: SQLite names the
-    /// files beside the database after what the links stand for.
+    /// The path in the operating system's encoding. Symbolic links are resolved as far as there are files: SQLite names
+    /// the files beside the database after the target of the links.
     char const* name() const { return _name.constData(); }
     /// The name of the folder that holds the file.
     QByteArray folder() const;
@@ -46,18 +46,19 @@ public:
     Failure CheckName() const;
     /// Fails also if SQLite would take a new file of this name for the log, its index or the journal of another file.
     Failure CheckNewName() const;
-    /// Whether nothing at all stands at the path.
+    /// Whether there is nothing at the path.
     bool IsMissing() const noexcept;
-    /// The paths at which SQLite puts a log, its index or a journal beside the file, as far as something stands there.
+    /// The paths of the log, its index and the journal beside the file, as far as they exist.
     QStringList FilesBeside() const;
-    /// Whether nothing can be seen at the path, nor beside it.
+    /// Whether this process finds nothing at the path, nor beside it.
     bool IsFree() const;
-    /// Whether a file stands at the path with the suffix appended.
+    /// Whether there is a file at the path with the suffix appended.
     bool Exists(char const* suffix) const;
-    /// Whether a write-ahead log beside the file holds anything.
+    /// Whether there is a write-ahead log beside the file that is not empty.
     bool HasFilledLog() const noexcept;
 
-    /// Return nothing if there is no such file, or none can be seen. The first two ask for the path as it was given.
+    /// Return nothing if there is no such file, or if this process may not look it up. The first two use the path as it
+    /// was given.
     std::optional<FileStatus> Status() const noexcept;
     std::optional<FileIdentity> Identity() const noexcept;
     std::optional<FileStatus> LogStatus() const noexcept;

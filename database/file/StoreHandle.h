@@ -35,7 +35,8 @@ enum class StoreAccess
     ReadOnly,
 };
 
-/// A SQLite handle on a store's file, with what was found out when it was opened. Closed with the object.
+/// A SQLite handle on a store's file, with the journal mode, identity and stamp that its opening found. Closed with the
+/// object.
 class StoreHandle
 {
 public:
@@ -44,8 +45,8 @@ public:
     ~StoreHandle();
     Q_DISABLE_COPY_MOVE(StoreHandle)
 
-    /// Opens the file, hardened against its schema and read for the first time. Call once; the object is of no use if
-    /// it fails.
+    /// Opens the file, protects the handle from its schema, and reads it for the first time. Call once; the object is
+    /// of no use if it fails.
     ///
     /// A write-ahead log that a killed program left behind is only checkpointed on close once the file has proved to be
     /// a store: for a connection when it is open, for other purposes by `AllowCheckpointOnClose`.
@@ -57,12 +58,12 @@ public:
 
     /// Of a handle opened for a connection or an upgrade.
     JournalMode journalMode() const noexcept { return _journalMode; }
-    /// The file that stood at the path when the handle had been opened.
+    /// The identity of the file at the path after the handle was opened.
     std::optional<FileIdentity> const& identity() const noexcept { return _openFiles.identity(); }
 
-    /// Fails if the file, its log or the log's index no longer stands at its name as it was.
+    /// Fails if the file, its log or the log's index was removed, replaced or cut.
     Failure CheckUnmoved() const { return _openFiles.Check(OpenFiles::Use::Reading); }
-    /// The same, and fails if the file has a second name: what is written now would be lost for other connections.
+    /// The same, and fails if the file has a second name: other connections would not see the writes.
     Failure CheckWritable() const { return _openFiles.Check(OpenFiles::Use::Writing); }
     /// The same for the file alone.
     Failure CheckFileWritable() const { return _openFiles.CheckFile(OpenFiles::Use::Writing); }

@@ -8,7 +8,7 @@ namespace sync::database {
 
 class StoreFile;
 
-/// The header of a database file, as far as it tells whether the file is a store.
+/// The header of a database file, by which a store is recognised.
 class StoreHeader
 {
 public:
@@ -22,7 +22,7 @@ public:
     [[nodiscard]] static Failure Check(StoreFile const& file);
 
     bool usesLog() const { return _bytes[19] == 2; }
-    /// How long the file is, in bytes, apart from what is in a log.
+    /// The length of the file in bytes, without pages that are only in a log.
     qint64 length() const;
     bool isRestoreNotice() const;
 

@@ -4,7 +4,7 @@
 
 namespace sync::database {
 
-/// "tandry.database": why the store could not carry out an operation, and what it did to a store's file at its opening.
+/// "tandry.database": the reasons of failed operations, and the changes that an opening makes to a store's file.
 Q_DECLARE_LOGGING_CATEGORY(StoreLog)
 
 } // namespace sync::database

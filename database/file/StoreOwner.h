@@ -10,21 +10,21 @@ namespace sync::database {
 
 class StoreFile;
 
-/// To whom a file belongs.
+/// The user to whom a file belongs.
 struct FileOwner
 {
     uid_t user = 0;
     gid_t group = 0;
 };
 
-/// Returns nothing if there is no such file, or none can be seen.
+/// Returns nothing if there is no such file, or if this process may not look it up.
 std::optional<FileOwner> OwnerOf(StoreFile const& file);
 
 /// Gives a file that this process has created to an owner, as far as it is root and the file system has owners.
 void GiveTo(FileOwner owner, int descriptor);
 
-/// Fails if a log, its index or a journal beside the store belongs to another user than the store: SQLite would play
-/// into the store what that user has put there.
+/// Fails if a log, its index or a journal beside the store belongs to another user than the store: SQLite would apply
+/// to the store whatever that user has put there.
 ///
 /// Root's files pass: root may write to every file anyway, and SQLite, run by root, creates these files as root's
 /// before it gives them to the store's owner.
@@ -34,7 +34,7 @@ void GiveTo(FileOwner owner, int descriptor);
 /// process could open the store as long as they are there.
 [[nodiscard]] Failure CheckWriter(StoreFile const& file);
 
-/// Takes all rights on the store and on the files beside it from everybody but the owner, as far as the file system has
+/// Removes all rights to the store and to the files beside it, except those of the owner, if the file system has
 /// rights: SQLite gives the files that it creates beside the store the rights of the store.
 void TakeRightsOfOthers(StoreFile const& file);
 

@@ -12,7 +12,7 @@ namespace sync::database {
 /// A log that belongs to the earlier file must never stand beside the new one: SQLite would mix the two states. So the
 /// earlier store first gets a second name, complete with the files beside it. If there are such files, a notice that
 /// every opening refuses takes the store's place while they are removed. Then the new file takes it, by a rename. A
-/// process that is killed leaves the earlier store, the notice or the new store; the next restore goes on from there.
+/// process that is killed leaves the earlier store, the notice or the new store; the next restore continues from there.
 class StoreRestore
 {
 public:

@@ -7,7 +7,7 @@
 
 struct sqlite3;
 
-/// The tables of a store, and the marks that tell a store from other databases.
+/// The tables of a store, and the marks by which a store is recognised.
 namespace sync::database::schema {
 
 /// SQLite's `application_id`: "TNDY".

@@ -7,7 +7,7 @@ struct sqlite3;
 
 namespace sync::database {
 
-/// How a connection waits for locks, and how it lets others have their turn.
+/// Lets a connection wait for locks, and gives other connections their turn.
 ///
 /// SQLite's locks are not queued: whichever connection tries at the right moment gets one. A connection that writes in
 /// a loop frees the lock so briefly that others, which sleep between their attempts, would find it taken until they

@@ -7,16 +7,16 @@ namespace sync::database {
 /// The outcome of a transaction whose commit failed.
 enum class CommitOutcome
 {
-    /// Nothing of it is there, nor will be.
+    /// None of it is there, and it cannot come back.
     Gone,
     /// All of it is there and on the disk, although SQLite returned an error.
     Kept,
-    /// Neither could be made sure of: a crash or a power cut may bring it back or take it away.
+    /// Unknown: a crash or a power cut may bring it back or remove it.
     Unknown,
 };
 
-/// Finds out what became of a transaction whose COMMIT failed with SQLite's code, and makes that durable where it isn't
-/// yet. Waits for the locks of others as the handle does.
+/// Determines the outcome of a transaction whose COMMIT failed with this result code of SQLite, and makes the outcome
+/// durable. Waits for locks as the handle does.
 ///
 /// REQUIRES: the transaction has ended, and no other is open on the handle.
 [[nodiscard]] CommitOutcome SettleFailedCommit(sqlite3* handle, bool usesLog, int code);

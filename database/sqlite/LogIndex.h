@@ -14,7 +14,7 @@ constexpr int FrameHeaderSize = 24;
 
 /// The index of a write-ahead log, which all connections of a database share in memory: a view of its first bytes.
 ///
-/// Looking at it costs no system call. It is gone with its handle.
+/// Reading it takes no system call. The view is valid as long as its handle.
 class LogIndex
 {
 public:
@@ -27,21 +27,21 @@ public:
         std::array<quint32, 2> checksum{};
         std::array<quint32, 2> salts{};
 
-        /// Where the last commit ends in the log, in bytes.
+        /// The end of the last commit in the log, in bytes.
         qint64 end() const { return LogHeaderSize + qint64(lastFrame) * (FrameHeaderSize + pageSize); }
     };
 
-    /// A view of nothing.
+    /// An empty view.
     LogIndex() = default;
-    /// REQUIRES: the handle has read from its database. Without a log, or when the index cannot be had, the view is one
-    /// of nothing.
+    /// REQUIRES: the handle has read from its database. The view is empty if there is no log or SQLite does not provide
+    /// the index.
     explicit LogIndex(sqlite3* handle);
 
     bool isValid() const noexcept { return _bytes != nullptr; }
 
-    /// The number of frames up to the last commit; 0 for a view of nothing. May be called at any time.
+    /// The number of frames up to the last commit; 0 for an empty view. May be called at any time.
     quint32 lastFrame() const noexcept;
-    /// How many bytes the log has at least; 0 for a view of nothing. May be called at any time.
+    /// The least size of the log, in bytes; 0 for an empty view. May be called at any time.
     qint64 sizeOfLog() const noexcept;
     /// REQUIRES: a valid view, and a write transaction on the handle.
     Header header() const noexcept;

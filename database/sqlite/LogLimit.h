@@ -10,11 +10,11 @@ struct sqlite3;
 
 namespace sync::database {
 
-/// How large a write-ahead log may become because somebody goes on reading an old state of the database.
+/// Limits the size of a write-ahead log while queries read an old state of the database.
 ///
-/// A log is worked off up to the oldest state that is being read, and starts anew only when nobody reads from it any
-/// more. So one listing that is left open, or listings that overlap without end, let it grow with every commit. At the
-/// limit, readers of an old state have to begin anew, and writers wait until the log is empty.
+/// SQLite checkpoints a log up to the oldest state that is being read, and reuses it only when no query reads from it.
+/// So a listing that is left open, or listings that overlap without end, let it grow with every commit. At the limit,
+/// queries that read an old state fail and must be run again, and writers wait until the log is empty.
 class LogLimit
 {
 public:
@@ -26,15 +26,15 @@ public:
     /// The last commit in the log. A reader notes it when it begins.
     quint32 position() const noexcept { return _index.lastFrame(); }
 
-    /// Whether a reader that began at this position has to let go of the log.
+    /// Whether a reader that began at this position must end.
     bool EndsReader(quint32 began) const noexcept
     {
         quint32 const now = position();
         return now >= _frames && now != began;
     }
 
-    /// Empties the log if it has reached the limit; to be called before a write transaction. Waits for readers as the
-    /// handle waits for locks. Returns SQLite's result code: SQLITE_BUSY or SQLITE_LOCKED when a reader stays.
+    /// Empties the log if it has reached the limit. Call this before a write transaction. Waits for readers as the
+    /// handle waits for locks. Returns SQLite's result code: SQLITE_BUSY or SQLITE_LOCKED if a reader does not end.
     [[nodiscard]] int MakeRoom(sqlite3* handle) const;
 
 private:

@@ -16,21 +16,20 @@ namespace sync::database {
 /// The part of a write-ahead log behind its last commit, where failed commits and rolled back transactions leave their
 /// frames.
 ///
-/// SQLite reads nothing of it while any connection is open. When all of them are gone without closing, the next
-/// connection takes every frame whose checksum continues the chain, and so a commit that failed at its flush comes
-/// back.
+/// SQLite does not read it while a connection is open. If all connections end without closing, the next connection uses
+/// every frame whose checksum continues the chain, and so a commit that failed at its flush comes back.
 class LogTail
 {
 public:
     /// REQUIRES: the handle has begun a write transaction on a database with a log, and has written nothing in it.
     explicit LogTail(sqlite3* handle);
 
-    /// Makes sure that no commit in the tail can come back; on success that is durable. Returns SQLite's result code.
+    /// Prevents, durably, that any commit in the tail comes back. Returns SQLite's result code.
     [[nodiscard]] int Erase();
 
-    /// Returns how many commits stand behind a spoilt frame. SQLite stops reading at that frame and drops them without
-    /// an error. A program that is killed leaves none, unless it was writing the last page of a commit right then.
-    /// Nothing if the log cannot be read.
+    /// Returns the number of commits behind a damaged frame; nothing if the log cannot be read. SQLite stops reading at
+    /// that frame, and drops the commits without an error. A program that is killed leaves none, unless it was just
+    /// writing the last page of a commit.
     [[nodiscard]] std::optional<int> CountDroppedCommits();
 
 private:

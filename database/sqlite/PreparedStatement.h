@@ -13,8 +13,8 @@
 
 namespace sync::database {
 
-/// The reason for which the store itself refused a statement or a value, without the value. If the words are empty,
-/// SQLite has the reason.
+/// The reason why the store refused a statement or a value, without the value. If the words are empty, SQLite refused
+/// it and has the reason.
 struct StatementError
 {
     int code = 0;
@@ -32,7 +32,7 @@ inline bool IsSameText(QString const& left, QString const& right)
 class PreparedStatement
 {
 public:
-    /// Returns null on failure. SQLite allocates the memory of a statement that `stays` prepared apart from the rest.
+    /// Returns null on failure. `stays` tells SQLite that the statement will be kept for a long time.
     static std::unique_ptr<PreparedStatement>
     Prepare(sqlite3* handle, QString const& text, bool stays, StatementError& error);
 
@@ -40,18 +40,18 @@ public:
     bool isOf(sqlite3* handle) const noexcept { return sqlite3_db_handle(_handle.get()) == handle; }
     /// Whether the statement only reads.
     bool isReading() const { return _reading; }
-    /// Where the log stood when the current run began; for `LogLimit`.
+    /// The position in the log at which the current run began; for `LogLimit`.
     quint32 logPosition() const noexcept { return _logPosition; }
     void NoteLogPosition(quint32 position) noexcept { _logPosition = position; }
 
     /// The statement must not be running.
     std::optional<StatementError> Bind(QString const& placeholder, QVariant const& value);
 
-    /// Returns SQLite's result code; on everything but a row the statement has been reset.
+    /// Returns SQLite's result code; unless that is SQLITE_ROW, the statement has been reset.
     int Step() noexcept;
-    /// Ends the run and lets go of the rows, and of the locks that go with them.
+    /// Ends the run, and releases the rows and their locks.
     void Reset() noexcept;
-    /// Lets go of the bound values as well.
+    /// The same, and releases the bound values.
     void Clear() noexcept;
 
     /// A value of the current row.

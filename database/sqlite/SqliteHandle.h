@@ -29,13 +29,13 @@ using StatementHandle = std::unique_ptr<sqlite3_stmt, FinalizeStatement>;
 /// memory ran out.
 [[nodiscard]] int OpenHandle(char const* name, int flags, SqliteHandle& handle);
 
-/// Keeps the file's schema, which anybody may have written, from running functions or changing itself.
+/// Prevents the file's schema, which is not trusted, from running functions and from changing itself.
 void Harden(sqlite3* handle);
 
 /// Runs statements without looking at their rows.
 int Execute(sqlite3* handle, char const* statements);
 
-/// Sets the value to the first column of a statement's first row, and leaves it alone if there is none.
+/// Sets the value to the first column of a statement's first row; leaves it unchanged if there is none.
 [[nodiscard]] int QueryNumber(sqlite3* handle, char const* statement, qint64& value);
 [[nodiscard]] int QueryText(sqlite3* handle, char const* statement, QByteArray& value);
 

@@ -12,7 +12,7 @@
 namespace sync::database {
 
 /// The prepared statements of a connection, kept by text. A statement in use is never shared: a second user of the same
-/// text gets one of its own, which goes with its lease.
+/// text gets a statement of its own, which is finalized with its lease.
 class StatementCache
 {
     struct Entry;
@@ -26,13 +26,13 @@ public:
 
         void operator()(PreparedStatement* statement) const noexcept { cache->TakeBack(statement, entry); }
     };
-    /// A statement for one user; must go before the cache.
+    /// A statement for one user; must be destroyed before the cache.
     using Lease = std::unique_ptr<PreparedStatement, GiveBack>;
 
     /// Null on failure.
     Lease Take(sqlite3* handle, QString const& text, StatementError& error);
 
-    /// Whether somebody holds a statement.
+    /// Whether a statement is in use.
     bool hasLeases() const { return _leases > 0; }
 
 private:
