@@ -4,6 +4,7 @@
 
 #include <sqlite3.h>
 
+#include <QFile>
 #include <QMap>
 #include <QRegularExpression>
 #include <QSet>
@@ -46,6 +47,58 @@ QMap<QString, QString> ExpectedTables()
             {"FolderFileSystem"_q, "id integer, folderConfigurationId integer, fileSystem text, inode integer"_q}};
 }
 
+/// A column in docs/columns.md: its name, and the numbers of its values.
+struct ListedColumn
+{
+    QString name;
+    QString kind;
+    QStringList numbers;
+};
+
+/// The columns in docs/columns.md, by table.
+QMap<QString, std::vector<ListedColumn>> ColumnsPage()
+{
+    QFile file(QStringLiteral(TANDRY_SOURCE "/docs/columns.md"));
+    EXPECT_TRUE(file.open(QIODevice::ReadOnly));
+    QString const list = QString::fromUtf8(file.readAll()).section("\n```\n"_q, 1, 1);
+    QMap<QString, std::vector<ListedColumn>> tables;
+    QStringList names;
+    QRegularExpression const column("^  ([A-Za-z0-9]+) +([a-z]+) "_q);
+    QRegularExpression const number("^ {10,}([0-9]+) "_q);
+    for (QString const& line : list.split(QLatin1Char('\n'))) {
+        if (QRegularExpression("^[A-Za-z]+(, [A-Za-z]+ and [A-Za-z]+)?$"_q).match(line).hasMatch())
+            names = line.split(QRegularExpression(", | and "_q));
+        for (QString const& name : names) {
+            if (auto const match = column.match(line); match.hasMatch())
+                tables[name].push_back({match.captured(1), match.captured(2), {}});
+            else if (auto const value = number.match(line); value.hasMatch() && !tables[name].empty())
+                tables[name].back().numbers.append(value.captured(1));
+        }
+    }
+    return tables;
+}
+
+/// The type of a column with values of this kind.
+QString TypeOf(QString const& kind)
+{
+    if (kind == "time"_q)
+        return "DATETIME"_q;
+    return QStringList{"text"_q, "properties"_q, "links"_q}.contains(kind) ? "TEXT"_q : "INTEGER"_q;
+}
+
+/// The numbers of an enumeration, as the header has them.
+QStringList NumbersOf(QString const& header, QString const& enumeration)
+{
+    QFile file(QStringLiteral(TANDRY_SOURCE "/") + header);
+    EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << header.toStdString();
+    QString const body =
+        QString::fromUtf8(file.readAll()).section("enum %1 : int\n"_q.arg(enumeration), 1).section("};"_q, 0, 0);
+    QStringList numbers;
+    for (auto matches = QRegularExpression(" = ([0-9]+),"_q).globalMatch(body); matches.hasNext();)
+        numbers.append(matches.next().captured(1));
+    return numbers;
+}
+
 class StoreSchema : public StoreFixture
 {
 protected:
@@ -72,6 +125,46 @@ TEST_F(StoreSchema, HasItsTablesWithTheirColumnsInOrder)
         tables.insert(table[0].toString(), columns.join(", "_q));
     }
     EXPECT_EQ(tables, ExpectedTables());
+}
+
+TEST_F(StoreSchema, ColumnsPageListsEveryColumnOfEveryTable)
+{
+    auto const page = ColumnsPage();
+    RawStore raw(StorePath());
+    int tables = 0;
+    for (QVector<QVariant> const& row :
+         raw.Rows("SELECT name FROM sqlite_schema WHERE type = 'table' AND name NOT LIKE 'sqlite_%'"_q)) {
+        QString const table = row.value(0).toString();
+        QStringList columns;
+        for (QVector<QVariant> const& column : raw.Rows("PRAGMA table_info(%1)"_q.arg(table)))
+            columns.append(column.value(1).toString() + QLatin1Char(' ') + column.value(2).toString());
+        QStringList listed;
+        for (ListedColumn const& column : page.value(table))
+            listed.append(column.name + QLatin1Char(' ') + TypeOf(column.kind));
+        EXPECT_EQ(listed, columns) << table.toStdString();
+        ++tables;
+    }
+    EXPECT_EQ(page.size(), tables);
+}
+
+TEST_F(StoreSchema, ColumnsPageListsTheNumbersOfTheEnumerations)
+{
+    QMap<QString, QStringList> numbers;
+    auto const page = ColumnsPage();
+    for (auto table = page.cbegin(); table != page.cend(); ++table) {
+        for (ListedColumn const& column : table.value())
+            numbers[table.key() + QLatin1Char('.') + column.name] = column.numbers;
+    }
+    QString const folders = "config/FolderConfiguration.h"_q;
+    QString const files = "config/FileConfiguration.h"_q;
+    EXPECT_EQ(numbers["FolderConfiguration.syncStatus"_q], NumbersOf(folders, "FolderSynchronizationStatus"_q));
+    EXPECT_EQ(numbers["FolderConfiguration.folderOption"_q], NumbersOf(folders, "SynchronizationFolderOption"_q));
+    EXPECT_EQ(numbers["FolderConfiguration.privileges"_q],
+              QStringList{"0"_q} + NumbersOf(folders, "FolderPrivileges"_q));
+    EXPECT_EQ(numbers["FileConfiguration.fileType"_q], NumbersOf(files, "FileConfigurationType"_q));
+    EXPECT_EQ(numbers["FileConfiguration.syncStatus"_q], NumbersOf(files, "FileSynchronizationStatus"_q));
+    EXPECT_EQ(numbers["FileConfiguration.syncOption"_q], NumbersOf(files, "FileSyncOption"_q));
+    EXPECT_FALSE(numbers["FolderConfiguration.syncStatus"_q].isEmpty());
 }
 
 TEST_F(StoreSchema, BeginsWithTheDefaultScheduleAlone)

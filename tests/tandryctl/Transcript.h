@@ -14,8 +14,11 @@ struct TranscriptStep
     QStringList output;
 };
 
-/// Returns the steps of all blocks of a document that begin with "```console". A step begins with "$ "; lines with "> "
-/// continue its command.
+/// Returns the steps of a document.
+///
+/// In a block that begins with "```console" a step begins with "$ "; lines with "> " continue its command. Below a line
+/// "<!-- file: NAME -->" a block of any language is a step that writes the block to this file of the home and prints
+/// nothing. A block below a line "<!-- not run: REASON -->" has no steps.
 std::vector<TranscriptStep> ReadTranscript(QString const& document);
 
 /// Whether a command printed these lines. In the transcript, a line "…" stands for any number of lines, and "…" within
