@@ -22,12 +22,6 @@ namespace {
 
 constexpr char const* TablesOfPathsOnDisk[] = {Folders, Files, GeneratedFiles};
 
-/// Equal for paths that a file system may take for the same.
-QString Folded(QString const& path)
-{
-    return path.toCaseFolded().normalized(QString::NormalizationForm_C);
-}
-
 std::size_t HashOf(QString const& text)
 {
     return std::hash<std::u16string_view>()(

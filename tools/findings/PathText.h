@@ -15,4 +15,11 @@ inline QString FolderOf(QString const& path)
     return path.left(std::max(slash, 0));
 }
 
+/// Returns the same text for paths that a file system may take for the same: those that differ only in case or in their
+/// Unicode form.
+inline QString Folded(QString const& path)
+{
+    return path.toCaseFolded().normalized(QString::NormalizationForm_C);
+}
+
 } // namespace tandry::findings

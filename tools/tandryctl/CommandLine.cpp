@@ -192,6 +192,12 @@ Command& Command::OptionalArgument(char const* name, std::optional<int>& id, cha
     return *this;
 }
 
+Command& Command::OptionalArgument(char const* name, std::optional<QString>& target, char const* help)
+{
+    AddText(*_app, name, target, help)->type_name("");
+    return *this;
+}
+
 Command& Command::Required(char const* option, QString& target, char const* value, char const* help)
 {
     AddText(*_app, option, target, help)->required()->type_name(value);

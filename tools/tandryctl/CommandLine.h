@@ -42,6 +42,7 @@ public:
     /// Takes any number of words.
     Command& Argument(char const* name, QStringList& words, char const* help);
     Command& OptionalArgument(char const* name, std::optional<int>& id, char const* help);
+    Command& OptionalArgument(char const* name, std::optional<QString>& target, char const* help);
 
     Command& Required(char const* option, QString& target, char const* value, char const* help);
     Command& Required(char const* option, int& id, char const* help);

@@ -103,6 +103,16 @@ void Output::PrintLine(QString const& text)
         _Write(text.toUtf8() + '\n');
 }
 
+void Output::PrintLines(QVector<Line> const& lines)
+{
+    int width = 0;
+    for (Line const& line : lines)
+        width = std::max(width, DisplayWidth(line.name));
+    for (Line const& line : lines)
+        PrintLine(WithoutTrailingBlanks(Padded(line.name, width, false) + QStringLiteral("  ") +
+                                        CellText(line.value, _clock)));
+}
+
 void Output::PrintText(QString const& text)
 {
     _Write(text.toUtf8());
@@ -189,12 +199,10 @@ void Output::_ShowRow(QVector<QString> const& names, QVector<QVariant> const& va
         _EndRows();
         return;
     }
-    int width = 0;
-    for (QString const& name : names)
-        width = std::max(width, DisplayWidth(name));
+    QVector<Line> lines;
     for (int i = 0; i < names.size(); ++i)
-        PrintLine(WithoutTrailingBlanks(Padded(names.at(i), width, false) + QStringLiteral("  ") +
-                                        CellText(values.at(i), _clock)));
+        lines.append({names.at(i), values.at(i)});
+    PrintLines(lines);
 }
 
 void Output::_WriteObject(QVector<QVariant> const& values)

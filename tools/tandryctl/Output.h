@@ -77,6 +77,13 @@ struct Extra
     QVariant value;
 };
 
+/// A name and a value that are printed on a line of their own.
+struct Line
+{
+    QString name;
+    QVariant value;
+};
+
 /// Prints a command's results to a device in one of the two formats.
 ///
 /// A plain listing is a table with aligned columns and one row per line; names are made printable. JSON is an array of
@@ -145,6 +152,9 @@ public:
 
     /// Prints one line, unchanged, in plain format; nothing in JSON.
     void PrintLine(QString const& text);
+
+    /// Prints names and values with the values aligned in plain format; nothing in JSON.
+    void PrintLines(QVector<Line> const& lines);
 
     /// Prints a text, unchanged, in both formats.
     void PrintText(QString const& text);

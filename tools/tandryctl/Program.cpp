@@ -26,6 +26,7 @@ void DeclareCommands(CommandLine& commandLine)
     AddScanCommand(top);
     AddListCommands(top);
     AddPathCommands(top);
+    AddExplainCommand(top);
     AddServerCommands(top);
     AddAccountCommands(top);
     AddProductCommands(top);
