@@ -15,6 +15,7 @@ namespace {
 using namespace sync::config;
 using tandry::test::DifferingMembers;
 using tandry::test::DistinctFile;
+using tandry::test::TextsOf;
 using testing::IsEmpty;
 using testing::SizeIs;
 
@@ -44,14 +45,7 @@ TEST(FileConfiguration, DefaultRecordHasNoValueInTheOtherMembers)
     FileConfiguration const file;
     for (int id : {file.folderConfigurationId, file.productConfigurationId, file.rootFolderId, file.parentFileId})
         EXPECT_EQ(id, -1);
-    for (QString const& text : {file.name,
-                                file.clientPath,
-                                file.serverPath,
-                                file.checkSum,
-                                file.checkSumMD5,
-                                file.ownerId,
-                                file.serverFileId,
-                                file.serverFileVersionId})
+    for (QString const& text : TextsOf(file))
         EXPECT_TRUE(text.isNull());
     for (QDateTime const& time : {file.createdDateTime, file.lastModifiedDateTime, file.lastOperationTime}) {
         EXPECT_FALSE(time.isValid());

@@ -128,8 +128,7 @@ TEST_P(FileLinkDiscovery, MakesARowOfTheClientsOwnFilesAndPutsItsIdIntoTheLink)
     std::vector<Bound> const bindings = ToBindings(target);
     EXPECT_EQ(said[3].bindings, std::vector<Binding>(bindings.begin(), bindings.end()));
     for (int i : {1, 2}) { // the link is followed, and the new file held against known ones
-        EXPECT_EQ(said[std::size_t(i)].statement,
-                  QStringLiteral(FILE_COLUMNS "FileConfiguration WHERE clientPath = :clientPath"));
+        EXPECT_EQ(said[std::size_t(i)].statement, FileSelect("FileConfiguration WHERE clientPath = :clientPath"));
         EXPECT_EQ(said[std::size_t(i)].bindings, (std::vector<Binding>{Bound(":clientPath", targetPath)}));
         EXPECT_EQ(said[std::size_t(i)].scopeDepth, 0);
     }
@@ -204,8 +203,8 @@ TEST_F(FileManagerLinks, AStaleIdIsReplacedByTheFileAtThePath)
     EXPECT_TRUE(manager.Add(file));
     EXPECT_EQ(file.fileLinks[0].fileId, 77);
     ASSERT_THAT(store->Executions(), SizeIs(6));
-    EXPECT_EQ(store->Statements()[1], QStringLiteral(FILE_COLUMNS "FileConfiguration WHERE id = :id"));
-    EXPECT_EQ(store->Statements()[2], QStringLiteral(FILE_COLUMNS "FileConfiguration WHERE clientPath = :clientPath"));
+    EXPECT_EQ(store->Statements()[1], FileSelect("FileConfiguration WHERE id = :id"));
+    EXPECT_EQ(store->Statements()[2], FileSelect("FileConfiguration WHERE clientPath = :clientPath"));
 }
 
 // A file that has a row.
@@ -235,7 +234,7 @@ TEST_F(FileManagerLinks, AGoodIdTakesTheServerIdOfItsRowWhateverThePathLeadsTo)
     EXPECT_TRUE(manager.Add(file));
     EXPECT_EQ(file.fileLinks[0].fileId, 101);
     EXPECT_EQ(file.fileLinks[0].serverFileId, "server file id"_q);
-    EXPECT_EQ(store->Statements()[1], QStringLiteral(FILE_COLUMNS "FileConfiguration WHERE id = :id"));
+    EXPECT_EQ(store->Statements()[1], FileSelect("FileConfiguration WHERE id = :id"));
     EXPECT_THAT(store->Executions(), SizeIs(3));
 }
 

@@ -60,7 +60,7 @@ struct Lookup
 {
     char const* name;
     FileConfiguration (*run)(FileConfigManager&);
-    char const* statement;
+    char const* from;
     Bound binding;
 };
 
@@ -70,7 +70,7 @@ class FileLookup : public FileManagerFixture, public testing::WithParamInterface
 TEST_P(FileLookup, AsksItsStatementOutsideAnyScope)
 {
     GetParam().run(manager);
-    ExpectConversation(*store, {Read(GetParam().statement, {GetParam().binding})});
+    ExpectConversation(*store, {Read(FileSelect(GetParam().from), {GetParam().binding})});
 }
 
 TEST_P(FileLookup, TakesTheFirstOfSeveralRows)
@@ -99,23 +99,23 @@ INSTANTIATE_TEST_SUITE_P(
     FileLookup,
     testing::Values(Lookup{"ById",
                            [](FileConfigManager& m) { return m.GetFileConfigurationById(7); },
-                           FILE_COLUMNS "FileConfiguration WHERE id = :id",
+                           "FileConfiguration WHERE id = :id",
                            {":id", 7}},
                     Lookup{"GeneratedById",
                            [](FileConfigManager& m) { return m.GetGeneratedFileConfigurationById(7); },
-                           FILE_COLUMNS "GeneratedFileConfiguration WHERE id = :id",
+                           "GeneratedFileConfiguration WHERE id = :id",
                            {":id", 7}},
                     Lookup{"ByServerId",
                            [](FileConfigManager& m) { return m.GetFileConfigurationByServerId("s7"_q); },
-                           FILE_COLUMNS "FileConfiguration WHERE serverFileId = :serverFileId",
+                           "FileConfiguration WHERE serverFileId = :serverFileId",
                            {":serverFileId", "s7"_q}},
                     Lookup{"ByClientPath",
                            [](FileConfigManager& m) { return m.GetFileConfigurationByClientPath("/a"_q); },
-                           FILE_COLUMNS "FileConfiguration WHERE clientPath = :clientPath",
+                           "FileConfiguration WHERE clientPath = :clientPath",
                            {":clientPath", "/a"_q}},
                     Lookup{"GeneratedByClientPath",
                            [](FileConfigManager& m) { return m.GetGeneratedFileConfigurationByClientPath("/a"_q); },
-                           FILE_COLUMNS "GeneratedFileConfiguration WHERE clientPath = :clientPath",
+                           "GeneratedFileConfiguration WHERE clientPath = :clientPath",
                            {":clientPath", "/a"_q}}),
     [](auto const& test) { return test.param.name; });
 
@@ -186,7 +186,7 @@ struct Listing
 {
     char const* name;
     QVector<FileConfiguration> (*run)(FileConfigManager&);
-    char const* statement;
+    char const* from;
     std::vector<Bound> bindings;
 };
 
@@ -196,7 +196,7 @@ class FileListing : public FileManagerFixture, public testing::WithParamInterfac
 TEST_P(FileListing, AsksItsStatementOutsideAnyScope)
 {
     GetParam().run(manager);
-    ExpectConversation(*store, {Read(GetParam().statement, GetParam().bindings)});
+    ExpectConversation(*store, {Read(FileSelect(GetParam().from), GetParam().bindings)});
 }
 
 TEST_P(FileListing, ReturnsAllRowsInTheirOrder)
@@ -232,74 +232,68 @@ INSTANTIATE_TEST_SUITE_P(
     Listings,
     FileListing,
     testing::Values(
-        Listing{"All", [](FileConfigManager& m) { return m.GetAll(); }, FILE_COLUMNS "FileConfiguration", {}},
+        Listing{"All", [](FileConfigManager& m) { return m.GetAll(); }, "FileConfiguration", {}},
         Listing{"AllFiles",
                 [](FileConfigManager& m) { return m.GetAll(FileConfigurationTypeFile); },
-                FILE_COLUMNS "FileConfiguration",
+                "FileConfiguration",
                 {}},
         Listing{"AllGenerated",
                 [](FileConfigManager& m) { return m.GetAll(FileConfigurationTypeGenerated); },
-                FILE_COLUMNS "GeneratedFileConfiguration",
+                "GeneratedFileConfiguration",
                 {}},
         Listing{"AllBase",
                 [](FileConfigManager& m) { return m.GetAll(FileConfigurationTypeBase); },
-                FILE_COLUMNS "BaseFileConfiguration",
+                "BaseFileConfiguration",
                 {}},
-        Listing{"AllOfAnUnknownType",
-                [](FileConfigManager& m) { return m.GetAll(FileConfigurationType(7)); },
-                FILE_COLUMNS "",
-                {}},
-        Listing{"AllOfANegativeType",
-                [](FileConfigManager& m) { return m.GetAll(FileConfigurationType(-1)); },
-                FILE_COLUMNS "",
-                {}},
+        Listing{"AllOfAnUnknownType", [](FileConfigManager& m) { return m.GetAll(FileConfigurationType(7)); }, "", {}},
+        Listing{"AllOfANegativeType", [](FileConfigManager& m) { return m.GetAll(FileConfigurationType(-1)); }, "", {}},
         Listing{"ByClientPath",
                 [](FileConfigManager& m) { return m.GetAllFileConfigurationsByClientPath("/a"_q); },
-                FILE_COLUMNS "FileConfiguration WHERE clientPath = :clientPath",
+                "FileConfiguration WHERE clientPath = :clientPath",
                 {{":clientPath", "/a"_q}}},
         Listing{
             "ByRootAndTypeFile",
             [](FileConfigManager& m) { return m.GetFileConfigurationsByRootFolderId(7, FileConfigurationTypeFile); },
-            FILE_COLUMNS "FileConfiguration WHERE rootFolderId = :rootFolderId ",
+            "FileConfiguration WHERE rootFolderId = :rootFolderId ",
             {{":rootFolderId", 7}}},
         Listing{"ByRootAndTypeGenerated",
                 [](FileConfigManager& m) {
                     return m.GetFileConfigurationsByRootFolderId(7, FileConfigurationTypeGenerated);
                 },
-                FILE_COLUMNS "GeneratedFileConfiguration WHERE rootFolderId = :rootFolderId ",
+                "GeneratedFileConfiguration WHERE rootFolderId = :rootFolderId ",
                 {{":rootFolderId", 7}}},
         Listing{
             "ByRootAndTypeBase",
             [](FileConfigManager& m) { return m.GetFileConfigurationsByRootFolderId(7, FileConfigurationTypeBase); },
-            FILE_COLUMNS "BaseFileConfiguration WHERE rootFolderId = :rootFolderId ",
+            "BaseFileConfiguration WHERE rootFolderId = :rootFolderId ",
             {{":rootFolderId", 7}}},
         Listing{"ByRootAndUnknownType",
                 [](FileConfigManager& m) { return m.GetFileConfigurationsByRootFolderId(7, FileConfigurationType(3)); },
-                FILE_COLUMNS " WHERE rootFolderId = :rootFolderId ",
+                " WHERE rootFolderId = :rootFolderId ",
                 {{":rootFolderId", 7}}},
         Listing{
             "WithSyncOption",
             [](FileConfigManager& m) { return m.GetFileConfigurationsWithSyncOption(7, FileSyncOptionRepathRequired); },
-            FILE_COLUMNS "FileConfiguration WHERE rootFolderId = :rootFolderId AND (syncOption & 64) = 64",
+            "FileConfiguration WHERE rootFolderId = :rootFolderId AND (syncOption & 64) = 64",
             {{":rootFolderId", 7}}},
         Listing{"WithNoSyncOption",
                 [](FileConfigManager& m) { return m.GetFileConfigurationsWithSyncOption(7, FileSyncOptionNone); },
-                FILE_COLUMNS "FileConfiguration WHERE rootFolderId = :rootFolderId AND (syncOption & 0) = 0",
+                "FileConfiguration WHERE rootFolderId = :rootFolderId AND (syncOption & 0) = 0",
                 {{":rootFolderId", 7}}},
         Listing{"WithEverySyncOption",
                 [](FileConfigManager& m) { return m.GetFileConfigurationsWithSyncOption(7, FileSyncOption(-1)); },
-                FILE_COLUMNS "FileConfiguration WHERE rootFolderId = :rootFolderId AND (syncOption & -1) = -1",
+                "FileConfiguration WHERE rootFolderId = :rootFolderId AND (syncOption & -1) = -1",
                 {{":rootFolderId", 7}}},
         Listing{"ByFolderAndSyncStatus",
                 [](FileConfigManager& m) {
                     return m.GetFileConfigurationsByFolderIdAndSyncStatus(7, FileSyncStatusSyncing);
                 },
-                FILE_COLUMNS "FileConfiguration WHERE folderConfigurationId = :folderConfigurationId  AND syncStatus = "
-                             ":syncStatus ORDER BY name",
+                "FileConfiguration WHERE folderConfigurationId = :folderConfigurationId  AND syncStatus = "
+                ":syncStatus ORDER BY name",
                 {{":folderConfigurationId", 7}, {":syncStatus", 1}}},
         Listing{"GeneratedByParent",
                 [](FileConfigManager& m) { return m.GetGeneratedFileConfigurationsByParentFileId(7); },
-                FILE_COLUMNS "GeneratedFileConfiguration WHERE parentFileId = :parentFileId ORDER BY id",
+                "GeneratedFileConfiguration WHERE parentFileId = :parentFileId ORDER BY id",
                 {{":parentFileId", 7}}}),
     [](auto const& test) { return test.param.name; });
 
@@ -324,11 +318,10 @@ TEST_P(FileOrder, EndsTheThreeSortedListings)
     std::string const clause = GetParam().clause;
     ExpectConversation(
         *store,
-        {Read((FILE_COLUMNS "FileConfiguration WHERE folderConfigurationId = :folderConfigurationId " + clause).c_str(),
+        {Read(FileSelect("FileConfiguration WHERE folderConfigurationId = :folderConfigurationId " + clause),
               {{":folderConfigurationId", 7}}),
-         Read((FILE_COLUMNS "FileConfiguration WHERE rootFolderId = :rootFolderId " + clause).c_str(),
-              {{":rootFolderId", 8}}),
-         Read((FILE_COLUMNS "GeneratedFileConfiguration WHERE rootFolderId = :rootFolderId " + clause).c_str(),
+         Read(FileSelect("FileConfiguration WHERE rootFolderId = :rootFolderId " + clause), {{":rootFolderId", 8}}),
+         Read(FileSelect("GeneratedFileConfiguration WHERE rootFolderId = :rootFolderId " + clause),
               {{":rootFolderId", 9}})});
 }
 
@@ -439,34 +432,8 @@ TEST_F(FileManagerReads, NullColumnsReadAsZeroEmptyAndInvalid)
 {
     store->PlayRows({Row(24)});
     FileConfiguration const file = manager.GetFileConfigurationById(1);
-    for (int number : {file.id,
-                       file.folderConfigurationId,
-                       int(file.getSyncStatus()),
-                       file.lastOperationType,
-                       file.rootFolderId,
-                       file.syncOption,
-                       file.parentFileId,
-                       int(file.fileType),
-                       file.privileges,
-                       file.productConfigurationId})
-        EXPECT_EQ(number, 0);
-    EXPECT_EQ(file.size, 0);
-    for (QString const& text : {file.name,
-                                file.clientPath,
-                                file.serverPath,
-                                file.checkSum,
-                                file.checkSumMD5,
-                                file.ownerId,
-                                file.serverFileId,
-                                file.serverFileVersionId})
-        EXPECT_TRUE(text.isEmpty());
-    for (QDateTime const& time :
-         {file.createdDateTime, file.lastModifiedDateTime, file.lastOperationTime, file.fileDate}) {
-        EXPECT_FALSE(time.isValid());
-        EXPECT_EQ(time.timeSpec(), Qt::UTC);
-    }
-    EXPECT_THAT(file.nameValueProperties, IsEmpty());
-    EXPECT_THAT(file.fileLinks, IsEmpty());
+    EXPECT_EQ(file.id, 0);
+    ExpectNullColumns(file);
 }
 
 TEST_F(FileManagerReads, TimesKeepTheirClockReadingAndBecomeUtc)
@@ -507,14 +474,14 @@ TEST_F(FileManagerReads, FilesOfNonExistingRootsAreAskedForWithTheIdsOfTheRootsI
                                                       StoredFolder(2'000'000'000, Folder("/b"_q))}));
     store->PlayRows({ToRow(DistinctFile())});
     EXPECT_THAT(manager.GetFileConfigurationsOfNonExistingRootFolders(), SizeIs(1));
-    ExpectConversation(*store, {Read(FILE_COLUMNS "FileConfiguration WHERE rootFolderId NOT IN (3,-1,2000000000)")});
+    ExpectConversation(*store, {Read(FileSelect("FileConfiguration WHERE rootFolderId NOT IN (3,-1,2000000000)"))});
 }
 
 TEST_F(FileManagerReads, WithoutRootsTheListInTheStatementIsEmpty)
 {
     EXPECT_CALL(*folders, GetAllRootFolders()).WillOnce(Return(QVector<FolderConfiguration>()));
     EXPECT_THAT(manager.GetFileConfigurationsOfNonExistingRootFolders(), IsEmpty());
-    ExpectConversation(*store, {Read(FILE_COLUMNS "FileConfiguration WHERE rootFolderId NOT IN ()")});
+    ExpectConversation(*store, {Read(FileSelect("FileConfiguration WHERE rootFolderId NOT IN ()"))});
 }
 
 TEST_F(FileManagerReads, FilesOfNonExistingRootsOfAFailingStoreAreNone)
@@ -545,7 +512,7 @@ struct ByAccount
 {
     char const* name;
     FileConfiguration (FileConfigManager::*run)(QString, int);
-    char const* statement;
+    char const* from;
     char const* placeholder;
 };
 
@@ -562,7 +529,7 @@ TEST_P(FileByAccount, IsTheFirstWhoseFolderBelongsToTheAccount)
     EXPECT_CALL(*folders, GetFolderConfigurationById(11)).WillOnce(Return(FolderOf(4)));
     EXPECT_CALL(*folders, GetFolderConfigurationById(12)).WillOnce(Return(FolderOf(5)));
     EXPECT_EQ(Find(5).id, 2);
-    ExpectConversation(*store, {Read(GetParam().statement, {{GetParam().placeholder, "/a"_q}})});
+    ExpectConversation(*store, {Read(FileSelect(GetParam().from), {{GetParam().placeholder, "/a"_q}})});
 }
 
 TEST_P(FileByAccount, IsAPlainDefaultRecordWhenNoFolderBelongsToTheAccount)
@@ -591,11 +558,11 @@ INSTANTIATE_TEST_SUITE_P(
     FileByAccount,
     testing::Values(ByAccount{"ClientPath",
                               &FileConfigManager::GetFileConfigurationByClientPathAndAuthenticationId,
-                              FILE_COLUMNS "FileConfiguration WHERE clientPath = :clientPath",
+                              "FileConfiguration WHERE clientPath = :clientPath",
                               ":clientPath"},
                     ByAccount{"ServerPath",
                               &FileConfigManager::GetFileConfigurationByServerPathAndAuthenticationId,
-                              FILE_COLUMNS "FileConfiguration WHERE serverPath = :serverPath",
+                              "FileConfiguration WHERE serverPath = :serverPath",
                               ":serverPath"}),
     [](auto const& test) { return test.param.name; });
 
@@ -638,7 +605,7 @@ TEST_F(FileManagerReads, ALinkWithAGoodIdIsFollowedByItsIdAlone)
     link.path = "elsewhere"_q;
     store->PlayRows({ToRow(DistinctFile())});
     EXPECT_EQ(manager.GetFileConfiguration(link, "/r/file"_q).id, 101);
-    ExpectConversation(*store, {Read(FILE_COLUMNS "FileConfiguration WHERE id = :id", {{":id", 101}})});
+    ExpectConversation(*store, {Read(FileSelect("FileConfiguration WHERE id = :id"), {{":id", 101}})});
 }
 
 TEST_F(FileManagerReads, ALinkWithAStaleIdAndAGoodPathIsFollowedByItsPath)
@@ -651,8 +618,8 @@ TEST_F(FileManagerReads, ALinkWithAStaleIdAndAGoodPathIsFollowedByItsPath)
     EXPECT_EQ(manager.GetFileConfiguration(link, "/r/file"_q).id, 101);
     ExpectConversation(
         *store,
-        {Read(FILE_COLUMNS "FileConfiguration WHERE id = :id", {{":id", 7}}),
-         Read(FILE_COLUMNS "FileConfiguration WHERE clientPath = :clientPath", {{":clientPath", "/r/target"_q}})});
+        {Read(FileSelect("FileConfiguration WHERE id = :id"), {{":id", 7}}),
+         Read(FileSelect("FileConfiguration WHERE clientPath = :clientPath"), {{":clientPath", "/r/target"_q}})});
 }
 
 TEST_F(FileManagerReads, ALinkThatLeadsNowhereAnswersLikeALookupByPath)

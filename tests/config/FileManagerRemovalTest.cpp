@@ -44,7 +44,7 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Values(
         Removal{"GeneratedFile",
                 [](FileConfigManager& m) { return m.RemoveGeneratedFileConfiguration(7); },
-                {Read(FILE_COLUMNS "GeneratedFileConfiguration WHERE id = :id", {{":id", 7}}),
+                {Read(FileSelect("GeneratedFileConfiguration WHERE id = :id"), {{":id", 7}}),
                  Written("DELETE FROM GeneratedFileConfiguration WHERE Id = :id;", {{":id", 7}})}},
         Removal{"ByFolder",
                 [](FileConfigManager& m) { return m.RemoveByFolderConfigurationId(7); },
@@ -87,7 +87,7 @@ protected:
 
     static Execution GeneratedOfParent(int id)
     {
-        return Read(FILE_COLUMNS "GeneratedFileConfiguration WHERE parentFileId = :parentFileId ORDER BY id",
+        return Read(FileSelect("GeneratedFileConfiguration WHERE parentFileId = :parentFileId ORDER BY id"),
                     {{":parentFileId", id}});
     }
     static Execution GeneratedOfParentRemoved(int id)
@@ -95,7 +95,7 @@ protected:
         return Written("DELETE FROM GeneratedFileConfiguration WHERE parentFileId = :parentFileId;",
                        {{":parentFileId", id}});
     }
-    static Execution LookedUp(int id) { return Read(FILE_COLUMNS "FileConfiguration WHERE id = :id", {{":id", id}}); }
+    static Execution LookedUp(int id) { return Read(FileSelect("FileConfiguration WHERE id = :id"), {{":id", id}}); }
     static Execution Removed(int id) { return Written("DELETE FROM FileConfiguration WHERE Id = :id;", {{":id", id}}); }
 };
 
@@ -218,7 +218,7 @@ TEST_F(FileManagerRemoval, ByRootAndStatusRemovesTheChildrenOfMatchingRowsAndAns
     store->PlayRows({GeneratedRow(1, QString(), 1), GeneratedRow(2, QString(), 2), GeneratedRow(3, QString(), 1)});
     EXPECT_FALSE(manager.RemoveGeneratedFileConfigurationsByRootFolderIdAndSyncStatus(7, FileSyncStatusSyncing));
     ExpectConversation(*store,
-                       {Read(FILE_COLUMNS "GeneratedFileConfiguration WHERE rootFolderId = :rootFolderId ORDER BY Id",
+                       {Read(FileSelect("GeneratedFileConfiguration WHERE rootFolderId = :rootFolderId ORDER BY Id"),
                              {{":rootFolderId", 7}}),
                         GeneratedOfParentRemoved(1),
                         GeneratedOfParentRemoved(3)});

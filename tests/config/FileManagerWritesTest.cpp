@@ -13,27 +13,6 @@ using testing::IsEmpty;
 using testing::Return;
 using testing::SizeIs;
 
-constexpr char const* SelectByClientPath = FILE_COLUMNS "FileConfiguration WHERE clientPath = :clientPath";
-
-constexpr char const* UpdateSet =
-    " SET folderConfigurationId = :folderConfigurationId, name = :name, clientPath = :clientPath, serverPath = "
-    ":serverPath, checkSum = :checkSum, createdDateTime = :createdDateTime, lastModifiedDateTime = "
-    ":lastModifiedDateTime, syncStatus = :syncStatus, lastOperationType = :lastOperationType, size = :size, "
-    "nameValueProperties = :nameValueProperties,  lastOperationTime = :lastOperationTime,  rootFolderId = "
-    ":rootFolderId,  syncOption = :syncOption,  parentFileId = :parentFileId,  fileType = :fileType,  ownerId = "
-    ":ownerId,  privileges = :privileges,  productConfigurationId = :productConfigurationId,  serverFileId = "
-    ":serverFileId,  serverFileVersionId = :serverFileVersionId,  checkSumMD5 = :checkSumMD5,  fileLinks = :fileLinks  "
-    "WHERE id = :id";
-
-constexpr char const* InsertValues =
-    " (folderConfigurationId, name, clientPath, serverPath, checkSum, createdDateTime, lastModifiedDateTime, "
-    "syncStatus, lastOperationType, size, nameValueProperties, lastOperationTime, rootFolderId, syncOption, "
-    "parentFileId, fileType, ownerId, privileges, productConfigurationId, serverFileId, serverFileVersionId, "
-    "checkSumMD5, fileLinks) VALUES (:folderConfigurationId, :name, :clientPath, :serverPath, :checkSum, "
-    ":createdDateTime, :lastModifiedDateTime, :syncStatus, :lastOperationType, :size, :nameValueProperties, "
-    ":lastOperationTime, :rootFolderId, :syncOption, :parentFileId, :fileType, :ownerId, :privileges, "
-    ":productConfigurationId, :serverFileId, :serverFileVersionId, :checkSumMD5, :fileLinks);";
-
 /// Without links, so that writing it asks the folder side nothing.
 FileConfiguration FileWithoutLinks(FileConfigurationType fileType = FileConfigurationTypeFile)
 {
@@ -50,9 +29,15 @@ std::vector<Bound> IdAndColumnsOf(FileConfiguration const& file)
     return bindings;
 }
 
+/// Returns the UPDATE of all columns in this table.
+QString FileUpdate(std::string const& table)
+{
+    return ListedStatement("UPDATE " + table + " SET folderConfigurationId = ", " WHERE id = :id");
+}
+
 Execution LookedUp(QString const& clientPath)
 {
-    return Read(SelectByClientPath, {{":clientPath", clientPath}});
+    return Read(FileSelect("FileConfiguration WHERE clientPath = :clientPath"), {{":clientPath", clientPath}});
 }
 
 struct Table
@@ -64,15 +49,15 @@ struct Table
 class FileTable : public FileManagerFixture, public testing::WithParamInterface<Table>
 {
 protected:
-    std::string UpdateStatement() const { return "UPDATE " + GetParam().name + UpdateSet; }
-    std::string InsertStatement() const { return "INSERT INTO " + GetParam().name + InsertValues; }
+    QString UpdateStatement() const { return FileUpdate(GetParam().name); }
+    QString InsertStatement() const { return ListedStatement("INSERT INTO " + GetParam().name + " (", ");"); }
 };
 
 TEST_P(FileTable, IsUpdatedWithAllColumnsInOrder)
 {
     FileConfiguration const file = FileWithoutLinks(GetParam().fileType);
     EXPECT_TRUE(manager.Update(file));
-    ExpectConversation(*store, {Written(UpdateStatement().c_str(), IdAndColumnsOf(file))});
+    ExpectConversation(*store, {Written(UpdateStatement(), IdAndColumnsOf(file))});
 }
 
 TEST_P(FileTable, IsInsertedIntoWithAllColumnsInOrderAndNoId)
@@ -81,7 +66,7 @@ TEST_P(FileTable, IsInsertedIntoWithAllColumnsInOrderAndNoId)
     store->PlayInsertId(77);
     EXPECT_TRUE(manager.Add(file));
     EXPECT_EQ(file.id, 77);
-    ExpectConversation(*store, {LookedUp(file.clientPath), Written(InsertStatement().c_str(), ToBindings(file))});
+    ExpectConversation(*store, {LookedUp(file.clientPath), Written(InsertStatement(), ToBindings(file))});
 }
 
 TEST_P(FileTable, TakesADefaultRecordWithItsNullsAndItsMinusOnes)
@@ -89,7 +74,7 @@ TEST_P(FileTable, TakesADefaultRecordWithItsNullsAndItsMinusOnes)
     FileConfiguration file;
     file.fileType = GetParam().fileType;
     EXPECT_TRUE(manager.Update(file));
-    ExpectConversation(*store, {Written(UpdateStatement().c_str(), IdAndColumnsOf(file))});
+    ExpectConversation(*store, {Written(UpdateStatement(), IdAndColumnsOf(file))});
     EXPECT_TRUE(LastBound(":name").isNull());
     EXPECT_TRUE(LastBound(":createdDateTime").isNull());
     EXPECT_FALSE(LastBound(":fileLinks").toString().isNull());
@@ -186,8 +171,7 @@ TEST_F(FileDuplicates, APathThatItsFolderHoldsIsUpdatedAndTheRecordTakesItsId)
     EXPECT_TRUE(manager.Add(file));
     EXPECT_EQ(file.id, 7);
     ExpectConversation(*store,
-                       {LookedUp(file.clientPath),
-                        Written((std::string("UPDATE FileConfiguration") + UpdateSet).c_str(), IdAndColumnsOf(file))});
+                       {LookedUp(file.clientPath), Written(FileUpdate("FileConfiguration"), IdAndColumnsOf(file))});
 }
 
 TEST_F(FileDuplicates, TheAnswerIsThatOfUpdateAndTheIdStaysTakenWhenItFails)
@@ -222,9 +206,7 @@ TEST_F(FileDuplicates, AGeneratedFileUpdatesTheIdOfAnotherTablesRow)
     EXPECT_TRUE(manager.Add(file));
     EXPECT_EQ(file.id, 7);
     ExpectConversation(
-        *store,
-        {LookedUp(file.clientPath),
-         Written((std::string("UPDATE GeneratedFileConfiguration") + UpdateSet).c_str(), IdAndColumnsOf(file))});
+        *store, {LookedUp(file.clientPath), Written(FileUpdate("GeneratedFileConfiguration"), IdAndColumnsOf(file))});
 }
 
 TEST_F(FileDuplicates, TheCallersLinksStayUntouched)

@@ -123,31 +123,7 @@ TEST_P(FileStoreTable, ReadsNullColumnsAsZeroEmptyAndInvalid)
     RawStore(StorePath()).Run("INSERT INTO %1 DEFAULT VALUES"_q.arg(TableName()));
     FileConfiguration const file = Only();
     EXPECT_EQ(file.id, 1);
-    for (int number : {file.folderConfigurationId,
-                       int(file.getSyncStatus()),
-                       file.lastOperationType,
-                       file.rootFolderId,
-                       file.syncOption,
-                       file.parentFileId,
-                       int(file.fileType),
-                       file.privileges,
-                       file.productConfigurationId})
-        EXPECT_EQ(number, 0);
-    EXPECT_EQ(file.size, 0);
-    for (QString const& text : {file.name,
-                                file.clientPath,
-                                file.serverPath,
-                                file.checkSum,
-                                file.checkSumMD5,
-                                file.ownerId,
-                                file.serverFileId,
-                                file.serverFileVersionId})
-        EXPECT_TRUE(text.isEmpty());
-    for (QDateTime const& time :
-         {file.createdDateTime, file.lastModifiedDateTime, file.lastOperationTime, file.fileDate})
-        EXPECT_FALSE(time.isValid());
-    EXPECT_THAT(file.nameValueProperties, IsEmpty());
-    EXPECT_THAT(file.fileLinks, IsEmpty());
+    ExpectNullColumns(file);
 }
 
 TEST_P(FileStoreTable, KeepsNullAndEmptyTextsApart)

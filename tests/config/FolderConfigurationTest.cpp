@@ -63,15 +63,7 @@ TEST(FolderConfiguration, DefaultRecordHasNoValueInTheOtherMembers)
     for (int id :
          {folder.getAuthenticationId(), folder.getProductConfigurationId(), folder.getRootId(), folder.getParentId()})
         EXPECT_EQ(id, -1);
-    for (QString const& text : {folder.getName(),
-                                folder.getRemoteShortKey(),
-                                folder.getRemoteLongKey(),
-                                folder.getClientPath(),
-                                folder.getServerPath(),
-                                folder.getOwnerId(),
-                                folder.getServerRoot(),
-                                folder.getServerFolderId(),
-                                folder.getFeatureName()})
+    for (QString const& text : TextsOf(folder))
         EXPECT_TRUE(text.isNull());
     for (QDateTime const& time :
          {folder.getLastOperationTime(), folder.getLastSyncTime(), folder.getLastServerSyncRequestTime()})

@@ -242,15 +242,7 @@ TEST_F(FolderRowTest, NullColumnsGiveZeroEmptyTextsAndInvalidTimes)
                        int(folder.getPrivileges()),
                        folder.getProductConfigurationId()})
         EXPECT_EQ(number, 0);
-    for (QString const& text : {folder.getName(),
-                                folder.getRemoteShortKey(),
-                                folder.getRemoteLongKey(),
-                                folder.getClientPath(),
-                                folder.getServerPath(),
-                                folder.getOwnerId(),
-                                folder.getServerRoot(),
-                                folder.getServerFolderId(),
-                                folder.getFeatureName()})
+    for (QString const& text : TextsOf(folder))
         EXPECT_TRUE(text.isEmpty());
     EXPECT_FALSE(folder.getLastOperationTime().isValid());
     EXPECT_FALSE(folder.getLastSyncTime().isValid());

@@ -8,21 +8,31 @@ namespace tandry::test {
 
 namespace {
 
-Execution MakeExecution(char const* statement, std::vector<Bound> const& bindings, int scopeDepth)
+Execution MakeExecution(QString const& statement, std::vector<Bound> const& bindings, int scopeDepth)
 {
-    return {QString::fromUtf8(statement), {bindings.begin(), bindings.end()}, scopeDepth, true};
+    return {statement, {bindings.begin(), bindings.end()}, scopeDepth, true};
 }
 
 } // namespace
 
-Execution Read(char const* statement, std::vector<Bound> const& bindings)
+Execution Read(QString const& statement, std::vector<Bound> const& bindings)
 {
     return MakeExecution(statement, bindings, 0);
 }
 
-Execution Written(char const* statement, std::vector<Bound> const& bindings)
+Execution Read(char const* statement, std::vector<Bound> const& bindings)
+{
+    return Read(QString::fromUtf8(statement), bindings);
+}
+
+Execution Written(QString const& statement, std::vector<Bound> const& bindings)
 {
     return MakeExecution(statement, bindings, 1);
+}
+
+Execution Written(char const* statement, std::vector<Bound> const& bindings)
+{
+    return Written(QString::fromUtf8(statement), bindings);
 }
 
 void ExpectConversation(RecordingStore const& store, std::vector<Execution> const& expected)

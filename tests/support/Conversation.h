@@ -33,9 +33,11 @@ struct Bound : Binding
 };
 
 /// Returns an expected statement that reads, outside all scopes.
+Execution Read(QString const& statement, std::vector<Bound> const& bindings = {});
 Execution Read(char const* statement, std::vector<Bound> const& bindings = {});
 
 /// Returns an expected statement that writes, in a scope of depth 1.
+Execution Written(QString const& statement, std::vector<Bound> const& bindings = {});
 Execution Written(char const* statement, std::vector<Bound> const& bindings = {});
 
 /// Expects exactly these statements, with the same texts, placeholders in order, types, values and scope depths. Does

@@ -6,21 +6,22 @@
 #include "support/MockFolderConfigManager.h"
 #include "support/RecordingRefresh.h"
 #include "support/RecordingStore.h"
+#include "support/StatementList.h"
 
 #include <gmock/gmock.h>
 
 #include <memory>
-#include <vector>
-
-/// The beginning of every SELECT from the tables of files.
-#define FILE_COLUMNS                                                                                                   \
-    "SELECT id, folderConfigurationId, name, clientPath, serverPath, checkSum, createdDateTime, "                      \
-    "lastModifiedDateTime, "                                                                                           \
-    "syncStatus, lastOperationType, size, nameValueProperties, lastOperationTime, rootFolderId, syncOption, "          \
-    "parentFileId, fileType, ownerId, privileges, productConfigurationId, serverFileId,  serverFileVersionId, "        \
-    "checkSumMD5, fileLinks FROM "
+#include <string>
 
 namespace tandry::test {
+
+/// Returns the SELECT of all columns of files with this text after FROM.
+inline QString FileSelect(std::string const& from)
+{
+    QString select = ListedStatement("SELECT id, folderConfigurationId, ", " FROM FileConfiguration");
+    select.chop(QStringLiteral("FileConfiguration").size());
+    return select + QString::fromStdString(from);
+}
 
 /// A file manager on a recording store, with a strict mock of the folder manager.
 class FileManagerFixture : public testing::Test

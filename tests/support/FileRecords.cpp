@@ -2,6 +2,10 @@
 
 #include "storesuite/RecordValues.h"
 
+#include <gtest/gtest.h>
+
+#include <QDateTime>
+
 namespace tandry::test {
 
 using namespace sync::config;
@@ -28,6 +32,42 @@ FileConfiguration DistinctFile(FileConfigurationType fileType)
     file.setSyncStatus(FileSynchronizationStatus(109));
     file.setSyncSubStatus(FileSynchronizationSubStatus(110));
     return file;
+}
+
+std::vector<QString> TextsOf(FileConfiguration const& file)
+{
+    return {file.name,
+            file.clientPath,
+            file.serverPath,
+            file.checkSum,
+            file.checkSumMD5,
+            file.ownerId,
+            file.serverFileId,
+            file.serverFileVersionId};
+}
+
+void ExpectNullColumns(FileConfiguration const& file)
+{
+    for (int number : {file.folderConfigurationId,
+                       int(file.getSyncStatus()),
+                       file.lastOperationType,
+                       file.rootFolderId,
+                       file.syncOption,
+                       file.parentFileId,
+                       int(file.fileType),
+                       file.privileges,
+                       file.productConfigurationId})
+        EXPECT_EQ(number, 0);
+    EXPECT_EQ(file.size, 0);
+    for (QString const& text : TextsOf(file))
+        EXPECT_TRUE(text.isEmpty());
+    for (QDateTime const& time :
+         {file.createdDateTime, file.lastModifiedDateTime, file.lastOperationTime, file.fileDate}) {
+        EXPECT_FALSE(time.isValid());
+        EXPECT_EQ(time.timeSpec(), Qt::UTC);
+    }
+    EXPECT_TRUE(file.nameValueProperties.isEmpty());
+    EXPECT_TRUE(file.fileLinks.isEmpty());
 }
 
 std::vector<std::string> DifferingMembers(FileConfiguration const& left, FileConfiguration const& right)

@@ -3,6 +3,8 @@
 #include "config/FileConfiguration.h"
 #include "support/RecordRows.h"
 
+#include <QString>
+
 #include <string>
 #include <vector>
 
@@ -12,6 +14,12 @@ namespace tandry::test {
 /// `fileDate` in whole seconds; the status counts as changed.
 sync::config::FileConfiguration
 DistinctFile(sync::config::FileConfigurationType fileType = sync::config::FileConfigurationTypeFile);
+
+/// Returns the values of all columns of texts.
+std::vector<QString> TextsOf(sync::config::FileConfiguration const& file);
+
+/// Expects a file as it is read from a row whose columns are all NULL, apart from the id.
+void ExpectNullColumns(sync::config::FileConfiguration const& file);
 
 /// Returns the names of the columns and other members in which two records differ; null and empty texts differ, and so
 /// do times of the same instant in different time specs.

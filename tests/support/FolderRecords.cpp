@@ -78,6 +78,19 @@ FolderConfiguration StoredFolder(int id, FolderConfiguration const& folder)
     return FolderConfigManager(store, nullptr).GetFolderConfigurationById(id);
 }
 
+std::vector<QString> TextsOf(FolderConfiguration const& folder)
+{
+    return {folder.getName(),
+            folder.getRemoteShortKey(),
+            folder.getRemoteLongKey(),
+            folder.getClientPath(),
+            folder.getServerPath(),
+            folder.getOwnerId(),
+            folder.getServerRoot(),
+            folder.getServerFolderId(),
+            folder.getFeatureName()};
+}
+
 std::vector<std::string> DifferingMembers(FolderConfiguration const& left, FolderConfiguration const& right)
 {
     std::vector<std::string> different;

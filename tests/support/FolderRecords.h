@@ -23,6 +23,9 @@ Row ToRow(int id, sync::config::FolderConfiguration const& folder);
 /// The record as it comes back from a store that gave it this id.
 sync::config::FolderConfiguration StoredFolder(int id, sync::config::FolderConfiguration const& folder);
 
+/// The values of all columns of texts, and the feature name.
+std::vector<QString> TextsOf(sync::config::FolderConfiguration const& folder);
+
 /// The names of the members in which two records differ; null and empty texts differ, and so do times of the same
 /// instant in different time specs.
 std::vector<std::string> DifferingMembers(sync::config::FolderConfiguration const& left,

@@ -1,60 +1,38 @@
 #pragma once
 
+#include "support/StatementList.h"
+
 #include <QString>
 
-/// The statements that the folder manager must send. Copies of the library's constants, so that the tests detect a
-/// change of those.
+/// The statements that the folder manager must send. Texts with all columns come from tests/data/statements.txt; the
+/// others are copies of the library's constants, so that the tests detect a change of those.
 namespace tandry::test::folder_texts {
 
-const QString Columns =
-    QStringLiteral("SELECT id, authenticationId, name, remoteShortKey, remoteLongKey, clientPath, serverPath, "
-                   "syncStatus, nameValueProperties, parentId, lastOperationTime, lastSyncTime, folderOption, "
-                   "lastOperationType, syncDriveType, rootId, syncOption, ownerId, privileges, serverRoot, "
-                   "productConfigurationId, serverFolderId");
-
-const QString SelectById = Columns + QStringLiteral(" FROM FolderConfiguration WHERE id = :id");
-const QString SelectByServerId =
-    Columns + QStringLiteral(" FROM FolderConfiguration WHERE serverFolderId = :serverFolderId");
-const QString SelectByParentId =
-    Columns + QStringLiteral(" FROM FolderConfiguration WHERE parentId = :parentId ORDER BY name");
-const QString SelectByClientPath = Columns + QStringLiteral(" FROM FolderConfiguration WHERE clientPath = :clientPath");
-const QString SelectByClientPathAndAuthenticationId =
-    Columns + QStringLiteral(" FROM FolderConfiguration WHERE clientPath = :clientPath AND authenticationId = "
-                             ":authenticationId");
-const QString SelectByAuthenticationId =
-    Columns + QStringLiteral(" FROM FolderConfiguration WHERE authenticationId = :authenticationId");
-const QString SelectByRootId = Columns + QStringLiteral(" FROM FolderConfiguration WHERE rootId = :rootId");
-const QString SelectNotInRoots = Columns + QStringLiteral(" FROM FolderConfiguration WHERE rootId NOT IN (%1)");
-const QString SelectAll = Columns + QStringLiteral(" FROM FolderConfiguration");
-const QString SelectRoots = Columns + QStringLiteral(" FROM FolderConfiguration WHERE parentId = '0'");
-const QString Update =
-    QStringLiteral("UPDATE FolderConfiguration SET authenticationId = :authenticationId, name = :name, "
-                   "remoteShortKey = :remoteShortKey, remoteLongKey = :remoteLongKey, clientPath = :clientPath, "
-                   "serverPath = :serverPath, syncStatus = :syncStatus, nameValueProperties = "
-                   ":nameValueProperties, parentId = :parentId, lastOperationTime = :lastOperationTime, "
-                   "lastSyncTime = :lastSyncTime, folderOption = :folderOption, lastOperationType = "
-                   ":lastOperationType, syncDriveType = :syncDriveType, rootId = :rootId, syncOption = "
-                   ":syncOption, ownerId = :ownerId, privileges = :privileges, serverRoot = :serverRoot, "
-                   "productConfigurationId = :productConfigurationId, serverFolderId = :serverFolderId WHERE id "
-                   "= :id");
-const QString Insert =
-    QStringLiteral("INSERT INTO FolderConfiguration (authenticationId, name, remoteShortKey, remoteLongKey, "
-                   "clientPath, serverPath, syncStatus, nameValueProperties, parentId, lastOperationTime, "
-                   "lastSyncTime, folderOption, lastOperationType, syncDriveType, rootId, syncOption, ownerId, "
-                   "privileges, serverRoot, productConfigurationId, serverFolderId) VALUES (:authenticationId, "
-                   ":name, :remoteShortKey, :remoteLongKey, :clientPath, :serverPath, :syncStatus, "
-                   ":nameValueProperties, :parentId, :lastOperationTime, :lastSyncTime, :folderOption, "
-                   ":lastOperationType, :syncDriveType, :rootId, :syncOption, :ownerId, :privileges, "
-                   ":serverRoot, :productConfigurationId, :serverFolderId);");
-const QString DeleteById = QStringLiteral("DELETE FROM FolderConfiguration WHERE Id = :id;");
-const QString DeleteFilesByRoot =
+inline QString const SelectAll = ListedStatement("SELECT id, authenticationId, ", " FROM FolderConfiguration");
+inline QString const SelectById = SelectAll + QStringLiteral(" WHERE id = :id");
+inline QString const SelectByServerId = SelectAll + QStringLiteral(" WHERE serverFolderId = :serverFolderId");
+inline QString const SelectByParentId = SelectAll + QStringLiteral(" WHERE parentId = :parentId ORDER BY name");
+inline QString const SelectByClientPath = SelectAll + QStringLiteral(" WHERE clientPath = :clientPath");
+inline QString const SelectByClientPathAndAuthenticationId =
+    SelectAll + QStringLiteral(" WHERE clientPath = :clientPath AND authenticationId = "
+                               ":authenticationId");
+inline QString const SelectByAuthenticationId =
+    SelectAll + QStringLiteral(" WHERE authenticationId = :authenticationId");
+inline QString const SelectByRootId = SelectAll + QStringLiteral(" WHERE rootId = :rootId");
+inline QString const SelectNotInRoots = SelectAll + QStringLiteral(" WHERE rootId NOT IN (%1)");
+inline QString const SelectRoots = SelectAll + QStringLiteral(" WHERE parentId = '0'");
+inline QString const Update = ListedStatement("UPDATE FolderConfiguration SET ", " WHERE id = :id");
+inline QString const Insert = ListedStatement("INSERT INTO FolderConfiguration ", ");");
+inline QString const DeleteById = QStringLiteral("DELETE FROM FolderConfiguration WHERE Id = :id;");
+inline QString const DeleteFilesByRoot =
     QStringLiteral("DELETE FROM FileConfiguration WHERE rootFolderId = :folderConfigurationId;");
-const QString DeleteByRoot = QStringLiteral("DELETE FROM FolderConfiguration WHERE rootId = :folderConfigurationId;");
-const QString CountByAuthentication =
+inline QString const DeleteByRoot =
+    QStringLiteral("DELETE FROM FolderConfiguration WHERE rootId = :folderConfigurationId;");
+inline QString const CountByAuthentication =
     QStringLiteral("SELECT count(*) FROM FolderConfiguration WHERE authenticationId = :authenticationId");
-const QString CountOutOfSync = QStringLiteral("SELECT count(*) FROM FolderConfiguration WHERE syncStatus = 2;");
-const QString CountRoots = QStringLiteral("SELECT count(*) from FolderConfiguration WHERE parentId=0;");
-const QString DeleteFilesByFolder =
+inline QString const CountOutOfSync = QStringLiteral("SELECT count(*) FROM FolderConfiguration WHERE syncStatus = 2;");
+inline QString const CountRoots = QStringLiteral("SELECT count(*) from FolderConfiguration WHERE parentId=0;");
+inline QString const DeleteFilesByFolder =
     QStringLiteral("DELETE FROM FileConfiguration WHERE folderConfigurationId = :folderConfigurationId;");
 
 /// Returns the name of the constant with this text, or the text itself.

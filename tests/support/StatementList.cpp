@@ -21,4 +21,15 @@ std::vector<QString> ListedStatements()
     return statements;
 }
 
+QString ListedStatement(std::string const& beginning, std::string const& end)
+{
+    std::vector<QString> found;
+    for (QString const& statement : ListedStatements()) {
+        if (statement.startsWith(QString::fromStdString(beginning)) && statement.endsWith(QString::fromStdString(end)))
+            found.push_back(statement);
+    }
+    EXPECT_EQ(found.size(), 1) << beginning << "…" << end;
+    return found.size() == 1 ? found.front() : QString();
+}
+
 } // namespace tandry::test
