@@ -13,6 +13,7 @@
 #include <QFileInfo>
 #include <QTemporaryDir>
 
+#include <initializer_list>
 #include <string>
 #include <vector>
 
@@ -70,6 +71,24 @@ protected:
         ASSERT_TRUE(Execute(*store,
                             QStringLiteral("WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE "
                                            "i < 100) INSERT INTO ServerConfiguration (alias) SELECT i FROM n")));
+    }
+
+    struct Change
+    {
+        char const* statements;
+        char const* named;
+    };
+
+    /// Opening a store must fail after each change, with a text that names this.
+    void ExpectRefusalAfter(std::initializer_list<Change> changes)
+    {
+        for (auto const& [statements, named] : changes) {
+            SCOPED_TRACE(statements);
+            QFile::remove(Path());
+            MakeStore();
+            RawStore(Path()).Run(QString::fromLatin1(statements));
+            ExpectRefusal(named);
+        }
     }
 
     /// A store whose program was killed: its log or journal lies beside it.
@@ -218,8 +237,8 @@ TEST_P(StoreOpening, DatabaseOfAnotherApplicationIsRefused)
 TEST_P(StoreOpening, StoreOfANewerVersionIsRefused)
 {
     MakeStore();
-    RawStore(Path()).Run(QStringLiteral("PRAGMA user_version = 3"));
-    ExpectRefusal("version 3");
+    RawStore(Path()).Run(QStringLiteral("PRAGMA user_version = 999"));
+    ExpectRefusal("version 999");
 }
 
 TEST_P(StoreOpening, StoreOfAVersionThatNeverWasIsRefused)
@@ -233,11 +252,11 @@ TEST_P(StoreOpening, NewerVersionThatStandsInALogIsRefused)
 {
     MakeStore();
     RawStore raw(Path());
-    raw.Run(QStringLiteral("PRAGMA user_version = 3"));
+    raw.Run(QStringLiteral("PRAGMA user_version = 999"));
     QByteArray const file = ReadFile(Path());
     QByteArray const log = ReadFile(Path("store.db-wal"));
     EXPECT_EQ(SqliteDatabaseFactory::Open(Path(), &error, In(GetParam())), nullptr);
-    EXPECT_TRUE(error.contains(QStringLiteral("version 3"))) << error.toStdString();
+    EXPECT_TRUE(error.contains(QStringLiteral("version 999"))) << error.toStdString();
     EXPECT_TRUE(ReadFile(Path()) == file);
     EXPECT_TRUE(ReadFile(Path("store.db-wal")) == log);
 }
@@ -247,7 +266,7 @@ TEST_P(StoreOpening, NewerVersionThatStandsInALogLeftBehindIsRefused)
     MakeStore();
     ASSERT_EQ(InChildProcess([&]() -> int {
                   RawStore raw(Path());
-                  raw.Run(QStringLiteral("PRAGMA user_version = 3"));
+                  raw.Run(QStringLiteral("PRAGMA user_version = 999"));
                   Crash();
               }),
               -SIGKILL);
@@ -255,30 +274,23 @@ TEST_P(StoreOpening, NewerVersionThatStandsInALogLeftBehindIsRefused)
     QByteArray const log = ReadFile(Path("store.db-wal"));
     ASSERT_FALSE(log.isEmpty());
     EXPECT_EQ(SqliteDatabaseFactory::Open(Path(), &error, In(GetParam())), nullptr);
-    EXPECT_TRUE(error.contains(QStringLiteral("version 3"))) << error.toStdString();
+    EXPECT_TRUE(error.contains(QStringLiteral("version 999"))) << error.toStdString();
     EXPECT_TRUE(ReadFile(Path()) == file);
     EXPECT_TRUE(ReadFile(Path("store.db-wal")) == log);
 }
 
 TEST_P(StoreOpening, StoreWithoutATableOrAColumnIsRefusedAsDamaged)
 {
-    for (char const* change : {"DROP TABLE BaseFileConfiguration",
-                               "ALTER TABLE FileConfiguration DROP COLUMN fileLinks",
-                               "ALTER TABLE Schedules RENAME COLUMN startTime TO beginTime"}) {
-        QFile::remove(Path());
-        MakeStore();
-        RawStore(Path()).Run(QString::fromLatin1(change));
-        ExpectRefusal("damaged");
-    }
+    ExpectRefusalAfter({
+        {"DROP TABLE BaseFileConfiguration", "damaged"},
+        {"ALTER TABLE FileConfiguration DROP COLUMN fileLinks", "damaged"},
+        {"ALTER TABLE Schedules RENAME COLUMN startTime TO beginTime", "damaged"},
+    });
 }
 
 TEST_P(StoreOpening, StoreThatHoldsAnythingOfOthersIsRefusedAndItIsNamed)
 {
-    struct
-    {
-        char const* change;
-        char const* name;
-    } const changes[] = {
+    ExpectRefusalAfter({
         {"CREATE VIEW guest AS SELECT 1", "view guest"},
         {"CREATE TRIGGER guest AFTER INSERT ON ServerConfiguration BEGIN DELETE FROM ServerConfiguration; END",
          "trigger guest of the table ServerConfiguration"},
@@ -298,14 +310,7 @@ TEST_P(StoreOpening, StoreThatHoldsAnythingOfOthersIsRefusedAndItIsNamed)
          "UPDATE sqlite_schema SET sql = 'CREATE TABLE sqlite_stat1(tbl,idx,stat CHECK (stat))' "
          "WHERE name = 'sqlite_stat1'",
          "table sqlite_stat1"},
-    };
-    for (auto const& [change, name] : changes) {
-        SCOPED_TRACE(change);
-        QFile::remove(Path());
-        MakeStore();
-        RawStore(Path()).Run(QString::fromLatin1(change));
-        ExpectRefusal(name);
-    }
+    });
 }
 
 TEST_P(StoreOpening, TriggerInALogLeftBehindIsRefusedUnchanged)
@@ -329,11 +334,7 @@ TEST_P(StoreOpening, TriggerInALogLeftBehindIsRefusedUnchanged)
 
 TEST_P(StoreOpening, StoreWhoseTablesOrIndicesWereAlteredIsRefusedAndTheyAreNamed)
 {
-    struct
-    {
-        char const* change;
-        char const* name;
-    } const changes[] = {
+    ExpectRefusalAfter({
         {"ALTER TABLE FileConfiguration ADD COLUMN guest", "table FileConfiguration"},
         {"ALTER TABLE FileConfiguration ADD COLUMN guest AS (size * 2)", "table FileConfiguration"},
         {"PRAGMA writable_schema = ON;"
@@ -344,14 +345,7 @@ TEST_P(StoreOpening, StoreWhoseTablesOrIndicesWereAlteredIsRefusedAndTheyAreName
          "table AuthenticationConfiguration"},
         {"DROP INDEX Schedules_folder; CREATE UNIQUE INDEX Schedules_folder ON Schedules (folderConfigurationId)",
          "index Schedules_folder"},
-    };
-    for (auto const& [change, name] : changes) {
-        SCOPED_TRACE(change);
-        QFile::remove(Path());
-        MakeStore();
-        RawStore(Path()).Run(QString::fromLatin1(change));
-        ExpectRefusal(name);
-    }
+    });
 }
 
 TEST_P(StoreOpening, StatisticsAndAMissingIndexAreNoReasonToRefuse)

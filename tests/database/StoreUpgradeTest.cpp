@@ -140,7 +140,7 @@ TEST_P(StoreUpgrade, HappensOnce)
 {
     ASSERT_NE(Open(), nullptr) << error.toStdString();
     QMap<QString, QByteArray> const first = FolderContents(folder.path());
-    EXPECT_EQ(first.size(), GetParam().version == 2 ? 1 : 2);
+    EXPECT_EQ(first.size(), GetParam().version == CurrentVersion ? 1 : 2);
     ASSERT_NE(Open(), nullptr) << error.toStdString();
     EXPECT_TRUE(FolderContents(folder.path()) == first);
 }
@@ -256,9 +256,10 @@ TEST_P(StoreUpgrade, LetsManagersReadFilesAndSchedules)
 
 TEST_P(StoreUpgrade, NewerVersionIsRefusedUnchanged)
 {
-    RawStore(Path()).Run("PRAGMA user_version = 3"_q);
+    std::string const newer = std::to_string(CurrentVersion + 1);
+    RawStore(Path()).Run(QString::fromStdString("PRAGMA user_version = " + newer));
     for (OpenMode const mode : {OpenMode::OpenOrCreate, OpenMode::OpenExisting, OpenMode::ReadOnly})
-        ExpectRefusal("version 3", mode);
+        ExpectRefusal(("version " + newer).c_str(), mode);
     EXPECT_EQ(Files(), QStringList{"store.db"_q});
 }
 
@@ -458,7 +459,7 @@ TEST_P(OlderStoreUpgrade, LockedStoreIsRefusedAsLockedAndOpensLater)
     raw.Run("COMMIT"_q);
     EXPECT_EQ(VersionOf(raw), GetParam().version);
     EXPECT_NE(Open(OpenMode::OpenExisting, 0), nullptr) << error.toStdString();
-    EXPECT_EQ(VersionOf(raw), 2);
+    EXPECT_EQ(VersionOf(raw), CurrentVersion);
 }
 
 TEST_P(OlderStoreUpgrade, WhatAKilledProcessCommittedIsKeptAndWhatItDidNotIsGone)
@@ -494,7 +495,7 @@ TEST_P(OlderStoreUpgrade, SeveralProcessesAtOnceAllGetTheStore)
             EXPECT_EQ(program.Wait(), 0);
     }
     RawStore raw(Path());
-    EXPECT_EQ(VersionOf(raw), 2);
+    EXPECT_EQ(VersionOf(raw), CurrentVersion);
     EXPECT_EQ(raw.Count("ServerConfiguration"_q), 6);
     EXPECT_EQ(raw.Value("SELECT count(DISTINCT name) FROM sqlite_schema"_q),
               raw.Value("SELECT count(*) FROM sqlite_schema"_q));

@@ -54,7 +54,7 @@ protected:
             QString error;
             ASSERT_NE(SqliteDatabaseFactory::Open(Path(), &error), nullptr) << error.toStdString();
             RawStore raw(Path());
-            EXPECT_EQ(VersionOf(raw), 2);
+            EXPECT_EQ(VersionOf(raw), CurrentVersion);
             EXPECT_EQ(RowsOf(raw), UpToDate(before));
             ExpectGoodBackups();
         }

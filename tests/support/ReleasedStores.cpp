@@ -10,6 +10,20 @@ namespace tandry::test {
 
 using sync::database::JournalMode;
 
+namespace {
+
+std::vector<ReleasedStore> StoresBelow(int version)
+{
+    std::vector<ReleasedStore> below;
+    for (ReleasedStore const& store : AllReleasedStores()) {
+        if (store.version < version)
+            below.push_back(store);
+    }
+    return below;
+}
+
+} // namespace
+
 void ReleasedStore::CopyTo(QString const& path) const
 {
     QString const source =
@@ -32,23 +46,22 @@ void PrintTo(ReleasedStore const& store, std::ostream* out)
 
 std::vector<ReleasedStore> AllReleasedStores()
 {
-    std::vector<ReleasedStore> stores = OlderStores();
-    stores.push_back({2, JournalMode::WriteAheadLog});
-    stores.push_back({2, JournalMode::Rollback});
+    std::vector<ReleasedStore> stores;
+    for (int const version : {0, 1, 2}) {
+        stores.push_back({version, JournalMode::WriteAheadLog});
+        stores.push_back({version, JournalMode::Rollback});
+    }
     return stores;
 }
 
 std::vector<ReleasedStore> OlderStores()
 {
-    std::vector<ReleasedStore> stores = PreviewStores();
-    stores.push_back({1, JournalMode::WriteAheadLog});
-    stores.push_back({1, JournalMode::Rollback});
-    return stores;
+    return StoresBelow(CurrentVersion);
 }
 
 std::vector<ReleasedStore> PreviewStores()
 {
-    return {{0, JournalMode::WriteAheadLog}, {0, JournalMode::Rollback}};
+    return StoresBelow(1);
 }
 
 StoreRows RowsOf(RawStore& store)

@@ -12,6 +12,9 @@
 
 namespace tandry::test {
 
+/// The version of new and upgraded stores.
+constexpr int CurrentVersion = 2;
+
 /// A store file written and closed by a version of this library. tests/data/stores/rows.sql lists its rows.
 struct ReleasedStore
 {
