@@ -1,9 +1,9 @@
 #include "database/ConnectionHandle.h"
 
 #include "database/file/SecretErasure.h"
+#include "database/file/StoreCommit.h"
 #include "database/file/StoreLog.h"
 #include "database/sqlite/ErrorTexts.h"
-#include "database/sqlite/FailedCommit.h"
 
 namespace sync::database {
 
@@ -117,32 +117,13 @@ Failure ConnectionHandle::Commit()
         _store.busyHandler().TransactionCommitted(_store.get());
         return {};
     }
-    StoreError error = Describe(code); // before what follows has errors of its own
+    StoreError const error = Describe(code); // before what follows has errors of its own
     RollBack();
-    switch (SettleFailedCommit(code)) {
-    case CommitOutcome::Gone:
-        return error;
-    case CommitOutcome::Kept:
-        qCWarning(StoreLog).noquote() << error.text
-                                      << "when a transaction was committed, which is durable all the same";
-        return {};
-    case CommitOutcome::Unknown:
-        error.kind = StoreErrorKind::OutcomeUnknown;
-        error.text += QStringLiteral("; it is not known whether the transaction is kept: once a later write has "
-                                     "succeeded, read what it wrote before you repeat it");
-        return error;
-    }
-    return error;
-}
-
-CommitOutcome ConnectionHandle::SettleFailedCommit(int code) noexcept
-{
-    if (!_isUsable)
-        return CommitOutcome::Gone; // by the journal that was left, which every other handle obeys
     _runsOwnStatement = true;
-    CommitOutcome const outcome = database::SettleFailedCommit(_store.get(), hasLog(), code);
+    Failure failure = SettleStoreCommit(
+        _store, error, QStringLiteral("once a later write has succeeded, read what it wrote before you repeat it"));
     _runsOwnStatement = false;
-    return outcome;
+    return failure;
 }
 
 void ConnectionHandle::RollBack() noexcept
@@ -150,21 +131,7 @@ void ConnectionHandle::RollBack() noexcept
     _store.busyHandler().TransactionRolledBack();
     if (isInTransaction())
         RunOwn(_rollback);
-    CheckJournalIsGone();
-}
-
-/// If SQLite lacks the memory to delete its journal, it reports success for the rollback all the same, but takes the
-/// changed pages for written ones: what goes into them next is lost. Other connections see the journal and roll back
-/// correctly. So the handle must not be used any more.
-void ConnectionHandle::CheckJournalIsGone() noexcept
-{
-    if (hasLog() || !_store.file().Exists(JournalSuffix))
-        return;
-    // The journal of another connection that is writing right now comes with a lock.
-    sqlite3_file* file = nullptr;
-    sqlite3_file_control(_store.get(), "main", SQLITE_FCNTL_FILE_POINTER, &file);
-    int isLocked = 0;
-    if (file->pMethods->xCheckReservedLock(file, &isLocked) != SQLITE_OK || isLocked == 0)
+    if (LeftJournalBehind(_store))
         _isUsable = false;
 }
 

@@ -8,7 +8,6 @@
 namespace sync::database {
 
 class SecretErasure;
-enum class CommitOutcome;
 
 /// The result of running a statement.
 struct RunResult
@@ -60,8 +59,6 @@ public:
     StoreError Describe(int code, PreparedStatement const* statement = nullptr) const;
 
 private:
-    CommitOutcome SettleFailedCommit(int code) noexcept;
-    void CheckJournalIsGone() noexcept;
     int PrepareOwnStatements() noexcept;
     int RunOwn(StatementHandle const& statement) noexcept;
     static int Authorize(void* handle, int action, char const*, char const* argument, char const*, char const*);

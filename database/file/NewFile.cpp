@@ -7,9 +7,12 @@
 
 #include <QFileInfo>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
+#include <vector>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -18,6 +21,36 @@
 namespace sync::database {
 
 namespace {
+
+/// Reads through files that SQLite opened: to close a descriptor of one's own on a file that is open as a store would
+/// drop the store's locks. Returns SQLite's result code.
+int CompareBytes(char const* first, char const* second, qint64 size, bool& areSame)
+{
+    areSame = false;
+    SqliteHandle handles[2];
+    sqlite3_file* files[2] = {};
+    int code = OpenHandle(first, SQLITE_OPEN_READONLY, handles[0]);
+    if (code == SQLITE_OK)
+        code = OpenHandle(second, SQLITE_OPEN_READONLY, handles[1]);
+    if (code != SQLITE_OK)
+        return code;
+    for (int i : {0, 1})
+        sqlite3_file_control(handles[i].get(), "main", SQLITE_FCNTL_FILE_POINTER, &files[i]);
+    constexpr int ChunkSize = 65536;
+    std::vector<char> chunks[2] = {std::vector<char>(ChunkSize), std::vector<char>(ChunkSize)};
+    for (qint64 offset = 0; offset < size; offset += ChunkSize) {
+        int const length = static_cast<int>(std::min<qint64>(ChunkSize, size - offset));
+        for (int i : {0, 1}) {
+            code = files[i]->pMethods->xRead(files[i], chunks[i].data(), length, offset);
+            if (code != SQLITE_OK)
+                return code;
+        }
+        if (std::memcmp(chunks[0].data(), chunks[1].data(), std::size_t(length)) != 0)
+            return SQLITE_OK;
+    }
+    areSame = true;
+    return SQLITE_OK;
+}
 
 /// Returns 0 or the operating system's error number.
 int RenameWithoutReplacing(QByteArray const& from, char const* to)
@@ -91,6 +124,20 @@ int NewFile::Open(SqliteHandle& handle) const
 {
     int const code = OpenHandle(_temporary.constData(), SQLITE_OPEN_READWRITE, handle);
     return code == SQLITE_OK ? Execute(handle.get(), "PRAGMA journal_mode = MEMORY") : code;
+}
+
+Failure NewFile::Compare(StoreFile const& other, bool& isSame) const
+{
+    isSame = false;
+    struct stat own = {};
+    struct stat others = {};
+    bool const mayBeSame = ::lstat(_temporary.constData(), &own) == 0 && ::lstat(other.name(), &others) == 0 &&
+                           own.st_mode == others.st_mode && own.st_uid == others.st_uid &&
+                           own.st_size == others.st_size && other.FilesBeside().isEmpty();
+    if (!mayBeSame)
+        return {};
+    int const code = CompareBytes(_temporary.constData(), other.name(), own.st_size, isSame);
+    return code == SQLITE_OK ? Failure() : DescribeError(nullptr, code, other.path());
 }
 
 Failure NewFile::Publish(bool& isTaken) const

@@ -36,6 +36,10 @@ public:
     /// Opens the file as a database that keeps its journal in memory: after a failure the file is thrown away.
     [[nodiscard]] int Open(SqliteHandle& handle) const;
 
+    /// Sets `isSame` if an ordinary file of the same owner, rights and bytes stands at the path, with nothing beside it
+    /// that SQLite would take for a part of it. Fails if the bytes cannot be read.
+    [[nodiscard]] Failure Compare(StoreFile const& other, bool& isSame) const;
+
     /// Flushes the file, gives it its own name and flushes the folder. If a file of the name exists, sets `isTaken`,
     /// succeeds and does nothing else. Fails like `CheckTarget` if it finds, with the name given and before anybody
     /// else can read the file, that a log or a journal has come meanwhile; the name is then taken back.

@@ -48,12 +48,17 @@ StoreFile::StoreFile(QString const& path, QByteArray const& name)
     , _logIndexName(_name + LogIndexSuffix)
 {}
 
+std::vector<StoreFile> StoreFile::UpToFirstFree(QString const& path)
+{
+    std::vector<StoreFile> files{StoreFile(path)};
+    for (int number = 2; !files.back().IsFree(); ++number)
+        files.push_back(StoreFile(path + QLatin1Char('-') + QString::number(number)));
+    return files;
+}
+
 StoreFile StoreFile::FirstFree(QString const& path)
 {
-    StoreFile file(path);
-    for (int number = 2; !file.IsFree(); ++number)
-        file = StoreFile(path + QLatin1Char('-') + QString::number(number));
-    return file;
+    return UpToFirstFree(path).back();
 }
 
 StoreFile StoreFile::WithName(QByteArray const& name) const

@@ -8,6 +8,7 @@
 #include <QStringList>
 
 #include <optional>
+#include <vector>
 
 namespace sync::database {
 
@@ -28,6 +29,8 @@ public:
 
     /// Returns the store with this path, or else the first with a number appended to it, whose names are free.
     static StoreFile FirstFree(QString const& path);
+    /// Returns that store, and before it the ones that are taken.
+    static std::vector<StoreFile> UpToFirstFree(QString const& path);
 
     /// Returns the same store while its file has another name. Errors still name the path.
     StoreFile WithName(QByteArray const& name) const;

@@ -1,6 +1,8 @@
 #include "database/file/StoreUpgrade.h"
 
+#include "database/file/NewFile.h"
 #include "database/file/StoreBackup.h"
+#include "database/file/StoreCommit.h"
 #include "database/file/StoreDamage.h"
 #include "database/file/StoreLog.h"
 #include "database/file/StoreSchema.h"
@@ -57,22 +59,31 @@ Failure StoreUpgrade::RunStep()
     int code = Execute(_store.get(), "BEGIN IMMEDIATE");
     if (code != SQLITE_OK)
         return _store.Describe(code);
-    // Another process may have run the step meanwhile.
     qint64 version = 0;
     Failure failure = ReadVersion(version);
-    if (!failure && schema::IsOlder(version))
-        failure = RunStepInTransaction(version);
-    if (failure) {
+    if (failure || !schema::IsOlder(version)) { // another process has run the step meanwhile
         Execute(_store.get(), "ROLLBACK");
-        RemoveNeedlessBackup();
         return failure;
     }
-    code = Execute(_store.get(), "COMMIT");
+    failure = RunStepInTransaction(version);
+    if (failure)
+        Execute(_store.get(), "ROLLBACK");
+    else
+        failure = Commit(version);
+    if (failure && failure->kind != StoreErrorKind::OutcomeUnknown)
+        RemoveNeedlessBackup();
+    return failure;
+}
+
+/// On failure the transaction has ended.
+Failure StoreUpgrade::Commit(qint64 version)
+{
+    int const code = Execute(_store.get(), "COMMIT");
     if (code == SQLITE_OK)
         return {};
-    failure = _store.Describe(code);
+    StoreError const error = CannotUpgrade(version, _store.Describe(code));
     Execute(_store.get(), "ROLLBACK");
-    return failure;
+    return SettleStoreCommit(_store, error, QStringLiteral("the next opening for writing finds out"));
 }
 
 Failure StoreUpgrade::RunStepInTransaction(qint64 version)
@@ -97,7 +108,7 @@ Failure StoreUpgrade::RunStepInTransaction(qint64 version)
         if (Failure failure = schema::Check(_store.get(), _store.file().path()))
             return CannotUpgrade(version, *failure);
     }
-    // A full disk is to show here: after a failed commit it would be unknown whether the step is durable.
+    // A full disk is to show here, where the step is simply rolled back.
     code = sqlite3_db_cacheflush(_store.get());
     return code == SQLITE_OK ? Failure() : CannotUpgrade(version, _store.Describe(code));
 }
@@ -105,19 +116,42 @@ Failure StoreUpgrade::RunStepInTransaction(qint64 version)
 /// The open transaction keeps others from writing, and has not written itself yet.
 Failure StoreUpgrade::BackUp(qint64 version)
 {
-    StoreFile const backup =
-        StoreFile::FirstFree(_store.file().path() + QStringLiteral(".version-") + QString::number(version));
-    if (Failure failure = StoreBackup(_store.file(), StoreAccess::ReadWrite, _busyTimeoutMsec).Write(backup))
+    std::vector<StoreFile> const names =
+        StoreFile::UpToFirstFree(_store.file().path() + QStringLiteral(".version-") + QString::number(version));
+    NewFile copy(names.back());
+    bool isTaken = false;
+    Failure failure = copy.CheckTarget(isTaken);
+    if (!failure)
+        failure = copy.Create(OwnerOf(_store.file()));
+    if (!failure)
+        failure = StoreBackup(_store.file(), StoreAccess::ReadWrite, _busyTimeoutMsec).WriteTo(copy);
+    if (failure)
         return CannotUpgrade(version, *failure);
-    _backup = Backup{backup, version};
+    // An earlier attempt that was interrupted, or could not tell what had become of it, has left the same copy.
+    for (auto taken = names.begin(); taken != names.end() - 1; ++taken) {
+        bool isSame = false;
+        failure = copy.Compare(*taken, isSame);
+        if (failure)
+            return CannotUpgrade(version, *failure);
+        if (isSame) {
+            _backup = Backup{*taken, version, false};
+            return {};
+        }
+    }
+    failure = copy.Publish(isTaken);
+    if (isTaken)
+        failure = MakeError(names.back().path(), SQLITE_CANTOPEN, QStringLiteral("a file of this name has appeared"));
+    if (failure)
+        return CannotUpgrade(version, *failure);
+    _backup = Backup{names.back(), version, true};
     return {};
 }
 
-/// Removes the copy of a store that is what it was: attempts that fail on a full disk must not add a copy each.
+/// Removes the copy that this attempt made of a store that is what it was.
 void StoreUpgrade::RemoveNeedlessBackup()
 {
     qint64 version = 0;
-    if (!_backup || ReadVersion(version) || version != _backup->version)
+    if (!_backup || !_backup->isNew || ReadVersion(version) || version != _backup->version)
         return;
     ::unlink(_backup->file.name());
     _backup.reset();

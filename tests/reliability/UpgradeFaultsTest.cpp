@@ -5,6 +5,7 @@
 #include "support/QtPrinters.h"
 #include "support/RawStore.h"
 #include "support/ReleasedStores.h"
+#include "support/UnflushedWrites.h"
 
 #include <gtest/gtest.h>
 #include <sqlite3.h>
@@ -17,11 +18,16 @@
 #include <csignal>
 #include <initializer_list>
 #include <iostream>
+#include <random>
+
+#include <unistd.h>
 
 namespace {
 
 using namespace tandry::test;
 using sync::database::SqliteDatabaseFactory;
+using sync::database::StoreError;
+using sync::database::StoreErrorKind;
 
 std::initializer_list<FileOperation> const Changes = {
     FileOperation::Open, FileOperation::Write, FileOperation::Truncate, FileOperation::Sync, FileOperation::Delete};
@@ -47,49 +53,61 @@ protected:
         QString Path() const { return folder.filePath("store.db"_q); }
 
         /// Expects that the store has the old version, the new one or one between completely, and that it can be
-        /// opened.
-        void ExpectCompleteAndOpening() const
+        /// opened. The one copy of the old version has stayed, however often the upgrade was tried. Returns the version
+        /// that was found.
+        int ExpectCompleteAndOpening() const
         {
-            ExpectComplete();
-            QString error;
-            ASSERT_NE(SqliteDatabaseFactory::Open(Path(), &error), nullptr) << error.toStdString();
-            RawStore raw(Path());
-            EXPECT_EQ(VersionOf(raw), CurrentVersion);
-            EXPECT_EQ(RowsOf(raw), UpToDate(before));
-            ExpectGoodBackups();
+            int const found = ExpectComplete();
+            ExpectOpening();
+            return found;
         }
 
         bool HasBackup() const { return !Backups().isEmpty(); }
 
     private:
+        void ExpectOpening() const
+        {
+            QString error;
+            ASSERT_NE(SqliteDatabaseFactory::Open(Path(), &error), nullptr) << error.toStdString();
+            RawStore raw(Path());
+            EXPECT_EQ(VersionOf(raw), CurrentVersion);
+            EXPECT_EQ(RowsOf(raw), UpToDate(before));
+            ExpectOneGoodBackup();
+        }
+
         /// Checks a copy, so that the next opening finds the files as they were left.
-        void ExpectComplete() const
+        int ExpectComplete() const
         {
             QTemporaryDir const look;
             for (QString const& name : {"store.db"_q, "store.db-wal"_q, "store.db-journal"_q})
                 QFile::copy(folder.filePath(name), look.filePath(name));
             RawStore raw(look.filePath("store.db"_q));
             EXPECT_EQ(raw.Value("PRAGMA integrity_check"_q).toString(), "ok"_q);
-            if (VersionOf(raw) == version)
-                EXPECT_EQ(RowsOf(raw), before);
-            else
-                EXPECT_EQ(RowsOf(raw), UpToDate(before));
+            int const found = VersionOf(raw);
+            EXPECT_EQ(RowsOf(raw), found == version ? before : UpToDate(before));
+            return found;
         }
 
-        /// Expects at least one backup, and that each file with a backup's name is one.
-        void ExpectGoodBackups() const
+        /// Expects one backup of the old version, and at most one of each version between.
+        void ExpectOneGoodBackup() const
         {
-            EXPECT_TRUE(HasBackup());
-            for (QString const& name : Backups()) {
-                RawStore raw(folder.filePath(name));
-                EXPECT_EQ(VersionOf(raw), version) << name.toStdString();
-                EXPECT_EQ(RowsOf(raw), before) << name.toStdString();
+            QStringList names = Backups();
+            EXPECT_EQ(names.count(BackupOf(version)), 1);
+            for (int each = version; each < CurrentVersion; ++each) {
+                if (names.removeOne(BackupOf(each))) {
+                    RawStore raw(folder.filePath(BackupOf(each)));
+                    EXPECT_EQ(VersionOf(raw), each);
+                    EXPECT_EQ(RowsOf(raw), each == version ? before : UpToDate(before));
+                }
             }
+            EXPECT_EQ(names, QStringList());
         }
+
+        static QString BackupOf(int version) { return "store.db.version-%1"_q.arg(version); }
 
         QStringList Backups() const
         {
-            QStringList names = QDir(folder.path()).entryList({"store.db.version-%1*"_q.arg(version)}, QDir::Files);
+            QStringList names = QDir(folder.path()).entryList({"store.db.version-*"_q}, QDir::Files);
             for (char const* part : {".new-", "-wal", "-shm", "-journal"})
                 for (QString const& name : QStringList(names))
                     if (name.contains(QLatin1String(part)))
@@ -103,7 +121,8 @@ protected:
         StoreRows before;
     };
 
-    /// Makes each operation fail in turn, once or permanently.
+    /// Makes each operation fail in turn, once or permanently. Where it is refused, the store is opened twice more with
+    /// the same failure.
     static void FailEach(int code, std::initializer_list<FileOperation> operations, bool permanently)
     {
         int refused = 0;
@@ -111,14 +130,17 @@ protected:
         for (bool hit = true; hit; ++step) {
             SCOPED_TRACE(step);
             Place const place(GetParam());
-            {
+            bool opened = false;
+            for (int attempt = 0; attempt < 3 && !opened; ++attempt) {
                 FaultyFiles files;
                 files.Fail(step, code, operations, permanently);
                 QString error;
-                bool const opened = SqliteDatabaseFactory::Open(place.Path(), &error) != nullptr;
-                hit = files.Recover();
+                opened = SqliteDatabaseFactory::Open(place.Path(), &error) != nullptr;
+                bool const failed = files.Recover();
+                if (attempt == 0)
+                    hit = failed;
                 if (!opened) {
-                    EXPECT_TRUE(hit) << error.toStdString();
+                    EXPECT_TRUE(failed) << error.toStdString();
                     EXPECT_TRUE(error.contains(place.Path())) << error.toStdString();
                     ++refused;
                 }
@@ -132,6 +154,28 @@ protected:
         EXPECT_GT(refused, 20);
     }
 };
+
+/// What an opening told of an upgrade that met a fault. A smaller value is the version that it said the store has.
+enum Told
+{
+    OutcomeUnknown = CurrentVersion + 1,
+    /// The store could not be opened before or after the upgrade.
+    Nothing,
+    ToldCount
+};
+
+int ToldBy(bool opened, StoreError const& error)
+{
+    if (opened)
+        return CurrentVersion;
+    if (error.kind == StoreErrorKind::OutcomeUnknown)
+        return OutcomeUnknown;
+    for (int version = 0; version < CurrentVersion; ++version) {
+        if (error.text.contains("the store has version %1, which"_q.arg(version)))
+            return version;
+    }
+    return Nothing;
+}
 
 std::string NameOf(testing::TestParamInfo<ReleasedStore> const& store)
 {
@@ -147,12 +191,16 @@ TEST_P(UpgradeFaults, ProcessKilledAtAnyOperationLeavesTheOldStoreOrTheNewOne)
     for (int step = 1; end == -SIGKILL; ++step) {
         SCOPED_TRACE(step);
         Place const place(GetParam());
-        end = InChildProcess([&] {
-            FaultyFiles files;
-            files.Fail(step, SQLITE_OK, Changes);
-            files.WatchFailure(Crash);
-            return SqliteDatabaseFactory::Open(place.Path()) != nullptr ? 0 : 1;
-        });
+        for (int attempt = 0; attempt < 2; ++attempt) {
+            int const ended = InChildProcess([&] {
+                FaultyFiles files;
+                files.Fail(step, SQLITE_OK, Changes);
+                files.WatchFailure(Crash);
+                return SqliteDatabaseFactory::Open(place.Path()) != nullptr ? 0 : 1;
+            });
+            if (attempt == 0)
+                end = ended;
+        }
         kills += end == -SIGKILL ? 1 : 0;
         place.ExpectCompleteAndOpening();
         if (HasFatalFailure())
@@ -168,9 +216,61 @@ TEST_P(UpgradeFaults, OperationThatFailsOnceLosesNothing)
     FailEach(SQLITE_IOERR, AllOperations, false);
 }
 
-TEST_P(UpgradeFaults, OperationsThatKeepFailingLoseNothing)
+TEST_P(UpgradeFaults, OperationsThatKeepFailingLeaveOneBackup)
 {
     FailEach(SQLITE_IOERR, Changes, true);
+}
+
+TEST_P(UpgradeFaults, WhatIsToldOfTheUpgradeIsTrueAfterAKillAndAPowerCut)
+{
+    std::vector<FileOperation> const operations = {FileOperation::Write,
+                                                   FileOperation::Truncate,
+                                                   FileOperation::Sync,
+                                                   FileOperation::Delete,
+                                                   FileOperation::FlushFolder,
+                                                   FileOperation::Unlock};
+    unsigned const seed = std::random_device()();
+    std::mt19937 random(seed);
+    int counts[ToldCount] = {};
+    for (int variant = 0; variant < 4; ++variant) {
+        bool const forGood = (variant & 1) != 0;
+        bool const cutsPower = (variant & 2) != 0;
+        bool hit = true;
+        for (int step = 1; hit; ++step) {
+            SCOPED_TRACE("operation " + std::to_string(step) + (forGood ? " and all later ones" : "") +
+                         (cutsPower ? ", power cut with seed " + std::to_string(seed) : ", kill"));
+            Place const place(GetParam());
+            std::mt19937 ofCut(random());
+            int const end = InChildProcess([&]() -> int {
+                FaultyFiles files;
+                UnflushedWrites writes;
+                files.Tell(&writes);
+                files.Fail(step, SQLITE_IOERR, operations, forGood);
+                StoreError error;
+                auto const store = SqliteDatabaseFactory::Open(place.Path(), error);
+                int const status = ToldBy(store != nullptr, error) + (files.Recover() ? ToldCount : 0);
+                files.Tell(nullptr);
+                if (cutsPower)
+                    writes.CutPower(ofCut);
+                ::_exit(status); // with the store open, as a kill would
+            });
+            ASSERT_GE(end, 0);
+            hit = end >= ToldCount;
+            int const told = end % ToldCount;
+            ++counts[told];
+            int const found = place.ExpectCompleteAndOpening();
+            if (told <= CurrentVersion) {
+                EXPECT_EQ(found, told);
+            }
+            EXPECT_FALSE(told == OutcomeUnknown && !forGood) << "the fault has gone when the outcome is looked at";
+            if (HasFatalFailure())
+                return;
+        }
+    }
+    std::cout << GetParam().Name() << ": " << counts[CurrentVersion] << " upgraded, " << counts[OutcomeUnknown]
+              << " unknown, " << counts[Nothing] << " refused for other reasons" << std::endl;
+    for (int told = GetParam().version; told <= OutcomeUnknown; ++told)
+        EXPECT_GT(counts[told], 0) << told;
 }
 
 TEST_P(UpgradeFaults, FullDiskLosesNothingAndLeavesNoExtraBackups)
@@ -190,7 +290,7 @@ TEST_P(UpgradeFaults, FullDiskLosesNothingAndLeavesNoExtraBackups)
                 break;
             EXPECT_TRUE(hit);
             EXPECT_TRUE(error.contains("no space"_q)) << error.toStdString();
-            // A commit that fails leaves the backup, and so does a later step: the store need not be what it was.
+            // A later step leaves the backup: the store is not what it was.
             if (error.contains("the store has version %1, which"_q.arg(GetParam().version))) {
                 EXPECT_FALSE(place.HasBackup());
             }
