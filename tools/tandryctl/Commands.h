@@ -22,5 +22,6 @@ void AddServerCommands(Command& top);
 void AddAccountCommands(Command& top);
 void AddProductCommands(Command& top);
 void AddScheduleCommands(Command& top);
+void AddStatusCommands(Command& top);
 
 } // namespace tandryctl

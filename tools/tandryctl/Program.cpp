@@ -25,6 +25,7 @@ void DeclareCommands(CommandLine& commandLine)
     AddFileCommands(top);
     AddScanCommand(top);
     AddListCommands(top);
+    AddStatusCommands(top);
     AddPathCommands(top);
     AddExplainCommand(top);
     AddServerCommands(top);
