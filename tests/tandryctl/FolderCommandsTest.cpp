@@ -115,6 +115,31 @@ TEST_F(FolderCommandsTest, RemoveRecursivelyListsOrphanedSchedulesAndGeneratedFi
     EXPECT_TRUE(out.contains("leaving 2 generated files and 1 schedule"_q)) << out.toStdString();
 }
 
+TEST_F(FolderCommandsTest, RemoveRecursivelyNamesARingOfParentsAndRemovesNothing)
+{
+    ScanTree();
+    RawStore(StorePath()).Run("UPDATE FolderConfiguration SET parentId = 4 WHERE id = 2"_q);
+    RunResult const ran = Run({"folder"_q, "remove"_q, "3"_q, "--recursive"_q, "--yes"_q});
+    EXPECT_EQ(ran.status, 1);
+    for (char const* word : {"folder 2", "folder 3", "folder 4", "a ring", "folder remove 3"})
+        EXPECT_TRUE(ran.err.contains(QLatin1String(word))) << ran.err.toStdString();
+    EXPECT_EQ(ran.err.count(QLatin1Char('\n')), 1);
+    EXPECT_EQ(Json({"list"_q, "folders"_q}).size(), 4);
+    RunSuccessfully({"folder"_q, "remove"_q, "3"_q, "--yes"_q});
+    RunSuccessfully({"folder"_q, "remove"_q, "4"_q, "--recursive"_q, "--yes"_q});
+    EXPECT_EQ(Json({"list"_q, "folders"_q}).size(), 1);
+}
+
+TEST_F(FolderCommandsTest, RemoveRecursivelyOfAVeryDeepTreeNeedsNoDeepStack)
+{
+    RawStore(StorePath())
+        .Run("WITH RECURSIVE n(i) AS (SELECT 2 UNION ALL SELECT i + 1 FROM n WHERE i < 30000) "
+             "INSERT INTO FolderConfiguration (id, parentId, rootId) SELECT i, i - 1, 1 FROM n"_q);
+    QString const out = RunSuccessfully({"folder"_q, "remove"_q, "2"_q, "--recursive"_q, "--yes"_q});
+    EXPECT_TRUE(out.contains("with 29998 sub-folders"_q)) << out.toStdString();
+    EXPECT_EQ(Json({"list"_q, "folders"_q}).size(), 1);
+}
+
 TEST_F(FolderCommandsTest, RemoveWithoutTerminalAndYesRefuses)
 {
     ScanTree();

@@ -9,6 +9,11 @@
 #include "Text.h"
 
 #include <QFileInfo>
+#include <QSet>
+#include <QStringList>
+#include <QVector>
+
+#include <vector>
 
 namespace tandryctl {
 
@@ -87,6 +92,59 @@ Removal RemovalOf(Session& session, FolderConfiguration const& folder, bool recu
     return removal;
 }
 
+[[noreturn]] void ThrowRing(QVector<FolderConfiguration> const& ring)
+{
+    QStringList labels;
+    for (FolderConfiguration const& folder : ring)
+        labels.append(Label("folder", folder.getId(), folder.getClientPath()));
+    constexpr int most = 5;
+    if (labels.size() > most)
+        labels = labels.mid(0, most) + QStringList{QStringLiteral("%1 more").arg(labels.size() - most)};
+    throw Failure(FailureCode::Conflict,
+                  QStringLiteral("nothing was removed: the parents of %1 form a ring").arg(JoinWithAnd(labels)),
+                  QStringLiteral("'tandryctl folder remove %1' without --recursive removes one of them and breaks it")
+                      .arg(ring.first().getId()));
+}
+
+/// Returns the ids of a folder and of all folders below it, each below its children, which are in the order of their
+/// names. Throws if a folder lies in itself.
+QVector<int> IdsFromBelow(Session& session, FolderConfiguration const& top)
+{
+    struct Level
+    {
+        FolderConfiguration folder;
+        QVector<FolderConfiguration> children;
+        int next = 0;
+    };
+    auto const open = [&](FolderConfiguration const& folder) {
+        return Level{folder, session.Checked(session.folders().GetFolderConfigurationByParentId(folder.getId()))};
+    };
+    QVector<int> ids;
+    std::vector<Level> way{open(top)}; // not recursive: a tree may be too deep for the stack
+    QSet<int> onTheWay{top.getId()};
+    while (!way.empty()) {
+        Level& level = way.back();
+        if (level.next == level.children.size()) {
+            ids.append(level.folder.getId());
+            onTheWay.remove(level.folder.getId());
+            way.pop_back();
+            continue;
+        }
+        FolderConfiguration const child = level.children.at(level.next++);
+        if (onTheWay.contains(child.getId())) {
+            QVector<FolderConfiguration> ring;
+            for (Level const& each : way) {
+                if (!ring.isEmpty() || each.folder.getId() == child.getId())
+                    ring.append(each.folder);
+            }
+            ThrowRing(ring);
+        }
+        onTheWay.insert(child.getId());
+        way.push_back(open(child));
+    }
+    return ids;
+}
+
 ExitStatus RemoveFolder(Session& session, RemoveArguments const& arguments)
 {
     FolderConfiguration const folder = FindFolder(session, arguments.id);
@@ -98,8 +156,14 @@ ExitStatus RemoveFolder(Session& session, RemoveArguments const& arguments)
     Removal const removal = RemovalOf(session, folder, arguments.recursive);
     session.ConfirmRemoval(removal.text());
     ClientTransaction transaction(session);
-    session.CheckWritten(arguments.recursive ? session.folders().RemoveFolderAndChildren(folder.getId())
-                                             : session.folders().Remove(folder.getId()));
+    if (arguments.recursive) {
+        for (int const id : IdsFromBelow(session, folder)) {
+            session.CheckWritten(session.folders().Remove(id));
+            session.CheckWritten(session.files().RemoveByFolderConfigurationId(id));
+        }
+    }
+    else
+        session.CheckWritten(session.folders().Remove(folder.getId()));
     session.CheckWritten(session.queries().RemoveOriginsOfMissingFolders());
     transaction.Commit();
     session.output().Report(QStringLiteral("removed ") + removal.text(), FolderColumns(), folder);
