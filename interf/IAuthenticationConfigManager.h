@@ -43,7 +43,7 @@ public:
     virtual bool Update(sync::config::AuthenticationConfiguration authenticationConfiguration) = 0;
 
     /// Inserts a row without a password and sets the record's id. Returns false and leaves the record unchanged if the
-    /// store fails. Does not check for duplicates.
+    /// store fails. Does not check for duplicates. If the insertion is rolled back, a later row gets the same id.
     virtual bool Add(sync::config::AuthenticationConfiguration& authenticationConfiguration) = 0;
 
     /// Removes one row; folders that refer to the account stay. Returns false if the store fails, and true if there is

@@ -126,7 +126,8 @@ public:
     /// Resolves the links of the record as `Update` does, inserts a row in the table of its `fileType`, sets the
     /// record's id, and refreshes the file's folder in the shell if the status was set. Returns false, without
     /// accessing the store, for an empty path, and false for an unknown `fileType`. If it returns false, the links stay
-    /// resolved. Runs two statements, and those for links.
+    /// resolved. Runs two statements, and those for links. If the insertion is rolled back, a later row gets the same
+    /// id.
     ///
     /// If the table of the files has a row with the same path and folder, the record gets that row's id and is passed
     /// to `Update`, and its links stay as they were. This is so for every `fileType`: a generated or base file then

@@ -66,7 +66,8 @@ public:
     /// the listing, checks the error, and compares `GetRootFolderConfigurationCount` with the roots that it knows.
     virtual QVector<sync::config::FolderConfiguration> GetFolderConfigurationsOfNonExistingRootFolders() = 0;
 
-    /// Returns all folders from the cache, in no particular order.
+    /// Returns all folders from the cache, in no particular order. Before a client removes something because its folder
+    /// is not among them, it takes the steps that `GetFolderConfigurationsOfNonExistingRootFolders` describes.
     virtual QVector<sync::config::FolderConfiguration> GetAll() = 0;
 
     /// Writes all columns of the record's row, and refreshes the folder in the shell if the record's status was set.
@@ -77,7 +78,8 @@ public:
     /// root whose root id is -1 gets its own id as root id, by a second statement.
     ///
     /// Also returns false, without accessing the store, for a parent id of -1 and for a sub-folder whose root id is -1.
-    /// If it returns false the record is unchanged. Does not check for duplicates.
+    /// If it returns false the record is unchanged. Does not check for duplicates. If the insertion is rolled back, a
+    /// later row gets the same id.
     virtual bool Add(sync::config::FolderConfiguration& folderConfiguration) = 0;
 
     /// Returns the folder with this path; adds it below the root if it is missing, and its missing ancestors before it.
@@ -128,7 +130,7 @@ public:
                                                           int authenticationId,
                                                           QString& matchingServerFolder) = 0;
 
-    /// Returns all roots from the cache, in no particular order.
+    /// Returns all roots from the cache, in no particular order. See `GetAll`.
     virtual QVector<sync::config::FolderConfiguration> GetAllRootFolders() = 0;
 
     /// Returns the direct sub-folders, ordered by name; for the id 0 the roots.

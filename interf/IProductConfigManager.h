@@ -42,7 +42,7 @@ public:
     virtual bool Update(sync::config::ProductConfiguration productConfiguration) = 0;
 
     /// Inserts a row and sets the record's id. Returns false and leaves the record unchanged if the store fails. Does
-    /// not check for duplicates.
+    /// not check for duplicates. If the insertion is rolled back, a later row gets the same id.
     virtual bool Add(sync::config::ProductConfiguration& productConfiguration) = 0;
 
     /// Removes one row; folders and files that refer to the product stay. Returns false if the store fails, and true if

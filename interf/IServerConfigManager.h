@@ -44,7 +44,7 @@ public:
     /// Inserts a row and sets the record's id. The row gets each URL without one trailing slash and, if the alias is
     /// empty, the one that `ServerConfiguration::getAlias` derives from the web service URL, user information included;
     /// the record keeps its URLs and alias. Returns false and leaves the record unchanged if the store fails. Does not
-    /// check for duplicates.
+    /// check for duplicates. If the insertion is rolled back, a later row gets the same id.
     virtual bool Add(sync::config::ServerConfiguration& serverConfiguration) = 0;
 
     /// Removes one row; accounts and products that refer to the server stay. Returns false if the store fails, and true
