@@ -10,9 +10,9 @@ namespace sync::database {
 namespace {
 
 /// A log that a long listing kept from being checkpointed shrinks to its limit at the next chance.
-constexpr char const* Settings = "PRAGMA cache_size = -8192;"
-                                 "PRAGMA wal_autocheckpoint = 1000;"
-                                 "PRAGMA journal_size_limit = 8388608;";
+constexpr char const* ConnectionSettings = "PRAGMA cache_size = -8192;"
+                                           "PRAGMA wal_autocheckpoint = 1000;"
+                                           "PRAGMA journal_size_limit = 8388608;";
 
 /// A commit is on the disk when it returns. With a journal that includes a flush of the folder, since the commit is the
 /// deletion of the journal.
@@ -36,7 +36,7 @@ Failure ConnectionHandle::Open(OpenPurpose purpose, StoreAccess access)
     if (Failure failure = _store.Open(purpose, access))
         return failure;
     sqlite3* const handle = _store.get();
-    int code = Execute(handle, Settings);
+    int code = Execute(handle, ConnectionSettings);
     if (code == SQLITE_OK)
         code = Execute(handle, hasLog() ? SettingsWithLog : SettingsWithJournal);
     if (hasLog())

@@ -10,8 +10,6 @@
 
 namespace sync::config {
 
-namespace sql = authentication_sql;
-
 AuthenticationConfigManager::AuthenticationConfigManager(
     std::shared_ptr<sync::interf::factory::IDatabaseFactory> databaseFactory)
     : DatabaseConfigurationManager(std::move(databaseFactory))
@@ -28,24 +26,24 @@ auto AuthenticationConfigManager::_Rows() const
 AuthenticationConfiguration
 AuthenticationConfigManager::GetAuthenticationConfigurationById(int authenticationConfigurationId) const
 {
-    return _Rows().First(sql::GetById, bind::id(authenticationConfigurationId));
+    return _Rows().First(authentication_sql::GetById, bind::id(authenticationConfigurationId));
 }
 
 AuthenticationConfiguration
 AuthenticationConfigManager::GetAuthenticationConfigurationByDomainAndUser(QString domain, QString userName) const
 {
-    return _Rows().First(sql::GetByDomainAndUser, bind::domain(domain), bind::userName(userName));
+    return _Rows().First(authentication_sql::GetByDomainAndUser, bind::domain(domain), bind::userName(userName));
 }
 
 QVector<AuthenticationConfiguration> AuthenticationConfigManager::GetAll() const
 {
-    return _Rows().All(sql::GetAll);
+    return _Rows().All(authentication_sql::GetAll);
 }
 
 QVector<AuthenticationConfiguration> AuthenticationConfigManager::GetDistinctAuthenticationConfigurations()
 {
     QVector<AuthenticationConfiguration> accounts;
-    store::Run(*_databaseFactory, sql::GetDistinct, store::Values(), [&](auto& query) {
+    store::Run(*_databaseFactory, authentication_sql::GetDistinct, store::Values(), [&](auto& query) {
         store::AppendRows(query, accounts, [&](auto& account) {
             account.domain = query.value(0).toString();
             account.userName = query.value(1).toString();
@@ -56,15 +54,16 @@ QVector<AuthenticationConfiguration> AuthenticationConfigManager::GetDistinctAut
 
 bool AuthenticationConfigManager::Update(AuthenticationConfiguration authenticationConfiguration)
 {
-    return store::Write(
-        *_databaseFactory, sql::Update, store::ColumnsForUpdate(authenticationConfiguration, store::Documents(*this)));
+    return store::Write(*_databaseFactory,
+                        authentication_sql::Update,
+                        store::ColumnsForUpdate(authenticationConfiguration, store::Documents(*this)));
 }
 
 int AuthenticationConfigManager::UpdatePassword(QString domain, QString userName, QString)
 {
     int clearedRows = -1;
     store::Write(*_databaseFactory,
-                 sql::UpdatePassword,
+                 authentication_sql::UpdatePassword,
                  store::Values(bind::domain(domain), bind::userName(userName), bind::encryptedPassword()),
                  [&](auto& query) { clearedRows = query.numRowsAffected(); });
     return clearedRows;
@@ -73,14 +72,15 @@ int AuthenticationConfigManager::UpdatePassword(QString domain, QString userName
 bool AuthenticationConfigManager::Add(AuthenticationConfiguration& authenticationConfiguration)
 {
     return store::Insert(*_databaseFactory,
-                         sql::Add,
+                         authentication_sql::Add,
                          store::ColumnsForInsert(authenticationConfiguration, store::Documents(*this)),
                          authenticationConfiguration.id);
 }
 
 bool AuthenticationConfigManager::Remove(int authenticationConfigurationId)
 {
-    return store::Write(*_databaseFactory, sql::Remove, store::Values(bind::id(authenticationConfigurationId)));
+    return store::Write(
+        *_databaseFactory, authentication_sql::Remove, store::Values(bind::id(authenticationConfigurationId)));
 }
 
 void AuthenticationConfigManager::_PopulateAuthenticationConfiguration(

@@ -21,8 +21,6 @@
 
 namespace sync::config {
 
-namespace sql = file_sql;
-
 using sync::interf::FileConfigOrderByEnum;
 
 namespace {
@@ -96,12 +94,12 @@ void FileConfigManager::_PopulateFileConfigurations(sync::interf::IQSqlQueryWrap
 
 FileConfiguration FileConfigManager::GetFileConfigurationById(int id)
 {
-    return _Rows().FirstIfAny(sql::GetById, bind::id(id));
+    return _Rows().FirstIfAny(file_sql::GetById, bind::id(id));
 }
 
 FileConfiguration FileConfigManager::GetFileConfigurationByServerId(QString serverFileId)
 {
-    return _Rows().FirstIfAny(sql::GetByServerId, bind::serverFileId(serverFileId));
+    return _Rows().FirstIfAny(file_sql::GetByServerId, bind::serverFileId(serverFileId));
 }
 
 FileConfiguration FileConfigManager::GetBaseFileConfigurationById(int)
@@ -111,7 +109,7 @@ FileConfiguration FileConfigManager::GetBaseFileConfigurationById(int)
 
 FileConfiguration FileConfigManager::GetGeneratedFileConfigurationById(int id)
 {
-    return _Rows().FirstIfAny(sql::GetGeneratedById, bind::id(id));
+    return _Rows().FirstIfAny(file_sql::GetGeneratedById, bind::id(id));
 }
 
 FileConfiguration FileConfigManager::GetFileConfigurationByClientPath(QString clientPath)
@@ -121,12 +119,12 @@ FileConfiguration FileConfigManager::GetFileConfigurationByClientPath(QString cl
         file.setSyncStatus(FileSyncStatusSyncing);
         file.resetSyncStatusChanged();
     };
-    return _Rows().FirstOr(miss, sql::GetByClientPath, bind::clientPath(clientPath));
+    return _Rows().FirstOr(miss, file_sql::GetByClientPath, bind::clientPath(clientPath));
 }
 
 QVector<FileConfiguration> FileConfigManager::GetAllFileConfigurationsByClientPath(QString clientPath)
 {
-    return _Rows().All(sql::GetByClientPath, bind::clientPath(clientPath));
+    return _Rows().All(file_sql::GetByClientPath, bind::clientPath(clientPath));
 }
 
 QVector<FileConfiguration> FileConfigManager::GetFileConfigurationsOfNonExistingRootFolders()
@@ -134,12 +132,12 @@ QVector<FileConfiguration> FileConfigManager::GetFileConfigurationsOfNonExisting
     QStringList rootIds;
     for (FolderConfiguration const& root : _folderConfigManager->GetAllRootFolders())
         rootIds.append(QString::number(root.getId()));
-    return _Rows().All(sql::GetOfNonExistingRootFolders.arg(rootIds.join(QLatin1Char(','))));
+    return _Rows().All(file_sql::GetOfNonExistingRootFolders.arg(rootIds.join(QLatin1Char(','))));
 }
 
 FileConfiguration FileConfigManager::GetGeneratedFileConfigurationByClientPath(QString clientPath)
 {
-    return _Rows().FirstIfAny(sql::GetGeneratedByClientPath, bind::clientPath(clientPath));
+    return _Rows().FirstIfAny(file_sql::GetGeneratedByClientPath, bind::clientPath(clientPath));
 }
 
 FileConfiguration FileConfigManager::GetFileConfigurationByClientPathAndAuthenticationId(QString clientPath,
@@ -157,32 +155,32 @@ FileConfiguration FileConfigManager::GetFileConfigurationByServerPathAndAuthenti
 QVector<FileConfiguration> FileConfigManager::GetFileConfigurationsByFolderId(int folderConfigurationId,
                                                                               FileConfigOrderByEnum order)
 {
-    return _Rows().All(sql::GetByFolderId + _GenerateOrderBy(order),
+    return _Rows().All(file_sql::GetByFolderId + _GenerateOrderBy(order),
                        bind::folderConfigurationId(folderConfigurationId));
 }
 
 QVector<FileConfiguration> FileConfigManager::GetFileConfigurationsByRootFolderId(int rootFolderId,
                                                                                   FileConfigurationType fileType)
 {
-    return _Rows().All(sql::TableOf(fileType).getByRootFolderId, bind::rootFolderId(rootFolderId));
+    return _Rows().All(file_sql::TableOf(fileType).getByRootFolderId, bind::rootFolderId(rootFolderId));
 }
 
 QVector<FileConfiguration> FileConfigManager::GetFileConfigurationsByRootFolderId(int rootFolderId,
                                                                                   FileConfigOrderByEnum order)
 {
-    return _Rows().All(sql::Files.getByRootFolderId + _GenerateOrderBy(order), bind::rootFolderId(rootFolderId));
+    return _Rows().All(file_sql::Files.getByRootFolderId + _GenerateOrderBy(order), bind::rootFolderId(rootFolderId));
 }
 
 QVector<FileConfiguration> FileConfigManager::GetFileConfigurationsWithSyncOption(int rootFolderId,
                                                                                   FileSyncOption option)
 {
-    return _Rows().All(sql::GetWithSyncOption.arg(option).arg(option), bind::rootFolderId(rootFolderId));
+    return _Rows().All(file_sql::GetWithSyncOption.arg(option).arg(option), bind::rootFolderId(rootFolderId));
 }
 
 QVector<FileConfiguration> FileConfigManager::GetGeneratedFileConfigurationsByRootFolderId(int rootFolderId,
                                                                                            FileConfigOrderByEnum order)
 {
-    return _Rows().All(sql::GeneratedFiles.getByRootFolderId + _GenerateOrderBy(order),
+    return _Rows().All(file_sql::GeneratedFiles.getByRootFolderId + _GenerateOrderBy(order),
                        bind::rootFolderId(rootFolderId));
 }
 
@@ -190,24 +188,24 @@ QVector<FileConfiguration>
 FileConfigManager::GetFileConfigurationsByFolderIdAndSyncStatus(int folderConfigurationId,
                                                                 FileSynchronizationStatus syncStatus)
 {
-    return _Rows().All(sql::GetByFolderIdAndSyncStatus,
+    return _Rows().All(file_sql::GetByFolderIdAndSyncStatus,
                        bind::folderConfigurationId(folderConfigurationId),
                        bind::syncStatus(syncStatus));
 }
 
 QVector<FileConfiguration> FileConfigManager::GetGeneratedFileConfigurationsByParentFileId(int parentFileId)
 {
-    return _Rows().All(sql::GetGeneratedByParentFileId, bind::parentFileId(parentFileId));
+    return _Rows().All(file_sql::GetGeneratedByParentFileId, bind::parentFileId(parentFileId));
 }
 
 QVector<FileConfiguration> FileConfigManager::GetAll(FileConfigurationType fileType)
 {
-    return _Rows().All(sql::TableOf(fileType).getAll);
+    return _Rows().All(file_sql::TableOf(fileType).getAll);
 }
 
 QVector<FileConfiguration> FileConfigManager::GetAll()
 {
-    return _Rows().All(sql::Files.getAll);
+    return _Rows().All(file_sql::Files.getAll);
 }
 
 // Writes.
@@ -220,7 +218,7 @@ bool FileConfigManager::Update(FileConfiguration file)
         AddFileLinks(file);
 
     return store::Write(*_databaseFactory,
-                        sql::TableOf(file.fileType).update,
+                        file_sql::TableOf(file.fileType).update,
                         store::ColumnsForUpdate(file, Documents(*this)),
                         [&](auto&) { _RefreshNativeFileViewerIfSyncStatusChanged(file); });
 }
@@ -246,7 +244,7 @@ bool FileConfigManager::Add(FileConfiguration& file)
         AddFileLinks(file);
 
     return store::Insert(*_databaseFactory,
-                         sql::TableOf(file.fileType).add,
+                         file_sql::TableOf(file.fileType).add,
                          store::ColumnsForInsert(file, Documents(*this)),
                          file.id,
                          [&] { _RefreshNativeFileViewerIfSyncStatusChanged(file); });
@@ -272,19 +270,20 @@ bool FileConfigManager::RemoveBaseFileConfiguration(int)
 bool FileConfigManager::RemoveGeneratedFileConfiguration(int id)
 {
     static_cast<void>(GetGeneratedFileConfigurationById(id)); // asked for, and of no effect
-    return store::Write(*_databaseFactory, sql::RemoveGenerated, store::Values(bind::id(id)));
+    return store::Write(*_databaseFactory, file_sql::RemoveGenerated, store::Values(bind::id(id)));
 }
 
 bool FileConfigManager::RemoveByFolderConfigurationId(int folderConfigurationId)
 {
-    return store::Write(
-        *_databaseFactory, sql::RemoveByFolderId, store::Values(bind::folderConfigurationId(folderConfigurationId)));
+    return store::Write(*_databaseFactory,
+                        file_sql::RemoveByFolderId,
+                        store::Values(bind::folderConfigurationId(folderConfigurationId)));
 }
 
 bool FileConfigManager::RemoveGeneratedFileConfigurationsByRootFolderId(int rootFolderId)
 {
     return store::Write(
-        *_databaseFactory, sql::RemoveGeneratedByRootFolderId, store::Values(bind::rootFolderId(rootFolderId)));
+        *_databaseFactory, file_sql::RemoveGeneratedByRootFolderId, store::Values(bind::rootFolderId(rootFolderId)));
 }
 
 bool FileConfigManager::RemoveGeneratedFileConfigurationsByRootFolderIdAndSyncStatus(
@@ -302,7 +301,7 @@ bool FileConfigManager::RemoveGeneratedFileConfigurationsByRootFolderIdAndSyncSt
 bool FileConfigManager::UpdateSyncStatusFromSyncingToNotSynced(int folderConfigurationId)
 {
     return store::Write(*_databaseFactory,
-                        sql::UpdateSyncStatus,
+                        file_sql::UpdateSyncStatus,
                         store::Values(bind::syncStatusNotSynced(FileSyncStatusNotSynced),
                                       bind::folderConfigurationId(folderConfigurationId),
                                       bind::syncStatusSyncing(FileSyncStatusSyncing)));
@@ -340,7 +339,8 @@ bool FileConfigManager::rollback()
 
 bool FileConfigManager::RemoveByRootFolderId(int rootFolderId)
 {
-    return store::Write(*_databaseFactory, sql::RemoveByRootFolderId, store::Values(bind::rootFolderId(rootFolderId)));
+    return store::Write(
+        *_databaseFactory, file_sql::RemoveByRootFolderId, store::Values(bind::rootFolderId(rootFolderId)));
 }
 
 FileConfiguration FileConfigManager::_FirstOfAccount(QVector<FileConfiguration> const& files, int authenticationId)
@@ -355,20 +355,21 @@ FileConfiguration FileConfigManager::_FirstOfAccount(QVector<FileConfiguration> 
 
 QVector<FileConfiguration> FileConfigManager::_GetFileConfigurationsByServerPath(QString serverPath)
 {
-    return _Rows().All(sql::GetByServerPath, bind::serverPath(serverPath));
+    return _Rows().All(file_sql::GetByServerPath, bind::serverPath(serverPath));
 }
 
 bool FileConfigManager::_Remove(int id)
 {
     FileConfiguration file = GetFileConfigurationById(id);
-    return store::Write(
-        *_databaseFactory, sql::Remove, store::Values(bind::id(id)), [&](auto&) { _RefreshNativeFileViewer(file); });
+    return store::Write(*_databaseFactory, file_sql::Remove, store::Values(bind::id(id)), [&](auto&) {
+        _RefreshNativeFileViewer(file);
+    });
 }
 
 bool FileConfigManager::_RemoveGeneratedFileConfigurationsByParentFileId(int parentFileId)
 {
     return store::Write(
-        *_databaseFactory, sql::RemoveGeneratedByParentFileId, store::Values(bind::parentFileId(parentFileId)));
+        *_databaseFactory, file_sql::RemoveGeneratedByParentFileId, store::Values(bind::parentFileId(parentFileId)));
 }
 
 bool FileConfigManager::AddFileLinks(FileConfiguration& file)
@@ -435,15 +436,15 @@ void FileConfigManager::_RefreshNativeFileViewerIfSyncStatusChanged(FileConfigur
 
 QString FileConfigManager::GetTableNameByFileType(FileConfigurationType fileType)
 {
-    return sql::TableOf(fileType).name;
+    return file_sql::TableOf(fileType).name;
 }
 
 QString FileConfigManager::_GenerateOrderBy(FileConfigOrderByEnum order)
 {
     auto position = static_cast<std::size_t>(order); // a negative order is out of range as well
-    if (position >= 2 * sql::OrderColumns.size())
+    if (position >= 2 * file_sql::OrderColumns.size())
         position = sync::interf::FileConfigOrderById;
-    QString const clause = QStringLiteral("ORDER BY ") + sql::OrderColumns[position / 2];
+    QString const clause = QStringLiteral("ORDER BY ") + file_sql::OrderColumns[position / 2];
     return position % 2 == 0 ? clause : clause + QStringLiteral(" DESC");
 }
 

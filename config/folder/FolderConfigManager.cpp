@@ -20,7 +20,6 @@
 
 namespace sync::config {
 
-namespace sql = folders_sql;
 using sync::interf::IQSqlQueryWrapper;
 
 const int FolderConfigManager::_allFoldersCacheRefreshRateMsec = 1000;
@@ -30,7 +29,7 @@ namespace {
 Q_NEVER_INLINE bool RemoveFilesOf(sync::interf::factory::IDatabaseFactory& factory, int folderConfigurationId)
 {
     return store::Write(
-        factory, sql::RemoveFilesByFolderId, store::Values(bind::folderConfigurationId(folderConfigurationId)));
+        factory, folders_sql::RemoveFilesByFolderId, store::Values(bind::folderConfigurationId(folderConfigurationId)));
 }
 
 } // namespace
@@ -68,40 +67,40 @@ void FolderConfigManager::_PopulateFolderConfigurations(sync::interf::IQSqlQuery
 
 FolderConfiguration FolderConfigManager::GetFolderConfigurationById(int folderConfigurationId)
 {
-    return _Rows().First(sql::GetById, bind::id(folderConfigurationId));
+    return _Rows().First(folders_sql::GetById, bind::id(folderConfigurationId));
 }
 
 FolderConfiguration FolderConfigManager::GetFolderConfigurationByServerId(QString serverFolderId)
 {
-    return _Rows().FirstIfAny(sql::GetByServerId, bind::serverFolderId(serverFolderId));
+    return _Rows().FirstIfAny(folders_sql::GetByServerId, bind::serverFolderId(serverFolderId));
 }
 
 FolderConfiguration FolderConfigManager::GetFolderConfigurationByClientPath(QString clientPath)
 {
-    return _Rows().First(sql::GetByClientPath, bind::clientPath(clientPath));
+    return _Rows().First(folders_sql::GetByClientPath, bind::clientPath(clientPath));
 }
 
 FolderConfiguration FolderConfigManager::GetFolderConfigurationByClientPathAndAuthenticationId(QString clientPath,
                                                                                                int authenticationId)
 {
-    return _Rows().First(sql::GetByClientPathAndAuthenticationId,
+    return _Rows().First(folders_sql::GetByClientPathAndAuthenticationId,
                          bind::clientPath(clientPath),
                          bind::authenticationId(authenticationId));
 }
 
 QVector<FolderConfiguration> FolderConfigManager::GetFolderConfigurationByParentId(int folderConfigurationId)
 {
-    return _Rows().All(sql::GetByParentId, bind::parentId(folderConfigurationId));
+    return _Rows().All(folders_sql::GetByParentId, bind::parentId(folderConfigurationId));
 }
 
 QVector<FolderConfiguration> FolderConfigManager::GetFolderConfigurationsByAuthenticationId(int authenticationId)
 {
-    return _Rows().All(sql::GetByAuthenticationId, bind::authenticationId(authenticationId));
+    return _Rows().All(folders_sql::GetByAuthenticationId, bind::authenticationId(authenticationId));
 }
 
 QVector<FolderConfiguration> FolderConfigManager::GetFolderConfigurationsByRootId(int rootFolderId)
 {
-    return _Rows().All(sql::GetByRootId, bind::rootId(rootFolderId));
+    return _Rows().All(folders_sql::GetByRootId, bind::rootId(rootFolderId));
 }
 
 QVector<FolderConfiguration> FolderConfigManager::GetFolderConfigurationsOfNonExistingRootFolders()
@@ -110,7 +109,7 @@ QVector<FolderConfiguration> FolderConfigManager::GetFolderConfigurationsOfNonEx
     QStringList ids;
     for (FolderConfiguration const& root : roots)
         ids.append(QString::number(root.id));
-    return _Rows().All(sql::GetOfNonExistingRoots.arg(ids.join(QLatin1Char(','))));
+    return _Rows().All(folders_sql::GetOfNonExistingRoots.arg(ids.join(QLatin1Char(','))));
 }
 
 QVector<FolderConfiguration> FolderConfigManager::GetAll()
@@ -133,32 +132,33 @@ void FolderConfigManager::ClearCaches()
 
 QVector<FolderConfiguration> FolderConfigManager::_GetAll()
 {
-    return _Rows().All(sql::GetAll);
+    return _Rows().All(folders_sql::GetAll);
 }
 
 QVector<FolderConfiguration> FolderConfigManager::_GetAllRootFolders()
 {
-    return _Rows().All(sql::GetAllRoots);
+    return _Rows().All(folders_sql::GetAllRoots);
 }
 
 // Counts.
 
 bool FolderConfigManager::IsInExistingAuthentication(int authenticationId)
 {
-    std::optional<int> const count = store::Count(
-        *_databaseFactory, sql::CountByAuthenticationId, store::Values(bind::authenticationId(authenticationId)));
+    std::optional<int> const count = store::Count(*_databaseFactory,
+                                                  folders_sql::CountByAuthenticationId,
+                                                  store::Values(bind::authenticationId(authenticationId)));
     return !count || *count > 0; // an account that can't be looked up counts as used
 }
 
 bool FolderConfigManager::IsAnyFolderConfigOutOfSync()
 {
-    std::optional<int> const count = store::Count(*_databaseFactory, sql::CountOutOfSync, store::Values());
+    std::optional<int> const count = store::Count(*_databaseFactory, folders_sql::CountOutOfSync, store::Values());
     return !count || *count > 0; // folders that can't be looked up count as out of sync
 }
 
 int FolderConfigManager::GetRootFolderConfigurationCount()
 {
-    return store::Count(*_databaseFactory, sql::CountRoots, store::Values()).value_or(-1);
+    return store::Count(*_databaseFactory, folders_sql::CountRoots, store::Values()).value_or(-1);
 }
 
 // Writes.
@@ -167,7 +167,7 @@ bool FolderConfigManager::Update(FolderConfiguration folderConfiguration)
 {
     // The cached listings stay: they may lag behind an update, and a caller who can't wait clears them.
     return store::Write(*_databaseFactory,
-                        sql::Update,
+                        folders_sql::Update,
                         store::ColumnsForUpdate(folderConfiguration, store::Documents(*this)),
                         [&](IQSqlQueryWrapper&) { _RefreshNativeFileViewerIfSyncStatusChanged(folderConfiguration); });
 }
@@ -180,7 +180,7 @@ bool FolderConfigManager::Add(FolderConfiguration& folderConfiguration)
         return false;
 
     return store::Insert(*_databaseFactory,
-                         sql::Add,
+                         folders_sql::Add,
                          store::ColumnsForInsert(folderConfiguration, store::Documents(*this)),
                          folderConfiguration.id,
                          [&] {
@@ -233,11 +233,13 @@ bool FolderConfigManager::Remove(int folderConfigurationId)
 {
     // Read ahead of the delete, for the shell; a folder that isn't there is removed all the same.
     QString clientPath = GetFolderConfigurationById(folderConfigurationId).clientPath;
-    return store::Write(
-        *_databaseFactory, sql::Remove, store::Values(bind::id(folderConfigurationId)), [&](IQSqlQueryWrapper&) {
-            ClearCaches();
-            RefreshNativeFileViewer(clientPath);
-        });
+    return store::Write(*_databaseFactory,
+                        folders_sql::Remove,
+                        store::Values(bind::id(folderConfigurationId)),
+                        [&](IQSqlQueryWrapper&) {
+                            ClearCaches();
+                            RefreshNativeFileViewer(clientPath);
+                        });
 }
 
 /// Calls itself for each level of the tree. So its frame must stay small, and what needs more of the stack is called.
@@ -266,7 +268,7 @@ bool FolderConfigManager::CleanRootFolder(int folderConfigurationId)
 bool FolderConfigManager::_RemoveFileConfigurationsByRootId(int rootFolderId)
 {
     return store::Write(
-        *_databaseFactory, sql::RemoveFilesByRootId, store::Values(bind::folderConfigurationId(rootFolderId)));
+        *_databaseFactory, folders_sql::RemoveFilesByRootId, store::Values(bind::folderConfigurationId(rootFolderId)));
 }
 
 bool FolderConfigManager::_RemoveFolderConfigurationsByRootId(int rootFolderId)
@@ -274,7 +276,7 @@ bool FolderConfigManager::_RemoveFolderConfigurationsByRootId(int rootFolderId)
     // Read ahead of the delete, for the shell.
     QVector<FolderConfiguration> const folders = GetFolderConfigurationsByRootId(rootFolderId);
     return store::Write(*_databaseFactory,
-                        sql::RemoveByRootId,
+                        folders_sql::RemoveByRootId,
                         store::Values(bind::folderConfigurationId(rootFolderId)),
                         [&](IQSqlQueryWrapper&) {
                             ClearCaches();

@@ -10,8 +10,6 @@
 
 namespace sync::config {
 
-namespace sql = product_sql;
-
 ProductConfigManager::ProductConfigManager(std::shared_ptr<sync::interf::factory::IDatabaseFactory> databaseFactory)
     : DatabaseConfigurationManager(std::move(databaseFactory))
 {}
@@ -26,30 +24,31 @@ auto ProductConfigManager::_Rows()
 
 ProductConfiguration ProductConfigManager::GetProductConfigurationById(int id)
 {
-    return _Rows().First(sql::GetById, bind::id(id));
+    return _Rows().First(product_sql::GetById, bind::id(id));
 }
 
 ProductConfiguration ProductConfigManager::GetProductConfigurationByServerIdAndConsumerKey(int serverId,
                                                                                            QString consumerKey)
 {
-    return _Rows().First(sql::GetByServerIdAndConsumerKey, bind::serverId(serverId), bind::consumerKey(consumerKey));
+    return _Rows().First(
+        product_sql::GetByServerIdAndConsumerKey, bind::serverId(serverId), bind::consumerKey(consumerKey));
 }
 
 QVector<ProductConfiguration> ProductConfigManager::GetAll()
 {
-    return _Rows().All(sql::GetAll);
+    return _Rows().All(product_sql::GetAll);
 }
 
 bool ProductConfigManager::Update(ProductConfiguration productConfiguration)
 {
     return store::Write(
-        *_databaseFactory, sql::Update, store::ColumnsForUpdate(productConfiguration, store::Documents(*this)));
+        *_databaseFactory, product_sql::Update, store::ColumnsForUpdate(productConfiguration, store::Documents(*this)));
 }
 
 bool ProductConfigManager::Add(ProductConfiguration& productConfiguration)
 {
     return store::Insert(*_databaseFactory,
-                         sql::Add,
+                         product_sql::Add,
                          store::ColumnsForInsert(productConfiguration, store::Documents(*this)),
                          productConfiguration.id);
 }
@@ -57,7 +56,7 @@ bool ProductConfigManager::Add(ProductConfiguration& productConfiguration)
 bool ProductConfigManager::Remove(int productConfigurationId)
 {
     static_cast<void>(GetProductConfigurationById(productConfigurationId)); // for overrides, which see what goes
-    return store::Write(*_databaseFactory, sql::Remove, store::Values(bind::id(productConfigurationId)));
+    return store::Write(*_databaseFactory, product_sql::Remove, store::Values(bind::id(productConfigurationId)));
 }
 
 void ProductConfigManager::_PopulateProductConfiguration(sync::interf::IQSqlQueryWrapper* query,

@@ -10,8 +10,6 @@
 
 namespace sync::config {
 
-namespace sql = schedules_sql;
-
 ScheduleEntryManager::ScheduleEntryManager(std::shared_ptr<sync::interf::factory::IDatabaseFactory> databaseFactory)
     : DatabaseConfigurationManager(std::move(databaseFactory))
 {}
@@ -26,23 +24,23 @@ auto ScheduleEntryManager::_Rows()
 
 ScheduleEntry ScheduleEntryManager::GetScheduleEntryById(int scheduleEntryId)
 {
-    return _Rows().First(sql::GetById, bind::id(scheduleEntryId));
+    return _Rows().First(schedules_sql::GetById, bind::id(scheduleEntryId));
 }
 
 ScheduleEntry ScheduleEntryManager::GetDefaultScheduleEntry()
 {
-    return _Rows().First(sql::GetDefault);
+    return _Rows().First(schedules_sql::GetDefault);
 }
 
 bool ScheduleEntryManager::Update(ScheduleEntry const& scheduleEntry)
 {
     return store::Write(
-        *_databaseFactory, sql::Update, store::ColumnsForUpdate(scheduleEntry, store::Documents(*this)));
+        *_databaseFactory, schedules_sql::Update, store::ColumnsForUpdate(scheduleEntry, store::Documents(*this)));
 }
 
 bool ScheduleEntryManager::Remove(int scheduleEntryId)
 {
-    return store::Write(*_databaseFactory, sql::Remove, store::Values(bind::id(scheduleEntryId)));
+    return store::Write(*_databaseFactory, schedules_sql::Remove, store::Values(bind::id(scheduleEntryId)));
 }
 
 void ScheduleEntryManager::_PopulateScheduleEntry(sync::interf::IQSqlQueryWrapper* query, ScheduleEntry& scheduleEntry)

@@ -12,8 +12,6 @@
 
 namespace sync::config {
 
-namespace sql = server_sql;
-
 ServerConfigManager::ServerConfigManager(std::shared_ptr<sync::interf::factory::IDatabaseFactory> databaseFactory)
     : DatabaseConfigurationManager(std::move(databaseFactory))
 {}
@@ -28,25 +26,25 @@ auto ServerConfigManager::_Rows()
 
 ServerConfiguration ServerConfigManager::GetServerConfigById(long long id)
 {
-    return _Rows().First(sql::GetById, bind::id(id));
+    return _Rows().First(server_sql::GetById, bind::id(id));
 }
 
 ServerConfiguration ServerConfigManager::GetServerConfigByServers(QString davUrl, QString webServiceUrl)
 {
     return _Rows().First(
-        sql::GetByServers, bind::davUrl(_ChopUrl(davUrl)), bind::webServiceUrl(_ChopUrl(webServiceUrl)));
+        server_sql::GetByServers, bind::davUrl(_ChopUrl(davUrl)), bind::webServiceUrl(_ChopUrl(webServiceUrl)));
 }
 
 std::vector<ServerConfiguration> ServerConfigManager::GetAll()
 {
-    return _Rows().All(sql::GetAll);
+    return _Rows().All(server_sql::GetAll);
 }
 
 bool ServerConfigManager::Update(ServerConfiguration serverConfiguration)
 {
     // The fields as they are: only Add derives an alias and cuts slashes.
     return store::Write(
-        *_databaseFactory, sql::Update, store::ColumnsForUpdate(serverConfiguration, store::Documents(*this)));
+        *_databaseFactory, server_sql::Update, store::ColumnsForUpdate(serverConfiguration, store::Documents(*this)));
 }
 
 bool ServerConfigManager::Add(ServerConfiguration& serverConfiguration)
@@ -55,28 +53,30 @@ bool ServerConfigManager::Add(ServerConfiguration& serverConfiguration)
     row.alias = serverConfiguration.getAlias();
     row.davUrl = _ChopUrl(serverConfiguration.davUrl);
     row.webServiceUrl = _ChopUrl(serverConfiguration.webServiceUrl);
-    return store::Insert(
-        *_databaseFactory, sql::Add, store::ColumnsForInsert(row, store::Documents(*this)), serverConfiguration.id);
+    return store::Insert(*_databaseFactory,
+                         server_sql::Add,
+                         store::ColumnsForInsert(row, store::Documents(*this)),
+                         serverConfiguration.id);
 }
 
 bool ServerConfigManager::Remove(int serverConfigurationId)
 {
-    return store::Write(*_databaseFactory, sql::Remove, store::Values(bind::id(serverConfigurationId)));
+    return store::Write(*_databaseFactory, server_sql::Remove, store::Values(bind::id(serverConfigurationId)));
 }
 
 ServerConfiguration ServerConfigManager::GetServerConfigByAuthenticationId(long long authenticationId)
 {
-    return _Rows().First(sql::GetByAuthenticationId, bind::id(authenticationId));
+    return _Rows().First(server_sql::GetByAuthenticationId, bind::id(authenticationId));
 }
 
 ServerConfiguration ServerConfigManager::GetServerConfigByFolderId(long long folderId)
 {
-    return _Rows().First(sql::GetByFolderId, bind::id(folderId));
+    return _Rows().First(server_sql::GetByFolderId, bind::id(folderId));
 }
 
 ServerConfiguration ServerConfigManager::GetServerConfigByFileId(long long fileId)
 {
-    return _Rows().First(sql::GetByFileId, bind::id(fileId));
+    return _Rows().First(server_sql::GetByFileId, bind::id(fileId));
 }
 
 ServerConfiguration ServerConfigManager::GetDefaultServerConfig()

@@ -17,10 +17,10 @@ namespace {
 /// - No memory map: an I/O error, or a file cut short, would end the program by a signal instead of giving an error.
 /// - Temporary tables in memory: none of the store's content reaches other files, and no other disk can be full.
 /// - What is removed is overwritten.
-constexpr char const* Settings = "PRAGMA mmap_size = 0;"
-                                 "PRAGMA temp_store = MEMORY;"
-                                 "PRAGMA cell_size_check = ON;"
-                                 "PRAGMA secure_delete = ON;";
+constexpr char const* OpeningSettings = "PRAGMA mmap_size = 0;"
+                                        "PRAGMA temp_store = MEMORY;"
+                                        "PRAGMA cell_size_check = ON;"
+                                        "PRAGMA secure_delete = ON;";
 
 /// How often a look is repeated whether a log's index comes, a millisecond apart. Between the moments in which SQLite
 /// makes a log and its index there is much less.
@@ -186,7 +186,7 @@ Failure StoreHandle::Configure(OpenPurpose purpose)
 {
     _busyHandler.Install(get());
     Harden(get());
-    int code = Execute(get(), Settings);
+    int code = Execute(get(), OpeningSettings);
     // To ask for the journal mode reads the schema, whose damage a snapshot may be about to report.
     if (code == SQLITE_OK && purpose != OpenPurpose::Snapshot) {
         QByteArray mode;

@@ -9,6 +9,7 @@
 #include <type_traits>
 #include <utility>
 
+namespace authentication_config_manager_test {
 namespace {
 
 using namespace tandry::test;
@@ -336,3 +337,4 @@ TEST_F(AuthenticationConfigManagerConversation, AssignmentToItselfEmptiesTheProp
 }
 
 } // namespace
+} // namespace authentication_config_manager_test

@@ -10,6 +10,7 @@
 
 #include <type_traits>
 
+namespace file_configuration_test {
 namespace {
 
 using namespace sync::config;
@@ -217,3 +218,4 @@ TEST(FileConfiguration, RecordsSurviveTheGrowthOfTheirVector)
 }
 
 } // namespace
+} // namespace file_configuration_test

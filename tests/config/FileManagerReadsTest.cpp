@@ -4,6 +4,7 @@
 #include <climits>
 #include <type_traits>
 
+namespace file_manager_reads_test {
 namespace {
 
 using namespace sync::config;
@@ -669,3 +670,4 @@ INSTANTIATE_TEST_SUITE_P(Paths,
                          [](auto const& test) { return test.param.name; });
 
 } // namespace
+} // namespace file_manager_reads_test

@@ -4,6 +4,7 @@
 #include <QFile>
 #include <QTemporaryDir>
 
+namespace file_manager_removal_test {
 namespace {
 
 using namespace sync::config;
@@ -314,3 +315,4 @@ TEST_F(FileManagerRemoval, TransactionCallsGoToADatabaseObjectThatIsReleasedAndR
 }
 
 } // namespace
+} // namespace file_manager_removal_test

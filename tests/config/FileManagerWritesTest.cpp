@@ -4,6 +4,7 @@
 
 #include <algorithm>
 
+namespace file_manager_writes_test {
 namespace {
 
 using namespace sync::config;
@@ -382,3 +383,4 @@ TEST_F(FileManagerWrites, UpdateTakesACopyAndLeavesTheCallersLinksAlone)
 }
 
 } // namespace
+} // namespace file_manager_writes_test

@@ -1,5 +1,6 @@
 #include "support/FileStoreFixture.h"
 
+namespace file_store_links_test {
 namespace {
 
 using namespace sync::config;
@@ -245,3 +246,4 @@ TEST_F(FileStoreLinks, WhatLinksMadeStaysWhenTheLinkingFileCannotBeStored)
 }
 
 } // namespace
+} // namespace file_store_links_test

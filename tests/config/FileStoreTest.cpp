@@ -9,6 +9,7 @@
 #include <functional>
 #include <limits>
 
+namespace file_store_test {
 namespace {
 
 using namespace sync::config;
@@ -703,3 +704,4 @@ TEST_F(FileStore, GeneratedFilesAreNotHeldAgainstEachOther)
 }
 
 } // namespace
+} // namespace file_store_test

@@ -16,6 +16,7 @@
 #include <type_traits>
 #include <vector>
 
+namespace folder_configuration_test {
 namespace {
 
 using namespace sync::config;
@@ -472,3 +473,4 @@ TEST(FolderConfiguration, MembersThatAreNoPropertiesHaveNoName)
 }
 
 } // namespace
+} // namespace folder_configuration_test

@@ -19,6 +19,7 @@
 #include <thread>
 
 /// The folder manager over a store on disk. What the statements say is tested apart; here it is what they do.
+namespace folder_manager_store_test {
 namespace {
 
 using namespace sync::config;
@@ -893,3 +894,4 @@ TEST_F(FolderStoreTest, ThreadsShareOneManager)
 }
 
 } // namespace
+} // namespace folder_manager_store_test

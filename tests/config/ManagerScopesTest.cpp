@@ -12,6 +12,7 @@
 #include <memory>
 #include <vector>
 
+namespace manager_scopes_test {
 namespace {
 
 using namespace tandry::test;
@@ -125,3 +126,4 @@ INSTANTIATE_TEST_SUITE_P(Operations, ManagerScopes, testing::ValuesIn(Operations
 });
 
 } // namespace
+} // namespace manager_scopes_test

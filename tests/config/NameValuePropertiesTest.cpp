@@ -11,6 +11,7 @@
 #include <memory>
 #include <type_traits>
 
+namespace name_value_properties_test {
 namespace {
 
 using namespace tandry::test;
@@ -408,3 +409,4 @@ TEST(DatabaseConfigurationManager, AssignmentReleasesTheOldFactoryAfterTheNewOne
 }
 
 } // namespace
+} // namespace name_value_properties_test

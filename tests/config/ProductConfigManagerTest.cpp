@@ -10,6 +10,7 @@
 #include <type_traits>
 #include <utility>
 
+namespace product_config_manager_test {
 namespace {
 
 using namespace tandry::test;
@@ -306,3 +307,4 @@ TEST_F(ProductConfigManagerConversation, NoRecordThatACallerReceivesHoldsTheMapT
 }
 
 } // namespace
+} // namespace product_config_manager_test

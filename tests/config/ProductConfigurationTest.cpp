@@ -9,6 +9,7 @@
 
 #include <utility>
 
+namespace product_configuration_test {
 namespace {
 
 using namespace tandry::test;
@@ -118,3 +119,4 @@ TEST(ProductConfiguration, AssignmentToItselfChangesNothing)
 }
 
 } // namespace
+} // namespace product_configuration_test

@@ -26,6 +26,7 @@
 #include <string>
 #include <vector>
 
+namespace record_columns_test {
 namespace {
 
 using namespace sync::config;
@@ -533,3 +534,4 @@ TEST(RecordColumns, LinksRefuseWhatIsNotTheirsAndKeepTheRecord)
 }
 
 } // namespace
+} // namespace record_columns_test

@@ -8,6 +8,7 @@
 #include <memory>
 #include <type_traits>
 
+namespace schedule_entry_manager_test {
 namespace {
 
 using namespace tandry::test;
@@ -181,3 +182,4 @@ TEST_F(ScheduleEntryManagerConversation, WritesOnAFailingStoreAnswerFalse)
 }
 
 } // namespace
+} // namespace schedule_entry_manager_test

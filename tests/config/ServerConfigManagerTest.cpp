@@ -13,6 +13,7 @@
 #include <type_traits>
 #include <utility>
 
+namespace server_config_manager_test {
 namespace {
 
 using namespace tandry::test;
@@ -508,3 +509,4 @@ TEST_F(ServerConfigManagerConversation, PropertiesGoThroughOverridesOfTheBase)
 }
 
 } // namespace
+} // namespace server_config_manager_test

@@ -33,6 +33,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+namespace store_upgrade_test {
 namespace {
 
 using namespace tandry::test;
@@ -565,3 +566,4 @@ TEST(StoreUpgradeInALog, PlaceThatAllowsForNoLogGetsAJournal)
 }
 
 } // namespace
+} // namespace store_upgrade_test

@@ -168,7 +168,7 @@ TEST_P(ManagerDamage, OfAnyPageIsReportedAndAnUnreadableFileIsUnchanged)
 TEST_P(ManagerDamage, OfALeftLogOrJournalGivesACommittedStateOrAnError)
 {
     // All committed states, and the files that a killed program leaves.
-    std::vector<StoreRows> states{RowsBefore()};
+    std::vector<RowTexts> states{RowsBefore()};
     QString const left = StorePath() + (Mode() == JournalMode::WriteAheadLog ? "-wal"_q : "-journal"_q);
     QMap<QString, QByteArray> files;
     ResetStore();
@@ -205,7 +205,7 @@ TEST_P(ManagerDamage, OfALeftLogOrJournalGivesACommittedStateOrAnError)
                 continue;
             ++opened;
             if (Mode() == JournalMode::WriteAheadLog) {
-                StoreRows const found = RowsOf(*store);
+                RowTexts const found = RowsOf(*store);
                 EXPECT_NE(std::find(states.begin(), states.end(), found), states.end()) << "not a committed state";
                 EXPECT_FALSE(store->LastError());
             }
@@ -231,7 +231,7 @@ TEST_P(ManagerDamage, OfALeftLogOrJournalGivesACommittedStateOrAnError)
 TEST_P(ManagerDamage, FileRemovedWhileOpenFailsEveryWriteAndIsNotRecreated)
 {
     QStringList const undamaged = UndamagedAnswers();
-    StoreRows const before = RowsBefore();
+    RowTexts const before = RowsBefore();
     OpenStore();
     ASSERT_NE(store, nullptr) << openError.toStdString();
     ASSERT_TRUE(QFile::rename(StorePath(), away));

@@ -52,9 +52,9 @@ TANDRY_FOR_EACH_MANAGER(ManagerFaults);
 /// and that the factory works again after the fault.
 void ManagerFaults::ExpectNoSilentLoss(std::vector<Fault> const& faults)
 {
-    StoreRows const before = RowsBefore();
+    RowTexts const before = RowsBefore();
     for (WritingOperation const& operation : OfThisInterface(WritingOperations())) {
-        StoreRows const after = RowsAfter(operation);
+        RowTexts const after = RowsAfter(operation);
         FaultyFiles files;
         for (Fault const& fault : faults) {
             int n = 1;
@@ -63,7 +63,7 @@ void ManagerFaults::ExpectNoSilentLoss(std::vector<Fault> const& faults)
                 ResetStore();
                 OpenStore();
                 ASSERT_NE(store, nullptr) << openError.toStdString();
-                StoreRows expected;
+                RowTexts expected;
                 {
                     Managers managers(store);
                     Fail(files, n, fault);
@@ -87,7 +87,7 @@ void ManagerFaults::ExpectNoSilentLoss(std::vector<Fault> const& faults)
                     }
                 }
                 Probe();
-                StoreRows const seen = RowsOf(*store);
+                RowTexts const seen = RowsOf(*store);
                 EXPECT_EQ(seen.size(), expected.size() + 1) << "the probe";
                 EXPECT_TRUE(Same(expected, WithoutProbe(seen), "after the fault"));
                 store.reset();
@@ -123,7 +123,7 @@ TEST_P(ManagerFaults, FaultDuringCloseLosesNothing)
             for (WritingOperation const& operation : OfThisInterface(WritingOperations()))
                 EXPECT_TRUE(operation.run(managers, *store)) << operation.name;
         }
-        StoreRows const written = RowsOf(*store);
+        RowTexts const written = RowsOf(*store);
         Fail(files, n, IoError());
         store.reset();
         hit = files.Recover();

@@ -43,11 +43,11 @@ TANDRY_FOR_EACH_MANAGER(ManagerFullDisk);
 
 TEST_P(ManagerFullDisk, KeepsTheLastStateReadableAndAcceptsWritesOnceThereIsSpace)
 {
-    StoreRows const before = RowsBefore();
+    RowTexts const before = RowsBefore();
     OpenStore();
     QStringList const answersBefore = Answers();
     for (WritingOperation const& operation : OfThisInterface(WritingOperations())) {
-        StoreRows const after = RowsAfter(operation);
+        RowTexts const after = RowsAfter(operation);
         bool hit = true;
         qint64 room = 0;
         for (; hit; room += Step) {
@@ -55,7 +55,7 @@ TEST_P(ManagerFullDisk, KeepsTheLastStateReadableAndAcceptsWritesOnceThereIsSpac
             ResetStore();
             OpenStore();
             ASSERT_NE(store, nullptr) << openError.toStdString();
-            StoreRows seen;
+            RowTexts seen;
             {
                 Managers managers(store);
                 files.SetRoom(room);
@@ -79,7 +79,7 @@ TEST_P(ManagerFullDisk, KeepsTheLastStateReadableAndAcceptsWritesOnceThereIsSpac
             }
             store.reset();
             seen.remove(QStringLiteral("ProductConfiguration %1").arg(ProbedProduct));
-            StoreRows const found = RowsOnDisk(StorePath());
+            RowTexts const found = RowsOnDisk(StorePath());
             EXPECT_EQ(found.size(), seen.size() + 1) << "the probe";
             EXPECT_TRUE(Same(seen, WithoutProbe(found), "seen on the full disk"));
         }
@@ -97,12 +97,12 @@ TEST_P(ManagerFullDisk, KeepsEarlierWritesWhenTheStoreIsClosed)
         OpenStore();
         ASSERT_NE(store, nullptr) << openError.toStdString();
         files.SetRoom(room);
-        StoreRows last = RowsOf(*store);
+        RowTexts last = RowsOf(*store);
         {
             Managers managers(store);
             for (WritingOperation const& operation : OfThisInterface(WritingOperations())) {
                 bool const answer = operation.run(managers, *store);
-                StoreRows const seen = RowsOf(*store);
+                RowTexts const seen = RowsOf(*store);
                 if (operation.failing == Failing::AllOrNothing && (!answer || commitFailures > 0)) {
                     EXPECT_TRUE(Same(last, seen, operation.name));
                 }

@@ -585,9 +585,9 @@ QString const& RowStatement()
 
 } // namespace
 
-StoreRows RowsOf(SqliteDatabaseFactory& store)
+RowTexts RowsOf(SqliteDatabaseFactory& store)
 {
-    StoreRows rows;
+    RowTexts rows;
     auto const query = Prepared(store, RowStatement());
     EXPECT_TRUE(query->exec()) << query->lastError().toStdString();
     while (query->next())
@@ -595,11 +595,11 @@ StoreRows RowsOf(SqliteDatabaseFactory& store)
     return rows;
 }
 
-StoreRows RowsOnDisk(QString const& path)
+RowTexts RowsOnDisk(QString const& path)
 {
     RawStore raw(path);
     EXPECT_EQ(raw.Value(QStringLiteral("PRAGMA integrity_check")).toString(), QStringLiteral("ok"));
-    StoreRows rows;
+    RowTexts rows;
     for (auto const& row : raw.Rows(RowStatement()))
         rows.insert(row.value(0).toString(), row.value(1).toString());
     return rows;

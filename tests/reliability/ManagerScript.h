@@ -52,11 +52,11 @@ std::vector<ReadingOperation> const& ReadingOperations();
 std::vector<WritingOperation> const& WritingOperations();
 
 /// The rows of all tables as texts, by table and id.
-using StoreRows = QMap<QString, QString>;
+using RowTexts = QMap<QString, QString>;
 /// Reads the rows through the store.
-StoreRows RowsOf(sync::database::SqliteDatabaseFactory& store);
+RowTexts RowsOf(sync::database::SqliteDatabaseFactory& store);
 /// Reads the rows of a closed store with SQLite. Fails the test if the file is damaged.
-StoreRows RowsOnDisk(QString const& path);
+RowTexts RowsOnDisk(QString const& path);
 
 /// Returns the file of a store with rows for the operations: a few pages, with one listing that needs several of them.
 QByteArray const& ScriptStore(sync::database::JournalMode journalMode);

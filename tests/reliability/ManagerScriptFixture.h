@@ -87,7 +87,7 @@ protected:
     }
 
     /// Returns the rows after the operation has run on the script's store without a failure.
-    StoreRows RowsAfter(WritingOperation const& operation)
+    RowTexts RowsAfter(WritingOperation const& operation)
     {
         ResetStore();
         OpenStore();
@@ -99,7 +99,7 @@ protected:
         return RowsOnDisk(StorePath());
     }
 
-    StoreRows RowsBefore()
+    RowTexts RowsBefore()
     {
         ResetStore();
         return RowsOnDisk(StorePath());
@@ -119,9 +119,9 @@ protected:
     /// Compares the rows in the store with the result of an operation.
     static testing::AssertionResult MatchesOutcome(WritingOperation const& operation,
                                                    Outcome const& outcome,
-                                                   StoreRows const& before,
-                                                   StoreRows const& after,
-                                                   StoreRows const& found)
+                                                   RowTexts const& before,
+                                                   RowTexts const& after,
+                                                   RowTexts const& found)
     {
         if (!outcome.answer && !outcome.hasError)
             return testing::AssertionFailure() << "false without an error";
@@ -142,7 +142,7 @@ protected:
         return testing::AssertionSuccess();
     }
 
-    static testing::AssertionResult Same(StoreRows const& expected, StoreRows const& found, char const* what)
+    static testing::AssertionResult Same(RowTexts const& expected, RowTexts const& found, char const* what)
     {
         for (QString const& key : expected.keys() + found.keys()) {
             QString const wanted = expected.value(key, QStringLiteral("no row"));
@@ -160,7 +160,7 @@ protected:
         EXPECT_TRUE(AddServer(*store, QStringLiteral("a probe")));
         EXPECT_FALSE(store->LastError()) << store->LastError()->text.toStdString();
     }
-    static StoreRows WithoutProbe(StoreRows rows)
+    static RowTexts WithoutProbe(RowTexts rows)
     {
         for (QString const& key : rows.keys()) {
             if (rows[key].contains(QStringLiteral("'a probe'")))

@@ -22,6 +22,7 @@
 
 #include <unistd.h>
 
+namespace upgrade_faults_test {
 namespace {
 
 using namespace tandry::test;
@@ -304,3 +305,4 @@ TEST_P(UpgradeFaults, FullDiskLosesNothingAndLeavesNoExtraBackups)
 }
 
 } // namespace
+} // namespace upgrade_faults_test

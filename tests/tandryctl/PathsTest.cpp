@@ -12,6 +12,7 @@ using namespace tandryctl;
 using namespace tandry::test;
 using sync::config::FolderConfiguration;
 
+namespace paths_test {
 namespace {
 
 QString FromUtf8(char const* text)
@@ -38,8 +39,6 @@ struct ConflictRow
 
 class RootConflictTest : public testing::TestWithParam<ConflictRow>
 {};
-
-} // namespace
 
 TEST_P(RootConflictTest, ReturnsHowDirectoryAndRootOverlap)
 {
@@ -167,8 +166,6 @@ TEST(ChildPath, OfTheFileSystemRootHasOneSlash)
     EXPECT_EQ(ChildPath("/a"_q, "b"_q), "/a/b"_q);
 }
 
-namespace {
-
 struct ServerPathRow
 {
     char const* root;
@@ -180,8 +177,6 @@ struct ServerPathRow
 
 class ServerPathTest : public testing::TestWithParam<ServerPathRow>
 {};
-
-} // namespace
 
 TEST_P(ServerPathTest, FollowsTheManagersRule)
 {
@@ -200,3 +195,6 @@ INSTANTIATE_TEST_SUITE_P(Paths,
                                          ServerPathRow{"/", "/s", "/", "/s"},
                                          ServerPathRow{"/r", "/s", "/r2", nullptr},
                                          ServerPathRow{"/r", "/s", "/R/a", nullptr}));
+
+} // namespace
+} // namespace paths_test

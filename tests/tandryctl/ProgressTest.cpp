@@ -7,7 +7,7 @@ using tandryctl::Progress;
 
 namespace {
 
-QString Line(qint64 done, qint64 total, qint64 elapsedMsec)
+QString Formatted(qint64 done, qint64 total, qint64 elapsedMsec)
 {
     return Progress::FormatLine(QStringLiteral("recording"), "files", done, total, elapsedMsec);
 }
@@ -16,27 +16,27 @@ QString Line(qint64 done, qint64 total, qint64 elapsedMsec)
 
 TEST(ProgressLine, AtTheStartHasAnEmptyBarAndNoForecast)
 {
-    EXPECT_EQ(Line(0, 200, 0), QStringLiteral("recording [....................] 0% of 200 files, 0/s"));
+    EXPECT_EQ(Formatted(0, 200, 0), QStringLiteral("recording [....................] 0% of 200 files, 0/s"));
 }
 
 TEST(ProgressLine, HalfWayShowsRateAndRemainingTime)
 {
-    EXPECT_EQ(Line(100, 200, 2000),
+    EXPECT_EQ(Formatted(100, 200, 2000),
               QStringLiteral("recording [##########..........] 50% of 200 files, 50/s, 2 s to go"));
 }
 
 TEST(ProgressLine, AtTheEndIsFull)
 {
-    EXPECT_EQ(Line(200, 200, 2000),
+    EXPECT_EQ(Formatted(200, 200, 2000),
               QStringLiteral("recording [####################] 100% of 200 files, 100/s, 0 s to go"));
 }
 
 TEST(ProgressLine, BeyondTheTotalStaysAtTheTotal)
 {
-    EXPECT_TRUE(Line(300, 200, 1000).contains(QStringLiteral("100% of 200")));
+    EXPECT_TRUE(Formatted(300, 200, 1000).contains(QStringLiteral("100% of 200")));
 }
 
 TEST(ProgressLine, WithoutATotalCounts)
 {
-    EXPECT_EQ(Line(30, 0, 1000), QStringLiteral("recording: 30 files, 30/s"));
+    EXPECT_EQ(Formatted(30, 0, 1000), QStringLiteral("recording: 30 files, 30/s"));
 }

@@ -53,7 +53,7 @@ protected:
 };
 
 /// Runs a script with mounts, or skips the test.
-#define RUN_WITH_MOUNTS(script)                                                                                        \
+#define SCAN_WITH_MOUNTS(script)                                                                                       \
     do {                                                                                                               \
         auto const ran = RunWithMounts(script);                                                                        \
         if (!ran)                                                                                                      \
@@ -103,16 +103,16 @@ TEST_F(ScanOriginsTest, OtherRootsAreScannedAllTheSame)
 TEST_F(ScanOriginsTest, RootWhoseDiskIsNotMountedKeepsItsRecords)
 {
     MakeDirectory("disk"_q);
-    RUN_WITH_MOUNTS("mount -t tmpfs stick disk; touch disk/a disk/b; tandryctl root add disk --server-path /d;"
-                    "tandryctl scan");
+    SCAN_WITH_MOUNTS("mount -t tmpfs stick disk; touch disk/a disk/b; tandryctl root add disk --server-path /d;"
+                     "tandryctl scan");
     ExpectReport("root 3 '"_q + At("disk") + "' was recorded on tmpfs "_q,
                  {"../disk/a"_q, "../disk/b"_q, "1"_q, "2"_q, "3"_q});
 }
 
 TEST_F(ScanOriginsTest, MountPointWithoutItsDiskKeepsItsRecordsAndTheRestIsPruned)
 {
-    RUN_WITH_MOUNTS("mount -t tmpfs stick docs/usb; mkdir docs/usb/deep; touch docs/usb/a docs/usb/deep/b;"
-                    "tandryctl scan");
+    SCAN_WITH_MOUNTS("mount -t tmpfs stick docs/usb; mkdir docs/usb/deep; touch docs/usb/a docs/usb/deep/b;"
+                     "tandryctl scan");
     QFile::remove(At("docs/1"));
     ExpectReport("the folder '"_q + At("docs/usb") + "' was recorded on tmpfs "_q,
                  {"2"_q, "3"_q, "usb/a"_q, "usb/deep/b"_q});
@@ -125,7 +125,7 @@ TEST_F(ScanOriginsTest, MountPointWithoutItsDiskKeepsItsRecordsAndTheRestIsPrune
 TEST_F(ScanOriginsTest, MountPointThatIsGoneWithItsFolderKeepsItsRecords)
 {
     MakeDirectory("docs/media/usb"_q);
-    RUN_WITH_MOUNTS("mount -t tmpfs stick docs/media/usb; touch docs/media/usb/a; tandryctl scan");
+    SCAN_WITH_MOUNTS("mount -t tmpfs stick docs/media/usb; touch docs/media/usb/a; tandryctl scan");
     ASSERT_TRUE(QDir(At("docs/media")).removeRecursively());
     ExpectReport("the mount point '"_q + At("docs/media/usb") + "' is missing"_q,
                  {"1"_q, "2"_q, "3"_q, "media/usb/a"_q});
@@ -138,7 +138,7 @@ TEST_F(ScanOriginsTest, MountPointThatIsGoneWithItsFolderKeepsItsRecords)
 
 TEST_F(ScanOriginsTest, MissingMountPointThatIsAcceptedIsForgotten)
 {
-    RUN_WITH_MOUNTS("mount -t tmpfs stick docs/usb; touch docs/usb/a; tandryctl scan");
+    SCAN_WITH_MOUNTS("mount -t tmpfs stick docs/usb; touch docs/usb/a; tandryctl scan");
     ASSERT_TRUE(QDir(At("docs/usb")).removeRecursively());
     EXPECT_EQ(Run({"scan"_q}).status, 1);
     RunSuccessfully({"scan"_q, "--accept-new-folder"_q});
@@ -206,7 +206,7 @@ TEST_F(ScanOriginsTest, FolderOfTheUserThatIsEmptiedIsPruned)
 
 TEST_F(ScanOriginsTest, RemovedFoldersAreForgotten)
 {
-    RUN_WITH_MOUNTS("mount -t tmpfs stick docs/usb; touch docs/usb/a; tandryctl scan");
+    SCAN_WITH_MOUNTS("mount -t tmpfs stick docs/usb; touch docs/usb/a; tandryctl scan");
     EXPECT_EQ(Origins(), 2);
     RunSuccessfully({"folder"_q, "remove"_q, "2"_q, "--recursive"_q, "--yes"_q});
     EXPECT_EQ(Origins(), 1);

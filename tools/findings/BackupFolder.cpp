@@ -18,7 +18,7 @@ namespace {
 /// A store's `application_id`.
 constexpr quint32 StoreMark = 0x544e4459;
 constexpr int MarkOffset = 68;
-constexpr int HeaderSize = 100;
+constexpr int StoreHeaderSize = 100;
 
 bool IsClosedStore(QFileInfo const& info)
 {
@@ -31,8 +31,8 @@ bool IsClosedStore(QFileInfo const& info)
     QFile file(info.filePath());
     if (!file.open(QIODevice::ReadOnly))
         return false;
-    QByteArray const header = file.read(HeaderSize);
-    return header.size() == HeaderSize && header.startsWith(QByteArray("SQLite format 3\0", 16)) &&
+    QByteArray const header = file.read(StoreHeaderSize);
+    return header.size() == StoreHeaderSize && header.startsWith(QByteArray("SQLite format 3\0", 16)) &&
            BigEndianAt<quint32>(header, MarkOffset) == StoreMark;
 }
 

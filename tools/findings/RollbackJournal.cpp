@@ -9,10 +9,10 @@ namespace tandry::findings {
 
 namespace {
 
-constexpr int HeaderSize = 28;
+constexpr int JournalHeaderSize = 28;
 constexpr quint32 UpToTheEnd = 0xffffffff;
 
-QByteArray Magic()
+QByteArray JournalMagic()
 {
     return QByteArray::fromHex("d9d505f920a163d7");
 }
@@ -24,7 +24,7 @@ bool IsCommitted(QFile& file)
     if (file.size() < TrailerSize || !file.seek(file.size() - TrailerSize))
         return false;
     QByteArray const trailer = file.read(TrailerSize);
-    if (trailer.size() < TrailerSize || trailer.mid(8) != Magic())
+    if (trailer.size() < TrailerSize || trailer.mid(8) != JournalMagic())
         return false;
     qint64 const length = BigEndianAt<quint32>(trailer, 0);
     if (length == 0 || length > file.size() - TrailerSize || !file.seek(file.size() - TrailerSize - length))
@@ -56,8 +56,8 @@ RollbackJournal::RollbackJournal(QString const& path)
     qint64 sector = 0;
     for (;;) {
         file.seek(offset);
-        QByteArray const header = file.read(HeaderSize);
-        if (header.size() < HeaderSize || !header.startsWith(Magic()))
+        QByteArray const header = file.read(JournalHeaderSize);
+        if (header.size() < JournalHeaderSize || !header.startsWith(JournalMagic()))
             return;
         if (!_isHot) {
             auto const sectorSize = BigEndianAt<quint32>(header, 20);

@@ -26,13 +26,13 @@ constexpr int PortionRows = 20'000;
 constexpr int MostId = 2147483647;
 
 /// A column that names a row of another table by its id, in whatever table it stands.
-struct Reference
+struct IdColumn
 {
     char const* column;
     char const* target;
 };
 
-constexpr Reference References[] = {
+constexpr IdColumn IdColumns[] = {
     {"serverId", "ServerConfiguration"},
     {"authenticationId", "AuthenticationConfiguration"},
     {"productConfigurationId", "ProductConfiguration"},
@@ -127,9 +127,9 @@ public:
         if (given)
             highest = std::max(highest, *given);
         for (TableForm const& table : tables) {
-            for (Reference const& reference : References) {
-                QString const column = QLatin1String(reference.column);
-                if (table.IndexOf(column) >= 0 && target.name == QLatin1String(reference.target))
+            for (IdColumn const& idColumn : IdColumns) {
+                QString const column = QLatin1String(idColumn.column);
+                if (table.IndexOf(column) >= 0 && target.name == QLatin1String(idColumn.target))
                     highest = std::max(
                         highest,
                         _Number(QStringLiteral("SELECT max(%1) FROM %2 WHERE typeof(%1) = 'integer' AND %1 <= %3")

@@ -9,9 +9,9 @@ namespace tandry::findings {
 
 namespace {
 
-constexpr int HeaderSize = 32;
+constexpr int LogHeaderSize = 32;
 constexpr int FrameHeaderSize = 24;
-constexpr quint32 Magic = 0x377f0682;
+constexpr quint32 LogMagic = 0x377f0682;
 constexpr quint32 Version = 3007000;
 
 /// The running checksum of a log, over words in the byte order that its header names.
@@ -54,8 +54,8 @@ WriteAheadLog::WriteAheadLog(QString const& path)
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly))
         return;
-    QByteArray const header = file.read(HeaderSize);
-    if (header.size() < HeaderSize || (BigEndianAt<quint32>(header, 0) & ~1u) != Magic ||
+    QByteArray const header = file.read(LogHeaderSize);
+    if (header.size() < LogHeaderSize || (BigEndianAt<quint32>(header, 0) & ~1u) != LogMagic ||
         BigEndianAt<quint32>(header, 4) != Version)
         return;
     auto const pageSize = BigEndianAt<quint32>(header, 8);
@@ -66,7 +66,7 @@ WriteAheadLog::WriteAheadLog(QString const& path)
     _pageSize = static_cast<int>(pageSize);
 
     std::unordered_map<quint32, qint64> transaction;
-    qint64 offset = HeaderSize;
+    qint64 offset = LogHeaderSize;
     for (;;) {
         QByteArray const frame = file.read(FrameHeaderSize + _pageSize);
         if (frame.size() < FrameHeaderSize + _pageSize || frame.mid(8, 8) != header.mid(16, 8))

@@ -41,7 +41,7 @@ FileOnDisk DescribeFile(QString const& name, struct statx const& facts)
     return file;
 }
 
-QString Name(std::string const& bytes)
+QString EntryName(std::string const& bytes)
 {
     return QuotedBytes(QByteArray::fromStdString(bytes));
 }
@@ -60,7 +60,8 @@ public:
         for (; !error && entry != filesystem::directory_iterator(); entry.increment(error))
             _AddEntry(entry->path().native(), entry->path().filename().native());
         if (error)
-            _AddFailure(_path, QStringLiteral("the directory %1 cannot be read: %2").arg(Name(_path), Reason(error)));
+            _AddFailure(_path,
+                        QStringLiteral("the directory %1 cannot be read: %2").arg(EntryName(_path), Reason(error)));
 
         _listing.directories.sort();
         std::sort(_listing.files.begin(), _listing.files.end(), [](FileOnDisk const& left, FileOnDisk const& right) {
@@ -77,7 +78,7 @@ private:
         if (::statx(AT_FDCWD, path.c_str(), AT_SYMLINK_NOFOLLOW, wanted, &facts) != 0) {
             std::error_code const error(errno, std::generic_category());
             if (error != std::errc::no_such_file_or_directory) // removed since it was listed
-                _AddFailure(path, QStringLiteral("%1 cannot be examined: %2").arg(Name(path), Reason(error)));
+                _AddFailure(path, QStringLiteral("%1 cannot be examined: %2").arg(EntryName(path), Reason(error)));
             return;
         }
 
@@ -93,7 +94,7 @@ private:
         std::optional<QString> const name = DecodeUtf8(QByteArray::fromStdString(bytes));
         if (!name) {
             _AddProblem(path,
-                        QStringLiteral("%1 is left out: its name is not valid UTF-8").arg(Name(path)),
+                        QStringLiteral("%1 is left out: its name is not valid UTF-8").arg(EntryName(path)),
                         QStringLiteral("rename it, then scan again"));
         }
         else if (isDirectory) {
@@ -136,11 +137,11 @@ private:
             target = *text;
             return true;
         }
-        _AddProblem(
-            path,
-            error ? QStringLiteral("the link %1 cannot be read: %2").arg(Name(path), Reason(error))
-                  : QStringLiteral("%1 is left out: its target %2 is not valid UTF-8").arg(Name(path), Name(bytes)),
-            QStringLiteral("make the link anew, then scan again"));
+        _AddProblem(path,
+                    error ? QStringLiteral("the link %1 cannot be read: %2").arg(EntryName(path), Reason(error))
+                          : QStringLiteral("%1 is left out: its target %2 is not valid UTF-8")
+                                .arg(EntryName(path), EntryName(bytes)),
+                    QStringLiteral("make the link anew, then scan again"));
         return false;
     }
 
