@@ -1,4 +1,4 @@
-# What is built, and with which language, warnings and sanitizers, the same for every target of the project.
+# The options of the project, and the language, warnings and sanitizers of all its targets.
 
 include(CMakeDependentOption)
 

@@ -156,7 +156,7 @@ protected:
     }
 };
 
-/// What an opening told of an upgrade that met a fault. A smaller value is the version that it said the store has.
+/// The version of the store after an upgrade that met a fault, as the opening reported it, or one of these values.
 enum Told
 {
     OutcomeUnknown = CurrentVersion + 1,

@@ -6,7 +6,7 @@
 
 namespace tandry::findings {
 
-/// What stands on disk under a name. A symbolic link is not followed.
+/// An entry of a folder on disk. A symbolic link is not followed.
 struct DiskEntry
 {
     enum class Kind

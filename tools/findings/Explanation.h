@@ -37,11 +37,11 @@ struct Hindrance
 {
     /// Stable: scripts rely on it.
     char const* code;
-    /// What it is, to be continued by others: no capital and no full stop.
+    /// Part of a sentence, without a capital and without a full stop.
     QString text;
 };
 
-/// What is known about a path, in the order in which a person asks.
+/// All facts about a path, in the order in which a person asks for them.
 struct Explanation
 {
     /// Returns one sentence: what keeps the path from being in sync, if anything.
@@ -55,7 +55,7 @@ struct Explanation
     std::optional<int> clientsStatus;
 };
 
-/// What to explain, and how far to go.
+/// The path or record to explain, and the limits of the explanation.
 struct ExplanationRequest
 {
     enum class By

@@ -16,11 +16,11 @@ class IDatabaseFactory;
 
 namespace tandry::findings {
 
-/// What a store holds of one root.
+/// The rows of one root, and their state.
 struct RootStatus
 {
     sync::config::FolderConfiguration root;
-    /// What stands at the root's path.
+    /// The kind of entry at the root's path.
     DiskEntry::Kind onDisk = DiskEntry::Kind::Missing;
     /// The root itself included.
     qint64 folders = 0;
@@ -38,7 +38,7 @@ struct RootStatus
     QStringList firstOutOfSync;
 };
 
-/// What a store holds, by root.
+/// The status of a store, by root.
 struct StoreStatus
 {
     std::vector<RootStatus> roots;
