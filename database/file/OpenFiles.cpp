@@ -3,6 +3,8 @@
 #include "database/file/StoreHeader.h"
 #include "database/sqlite/ErrorTexts.h"
 
+#include <QFile>
+
 #include <sqlite3.h>
 
 #include <algorithm>
@@ -31,11 +33,19 @@ namespace {
 
 StoreError HasSeveralNames(StoreFile const& file, FileStatus const& status)
 {
-    QString const words =
-        QStringLiteral("the file has %1 names (hard links), and what is written under one of them is "
-                       "lost under the others, so the store can only be read: remove the other names, "
-                       "or make a backup of the store and use that");
-    return MakeError(file.path(), SQLITE_READONLY, words.arg(status.names));
+    QString const words = QStringLiteral("the file has %1 names (hard links), and what is written under one of them is "
+                                         "lost under the others, so the store can only be read: ")
+                              .arg(status.names);
+    QVector<QByteArray> const left = file.NamesOfInterruptedRestore();
+    if (!left.isEmpty())
+        return MakeError(file.path(),
+                         SQLITE_READONLY,
+                         words + QStringLiteral("a restore that was interrupted has left %1. Restore the backup again, "
+                                                "or remove that name")
+                                     .arg(QFile::decodeName(left.first())));
+    return MakeError(file.path(),
+                     SQLITE_READONLY,
+                     words + QStringLiteral("remove the other names, or make a backup of the store and use that"));
 }
 
 StoreError LogWasMoved(StoreFile const& file)

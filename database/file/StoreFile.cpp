@@ -3,11 +3,13 @@
 #include "database/sqlite/ErrorTexts.h"
 
 #include <QFile>
+#include <QRegularExpression>
 
 #include <sqlite3.h>
 
 #include <cerrno>
 #include <cstdlib>
+#include <filesystem>
 #include <memory>
 
 #include <unistd.h>
@@ -119,6 +121,31 @@ QStringList StoreFile::FilesBeside() const
             found.append(QFile::decodeName(file));
     }
     return found;
+}
+
+QVector<QByteArray> StoreFile::NamesOfInterruptedRestore() const
+{
+    QVector<std::optional<FileIdentity>> own;
+    for (char const* suffix : DatabaseSuffixes)
+        own.append(IdentityAt((_name + suffix).constData()));
+
+    QRegularExpression const ending(QStringLiteral("\\A(-\\d+)?(-wal|-shm|-journal)?\\z"));
+    QVector<QByteArray> names;
+    QByteArray const start = _name + KeptSuffix;
+    std::error_code error;
+    for (std::filesystem::directory_iterator entry(folder().constData(), error), end; !error && entry != end;
+         entry.increment(error)) {
+        QByteArray const name = entry->path().c_str();
+        bool const isOfRestore =
+            name.startsWith(start) && ending.match(QString::fromLatin1(name.mid(start.size()))).hasMatch();
+        std::error_code unknown;
+        if (!isOfRestore || entry->is_symlink(unknown))
+            continue;
+        std::optional<FileIdentity> const identity = IdentityAt(name.constData());
+        if (identity && own.contains(identity))
+            names.append(name);
+    }
+    return names;
 }
 
 bool StoreFile::Exists(char const* suffix) const

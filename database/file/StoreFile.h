@@ -6,6 +6,7 @@
 #include <QByteArray>
 #include <QString>
 #include <QStringList>
+#include <QVector>
 
 #include <optional>
 #include <vector>
@@ -19,6 +20,9 @@ constexpr char const* JournalSuffix = "-journal";
 constexpr char const* SuffixesBeside[] = {LogSuffix, LogIndexSuffix, JournalSuffix};
 /// All files of a database, the database itself first.
 constexpr char const* DatabaseSuffixes[] = {"", LogSuffix, LogIndexSuffix, JournalSuffix};
+
+/// A restore appends this to the name of the earlier store, and a number if the name is taken.
+constexpr char const* KeptSuffix = ".replaced";
 
 /// The name of a store's file; looks up the file and those beside it.
 class StoreFile
@@ -53,6 +57,8 @@ public:
     bool IsMissing() const noexcept;
     /// The paths of the log, its index and the journal beside the file, as far as they exist.
     QStringList FilesBeside() const;
+    /// The other names that a restore gave to these files before it was interrupted.
+    QVector<QByteArray> NamesOfInterruptedRestore() const;
     /// Whether this process finds nothing at the path, nor beside it.
     bool IsFree() const;
     /// Whether there is a file at the path with the suffix appended.

@@ -61,6 +61,11 @@ Failure StoreRestore::Run()
             return failure;
         _wasInterrupted = header.isRestoreNotice();
     }
+    // With two names, the store to be kept could only be read.
+    if (!_wasInterrupted) {
+        for (QByteArray const& name : _store.NamesOfInterruptedRestore())
+            ::unlink(name.constData());
+    }
     std::optional<FileIdentity> const earlier = _store.Identity();
     Failure failure = Replace();
     if (failure && _kept && _store.Identity() == earlier) {
@@ -112,7 +117,7 @@ bool StoreRestore::HasFilesBeside() const
 
 Failure StoreRestore::Keep()
 {
-    StoreFile const kept = StoreFile::FirstFree(_store.path() + QStringLiteral(".replaced"));
+    StoreFile const kept = StoreFile::FirstFree(_store.path() + QLatin1String(KeptSuffix));
     Failure failure = kept.CheckName();
     if (!failure)
         failure = KeepFiles(kept);
