@@ -1,6 +1,7 @@
 #include "tools/findings/BackupFolder.h"
 
 #include "tools/findings/ByteOrder.h"
+#include "tools/findings/FreePath.h"
 
 #include <QDir>
 #include <QFile>
@@ -47,10 +48,7 @@ QString BackupFolder::NewPath(QDateTime const& now) const
 {
     QString const start =
         QDir(_folder).filePath(_base + now.toUTC().toString(QStringLiteral("-yyyy-MM-ddTHH-mm-ss'Z'")));
-    QString path = start + QStringLiteral(".db");
-    for (int number = 2; QFileInfo::exists(path) || QFileInfo(path).isSymLink(); ++number)
-        path = QStringLiteral("%1-%2.db").arg(start).arg(number);
-    return path;
+    return FreePath(start, QStringLiteral(".db"));
 }
 
 QStringList BackupFolder::OlderThanKept(QString const& newest, int keep) const

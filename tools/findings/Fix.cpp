@@ -4,10 +4,10 @@
 #include "interf/IQSqlDatabaseWrapper.h"
 #include "tools/findings/Examination.h"
 #include "tools/findings/FindingTable.h"
+#include "tools/findings/FreePath.h"
 #include "tools/findings/TableNames.h"
 
 #include <QDateTime>
-#include <QFileInfo>
 
 #include <algorithm>
 #include <cstring>
@@ -30,10 +30,7 @@ QString BackupPath(QString const& store, FindingKind const& kind)
                              .arg(store,
                                   QDateTime::currentDateTimeUtc().toString(QStringLiteral("yyyy-MM-dd'T'HH-mm-ss'Z'")),
                                   QLatin1String(kind.code));
-    QString path = name;
-    for (int number = 2; QFileInfo::exists(path); ++number)
-        path = QStringLiteral("%1-%2").arg(name).arg(number);
-    return path;
+    return FreePath(name);
 }
 
 /// A client transaction that is rolled back unless it is committed.
