@@ -30,6 +30,26 @@ Failure FindFile(QString const& path, std::optional<StoreFile>& file)
     return {};
 }
 
+/// Runs a restore by one of its operations, and returns the path of the earlier store.
+std::optional<QString>
+RunRestore(QString const& backup, QString const& path, StoreError& error, Failure (StoreRestore::*run)())
+{
+    std::optional<StoreFile> source;
+    std::optional<StoreFile> target;
+    Failure failure = FindFile(backup, source);
+    if (!failure)
+        failure = FindFile(path, target);
+    if (!failure) {
+        StoreRestore restore(*source, *target);
+        failure = (restore.*run)();
+        if (!failure)
+            return restore.kept() ? restore.kept()->path() : QStringLiteral("");
+    }
+    qCWarning(StoreLog).noquote() << failure->text;
+    error = *failure;
+    return std::nullopt;
+}
+
 } // namespace
 
 SqliteDatabaseFactory::SqliteDatabaseFactory(std::shared_ptr<SqliteStore> store)
@@ -115,22 +135,24 @@ bool SqliteDatabaseFactory::Backup(QString const& path, QString* error)
     });
 }
 
+bool SqliteDatabaseFactory::DryRunBackup(QString const& path, QString* error)
+{
+    return Answer(error, [&](SqliteConnection& connection) {
+        std::optional<StoreFile> target;
+        Failure failure = FindFile(path, target);
+        return failure ? failure : _store->DryRunBackup(connection, *target);
+    });
+}
+
 std::optional<QString> SqliteDatabaseFactory::Restore(QString const& backup, QString const& path, StoreError& error)
 {
-    std::optional<StoreFile> source;
-    std::optional<StoreFile> target;
-    Failure failure = FindFile(backup, source);
-    if (!failure)
-        failure = FindFile(path, target);
-    if (!failure) {
-        StoreRestore restore(*source, *target);
-        failure = restore.Run();
-        if (!failure)
-            return restore.kept() ? restore.kept()->path() : QStringLiteral("");
-    }
-    qCWarning(StoreLog).noquote() << failure->text;
-    error = *failure;
-    return std::nullopt;
+    return RunRestore(backup, path, error, &StoreRestore::Run);
+}
+
+std::optional<QString>
+SqliteDatabaseFactory::DryRunRestore(QString const& backup, QString const& path, StoreError& error)
+{
+    return RunRestore(backup, path, error, &StoreRestore::DryRun);
 }
 
 std::optional<QStringList> SqliteDatabaseFactory::FindDamage(QString* error)

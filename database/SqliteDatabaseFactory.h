@@ -99,6 +99,9 @@ public:
     /// uses the name for its files beside this store or another file, and if the calling thread has an open client
     /// transaction or a scope that has written.
     [[nodiscard]] bool Backup(QString const& path, QString* error = nullptr);
+    /// Returns false where `Backup` would, as far as that can be seen without creating a file: it reads the store, but
+    /// does not know whether there is room for the copy.
+    [[nodiscard]] bool DryRunBackup(QString const& path, QString* error = nullptr);
 
     /// Puts a backup in the place of the store at `path`, which no process may have open. There need not be a store. A
     /// backup is any store, also of an older version, that was written by `Backup` or closed in an orderly way; it
@@ -110,6 +113,10 @@ public:
     /// the notice or the new store, each whole; after a notice, restore again. The function detects that a process has
     /// the store open if the process runs on this machine and uses this library, or if the store has a write-ahead log.
     [[nodiscard]] static std::optional<QString> Restore(QString const& backup, QString const& path, StoreError& error);
+    /// Returns what `Restore` would, as far as that can be seen without creating a file: it reads the backup, but does
+    /// not know whether there is room for the copy.
+    [[nodiscard]] static std::optional<QString>
+    DryRunRestore(QString const& backup, QString const& path, StoreError& error);
 
     /// Reads the whole store and returns what is damaged in it, one text for each fault. Returns nothing if the store
     /// could not be read to its end; `error`, unless null, then names the file and the reason, and so does `LastError`.

@@ -78,9 +78,21 @@ Failure SqliteStore::CheckIdentity(StoreHandle const& handle) const
 
 Failure SqliteStore::Backup(SqliteConnection& connection, StoreFile const& target) const
 {
+    return RunBackup(connection, target, &StoreBackup::Write);
+}
+
+Failure SqliteStore::DryRunBackup(SqliteConnection& connection, StoreFile const& target) const
+{
+    return RunBackup(connection, target, &StoreBackup::DryRun);
+}
+
+Failure SqliteStore::RunBackup(SqliteConnection& connection,
+                               StoreFile const& target,
+                               Failure (StoreBackup::*run)(StoreFile const&) const) const
+{
     if (Failure failure = connection.OpenForSnapshot())
         return MakeError(target.path(), failure->code, QStringLiteral("no backup can be made: ") + failure->text);
-    return StoreBackup(_file, access(), _options.busyTimeoutMsec).Write(target);
+    return (StoreBackup(_file, access(), _options.busyTimeoutMsec).*run)(target);
 }
 
 Failure SqliteStore::FindDamage(SqliteConnection& connection, QStringList& damage) const

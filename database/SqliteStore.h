@@ -16,6 +16,7 @@
 namespace sync::database {
 
 class SqliteConnection;
+class StoreBackup;
 class StoreFactory;
 
 /// The state that the connections of a factory share, and the list of them. Any thread may call any operation.
@@ -44,6 +45,7 @@ public:
 
     /// The factory's operations of these names, for the calling thread's connection.
     Failure Backup(SqliteConnection& connection, StoreFile const& target) const;
+    Failure DryRunBackup(SqliteConnection& connection, StoreFile const& target) const;
     Failure FindDamage(SqliteConnection& connection, QStringList& damage) const;
 
     /// Returns the calling thread's connection, which need not be open; null while the thread's own data are being
@@ -64,6 +66,9 @@ public:
 
 private:
     void WarnOfDroppedCommits();
+    Failure RunBackup(SqliteConnection& connection,
+                      StoreFile const& target,
+                      Failure (StoreBackup::*run)(StoreFile const&) const) const;
 
     StoreFile const _file;
     OpenOptions const _options;

@@ -104,15 +104,17 @@ Failure NewFile::CheckTarget(bool& isTaken) const
     return isTaken ? Failure() : failure;
 }
 
+Failure NewFile::CheckFolder() const
+{
+    return ::access(_target.folder().constData(), W_OK | X_OK) == 0 ? Failure() : CannotCreate(errno);
+}
+
 Failure NewFile::Create(std::optional<FileOwner> const& owner)
 {
     QByteArray temporary = QByteArray(_target.name()) + ".new-XXXXXX";
     Descriptor const descriptor(::mkostemp(temporary.data(), O_CLOEXEC));
     if (!descriptor.isValid())
-        return DescribeSystemError(
-            _target.path(),
-            QStringLiteral("the file can't be made in %1").arg(QFileInfo(_target.path()).absolutePath()),
-            errno);
+        return CannotCreate(errno);
     _temporary = temporary;
     ::fchmod(descriptor.get(), S_IRUSR | S_IWUSR); // the umask may have taken rights from the owner
     if (owner)
@@ -185,6 +187,14 @@ Failure NewFile::FlushName() const
     return DescribeSystemError(
         _target.path(),
         QStringLiteral("the new file is whole, but its folder can't be flushed and may lose it in a power cut"),
+        errorNumber);
+}
+
+Failure NewFile::CannotCreate(int errorNumber) const
+{
+    return DescribeSystemError(
+        _target.path(),
+        QStringLiteral("the file can't be made in %1").arg(QFileInfo(_target.path()).absolutePath()),
         errorNumber);
 }
 

@@ -26,6 +26,9 @@ public:
     /// have for another file.
     [[nodiscard]] Failure CheckTarget(bool& isTaken) const;
 
+    /// Fails if the folder does not exist or may not be written, as `Create` would.
+    [[nodiscard]] Failure CheckFolder() const;
+
     /// Creates the file, empty, readable and writable by its owner only: the user of the process, or the given one if
     /// root runs it.
     [[nodiscard]] Failure Create(std::optional<FileOwner> const& owner = {});
@@ -54,6 +57,7 @@ public:
 private:
     Failure PutInPlace(bool& isTaken) const;
     Failure FlushName() const;
+    Failure CannotCreate(int errorNumber) const;
     Failure CannotPutInPlace(int errorNumber) const;
 
     StoreFile const _target;

@@ -39,13 +39,13 @@ int CopyPages(sqlite3* from, sqlite3* to)
     return finished;
 }
 
-/// Reads the copy as another program will.
-Failure CheckCopy(StoreFile const& copy)
+/// Reads the file as another program will.
+Failure CheckWhole(StoreFile const& file, StoreAccess access, int busyTimeoutMsec)
 {
-    if (Failure failure = StoreHeader::Check(copy))
+    if (Failure failure = StoreHeader::Check(file))
         return failure;
-    StoreSnapshot snapshot(copy, 0);
-    if (Failure failure = snapshot.Open(StoreAccess::ReadOnly))
+    StoreSnapshot snapshot(file, busyTimeoutMsec);
+    if (Failure failure = snapshot.Open(access))
         return failure;
     QStringList damage;
     if (Failure failure = FindDamage(snapshot.store(), damage))
@@ -53,7 +53,15 @@ Failure CheckCopy(StoreFile const& copy)
     if (damage.isEmpty())
         return {};
     return MakeError(
-        copy.path(), SQLITE_CORRUPT, QStringLiteral("the copied store is damaged (%1)").arg(damage.first()));
+        file.path(), SQLITE_CORRUPT, QStringLiteral("the copied store is damaged (%1)").arg(damage.first()));
+}
+
+Failure CheckTarget(NewFile const& copy, StoreFile const& target)
+{
+    bool isTaken = false;
+    if (Failure failure = copy.CheckTarget(isTaken))
+        return failure;
+    return isTaken ? Failure(TargetIsTaken(target)) : Failure();
 }
 
 } // namespace
@@ -67,15 +75,13 @@ StoreBackup::StoreBackup(StoreFile source, StoreAccess access, int busyTimeoutMs
 Failure StoreBackup::Write(StoreFile const& target) const
 {
     NewFile copy(target);
-    bool isTaken = false;
-    if (Failure failure = copy.CheckTarget(isTaken))
+    if (Failure failure = CheckTarget(copy, target))
         return failure;
-    if (isTaken)
-        return TargetIsTaken(target);
     if (Failure failure = copy.Create(OwnerOf(_source)))
         return failure;
     if (Failure failure = WriteTo(copy))
         return failure;
+    bool isTaken = false;
     Failure failure = copy.Publish(isTaken);
     return isTaken ? Failure(TargetIsTaken(target)) : failure;
 }
@@ -84,7 +90,23 @@ Failure StoreBackup::WriteTo(NewFile const& copy) const
 {
     if (Failure failure = Copy(copy))
         return failure;
-    return CheckCopy(copy.file());
+    return CheckWhole(copy.file(), StoreAccess::ReadOnly, 0);
+}
+
+Failure StoreBackup::DryRun(StoreFile const& target) const
+{
+    NewFile const copy(target);
+    if (Failure failure = CheckTarget(copy, target))
+        return failure;
+    if (Failure failure = copy.CheckFolder())
+        return failure;
+    Failure failure = CheckSource();
+    return failure ? Failure(CannotBackUp(target, *failure)) : Failure();
+}
+
+Failure StoreBackup::CheckSource() const
+{
+    return CheckWhole(_source, _access, _busyTimeoutMsec);
 }
 
 Failure StoreBackup::Copy(NewFile const& copy) const

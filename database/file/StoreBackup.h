@@ -20,6 +20,12 @@ public:
     /// The same, into a file that the caller has created and will publish.
     [[nodiscard]] Failure WriteTo(NewFile const& copy) const;
 
+    /// Fails where `Write` would, as far as that can be seen without creating a file.
+    [[nodiscard]] Failure DryRun(StoreFile const& target) const;
+
+    /// Reads the whole source, and fails if it cannot be read or is damaged.
+    [[nodiscard]] Failure CheckSource() const;
+
 private:
     Failure Copy(NewFile const& copy) const;
 

@@ -3,7 +3,6 @@
 #include "database/file/Descriptor.h"
 #include "database/file/DiskFlush.h"
 #include "database/file/NewFile.h"
-#include "database/file/StoreBackup.h"
 #include "database/file/StoreHeader.h"
 #include "database/sqlite/ErrorTexts.h"
 
@@ -47,7 +46,7 @@ StoreRestore::StoreRestore(StoreFile backup, StoreFile store)
     , _lock(_store)
 {}
 
-Failure StoreRestore::Run()
+Failure StoreRestore::Prepare()
 {
     if (Failure failure = CheckNames())
         return failure;
@@ -61,6 +60,13 @@ Failure StoreRestore::Run()
             return failure;
         _wasInterrupted = header.isRestoreNotice();
     }
+    return {};
+}
+
+Failure StoreRestore::Run()
+{
+    if (Failure failure = Prepare())
+        return failure;
     // With two names, the store to be kept could only be read.
     if (!_wasInterrupted) {
         for (QByteArray const& name : _store.NamesOfInterruptedRestore())
@@ -73,6 +79,19 @@ Failure StoreRestore::Run()
         _kept.reset();
     }
     return failure;
+}
+
+Failure StoreRestore::DryRun()
+{
+    if (Failure failure = Prepare())
+        return failure;
+    if (Failure failure = NewFile(_store).CheckFolder())
+        return failure;
+    if (Failure failure = SourceOfCopy().CheckSource())
+        return CannotRestore(*failure);
+    if (HasEarlierStore())
+        _kept = NameToKeep();
+    return {};
 }
 
 Failure StoreRestore::CheckNames() const
@@ -94,10 +113,9 @@ Failure StoreRestore::Replace()
     NewFile restored(_store);
     if (Failure failure = restored.Create(OwnerOf(_store.IsMissing() ? _backup : _store)))
         return failure;
-    if (Failure failure = StoreBackup(_backup, StoreAccess::ReadOnly, BusyTimeoutMsec).WriteTo(restored))
-        return MakeError(
-            _backup.path(), failure->code, QStringLiteral("this backup can't be restored: ") + failure->text);
-    if (!_wasInterrupted && !_store.IsFree()) {
+    if (Failure failure = SourceOfCopy().WriteTo(restored))
+        return CannotRestore(*failure);
+    if (HasEarlierStore()) {
         if (Failure failure = Keep())
             return failure;
     }
@@ -106,6 +124,26 @@ Failure StoreRestore::Replace()
             return failure;
     }
     return restored.Replace();
+}
+
+StoreBackup StoreRestore::SourceOfCopy() const
+{
+    return {_backup, StoreAccess::ReadOnly, BusyTimeoutMsec};
+}
+
+StoreError StoreRestore::CannotRestore(StoreError const& reason) const
+{
+    return MakeError(_backup.path(), reason.code, QStringLiteral("this backup can't be restored: ") + reason.text);
+}
+
+bool StoreRestore::HasEarlierStore() const
+{
+    return !_wasInterrupted && !_store.IsFree();
+}
+
+StoreFile StoreRestore::NameToKeep() const
+{
+    return StoreFile::FirstFree(_store.path() + QLatin1String(KeptSuffix));
 }
 
 bool StoreRestore::HasFilesBeside() const
@@ -117,7 +155,7 @@ bool StoreRestore::HasFilesBeside() const
 
 Failure StoreRestore::Keep()
 {
-    StoreFile const kept = StoreFile::FirstFree(_store.path() + QLatin1String(KeptSuffix));
+    StoreFile const kept = NameToKeep();
     Failure failure = kept.CheckName();
     if (!failure)
         failure = KeepFiles(kept);

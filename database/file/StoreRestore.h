@@ -1,6 +1,7 @@
 #pragma once
 
 #include "database/file/ExclusiveLock.h"
+#include "database/file/StoreBackup.h"
 #include "database/file/StoreFile.h"
 
 #include <optional>
@@ -22,12 +23,21 @@ public:
     /// store open.
     [[nodiscard]] Failure Run();
 
+    /// Fails where `Run` would, as far as that can be seen without creating a file, and sets `kept`. Call once, and not
+    /// with `Run`.
+    [[nodiscard]] Failure DryRun();
+
     /// The earlier store under its second name; nothing if there was none, or an earlier restore has kept it.
     std::optional<StoreFile> const& kept() const { return _kept; }
 
 private:
+    Failure Prepare();
     Failure CheckNames() const;
     Failure Replace();
+    StoreBackup SourceOfCopy() const;
+    StoreError CannotRestore(StoreError const& reason) const;
+    bool HasEarlierStore() const;
+    StoreFile NameToKeep() const;
     Failure Keep();
     Failure KeepFiles(StoreFile const& kept) const;
     Failure RemoveFilesBeside();

@@ -23,6 +23,7 @@
 
 using namespace tandry::test;
 using tandry::findings::RecoverStore;
+using tandry::findings::RecoveryMode;
 
 namespace {
 
@@ -271,7 +272,7 @@ void RecoverOne(unsigned seed, Tally& tally)
     QMap<QString, QByteArray> const before = FolderContents(folder.path());
 
     QString error;
-    bool const made = RecoverStore(path, target, error).has_value();
+    bool const made = RecoverStore(path, target, RecoveryMode::Recover, error).has_value();
     ++tally.stores;
     QMap<Key, QVector<QVariant>> recovered;
     if (made)

@@ -23,6 +23,7 @@ using sync::database::OpenOptions;
 using sync::database::SqliteDatabaseFactory;
 using tandry::findings::RecoveredTable;
 using tandry::findings::RecoverStore;
+using tandry::findings::RecoveryMode;
 using tandry::findings::RecoveryReport;
 
 namespace {
@@ -38,7 +39,7 @@ protected:
     {
         QMap<QString, QByteArray> before = FolderContents(folder.path());
         QString error;
-        auto const report = RecoverStore(DamagedPath(), NewPath(), error);
+        auto const report = RecoverStore(DamagedPath(), NewPath(), RecoveryMode::Recover, error);
         EXPECT_TRUE(report) << error.toStdString();
         QMap<QString, QByteArray> after = FolderContents(folder.path());
         after.remove(QStringLiteral("new.db"));
@@ -52,7 +53,7 @@ protected:
     {
         QMap<QString, QByteArray> const before = FolderContents(folder.path());
         QString error;
-        EXPECT_FALSE(RecoverStore(DamagedPath(), NewPath(), error));
+        EXPECT_FALSE(RecoverStore(DamagedPath(), NewPath(), RecoveryMode::Recover, error));
         EXPECT_EQ(FolderContents(folder.path()), before);
         EXPECT_EQ(QDir(folder.path()).entryList(QDir::Dirs | QDir::Hidden | QDir::NoDotAndDotDot), QStringList());
         return error;
@@ -346,7 +347,7 @@ TEST_F(StoreRecoveryTest, MissingStoreAndFolderAreRefused)
 {
     EXPECT_TRUE(Refuse().contains(DamagedPath()));
     QString error;
-    EXPECT_FALSE(RecoverStore(folder.path(), NewPath(), error));
+    EXPECT_FALSE(RecoverStore(folder.path(), NewPath(), RecoveryMode::Recover, error));
     EXPECT_TRUE(error.contains(folder.path()));
 }
 
@@ -373,7 +374,7 @@ TEST_F(StoreRecoveryTest, RandomBytesInAStoreNeverBreakTheReader)
             bytes.truncate(int(random() % unsigned(bytes.size())));
         WriteFile(DamagedPath(), bytes);
         QString error;
-        bool const made = RecoverStore(DamagedPath(), NewPath(), error).has_value();
+        bool const made = RecoverStore(DamagedPath(), NewPath(), RecoveryMode::Recover, error).has_value();
         EXPECT_EQ(made, QFile::exists(NewPath()));
         EXPECT_EQ(made, error.isEmpty());
         QFile::remove(NewPath());

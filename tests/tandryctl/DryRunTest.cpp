@@ -1,5 +1,6 @@
 #include "ToolFixture.h"
 
+#include "database/SqliteDatabaseFactory.h"
 #include "support/FolderContents.h"
 #include "support/RawStore.h"
 #include "support/ReleasedStores.h"
@@ -15,6 +16,8 @@ using namespace tandryctl::test;
 using tandry::test::RawStore;
 
 namespace {
+
+QString const DryRunNote = "tandryctl: this was a dry run; nothing was changed\n"_q;
 
 class DryRunTest : public ToolTest
 {
@@ -39,11 +42,11 @@ protected:
         RunResult const dry = Run(command + QStringList{"--dry-run"_q});
         EXPECT_TRUE(Everything() == before) << "a file has changed";
         EXPECT_EQ(dry.status, 0);
-        EXPECT_EQ(dry.err, "tandryctl: this was a dry run; nothing was changed\n"_q);
+        EXPECT_EQ(dry.err, DryRunNote);
 
         RunResult const real = Run(command + QStringList{"--yes"_q});
         EXPECT_EQ(real.status, 0) << real.err.toStdString();
-        QRegularExpression const varying("elapsed: .*|copied the store to .*\n"_q);
+        QRegularExpression const varying("elapsed: .*|copied the store to .*\n|T\\d\\d-\\d\\d-\\d\\dZ"_q);
         EXPECT_EQ(QString(dry.out).remove(varying), QString(real.out).remove(varying));
         EXPECT_FALSE(real.out.isEmpty());
         if (command.first() != "init"_q) {
@@ -93,6 +96,10 @@ TEST_F(DryRunTest, PrintsWhatEachCommandPrintsAndChangesNothing)
         {"server"_q, "remove"_q, "1"_q},
         {"root"_q, "remove"_q, "1"_q},
         {"doctor"_q, "--fix"_q, "no-default-schedule"_q},
+        {"backup"_q, At("copy.db")},
+        {"backup"_q, "--keep"_q, "1"_q, At("more")},
+        {"restore"_q, At("copy.db")},
+        {"recover"_q, At("copy.db"), "--to"_q, At("recovered.db")},
     };
     QSet<QString> covered;
     Init();
@@ -103,6 +110,8 @@ TEST_F(DryRunTest, PrintsWhatEachCommandPrintsAndChangesNothing)
                      "VALUES ('%1', 1, 1, 1), ('%2', 2, 1, 1);"_q.arg(At("made"), At("made too")));
         if (command == QStringList{"scan"_q, "--prune"_q})
             QFile::remove(At("docs/2"));
+        if (command.contains("--keep"_q))
+            RunSuccessfully({"backup"_q, At("more/store-2002-02-02T00-00-00Z.db")});
         if (command.first() == "doctor"_q)
             RawStore(StorePath()).Run("DELETE FROM Schedules"_q);
         ExpectSameOutput(command);
@@ -111,6 +120,7 @@ TEST_F(DryRunTest, PrintsWhatEachCommandPrintsAndChangesNothing)
     }
     EXPECT_FALSE(QFile::exists(At("made")));
     EXPECT_FALSE(QFile::exists(At("made too")));
+    EXPECT_FALSE(QFile::exists(At("more/store-2002-02-02T00-00-00Z.db")));
 
     tandryctl::CommandLine commandLine;
     tandryctl::DeclareCommands(commandLine);
@@ -140,6 +150,63 @@ TEST_F(DryRunTest, FailsAsTheCommandDoes)
     RunResult const real = Run({"server"_q, "remove"_q, "7"_q, "--yes"_q});
     EXPECT_EQ(dry.status, real.status);
     EXPECT_EQ(dry.err, real.err);
+}
+
+TEST_F(DryRunTest, OfACopyFailsWhereTheCopyDoes)
+{
+    Init();
+    RunSuccessfully({"backup"_q, At("copy.db")});
+    WriteFile("taken"_q, "mine");
+    WriteFile("letter"_q, "dear reader");
+    WriteFile("left.db-journal"_q, "left");
+    for (QStringList const& command : {QStringList{"backup"_q, At("taken")},
+                                       QStringList{"backup"_q, At("missing/copy.db")},
+                                       QStringList{"backup"_q, At("left.db")},
+                                       QStringList{"backup"_q, "--keep"_q, "1"_q, At("missing")},
+                                       QStringList{"restore"_q, At("letter")},
+                                       QStringList{"restore"_q, At("missing.db")},
+                                       QStringList{"restore"_q, StorePath()},
+                                       QStringList{"recover"_q, StorePath(), "--to"_q, At("taken")},
+                                       QStringList{"recover"_q, StorePath(), "--to"_q, At("left.db")},
+                                       QStringList{"recover"_q, At("letter"), "--to"_q, At("new.db")}}) {
+        SCOPED_TRACE(command.join(QLatin1Char(' ')).toStdString());
+        RunResult const real = Run(command);
+        EXPECT_NE(real.status, 0);
+        RunResult const dry = Run(command + QStringList{"--dry-run"_q});
+        EXPECT_EQ(dry.status, real.status);
+        EXPECT_EQ(dry.err, real.err);
+    }
+}
+
+TEST_F(DryRunTest, OfARestoreFailsIfTheBackupIsDamagedOrTheStoreOpen)
+{
+    Init();
+    RunSuccessfully({"backup"_q, At("copy.db")});
+    QStringList const restore{"restore"_q, At("copy.db"), "--dry-run"_q};
+    {
+        auto const store = sync::database::SqliteDatabaseFactory::Open(StorePath());
+        EXPECT_EQ(Run(restore).status, 3);
+    }
+    EXPECT_EQ(Run(restore).status, 0);
+    RawStore(At("copy.db")).Run("DROP INDEX FileConfiguration_root"_q);
+    EXPECT_EQ(Run(restore).status, 3);
+    EXPECT_FALSE(QFile::exists(At("store.db.replaced")));
+}
+
+TEST_F(DryRunTest, OfARestoreOrRecoveryLooksAtFilesThatWereNotClosed)
+{
+    Init();
+    RawStore(StorePath(), RawStore::KeepLog).Run("INSERT INTO ServerConfiguration (alias) VALUES ('a')"_q);
+    for (char const* suffix : {"", "-wal"})
+        ASSERT_TRUE(QFile::copy(StorePath() + QLatin1String(suffix), At("left.db"_q + QLatin1String(suffix))));
+    QMap<QString, QByteArray> const before = Everything();
+    RunResult const restored = Run({"restore"_q, At("left.db"), "--dry-run"_q});
+    EXPECT_EQ(restored.status, 0) << restored.err.toStdString();
+    EXPECT_TRUE(restored.out.contains(At("store.db.replaced"))) << restored.out.toStdString();
+    RunResult const recovered = Run({"recover"_q, At("left.db"), "--to"_q, At("new.db"), "--dry-run"_q, "--json"_q});
+    EXPECT_EQ(recovered.json().first().toObject().value("recovered"_q), QJsonValue(1));
+    EXPECT_EQ(recovered.err, DryRunNote);
+    EXPECT_TRUE(Everything() == before);
 }
 
 TEST_F(DryRunTest, WaitsForNobodyWhoWritesAndKeepsNobodyWaiting)

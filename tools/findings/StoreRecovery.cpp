@@ -7,6 +7,7 @@
 #include "tools/findings/RowFinder.h"
 #include "tools/findings/TableForm.h"
 
+#include <QDir>
 #include <QFileInfo>
 #include <QTemporaryDir>
 
@@ -48,9 +49,9 @@ class NewStore
 {
 public:
     /// Returns null on failure.
-    static std::unique_ptr<NewStore> Make(QString const& path, QString& error)
+    static std::unique_ptr<NewStore> Make(QString const& path, RecoveryMode mode, QString& error)
     {
-        std::unique_ptr<NewStore> store(new NewStore(path));
+        std::unique_ptr<NewStore> store(new NewStore(path, mode));
         if (!store->_folder.isValid()) {
             error = QStringLiteral("%1 cannot be created: %2").arg(path, store->_folder.errorString());
             return nullptr;
@@ -155,8 +156,11 @@ public:
         return _Number(QStringLiteral("SELECT count(*) FROM Schedules WHERE folderConfigurationId = 0")) > 0;
     }
 
-    /// Gives the store its own name.
-    bool Publish(QString& error) { return _factory->Backup(_path, &error); }
+    /// Gives the store its own name, unless this is a dry run.
+    bool Publish(QString& error)
+    {
+        return _mode == RecoveryMode::DryRun ? _factory->DryRunBackup(_path, &error) : _factory->Backup(_path, &error);
+    }
 
     QString LastError() const
     {
@@ -165,9 +169,11 @@ public:
     }
 
 private:
-    explicit NewStore(QString const& path)
+    NewStore(QString const& path, RecoveryMode mode)
         : _path(path)
-        , _folder(QFileInfo(path).absolutePath() + QStringLiteral("/.recovery-XXXXXX"))
+        , _mode(mode)
+        , _folder(mode == RecoveryMode::DryRun ? QDir::temp().filePath(QStringLiteral("tandry-recovery-XXXXXX"))
+                                               : QFileInfo(path).absolutePath() + QStringLiteral("/.recovery-XXXXXX"))
     {}
 
     /// Returns the columns that a CREATE TABLE statement of the library names; these have no commas in their
@@ -212,6 +218,7 @@ private:
     }
 
     QString const _path;
+    RecoveryMode const _mode;
     /// In the folder of the new store, which has room for it, and accessible by its owner only.
     QTemporaryDir _folder;
     std::shared_ptr<SqliteDatabaseFactory> _factory; // closed before its folder goes
@@ -230,7 +237,8 @@ QStringList RemarksOn(PageFile const& file)
 
 } // namespace
 
-std::optional<RecoveryReport> RecoverStore(QString const& damagedPath, QString const& newPath, QString& error)
+std::optional<RecoveryReport>
+RecoverStore(QString const& damagedPath, QString const& newPath, RecoveryMode mode, QString& error)
 {
     QFileInfo const target(newPath);
     if (target.exists() || target.isSymLink()) {
@@ -243,7 +251,7 @@ std::optional<RecoveryReport> RecoverStore(QString const& damagedPath, QString c
         error = QStringLiteral("%1 cannot be recovered: %2").arg(damagedPath, reason);
         return std::nullopt;
     }
-    std::unique_ptr<NewStore> const store = NewStore::Make(newPath, error);
+    std::unique_ptr<NewStore> const store = NewStore::Make(newPath, mode, error);
     if (store == nullptr)
         return std::nullopt;
     std::vector<TableForm> const tables = store->Tables();

@@ -29,12 +29,19 @@ struct RecoveryReport
     QStringList remarks;
 };
 
+enum class RecoveryMode
+{
+    Recover,
+    /// Does the same in the temporary folder, and leaves no file.
+    DryRun,
+};
+
 /// Copies whatever can still be read of a damaged store into a new one, with the rows' ids.
 ///
 /// The damaged store, its log and its journal are read as bytes; nothing is written to them, locked or created beside
 /// them, and no other program may write to them meanwhile. Deleted rows do not come back. The new store appears whole,
 /// and an existing file is never replaced. Returns nothing on failure; `error` then names the file and the reason.
 [[nodiscard]] std::optional<RecoveryReport>
-RecoverStore(QString const& damagedPath, QString const& newPath, QString& error);
+RecoverStore(QString const& damagedPath, QString const& newPath, RecoveryMode mode, QString& error);
 
 } // namespace tandry::findings

@@ -11,6 +11,7 @@
 namespace tandryctl {
 
 using tandry::findings::RecoveredTable;
+using tandry::findings::RecoveryMode;
 using tandry::findings::RecoveryReport;
 
 namespace {
@@ -30,7 +31,8 @@ ExitStatus Recover(Session& session, RecoverArguments const& arguments)
         {"ambiguous", Shown::InFull, [](RecoveredTable const& table) { return table.ambiguous; }},
     };
     QString error;
-    auto const report = tandry::findings::RecoverStore(arguments.damaged, arguments.target, error);
+    auto const report = tandry::findings::RecoverStore(
+        arguments.damaged, arguments.target, session.isDryRun() ? RecoveryMode::DryRun : RecoveryMode::Recover, error);
     if (!report)
         throw Failure(FailureCode::StoreFailed,
                       OneLine(error),
@@ -56,6 +58,7 @@ void AddRecoverCommand(Command& top)
     top.Add("recover", "Copy what can still be read of a damaged store to a new one")
         .Argument("DAMAGED", arguments->damaged, "The damaged store; it is not changed")
         .Required("--to", arguments->target, "NEW", "The new store; an existing file is never replaced")
+        .DryRun()
         .Remark("Prints for each table how many rows came back and how many are known to be lost; if there are such,\n"
                 "the exit status is 1. Rows keep their ids, and deleted rows do not come back. Log and journal beside\n"
                 "DAMAGED are read too. No program may use DAMAGED meanwhile. --store has no effect.")

@@ -10,6 +10,10 @@
 
 namespace tandryctl {
 
+using sync::database::SqliteDatabaseFactory;
+using sync::database::StoreError;
+using sync::database::StoreErrorKind;
+
 namespace {
 
 ExitStatus Restore(Session& session, QString const& backup)
@@ -25,13 +29,14 @@ ExitStatus Restore(Session& session, QString const& backup)
         {"backup", Shown::Always, [](Restored const& restored) { return restored.backup; }},
         {"kept", Shown::Always, [](Restored const& restored) { return restored.kept; }},
     };
-    sync::database::StoreError error;
-    auto kept = sync::database::SqliteDatabaseFactory::Restore(backup, session.storePath(), error);
-    if (!kept && error.kind == sync::database::StoreErrorKind::NotClosed) {
+    auto const restore = session.isDryRun() ? &SqliteDatabaseFactory::DryRunRestore : &SqliteDatabaseFactory::Restore;
+    StoreError error;
+    std::optional<QString> kept = restore(backup, session.storePath(), error);
+    if (!kept && error.kind == StoreErrorKind::NotClosed) {
         auto const copy = CopyPrivately(backup, error.kind);
         // Closes it: what its log holds moves into the file.
-        static_cast<void>(sync::database::SqliteDatabaseFactory::Open(copy->path(), error));
-        kept = sync::database::SqliteDatabaseFactory::Restore(copy->path(), session.storePath(), error);
+        static_cast<void>(SqliteDatabaseFactory::Open(copy->path(), error));
+        kept = restore(copy->path(), session.storePath(), error);
     }
     if (!kept)
         throw StoreFailure(error, QStringLiteral("give a backup that can be read, and a place that you may write"));
@@ -50,6 +55,7 @@ void AddRestoreCommand(Command& top)
     auto const backup = std::make_shared<QString>();
     top.Add("restore", "Put a backup in the place of the store")
         .Argument("BACKUP", *backup, "A file that 'backup' has written, or another closed store; it is not changed")
+        .DryRun()
         .Remark("Checks the backup for damage before anything changes. Keeps the earlier store, with the log or the\n"
                 "journal beside it, under its name with '.replaced' appended. Fails if a program has the store open,\n"
                 "so close the client first. If it is interrupted, run it again.")

@@ -99,8 +99,8 @@ Session::Session(SessionOptions const& options, StoreAccess access)
         return;
 
     StoreError openError;
-    _store = SqliteDatabaseFactory::Open(
-        isDryRun() ? _CopyForDryRun(exists) : _storePath, openError, OptionsFor(access, _waitSeconds));
+    _store = isDryRun() ? SqliteDatabaseFactory::Open(_CopyForDryRun(exists), openError)
+                        : SqliteDatabaseFactory::Open(_storePath, openError, OptionsFor(access, _waitSeconds));
     if (!_store && access == StoreAccess::Read && NeedsPrivateCopy(openError.kind))
         _OpenPrivateCopy(openError);
     else if (!_store)
@@ -190,7 +190,8 @@ void Session::ConfirmRemoval(QString const& what)
 
 void Session::Backup(QString const& path)
 {
-    CheckWritten(_store->Backup(path), QStringLiteral("give a name that is not taken, in a folder that you may write"));
+    CheckWritten(isDryRun() ? _store->DryRunBackup(path) : _store->Backup(path),
+                 QStringLiteral("give a name that is not taken, in a folder that you may write"));
 }
 
 QStringList Session::FindDamage()

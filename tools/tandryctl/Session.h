@@ -122,7 +122,7 @@ public:
     /// ...?", such as "folder 3 '/a' with 2 files".
     void ConfirmRemoval(QString const& what);
 
-    /// Copies the store to a new file. Throws if that fails.
+    /// Copies the store to a new file, unless this is a dry run. Throws if that fails.
     void Backup(QString const& path);
     /// Returns one text per fault found in the store. Throws if the store cannot be checked.
     QStringList FindDamage();

@@ -183,6 +183,7 @@ void AddStoreCommands(Command& top)
     top.Add("backup", "Copy the store to a new file")
         .Argument("PATH", backup->path, "The new file, which must not exist; with --keep, a folder that exists")
         .Count("--keep", backup->keep, "Copy to a dated file in the folder PATH; keep the N newest of its backups")
+        .DryRun()
         .Remark(
             "The copy is a store itself, readable and writable by its owner only. It holds the committed state of\n"
             "one moment, even while other programs write, and is checked for damage before it gets its name.\n"
