@@ -155,6 +155,17 @@ SqliteDatabaseFactory::DryRunRestore(QString const& backup, QString const& path,
     return RunRestore(backup, path, error, &StoreRestore::DryRun);
 }
 
+std::optional<Compaction> SqliteDatabaseFactory::Compact(CompactionProgress const& progress, QString* error)
+{
+    Compaction compaction;
+    auto const compact = [&](SqliteConnection& connection) {
+        return _store->Compact(connection, progress, compaction);
+    };
+    if (!Answer(error, compact))
+        return std::nullopt;
+    return compaction;
+}
+
 std::optional<QStringList> SqliteDatabaseFactory::FindDamage(QString* error)
 {
     QStringList damage;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "database/Compaction.h"
 #include "database/OpenOptions.h"
 #include "database/StoreError.h"
 #include "database/StoreFactory.h"
@@ -117,6 +118,15 @@ public:
     /// not know whether there is room for the copy.
     [[nodiscard]] static std::optional<QString>
     DryRunRestore(QString const& backup, QString const& path, StoreError& error);
+
+    /// Gives the space of removed rows back to the disk, by rebuilding the file in one transaction. No row and no id
+    /// changes. Needs as much memory as the rows take, and as much room in the store's folder, which it checks first.
+    /// Others may read meanwhile, except from a store with a journal; writers wait as for any other transaction.
+    ///
+    /// Returns nothing on failure; `error`, unless null, then names the file and the reason, and so does `LastError`.
+    /// The store is then as it was, and so it is if the process is killed before the end of the transaction. Fails if
+    /// the calling thread has an open client transaction or a scope that has written.
+    [[nodiscard]] std::optional<Compaction> Compact(CompactionProgress const& progress = {}, QString* error = nullptr);
 
     /// Reads the whole store and returns what is damaged in it, one text for each fault. Returns nothing if the store
     /// could not be read to its end; `error`, unless null, then names the file and the reason, and so does `LastError`.

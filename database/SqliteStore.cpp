@@ -5,6 +5,7 @@
 #include "database/ThreadConnections.h"
 #include "database/file/DroppedCommits.h"
 #include "database/file/StoreBackup.h"
+#include "database/file/StoreCompaction.h"
 #include "database/file/StoreCreation.h"
 #include "database/file/StoreDamage.h"
 #include "database/file/StoreHeader.h"
@@ -93,6 +94,16 @@ Failure SqliteStore::RunBackup(SqliteConnection& connection,
     if (Failure failure = connection.OpenForSnapshot())
         return MakeError(target.path(), failure->code, QStringLiteral("no backup can be made: ") + failure->text);
     return (StoreBackup(_file, access(), _options.busyTimeoutMsec).*run)(target);
+}
+
+Failure
+SqliteStore::Compact(SqliteConnection& connection, CompactionProgress const& progress, Compaction& compaction) const
+{
+    if (isReadOnly())
+        return MakeError(_file.path(), SQLITE_READONLY, QStringLiteral("the store has been opened for reading only"));
+    if (Failure failure = connection.OpenForSnapshot())
+        return failure;
+    return StoreCompaction(_file, _options.busyTimeoutMsec).Run(progress, compaction);
 }
 
 Failure SqliteStore::FindDamage(SqliteConnection& connection, QStringList& damage) const

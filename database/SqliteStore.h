@@ -1,5 +1,6 @@
 #pragma once
 
+#include "database/Compaction.h"
 #include "database/OpenOptions.h"
 #include "database/file/SecretErasure.h"
 #include "database/file/StoreHandle.h"
@@ -46,6 +47,7 @@ public:
     /// The factory's operations of these names, for the calling thread's connection.
     Failure Backup(SqliteConnection& connection, StoreFile const& target) const;
     Failure DryRunBackup(SqliteConnection& connection, StoreFile const& target) const;
+    Failure Compact(SqliteConnection& connection, CompactionProgress const& progress, Compaction& compaction) const;
     Failure FindDamage(SqliteConnection& connection, QStringList& damage) const;
 
     /// Returns the calling thread's connection, which need not be open; null while the thread's own data are being

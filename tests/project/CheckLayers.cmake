@@ -17,7 +17,7 @@ macro(layer folder)
 endmacro()
 
 set(libraries interf database config models)
-set(storeOptions "database/OpenOptions\\.h" "database/StoreError\\.h")
+set(storeOptions "database/Compaction\\.h" "database/OpenOptions\\.h" "database/StoreError\\.h")
 
 layer(core)
 layer(interf)

@@ -95,6 +95,7 @@ TEST_F(DryRunTest, PrintsWhatEachCommandPrintsAndChangesNothing)
         {"account"_q, "remove"_q, "1"_q},
         {"server"_q, "remove"_q, "1"_q},
         {"root"_q, "remove"_q, "1"_q},
+        {"compact"_q},
         {"doctor"_q, "--fix"_q, "no-default-schedule"_q},
         {"backup"_q, At("copy.db")},
         {"backup"_q, "--keep"_q, "1"_q, At("more")},

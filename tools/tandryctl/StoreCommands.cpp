@@ -1,8 +1,10 @@
 #include "CommandLine.h"
 #include "Commands.h"
 #include "Failure.h"
+#include "Progress.h"
 #include "Text.h"
 
+#include "database/SqliteDatabaseFactory.h"
 #include "tools/findings/BackupFolder.h"
 
 #include <QDateTime>
@@ -13,6 +15,7 @@
 
 namespace tandryctl {
 
+using sync::database::Compaction;
 using tandry::findings::BackupFolder;
 
 namespace {
@@ -155,6 +158,41 @@ ExitStatus Backup(Session& session, BackupArguments const& arguments)
                           : BackupToFile(session, arguments.path);
 }
 
+ExitStatus Compact(Session& session)
+{
+    struct Compacted
+    {
+        QString store;
+        Compaction sizes;
+    };
+    static Columns<Compacted> const columns{
+        {"store", Shown::Always, [](Compacted const& compacted) { return compacted.store; }},
+        {"bytesBefore", Shown::Always, [](Compacted const& compacted) { return compacted.sizes.bytesBefore; }},
+        {"bytesAfter", Shown::Always, [](Compacted const& compacted) { return compacted.sizes.bytesAfter; }},
+        {"pending", Shown::Always, [](Compacted const& compacted) { return compacted.sizes.isPending; }},
+    };
+    std::optional<Progress> progress;
+    qint64 done = 0;
+    auto const sizes = session.store()->Compact([&](qint64 pages, qint64 ofPages) {
+        if (!progress)
+            progress.emplace(QStringLiteral("compacting"), "pages", ofPages);
+        progress->Advance(pages - done);
+        done = pages;
+    });
+    progress.reset(); // erases its line
+    session.CheckWritten(sizes.has_value());
+    session.output().Report(QStringLiteral("compacted the store %1: %2 bytes before, %3 after")
+                                .arg(Quoted(session.storePath()))
+                                .arg(sizes->bytesBefore)
+                                .arg(sizes->bytesAfter),
+                            columns,
+                            Compacted{session.storePath(), *sizes});
+    if (sizes->isPending)
+        session.output().PrintLine(QStringLiteral("another program still reads the store as it was: the file shrinks "
+                                                  "when that has finished and something is written"));
+    return ExitStatus::Done;
+}
+
 ExitStatus Check(Session& session)
 {
     static Columns<QString> const columns{{"damage", Shown::Always, [](QString const& fault) { return fault; }}};
@@ -195,6 +233,15 @@ void AddStoreCommands(Command& top)
         .Example("backup ~/backups/monday.db", "copy the user's own store")
         .Example("backup --keep 7 --yes ~/backups", "the same from a timer every day, for a week")
         .Run(StoreAccess::Read, [backup](Session& session) { return Backup(session, *backup); });
+    top.Add("compact", "Give the space of removed rows back to the disk")
+        .Remark(
+            "Rebuilds the store's file without unused space; no record changes. Other programs may read meanwhile,\n"
+            "unless the store has a rollback journal, and writing ones wait. Needs room for a second copy of the\n"
+            "records in the store's folder, which is checked first, and as much memory. If it is interrupted, the\n"
+            "store is as it was.")
+        .Example("compact", "compact the user's own store")
+        .Example("compact --dry-run", "see what it would gain")
+        .Run(StoreAccess::Write, Compact);
     top.Add("check", "Check the store for damage")
         .Remark("Reads the whole store and changes nothing. Lists the damage it finds; the exit status is then 1.")
         .Example("check", "check the user's own store")
