@@ -28,9 +28,10 @@ layer(config SEES "interf/.*" "core/.*" "database/TransactionalScope\\.h" "(QtXm
 layer(models PUBLIC_OF interf database config)
 layer(postgres SEES "interf/.*" "libpq-fe\\.h" PUBLIC_OF database)
 # Programs are clients like any other.
-# Only the library's own readers can tell whether a document is broken, so the findings use them.
+# Only the library's own readers can tell whether a document is broken, and its markers which files are temporary, so the
+# findings use them.
 layer(tools/findings PUBLIC_OF ${libraries}
-  SEES "config/(FileLinks|NameValue|Stored)Document\\.h" "QDom[A-Z].*")
+  SEES "config/(FileLinks|NameValue|Stored)Document\\.h" "config/CommonConstants\\.h" "QDom[A-Z].*")
 layer(tools/tandryctl BESIDE QT SEES "CLI/.*" "tools/findings/.*" PUBLIC_OF ${libraries})
 layer(tools/viewer BESIDE QT PUBLIC_OF ${libraries})
 layer(examples QT PUBLIC_OF ${libraries})
