@@ -26,8 +26,8 @@ class FolderCaches;
 /// clear the cache just after it was filled.
 ///
 /// Operations call one another through the virtual interface, so an override takes effect in the composite ones too.
-/// `RemoveFolderAndChildren` takes less than 200 bytes of stack for each level of the tree, besides the stack of an
-/// override: a chain of 2,000 folders fits into a thread's stack of 512 KiB.
+/// `RemoveFolderAndChildren` and `AddFolderAndParent` take less than 200 bytes of stack for each level of the tree or
+/// the path, besides the stack of an override: 2,000 folders in one another fit into a thread's stack of 512 KiB.
 class TANDRY_CONFIGURATION_EXPORT FolderConfigManager : public sync::interf::IFolderConfigManager,
                                                         public DatabaseConfigurationManager
 {

@@ -15,6 +15,7 @@
 #include <QFileInfo>
 #include <QStringList>
 
+#include <memory>
 #include <optional>
 #include <utility>
 
@@ -194,36 +195,65 @@ bool FolderConfigManager::Add(FolderConfiguration& folderConfiguration)
                          });
 }
 
+namespace {
+
+Q_NEVER_INLINE void Find(FolderConfigManager& manager, QString const& clientPath, FolderConfiguration& folder)
+{
+    folder = manager.GetFolderConfigurationByClientPath(clientPath);
+}
+
+Q_NEVER_INLINE QString ParentOf(QString const& path)
+{
+    return QDir::cleanPath(QFileInfo(path).absolutePath());
+}
+
+Q_NEVER_INLINE void AddBelow(FolderConfigManager& manager,
+                             int parentId,
+                             QString const& path,
+                             FolderConfiguration const& rootConfig,
+                             FolderConfiguration& folder)
+{
+    QString const serverPath = ReplacePathPrefix(path, rootConfig.getClientPath(), rootConfig.getServerPath());
+
+    FolderConfiguration added;
+    added.setRootId(rootConfig.getId());
+    added.setAuthenticationId(rootConfig.getAuthenticationId());
+    added.setProductConfigurationId(rootConfig.getProductConfigurationId());
+    added.setName(QFileInfo(path).fileName());
+    added.setRemoteShortKey(rootConfig.getRemoteShortKey());
+    added.setRemoteLongKey(serverPath);
+    added.setClientPath(path);
+    added.setServerPath(serverPath);
+    added.setParentId(parentId);
+    added.setSyncStatus(FolderStatusPlaced);
+    static_cast<void>(manager.Add(added)); // a failure shows in the id
+    folder = added;
+}
+
+} // namespace
+
+/// Calls itself for each level of the path. So its frame must stay small, like that of `RemoveFolderAndChildren`, and
+/// holds no record: the one of the parent lies on the heap, and so does the one that is returned to a level below.
 FolderConfiguration FolderConfigManager::AddFolderAndParent(QString const& absolutePath,
                                                             FolderConfiguration const& rootConfig)
 {
+    FolderConfiguration folder;
     if (absolutePath.isEmpty())
-        return FolderConfiguration();
+        return folder;
 
     QString const path = QDir::cleanPath(absolutePath);
-    FolderConfiguration const existing = GetFolderConfigurationByClientPath(path);
-    if (existing.id != -1)
-        return existing;
+    Find(*this, path, folder);
+    if (folder.id != -1)
+        return folder;
 
-    QString const parentPath = QDir::cleanPath(QFileInfo(path).absolutePath());
+    QString const parentPath = ParentOf(path);
     if (parentPath.compare(path, Qt::CaseInsensitive) == 0)
-        return existing; // nothing is above the root of a file system; `Add` refuses what has this for a parent
+        return folder; // nothing is above the root of a file system; `Add` refuses what has this for a parent
 
-    FolderConfiguration const parent = AddFolderAndParent(parentPath, rootConfig);
-    QString const serverPath = ReplacePathPrefix(path, rootConfig.clientPath, rootConfig.serverPath);
-
-    FolderConfiguration folder;
-    folder.rootId = rootConfig.id;
-    folder.authenticationId = rootConfig.authenticationId;
-    folder.productConfigurationId = rootConfig.productConfigurationId;
-    folder.name = QFileInfo(path).fileName();
-    folder.remoteShortKey = rootConfig.remoteShortKey;
-    folder.remoteLongKey = serverPath;
-    folder.clientPath = path;
-    folder.serverPath = serverPath;
-    folder.parentId = parent.id;
-    folder.setSyncStatus(FolderStatusPlaced);
-    static_cast<void>(Add(folder)); // a failure shows in the id
+    // NOLINTNEXTLINE(modernize-make-unique): `make_unique` would need a record in the frame
+    std::unique_ptr<FolderConfiguration const> const parent(
+        new FolderConfiguration(AddFolderAndParent(parentPath, rootConfig)));
+    AddBelow(*this, parent->id, path, rootConfig, folder);
     return folder;
 }
 

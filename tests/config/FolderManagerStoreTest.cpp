@@ -30,6 +30,13 @@ using testing::IsSupersetOf;
 using testing::SizeIs;
 using testing::UnorderedElementsAre;
 
+/// How many folders may lie in one another on a small stack; a longer path could not be opened.
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+constexpr int DeepTree = 300; // frames are larger under a sanitizer
+#else
+constexpr int DeepTree = 2'046;
+#endif
+
 class FolderStoreTest : public StoreFixture
 {
 protected:
@@ -431,15 +438,10 @@ TEST_F(FolderStoreTest, RefreshOfAllRootsReadsThemFromTheStore)
 
 TEST_F(FolderStoreTest, ChainOfTwoThousandFoldersIsRemovedOnASmallStack)
 {
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-    constexpr int length = 300; // frames are larger under a sanitizer
-#else
-    constexpr int length = 2'000;
-#endif
     RawStore(StorePath())
         .Run("WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < %1) "
-             "INSERT INTO FolderConfiguration (id, parentId, rootId) SELECT i, i - 1, 1 FROM n"_q.arg(length));
-    ASSERT_EQ(Count("FolderConfiguration"), length);
+             "INSERT INTO FolderConfiguration (id, parentId, rootId) SELECT i, i - 1, 1 FROM n"_q.arg(DeepTree));
+    ASSERT_EQ(Count("FolderConfiguration"), DeepTree);
     EXPECT_TRUE(OnSmallStack([&] {
         auto const database = store->CreateDatabase(); // thousands of commits by themselves would take long
         return database->transaction() && manager->RemoveFolderAndChildren(1) && database->commit();
@@ -576,6 +578,15 @@ TEST_F(FolderRollback, BringsARemovedRootBackSoThatNothingIsOrphaned)
     EXPECT_TRUE(manager->IsInExistingClientFolder("/kept/a"_q, -1, false));
 }
 
+TEST_F(FolderRollback, LeavesTheIdOfAnAddedFolderToTheNextOne)
+{
+    auto const database = store->CreateDatabase();
+    ASSERT_TRUE(database->transaction());
+    int const id = AddFolder("/taken back"_q).getId();
+    ASSERT_TRUE(database->rollback());
+    EXPECT_EQ(AddFolder("/next"_q).getId(), id);
+}
+
 TEST_F(FolderRollback, OnAnotherThreadShowsInEveryManager)
 {
     FolderConfigManager other(store, nullptr);
@@ -654,6 +665,20 @@ TEST_F(FolderStoreTest, DeepPathIsMadeWhole)
         path += "/d"_q;
     EXPECT_NE(manager->AddFolderAndParent(path, root).getId(), -1);
     EXPECT_EQ(Count("FolderConfiguration"), 201);
+}
+
+TEST_F(FolderStoreTest, PathOfTwoThousandFoldersIsMadeOnASmallStack)
+{
+    FolderConfiguration const root = AddFolder("/r"_q);
+    QString const path = "/r"_q + "/a"_q.repeated(DeepTree);
+    int const id = OnSmallStack([&] {
+        auto const database = store->CreateDatabase(); // thousands of commits by themselves would take long
+        bool const began = database->transaction();
+        int const last = manager->AddFolderAndParent(path, root).getId();
+        return began && database->commit() ? last : -1;
+    });
+    EXPECT_EQ(manager->GetFolderConfigurationById(id).getClientPath(), path);
+    EXPECT_EQ(Count("FolderConfiguration"), DeepTree + 1);
 }
 
 // Removal
