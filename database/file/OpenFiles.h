@@ -18,7 +18,9 @@ namespace sync::database {
 /// one, and with two indices of one log commits overwrite each other. A file with two names has two logs.
 ///
 /// A check takes one system call for each file, by its name. The class cannot use a descriptor of its own: closing it
-/// would release the locks that SQLite holds on the file.
+/// would release the locks that SQLite holds on the file. A watch on the folder (inotify) does not suffice either: it
+/// reports a cut like each write of the store itself, and it reports neither a hard link in another folder nor the
+/// renaming of a folder above.
 class OpenFiles
 {
 public:
