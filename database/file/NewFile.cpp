@@ -36,10 +36,10 @@ int CompareBytes(char const* first, char const* second, qint64 size, bool& areSa
         return code;
     for (int i : {0, 1})
         sqlite3_file_control(handles[i].get(), "main", SQLITE_FCNTL_FILE_POINTER, &files[i]);
-    constexpr int ChunkSize = 65536;
-    std::vector<char> chunks[2] = {std::vector<char>(ChunkSize), std::vector<char>(ChunkSize)};
-    for (qint64 offset = 0; offset < size; offset += ChunkSize) {
-        int const length = static_cast<int>(std::min<qint64>(ChunkSize, size - offset));
+    constexpr int chunkSize = 65536;
+    std::vector<char> chunks[2] = {std::vector<char>(chunkSize), std::vector<char>(chunkSize)};
+    for (qint64 offset = 0; offset < size; offset += chunkSize) {
+        int const length = static_cast<int>(std::min<qint64>(chunkSize, size - offset));
         for (int i : {0, 1}) {
             code = files[i]->pMethods->xRead(files[i], chunks[i].data(), length, offset);
             if (code != SQLITE_OK)
