@@ -11,6 +11,7 @@ struct Compaction
 {
     /// The size of the store's file in bytes, with all that is in the log.
     qint64 bytesBefore = 0;
+    /// The same after the compaction.
     qint64 bytesAfter = 0;
     /// Whether the file keeps its old size for the time being, because another thread or program still reads the store
     /// as it was. It shrinks when the log is next emptied.
