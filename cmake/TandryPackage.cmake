@@ -1,5 +1,4 @@
-# A CMake package and pkg-config files, by which clients find the installed libraries, whatever the prefix; and Debian
-# packages: `cpack --config build/release/CPackConfig.cmake`.
+# A CMake package and pkg-config files, by which clients find the installed libraries, whatever the prefix.
 
 include(CMakePackageConfigHelpers)
 
@@ -39,35 +38,3 @@ tandry_pkg_config(Database
 tandry_pkg_config(Configuration
   DESCRIPTION "Records and managers of a folder-synchronisation client's configuration store"
   REQUIRES "tandry-interfaces = ${PROJECT_VERSION}")
-
-if(NOT PROJECT_IS_TOP_LEVEL)
-  return()
-endif()
-set(CPACK_GENERATOR DEB)
-set(CPACK_PACKAGE_CONTACT "The Tandry developers <tandry@localhost>")
-set(CPACK_PACKAGE_VENDOR "The Tandry developers")
-set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
-set(CPACK_COMPONENTS_ALL Runtime Development)
-set(CPACK_COMPONENT_RUNTIME_DESCRIPTION "${PROJECT_DESCRIPTION}: libraries")
-set(CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION "${PROJECT_DESCRIPTION}: headers and build files")
-set(CPACK_COMPONENT_TOOL_DESCRIPTION "${PROJECT_DESCRIPTION}: command-line tool")
-if(TARGET tandryctl)
-  list(APPEND CPACK_COMPONENTS_ALL Tool)
-endif()
-set(CPACK_DEB_COMPONENT_INSTALL ON)
-set(CPACK_DEBIAN_ENABLE_COMPONENT_DEPENDS ON)
-set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
-set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME libtandry${PROJECT_VERSION_MAJOR})
-set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION libs)
-set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libtandry-dev)
-set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
-set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "qtbase5-dev (>= 5.15)")
-set(CPACK_DEBIAN_TOOL_PACKAGE_NAME tandryctl)
-set(CPACK_DEBIAN_TOOL_PACKAGE_SECTION utils)
-set(CPACK_COMPONENT_DEVELOPMENT_DEPENDS Runtime)
-set(CPACK_COMPONENT_TOOL_DEPENDS Runtime)
-# The tool's libraries are of this very build, so their packages are told above and not looked up.
-set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
-set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS "${CMAKE_LIBRARY_OUTPUT_DIRECTORY}")
-set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
-include(CPack)
