@@ -24,6 +24,7 @@ void DeclareCommands(CommandLine& commandLine)
     AddFolderCommands(top);
     AddFileCommands(top);
     AddScanCommand(top);
+    AddDiffCommand(top);
     AddListCommands(top);
     AddStatusCommands(top);
     AddPathCommands(top);
