@@ -38,7 +38,7 @@ struct OpenOptions
     /// The size, in bytes, to which a write-ahead log may grow while queries read an old state of the store. At this
     /// size `next` of such a query fails, and the query must be run again. A write waits, as for a lock, until no query
     /// of any thread or process reads an old state, and then empties the log. A single transaction may exceed the size.
-    qint64 logLimitBytes = 1024 * 1024 * 1024;
+    qint64 logLimitBytes = qint64(1024) * 1024 * 1024;
 };
 
 } // namespace sync::database
