@@ -2,10 +2,10 @@
 
 #include "Text.h"
 
+#include "tools/findings/JsonText.h"
+
 #include <QDateTime>
-#include <QJsonArray>
 #include <QJsonDocument>
-#include <QJsonObject>
 
 #include <algorithm>
 
@@ -14,31 +14,6 @@ namespace tandryctl {
 namespace {
 
 constexpr int BufferBytes = 64 * 1024;
-
-QJsonValue ToJson(QVariant const& value)
-{
-    switch (static_cast<QMetaType::Type>(value.type())) {
-    case QMetaType::QDateTime:
-        return value.toDateTime().isValid() ? QJsonValue(CellText(value, Clock::Utc)) : QJsonValue();
-    case QMetaType::QString:
-        return value.toString().isNull() ? QJsonValue() : QJsonValue(value.toString());
-    case QMetaType::QVariantMap: {
-        QJsonObject object;
-        QVariantMap const map = value.toMap();
-        for (auto entry = map.begin(); entry != map.end(); ++entry)
-            object.insert(entry.key(), ToJson(entry.value()));
-        return object;
-    }
-    case QMetaType::QVariantList: {
-        QJsonArray array;
-        for (QVariant const& element : value.toList())
-            array.append(ToJson(element));
-        return array;
-    }
-    default:
-        return QJsonValue::fromVariant(value);
-    }
-}
 
 QString TimeText(QDateTime time, Clock clock)
 {
@@ -145,8 +120,10 @@ void Output::_BeginRows(QVector<QString> const& names)
     _cells.clear();
     _numeric = QVector<bool>(names.size(), true);
     _firstObject = true;
-    if (_format == OutputFormat::Json)
+    if (_format == OutputFormat::Json) {
+        _SetKeys();
         _Write("[");
+    }
 }
 
 void Output::_AddRow(QVector<QVariant> const& values)
@@ -205,15 +182,36 @@ void Output::_ShowRow(QVector<QString> const& names, QVector<QVariant> const& va
     PrintLines(lines);
 }
 
+void Output::_SetKeys()
+{
+    _keys.clear();
+    for (int column = 0; column < _names.size(); ++column) {
+        Key key{column, {}};
+        tandry::findings::AppendJsonString(key.text, _names.at(column));
+        key.text += ':';
+        _keys.append(key);
+    }
+    std::sort(_keys.begin(), _keys.end(), [this](Key const& left, Key const& right) {
+        return _names.at(left.column) < _names.at(right.column);
+    });
+}
+
 void Output::_WriteObject(QVector<QVariant> const& values)
 {
-    QJsonObject object;
-    for (int column = 0; column < values.size(); ++column) {
-        if (!IsHidden(values.at(column)))
-            object.insert(_names.at(column), ToJson(values.at(column)));
-    }
-    _Write((_firstObject ? "\n" : ",\n") + QJsonDocument(object).toJson(QJsonDocument::Compact));
+    _Write(_firstObject ? "\n{" : ",\n{");
     _firstObject = false;
+    bool isFirstKey = true;
+    for (Key const& key : qAsConst(_keys)) {
+        QVariant const& value = values.at(key.column);
+        if (IsHidden(value))
+            continue;
+        if (!isFirstKey)
+            _buffer += ',';
+        isFirstKey = false;
+        _buffer += key.text;
+        tandry::findings::AppendJsonValue(_buffer, value);
+    }
+    _Write("}");
 }
 
 } // namespace tandryctl

@@ -87,7 +87,7 @@ struct Line
 /// Prints a command's results to a device in one of the two formats.
 ///
 /// A plain listing is a table with aligned columns and one row per line; names are made printable. JSON is an array of
-/// objects, one per line, whose keys are the column names; texts are unchanged.
+/// objects, one per line, whose keys are the column names in alphabetical order; texts are unchanged.
 class Output
 {
 public:
@@ -173,13 +173,23 @@ private:
     void _AddRow(QVector<QVariant> const& values);
     void _EndRows();
     void _ShowRow(QVector<QString> const& names, QVector<QVariant> const& values);
+    void _SetKeys();
     void _WriteObject(QVector<QVariant> const& values);
     void _Write(QByteArray const& bytes);
+
+    /// A column's key in an object of JSON.
+    struct Key
+    {
+        int column;
+        /// With quotation marks and the colon.
+        QByteArray text;
+    };
 
     QIODevice& _device;
     OutputFormat const _format;
     Clock const _clock;
     QVector<QString> _names;
+    QVector<Key> _keys;
     QVector<QVector<QString>> _cells;
     QVector<bool> _numeric;
     bool _firstObject = true;
