@@ -2,8 +2,8 @@
 
 #include "database/file/SecretErasure.h"
 #include "database/file/StoreCommit.h"
-#include "database/file/StoreLog.h"
 #include "database/sqlite/ErrorTexts.h"
+#include "database/store/StoreLog.h"
 
 namespace sync::database {
 

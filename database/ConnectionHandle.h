@@ -4,6 +4,7 @@
 #include "database/sqlite/LogLimit.h"
 #include "database/sqlite/PreparedStatement.h"
 #include "database/sqlite/StatementCache.h"
+#include "database/store/TransactionHandle.h"
 
 namespace sync::database {
 
@@ -21,7 +22,7 @@ struct RunResult
 
 /// The SQLite handle of a thread's connection, with its settings, its transaction statements and its prepared
 /// statements. Operations that return an int return SQLite's result code.
-class ConnectionHandle
+class ConnectionHandle : public TransactionHandle
 {
 public:
     ConnectionHandle(StoreFile const& file, OpenOptions const& options, SecretErasure& secrets);
@@ -39,14 +40,12 @@ public:
     bool Owns(PreparedStatement const& statement) const { return statement.isOf(_store.get()); }
 
     bool isInTransaction() const { return sqlite3_get_autocommit(_store.get()) == 0; }
-    /// How many rows the handle has changed so far.
-    qint64 changes() const { return sqlite3_total_changes64(_store.get()); }
+    qint64 changes() const override { return sqlite3_total_changes64(_store.get()); }
 
-    [[nodiscard]] Failure Begin();
-    /// Returns success if the transaction is durable. Otherwise nothing of it is, and the transaction has been rolled
-    /// back, unless the error is of the kind `OutcomeUnknown`.
-    [[nodiscard]] Failure Commit();
-    void RollBack() noexcept;
+    Failure CheckWritable() const override { return _store.CheckWritable(); }
+    Failure Begin() override;
+    Failure Commit() override;
+    void RollBack() noexcept override;
 
     /// Runs a writing statement to its end, in the open transaction.
     [[nodiscard]] int Write(PreparedStatement& statement, RunResult& result);

@@ -9,11 +9,9 @@
 
 namespace sync::database {
 
-SqliteConnection::SqliteConnection(std::shared_ptr<SqliteStore> store)
-    : _store(std::move(store))
-    , _thread(std::this_thread::get_id())
-    , _errors(*_store)
-    , _transaction(_store->file(), _errors)
+SqliteConnection::SqliteConnection(std::shared_ptr<SqliteStore> const& store)
+    : StoreConnection(store)
+    , _store(store.get())
 {}
 
 SqliteConnection::~SqliteConnection()
@@ -67,20 +65,10 @@ Failure SqliteConnection::OpenForSnapshot()
 {
     if (Failure failure = Open())
         return failure;
-    if (_transaction.state() != ConnectionTransaction::State::None)
+    if (transaction().state() != ConnectionTransaction::State::None)
         return Refuse(SQLITE_MISUSE,
                       QStringLiteral("this thread has a transaction or a scope open that is not committed"));
     return _handle->store().CheckUnmoved();
-}
-
-Failure SqliteConnection::CheckThread() const
-{
-    if (_store->isClosed())
-        return Refuse(SQLITE_MISUSE, QStringLiteral("the store has been closed"));
-    if (_thread != std::this_thread::get_id())
-        return Refuse(SQLITE_MISUSE,
-                      QStringLiteral("a query or a transaction was used on another thread than its own"));
-    return {};
 }
 
 /// A statement of a replaced handle must neither write past the new handle nor show what was rolled back.
@@ -137,7 +125,7 @@ Failure SqliteConnection::Advance(PreparedStatement& statement, bool& hasRow)
     hasRow = false;
     if (Failure failure = CheckStatement(statement))
         return failure;
-    if (!_transaction.isOpen() && _handle->logLimit().EndsReader(statement.logPosition())) {
+    if (!transaction().isOpen() && _handle->logLimit().EndsReader(statement.logPosition())) {
         statement.Reset();
         return Refuse(
             SQLITE_BUSY_SNAPSHOT,
@@ -158,24 +146,24 @@ Failure SqliteConnection::ReadRow(PreparedStatement& statement, bool& hasRow)
         return failure;
     }
     Failure failure = _handle->Describe(code, &statement);
-    if (_transaction.isOpen() && !_handle->isInTransaction())
-        _transaction.Lose(*failure, _handle->changes());
+    if (transaction().isOpen() && !_handle->isInTransaction())
+        transaction().Lose(*failure, _handle->changes());
     return failure;
 }
 
 /// Checks that the connection may write, and begins the transaction of an open scope.
 Failure SqliteConnection::PrepareToWrite()
 {
-    if (_store->isReadOnly())
-        return Refuse(SQLITE_READONLY, QStringLiteral("the store has been opened for reading only"));
-    if (Failure failure = _transaction.CheckWritable())
+    if (Failure failure = CheckNotReadOnly())
+        return failure;
+    if (Failure failure = transaction().CheckWritable())
         return failure;
     // In a transaction the log and its index were checked at the begin, and will be at the commit.
-    if (_transaction.isOpen())
+    if (transaction().isOpen())
         return _handle->store().CheckFileWritable();
     if (Failure failure = _handle->store().CheckWritable())
         return failure;
-    return TransactionalScope::Depth() > 0 ? _transaction.BeginScope(*_handle, shared_from_this()) : Failure();
+    return TransactionalScope::Depth() > 0 ? transaction().BeginScope(*_handle, shared_from_this()) : Failure();
 }
 
 Failure SqliteConnection::Write(PreparedStatement& statement, RunResult& result)
@@ -184,7 +172,7 @@ Failure SqliteConnection::Write(PreparedStatement& statement, RunResult& result)
         failure->statement = statement.text();
         return failure;
     }
-    if (!_transaction.isOpen())
+    if (!transaction().isOpen())
         return WriteAlone(statement, result);
     qint64 const changesBefore = _handle->changes();
     int code = _handle->Write(statement, result);
@@ -192,7 +180,7 @@ Failure SqliteConnection::Write(PreparedStatement& statement, RunResult& result)
     // A scope writes its pages to the log at once, so that a full disk shows here and not when the scope ends. A client
     // transaction does not need that, since its commit returns a result. A journal does not allow it: it would lock
     // out all readers, and a thread that fills a cached listing holds the lock that this thread needs to clear it.
-    if (isWritten && _transaction.state() == ConnectionTransaction::State::Scope && _handle->hasLog())
+    if (isWritten && transaction().state() == ConnectionTransaction::State::Scope && _handle->hasLog())
         code = _handle->FlushToLog();
     if (code == SQLITE_OK)
         return {};
@@ -200,7 +188,7 @@ Failure SqliteConnection::Write(PreparedStatement& statement, RunResult& result)
     result = {};
     Failure failure = _handle->Describe(code, &statement);
     if (isWritten || !_handle->isInTransaction())
-        _transaction.Lose(*failure, changesBefore);
+        transaction().Lose(*failure, changesBefore);
     return failure;
 }
 
@@ -224,27 +212,6 @@ Failure SqliteConnection::WriteAlone(PreparedStatement& statement, RunResult& re
     result = {};
     failure->statement = statement.text();
     return failure;
-}
-
-Failure SqliteConnection::BeginTransaction()
-{
-    if (Failure failure = Open())
-        return failure;
-    if (_store->isReadOnly())
-        return Refuse(SQLITE_READONLY, QStringLiteral("the store has been opened for reading only"));
-    return _transaction.BeginClient(*_handle);
-}
-
-Failure SqliteConnection::CommitTransaction()
-{
-    Failure failure = CheckThread();
-    return failure ? failure : _transaction.CommitClient();
-}
-
-Failure SqliteConnection::RollBackTransaction()
-{
-    Failure failure = CheckThread();
-    return failure ? failure : _transaction.RollBackClient();
 }
 
 StoreError SqliteConnection::Describe(StatementError const& error, PreparedStatement const& statement) const

@@ -2,12 +2,12 @@
 
 #include "database/AbsolutePath.h"
 #include "database/SqliteConnection.h"
-#include "database/SqliteDatabase.h"
 #include "database/SqliteQuery.h"
 #include "database/SqliteStore.h"
-#include "database/file/StoreLog.h"
 #include "database/file/StoreRestore.h"
 #include "database/sqlite/ErrorTexts.h"
+#include "database/store/StoreDatabase.h"
+#include "database/store/StoreLog.h"
 
 #include <sqlite3.h>
 
@@ -91,7 +91,7 @@ SqliteDatabaseFactory::Open(QString const& path, StoreError& error, OpenOptions 
 
 std::shared_ptr<sync::interf::IQSqlDatabaseWrapper> SqliteDatabaseFactory::CreateDatabase()
 {
-    return std::make_shared<SqliteDatabase>(_store->Connection());
+    return std::make_shared<StoreDatabase>(_store);
 }
 
 std::shared_ptr<sync::interf::IQSqlQueryWrapper> SqliteDatabaseFactory::CreateQuery()
@@ -118,7 +118,7 @@ template <class Operation>
 bool SqliteDatabaseFactory::Answer(QString* error, Operation const& operation)
 {
     std::shared_ptr<SqliteConnection> const connection = _store->Connection();
-    Failure const failure = connection != nullptr ? operation(*connection) : SqliteStore::NoConnection();
+    Failure const failure = connection != nullptr ? operation(*connection) : _store->NoConnection();
     if (failure && connection != nullptr)
         connection->errors().Record(*failure);
     if (failure && error != nullptr)
@@ -176,14 +176,12 @@ std::optional<QStringList> SqliteDatabaseFactory::FindDamage(QString* error)
 
 std::optional<StoreError> SqliteDatabaseFactory::LastError() const
 {
-    std::shared_ptr<SqliteConnection> const connection = _store->Connection();
-    return connection != nullptr ? connection->errors().first() : std::nullopt;
+    return _store->LastError();
 }
 
 void SqliteDatabaseFactory::ClearError()
 {
-    if (std::shared_ptr<SqliteConnection> const connection = _store->Connection())
-        connection->errors().Clear();
+    _store->ClearError();
 }
 
 } // namespace sync::database

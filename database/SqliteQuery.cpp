@@ -21,7 +21,7 @@ bool SqliteQuery::prepare(QString const& statement)
     _prepareFailure = {};
     _lastError.clear();
     if (_connection == nullptr)
-        _prepareFailure = SqliteStore::NoConnection();
+        _prepareFailure = MakeError(SQLITE_MISUSE, Store::NoConnectionWords());
     else
         _prepareFailure = _connection->Prepare(statement, _statement);
     if (_prepareFailure)

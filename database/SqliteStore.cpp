@@ -1,20 +1,18 @@
 #include "database/SqliteStore.h"
 
 #include "database/SqliteConnection.h"
-#include "database/StoreFactory.h"
-#include "database/ThreadConnections.h"
 #include "database/file/DroppedCommits.h"
 #include "database/file/StoreBackup.h"
 #include "database/file/StoreCompaction.h"
 #include "database/file/StoreCreation.h"
 #include "database/file/StoreDamage.h"
 #include "database/file/StoreHeader.h"
-#include "database/file/StoreLog.h"
 #include "database/file/StoreSnapshot.h"
 #include "database/file/StoreUpgrade.h"
 #include "database/sqlite/ErrorTexts.h"
+#include "database/store/StoreLog.h"
 
-#include <algorithm>
+#include <utility>
 
 namespace sync::database {
 
@@ -100,7 +98,7 @@ Failure
 SqliteStore::Compact(SqliteConnection& connection, CompactionProgress const& progress, Compaction& compaction) const
 {
     if (isReadOnly())
-        return MakeError(_file.path(), SQLITE_READONLY, QStringLiteral("the store has been opened for reading only"));
+        return Refuse(Refusal::ReadOnly, QStringLiteral("the store has been opened for reading only"));
     if (Failure failure = connection.OpenForSnapshot())
         return failure;
     return StoreCompaction(_file, _options.busyTimeoutMsec).Run(progress, compaction);
@@ -118,53 +116,25 @@ Failure SqliteStore::FindDamage(SqliteConnection& connection, QStringList& damag
 
 std::shared_ptr<SqliteConnection> SqliteStore::Connection()
 {
-    ThreadConnections* const connections = ThreadConnections::OfThisThread();
-    if (connections == nullptr)
-        return nullptr;
-    if (SqliteConnection* const found = connections->Find(this))
-        return found->shared_from_this();
+    return std::static_pointer_cast<SqliteConnection>(Store::Connection());
+}
 
-    auto connection = std::make_shared<SqliteConnection>(shared_from_this());
-    {
-        std::lock_guard<std::mutex> const lock(_mutex);
-        _connections.push_back(connection);
+std::shared_ptr<StoreConnection> SqliteStore::MakeConnection()
+{
+    return std::make_shared<SqliteConnection>(std::static_pointer_cast<SqliteStore>(shared_from_this()));
+}
+
+StoreError SqliteStore::Refuse(Refusal refusal, QString const& words) const
+{
+    switch (refusal) {
+    case Refusal::RolledBack:
+        return MakeError(_file.path(), SQLITE_ABORT_ROLLBACK, words);
+    case Refusal::ReadOnly:
+        return MakeError(_file.path(), SQLITE_READONLY, words);
+    case Refusal::Misuse:
+        break;
     }
-    connections->Add(shared_from_this(), connection.get());
-    return connection;
-}
-
-Failure SqliteStore::NoConnection()
-{
-    return MakeError(SQLITE_MISUSE, QStringLiteral("the thread is ending and has closed its stores"));
-}
-
-void SqliteStore::Close()
-{
-    _isClosed.store(true, std::memory_order_release);
-    std::vector<std::shared_ptr<SqliteConnection>> connections;
-    std::lock_guard<std::mutex> const lock(_mutex);
-    connections.swap(_connections);
-}
-
-void SqliteStore::Forget(SqliteConnection const* connection)
-{
-    std::shared_ptr<SqliteConnection> forgotten;
-    {
-        std::lock_guard<std::mutex> const lock(_mutex);
-        auto const found = std::find_if(
-            _connections.begin(), _connections.end(), [&](auto const& own) { return own.get() == connection; });
-        if (found == _connections.end())
-            return;
-        forgotten = std::move(*found);
-        _connections.erase(found);
-    }
-    forgotten->CommitAbandonedScope();
-}
-
-void SqliteStore::EmitCommitFailed(StoreError const& error) const
-{
-    if (std::shared_ptr<StoreFactory> const factory = _factory.lock())
-        Q_EMIT factory->CommitFailed(error);
+    return MakeError(_file.path(), SQLITE_MISUSE, words);
 }
 
 } // namespace sync::database

@@ -2,8 +2,8 @@
 
 #include "database/file/StoreFile.h"
 #include "database/file/StoreOwner.h"
-#include "database/sqlite/Failure.h"
 #include "database/sqlite/SqliteHandle.h"
+#include "database/store/Failure.h"
 
 #include <QByteArray>
 #include <QtGlobal>

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "database/file/StoreFile.h"
-#include "database/sqlite/Failure.h"
 #include "database/sqlite/LogIndex.h"
+#include "database/store/Failure.h"
 
 #include <memory>
 #include <optional>

@@ -1,8 +1,8 @@
 #include "database/file/StoreCommit.h"
 
 #include "database/file/StoreHandle.h"
-#include "database/file/StoreLog.h"
 #include "database/sqlite/FailedCommit.h"
+#include "database/store/StoreLog.h"
 
 namespace sync::database {
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "database/OpenOptions.h"
-#include "database/sqlite/Failure.h"
+#include "database/store/Failure.h"
 
 namespace sync::database {
 

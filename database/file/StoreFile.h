@@ -1,7 +1,7 @@
 #pragma once
 
 #include "database/file/FileIdentity.h"
-#include "database/sqlite/Failure.h"
+#include "database/store/Failure.h"
 
 #include <QByteArray>
 #include <QString>

@@ -4,8 +4,8 @@
 #include "database/file/OpenFiles.h"
 #include "database/file/StoreFile.h"
 #include "database/sqlite/BusyHandler.h"
-#include "database/sqlite/Failure.h"
 #include "database/sqlite/SqliteHandle.h"
+#include "database/store/Failure.h"
 
 #include <QByteArray>
 #include <QString>

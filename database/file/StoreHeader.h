@@ -1,6 +1,6 @@
 #pragma once
 
-#include "database/sqlite/Failure.h"
+#include "database/store/Failure.h"
 
 #include <QtGlobal>
 

@@ -2,8 +2,8 @@
 
 #include "database/file/NewFile.h"
 #include "database/file/StoreFile.h"
-#include "database/file/StoreLog.h"
 #include "database/sqlite/ErrorTexts.h"
+#include "database/store/StoreLog.h"
 
 #include <QFile>
 

@@ -4,10 +4,10 @@
 #include "database/file/StoreBackup.h"
 #include "database/file/StoreCommit.h"
 #include "database/file/StoreDamage.h"
-#include "database/file/StoreLog.h"
 #include "database/file/StoreSchema.h"
 #include "database/file/UpgradeSteps.h"
 #include "database/sqlite/ErrorTexts.h"
+#include "database/store/StoreLog.h"
 
 #include <utility>
 

@@ -1,4 +1,4 @@
-#include "database/file/StoreLog.h"
+#include "database/store/StoreLog.h"
 
 namespace sync::database {
 

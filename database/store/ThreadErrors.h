@@ -7,13 +7,13 @@
 
 namespace sync::database {
 
-class SqliteStore;
+class Store;
 
 /// The errors of one thread on a store: logs each, and keeps the first until it is cleared.
 class ThreadErrors
 {
 public:
-    explicit ThreadErrors(SqliteStore const& store);
+    explicit ThreadErrors(Store const& store);
 
     void Record(StoreError const& error);
     /// The same for writes that returned true and are lost; also emits the factory's `CommitFailed`.
@@ -28,7 +28,7 @@ public:
 private:
     void Emit(StoreError const& error) noexcept;
 
-    SqliteStore const& _store;
+    Store const& _store;
     std::optional<StoreError> _first;
     bool _isEmitting = false;
     /// The writes that slots lost while the signal was being emitted.

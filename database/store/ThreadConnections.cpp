@@ -1,7 +1,7 @@
-#include "database/ThreadConnections.h"
+#include "database/store/ThreadConnections.h"
 
-#include "database/SqliteStore.h"
 #include "database/TransactionalScope.h"
+#include "database/store/Store.h"
 
 #include <algorithm>
 
@@ -32,12 +32,12 @@ ThreadConnections::~ThreadConnections()
 {
     isThreadEnding = true;
     for (Entry const& entry : _entries) {
-        if (std::shared_ptr<SqliteStore> const store = entry.store.lock())
+        if (std::shared_ptr<Store> const store = entry.store.lock())
             store->Forget(entry.connection);
     }
 }
 
-SqliteConnection* ThreadConnections::Find(SqliteStore const* store) const
+StoreConnection* ThreadConnections::Find(Store const* store) const
 {
     for (Entry const& entry : _entries) {
         if (entry.key == store)
@@ -46,7 +46,7 @@ SqliteConnection* ThreadConnections::Find(SqliteStore const* store) const
     return nullptr;
 }
 
-void ThreadConnections::Add(std::shared_ptr<SqliteStore> const& store, SqliteConnection* connection)
+void ThreadConnections::Add(std::shared_ptr<Store> const& store, StoreConnection* connection)
 {
     _entries.erase(
         std::remove_if(_entries.begin(), _entries.end(), [](Entry const& entry) { return entry.store.expired(); }),

@@ -1,26 +1,26 @@
-#include "database/ConnectionTransaction.h"
+#include "database/store/ConnectionTransaction.h"
 
-#include "database/ConnectionHandle.h"
-#include "database/ThreadErrors.h"
 #include "database/TransactionalScope.h"
-#include "database/sqlite/ErrorTexts.h"
+#include "database/store/Store.h"
+#include "database/store/ThreadErrors.h"
+#include "database/store/TransactionHandle.h"
 
 #include <utility>
 
 namespace sync::database {
 
-ConnectionTransaction::ConnectionTransaction(StoreFile const& file, ThreadErrors& errors)
-    : _file(file)
+ConnectionTransaction::ConnectionTransaction(Store const& store, ThreadErrors& errors)
+    : _store(store)
     , _errors(errors)
 {}
 
 ConnectionTransaction::~ConnectionTransaction()
 {
-    if (isOpen()) // SQLite rolls it back when the handle is closed
+    if (isOpen()) // the database rolls it back when the handle is closed
         TransactionalScope::CountRollback();
 }
 
-Failure ConnectionTransaction::BeginScope(ConnectionHandle& handle, std::shared_ptr<void> owner)
+Failure ConnectionTransaction::BeginScope(TransactionHandle& handle, std::shared_ptr<void> owner)
 {
     if (Failure failure = handle.Begin())
         return failure;
@@ -32,13 +32,13 @@ Failure ConnectionTransaction::BeginScope(ConnectionHandle& handle, std::shared_
     return {};
 }
 
-Failure ConnectionTransaction::BeginClient(ConnectionHandle& handle)
+Failure ConnectionTransaction::BeginClient(TransactionHandle& handle)
 {
     if (_state == State::Client || _state == State::LostClient)
-        return Refuse(SQLITE_MISUSE, QStringLiteral("a transaction is open already"));
+        return _store.Refuse(Refusal::Misuse, QStringLiteral("a transaction is open already"));
     if (TransactionalScope::Depth() > 0)
-        return Refuse(SQLITE_MISUSE, QStringLiteral("a transaction can't be opened inside a scope"));
-    if (Failure failure = handle.store().CheckWritable())
+        return _store.Refuse(Refusal::Misuse, QStringLiteral("a transaction can't be opened inside a scope"));
+    if (Failure failure = handle.CheckWritable())
         return failure;
     if (Failure failure = handle.Begin())
         return failure;
@@ -50,16 +50,16 @@ Failure ConnectionTransaction::BeginClient(ConnectionHandle& handle)
 Failure ConnectionTransaction::CommitClient()
 {
     if (_state != State::Client && _state != State::LostClient)
-        return Refuse(SQLITE_MISUSE, QStringLiteral("no transaction is open"));
+        return _store.Refuse(Refusal::Misuse, QStringLiteral("no transaction is open"));
     if (std::exchange(_state, State::None) == State::LostClient)
-        return Refuse(SQLITE_ABORT_ROLLBACK, QStringLiteral("an earlier failure rolled the transaction back"));
+        return RefuseRolledBack();
     return Commit(*std::exchange(_handle, nullptr));
 }
 
 Failure ConnectionTransaction::RollBackClient()
 {
     if (_state != State::Client && _state != State::LostClient)
-        return Refuse(SQLITE_MISUSE, QStringLiteral("no transaction is open"));
+        return _store.Refuse(Refusal::Misuse, QStringLiteral("no transaction is open"));
     if (std::exchange(_state, State::None) == State::Client)
         RollBack(*std::exchange(_handle, nullptr));
     return {};
@@ -69,7 +69,7 @@ Failure ConnectionTransaction::CheckWritable() const
 {
     if (_state != State::LostClient)
         return {};
-    return Refuse(SQLITE_ABORT_ROLLBACK, QStringLiteral("an earlier failure rolled the transaction back"));
+    return RefuseRolledBack();
 }
 
 void ConnectionTransaction::Lose(StoreError const& error, qint64 changesBefore)
@@ -92,7 +92,7 @@ void ConnectionTransaction::Lose(StoreError const& error, qint64 changesBefore)
 bool ConnectionTransaction::CommitScope() noexcept
 {
     std::shared_ptr<void> const owner = std::move(_scopeOwner);
-    ConnectionHandle& handle = *std::exchange(_handle, nullptr);
+    TransactionHandle& handle = *std::exchange(_handle, nullptr);
     _state = State::None;
 
     Failure failure = Commit(handle);
@@ -117,9 +117,9 @@ void ConnectionTransaction::CommitAbandonedScope() noexcept
 }
 
 /// Rolls back on failure.
-Failure ConnectionTransaction::Commit(ConnectionHandle& handle)
+Failure ConnectionTransaction::Commit(TransactionHandle& handle)
 {
-    if (Failure failure = handle.store().CheckWritable()) {
+    if (Failure failure = handle.CheckWritable()) {
         RollBack(handle);
         return failure;
     }
@@ -129,15 +129,15 @@ Failure ConnectionTransaction::Commit(ConnectionHandle& handle)
     return failure;
 }
 
-void ConnectionTransaction::RollBack(ConnectionHandle& handle) noexcept
+void ConnectionTransaction::RollBack(TransactionHandle& handle) noexcept
 {
     handle.RollBack();
     TransactionalScope::CountRollback();
 }
 
-Failure ConnectionTransaction::Refuse(int code, QString const& words) const
+Failure ConnectionTransaction::RefuseRolledBack() const
 {
-    return MakeError(_file.path(), code, words);
+    return _store.Refuse(Refusal::RolledBack, QStringLiteral("an earlier failure rolled the transaction back"));
 }
 
 } // namespace sync::database

@@ -1,8 +1,7 @@
 #pragma once
 
 #include "database/ScopeParticipant.h"
-#include "database/file/StoreFile.h"
-#include "database/sqlite/Failure.h"
+#include "database/store/Failure.h"
 
 #include <QtGlobal>
 
@@ -10,8 +9,9 @@
 
 namespace sync::database {
 
-class ConnectionHandle;
+class Store;
 class ThreadErrors;
+class TransactionHandle;
 
 /// The transaction of a thread's connection: a scope's, or the client's own.
 class ConnectionTransaction : public ScopeParticipant
@@ -28,19 +28,19 @@ public:
         LostClient,
     };
 
-    ConnectionTransaction(StoreFile const& file, ThreadErrors& errors);
+    ConnectionTransaction(Store const& store, ThreadErrors& errors);
     ~ConnectionTransaction() override;
     Q_DISABLE_COPY_MOVE(ConnectionTransaction)
 
     State state() const { return _state; }
-    /// Whether SQLite has a transaction open for a scope or the client.
+    /// Whether the database has a transaction open for a scope or the client.
     bool isOpen() const { return _handle != nullptr; }
 
     /// Begins the transaction of the thread's open scope. The end of the scope needs the connection, so its `owner` is
     /// kept alive until then. The handle must outlive the transaction.
-    Failure BeginScope(ConnectionHandle& handle, std::shared_ptr<void> owner);
+    Failure BeginScope(TransactionHandle& handle, std::shared_ptr<void> owner);
     /// Begins a client transaction.
-    Failure BeginClient(ConnectionHandle& handle);
+    Failure BeginClient(TransactionHandle& handle);
     Failure CommitClient();
     Failure RollBackClient();
 
@@ -57,15 +57,15 @@ public:
     void CommitAbandonedScope() noexcept;
 
 private:
-    Failure Commit(ConnectionHandle& handle);
-    static void RollBack(ConnectionHandle& handle) noexcept;
-    Failure Refuse(int code, QString const& words) const;
+    Failure Commit(TransactionHandle& handle);
+    static void RollBack(TransactionHandle& handle) noexcept;
+    Failure RefuseRolledBack() const;
 
-    StoreFile const& _file;
+    Store const& _store;
     ThreadErrors& _errors;
     State _state = State::None;
     /// Set while a transaction is open.
-    ConnectionHandle* _handle = nullptr;
+    TransactionHandle* _handle = nullptr;
     qint64 _changesAtBegin = 0;
     std::shared_ptr<void> _scopeOwner;
 };

@@ -7,8 +7,8 @@
 
 namespace sync::database {
 
-class SqliteConnection;
-class SqliteStore;
+class StoreConnection;
+class Store;
 
 /// The calling thread's connections, found by their stores. The stores own them; the end of the thread removes them.
 class ThreadConnections
@@ -22,17 +22,17 @@ public:
     Q_DISABLE_COPY_MOVE(ThreadConnections)
 
     /// Returns null if the thread has no connection to the store yet.
-    SqliteConnection* Find(SqliteStore const* store) const;
-    void Add(std::shared_ptr<SqliteStore> const& store, SqliteConnection* connection);
+    StoreConnection* Find(Store const* store) const;
+    void Add(std::shared_ptr<Store> const& store, StoreConnection* connection);
 
 private:
     struct Entry
     {
-        std::weak_ptr<SqliteStore> store;
+        std::weak_ptr<Store> store;
         /// The store's address, which no other store can have as long as the weak pointer keeps its memory: stores are
         /// made by `make_shared`.
-        SqliteStore const* key;
-        SqliteConnection* connection;
+        Store const* key;
+        StoreConnection* connection;
     };
 
     std::vector<Entry> _entries;

@@ -1,11 +1,11 @@
-#include "database/ThreadErrors.h"
+#include "database/store/ThreadErrors.h"
 
-#include "database/SqliteStore.h"
-#include "database/file/StoreLog.h"
+#include "database/store/Store.h"
+#include "database/store/StoreLog.h"
 
 namespace sync::database {
 
-ThreadErrors::ThreadErrors(SqliteStore const& store)
+ThreadErrors::ThreadErrors(Store const& store)
     : _store(store)
 {}
 

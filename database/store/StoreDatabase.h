@@ -1,6 +1,6 @@
 #pragma once
 
-#include "database/SqliteConnection.h"
+#include "database/store/StoreConnection.h"
 #include "interf/IQSqlDatabaseWrapper.h"
 
 #include <memory>
@@ -9,14 +9,13 @@ namespace sync::database {
 
 /// The client transaction of a thread's connection. The transaction belongs to the connection: any object of the same
 /// thread may end it.
-class SqliteDatabase : public sync::interf::IQSqlDatabaseWrapper
+class StoreDatabase : public sync::interf::IQSqlDatabaseWrapper
 {
     Q_OBJECT
 
 public:
-    /// Every operation fails if the connection is null.
-    explicit SqliteDatabase(std::shared_ptr<SqliteConnection> connection);
-    ~SqliteDatabase() override;
+    explicit StoreDatabase(std::shared_ptr<Store> store);
+    ~StoreDatabase() override;
 
     bool isOpen() override;
     QString lastError() override;
@@ -25,9 +24,11 @@ public:
     bool rollback() override;
 
 private:
-    bool Run(Failure (SqliteConnection::*operation)());
+    bool Run(Failure (StoreConnection::*operation)());
 
-    std::shared_ptr<SqliteConnection> _connection;
+    std::shared_ptr<Store> const _store;
+    /// Null on a thread that is ending.
+    std::shared_ptr<StoreConnection> const _connection;
     QString _lastError;
 };
 
