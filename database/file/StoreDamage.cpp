@@ -45,8 +45,8 @@ int FindMissingIndices(sqlite3* handle, QStringList& damage)
     int const code = QueryTexts(handle, "SELECT sql FROM sqlite_schema WHERE type = 'index'", found);
     if (code != SQLITE_OK)
         return code;
-    for (char const* index : schema::Indices) {
-        QString const text = QLatin1String(index);
+    for (QByteArray const& index : schema::CreateIndices()) {
+        QString const text = QString::fromLatin1(index);
         if (!found.contains(text))
             damage.append(QStringLiteral("index %1 is missing").arg(text.section(QLatin1Char(' '), 2, 2)));
     }

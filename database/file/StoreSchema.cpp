@@ -2,9 +2,9 @@
 
 #include "database/sqlite/ErrorTexts.h"
 #include "database/sqlite/SqliteHandle.h"
+#include "database/store/StoreTables.h"
 
-#include <QByteArray>
-#include <QList>
+#include <QByteArrayList>
 
 #include <algorithm>
 #include <iterator>
@@ -14,110 +14,42 @@ namespace sync::database::schema {
 
 namespace {
 
-struct Column
+/// A table of the store's file.
+struct FileTable : Table
 {
-    char const* name;
-    /// "DATETIME" makes queries return a date-time; the other types only set the affinity.
-    char const* type;
-};
-
-struct Table
-{
-    char const* name;
-    /// Without `id`, which is the first column of every table.
-    std::vector<Column> columns;
     /// The first version of the schema that has the table.
     int since = 0;
 };
 
-constexpr char const* Integer = "INTEGER";
-constexpr char const* Text = "TEXT";
-constexpr char const* DateTime = "DATETIME";
-
-std::vector<Column> FileColumns()
+std::vector<FileTable> const& Tables()
 {
-    return {{"folderConfigurationId", Integer},
-            {"name", Text},
-            {"clientPath", Text},
-            {"serverPath", Text},
-            {"checkSum", Text},
-            {"createdDateTime", DateTime},
-            {"lastModifiedDateTime", DateTime},
-            {"syncStatus", Integer},
-            {"lastOperationType", Integer},
-            {"size", Integer},
-            {"nameValueProperties", Text},
-            {"lastOperationTime", DateTime},
-            {"rootFolderId", Integer},
-            {"syncOption", Integer},
-            {"parentFileId", Integer},
-            {"fileType", Integer},
-            {"ownerId", Text},
-            {"privileges", Integer},
-            {"productConfigurationId", Integer},
-            {"serverFileId", Text},
-            {"serverFileVersionId", Text},
-            {"checkSumMD5", Text},
-            {"fileLinks", Text}};
+    static std::vector<FileTable> const tables = [] {
+        std::vector<FileTable> made;
+        for (Table const& table : ManagerTables())
+            made.push_back({table});
+        // Of tandryctl alone: the file system that a root, or a mount point below one, was recorded on.
+        made.push_back({{"FolderFileSystem",
+                         {{"folderConfigurationId", ColumnType::Integer},
+                          {"fileSystem", ColumnType::Text},
+                          {"inode", ColumnType::Integer}}},
+                        2});
+        return made;
+    }();
+    return tables;
 }
 
-std::vector<Table> const& Tables()
+/// "DATETIME" makes queries return a date-time; the other types only set the affinity.
+char const* TypeName(ColumnType type)
 {
-    static std::vector<Table> const tables{
-        {"ServerConfiguration",
-         {{"alias", Text},
-          {"davUrl", Text},
-          {"webServiceUrl", Text},
-          {"nameValueProperties", Text},
-          {"binaryDiffEncoder", Text}}},
-        {"AuthenticationConfiguration",
-         {{"domain", Text},
-          {"domainId", Text},
-          {"userName", Text},
-          {"encryptedPassword", Text},
-          {"nameValueProperties", Text},
-          {"serverId", Integer}}},
-        {"ProductConfiguration",
-         {{"name", Text},
-          {"consumerKey", Text},
-          {"consumerSecret", Text},
-          {"serverId", Integer},
-          {"nameValueProperties", Text}}},
-        {"FolderConfiguration",
-         {{"authenticationId", Integer},
-          {"name", Text},
-          {"remoteShortKey", Text},
-          {"remoteLongKey", Text},
-          {"clientPath", Text},
-          {"serverPath", Text},
-          {"syncStatus", Integer},
-          {"nameValueProperties", Text},
-          {"parentId", Integer},
-          {"lastOperationTime", DateTime},
-          {"lastSyncTime", DateTime},
-          {"folderOption", Integer},
-          {"lastOperationType", Integer},
-          {"syncDriveType", Integer},
-          {"rootId", Integer},
-          {"syncOption", Integer},
-          {"ownerId", Text},
-          {"privileges", Integer},
-          {"serverRoot", Text},
-          {"productConfigurationId", Integer},
-          {"serverFolderId", Text}}},
-        {"FileConfiguration", FileColumns()},
-        {"GeneratedFileConfiguration", FileColumns()},
-        {"BaseFileConfiguration", FileColumns()},
-        {"Schedules",
-         {{"folderConfigurationId", Integer},
-          {"startTime", DateTime},
-          {"expireTime", DateTime},
-          {"syncScheduleType", Integer},
-          {"syncInterval", Integer}}},
-        // Of tandryctl alone: the file system that a root, or a mount point below one, was recorded on.
-        {"FolderFileSystem", {{"folderConfigurationId", Integer}, {"fileSystem", Text}, {"inode", Integer}}, 2},
-    };
-    return tables;
+    switch (type) {
+    case ColumnType::Integer:
+        return "INTEGER";
+    case ColumnType::Text:
+        return "TEXT";
+    case ColumnType::DateTime:
+        break;
+    }
+    return "DATETIME";
 }
 
 QByteArray CreateTable(Table const& table)
@@ -127,7 +59,7 @@ QByteArray CreateTable(Table const& table)
     QByteArray text =
         QByteArray("CREATE TABLE ") + table.name + " (id INTEGER PRIMARY KEY AUTOINCREMENT CHECK (id <= 2147483647)";
     for (Column const& column : table.columns)
-        text += QByteArray(", ") + column.name + ' ' + column.type;
+        text += QByteArray(", ") + column.name + ' ' + TypeName(column.type);
     return text + ')';
 }
 
@@ -143,9 +75,6 @@ QByteArray SelectOne(Table const& table)
 {
     return "SELECT " + ColumnsOf(table) + " FROM " + table.name + " LIMIT 1";
 }
-
-constexpr char const* CreateDefaultSchedule =
-    "INSERT INTO Schedules (folderConfigurationId, syncScheduleType, syncInterval) VALUES (0, 0, 30)";
 
 /// A row of `sqlite_schema`. The text is the statement that created the object, as it was given.
 struct Object
@@ -172,10 +101,9 @@ std::vector<Object> const& OwnObjects()
         std::vector<Object> made;
         for (Table const& table : Tables())
             made.push_back(TableObject(table.name, CreateTable(table)));
-        for (char const* index : Indices) {
-            QList<QByteArray> const words = QByteArray(index).split(' ');
-            made.push_back({"index", words[2], words[4], index});
-        }
+        std::size_t position = 0;
+        for (Index const& index : ManagerIndices())
+            made.push_back({"index", index.name, index.table, CreateIndices()[position++]});
         return made;
     }();
     return objects;
@@ -271,7 +199,7 @@ Failure CheckColumns(sqlite3* handle, Table const& table, QString const& path)
 /// An upgrade would stop half way where the version in the header is spoilt and names an older one.
 Failure RefuseNewerTable(std::vector<Object> const& objects, QString const& path, qint64 version)
 {
-    for (Table const& table : Tables()) {
+    for (FileTable const& table : Tables()) {
         auto const isThisTable = [&table](Object const& object) { return object.name == table.name; };
         if (table.since > version && std::any_of(objects.begin(), objects.end(), isThisTable))
             return MakeError(path,
@@ -319,13 +247,32 @@ StoreError OtherVersion(QString const& path, qint64 version)
     return error;
 }
 
+std::vector<QByteArray> const& CreateIndices()
+{
+    static std::vector<QByteArray> const statements = [] {
+        std::vector<QByteArray> made;
+        for (Index const& index : ManagerIndices()) {
+            QByteArrayList columns;
+            for (char const* column : index.columns)
+                columns.append(column);
+            QByteArray text =
+                QByteArray("CREATE INDEX ") + index.name + " ON " + index.table + " (" + columns.join(", ") + ')';
+            if (index.condition != nullptr)
+                text += QByteArray(" WHERE ") + index.condition;
+            made.push_back(text);
+        }
+        return made;
+    }();
+    return statements;
+}
+
 int Create(sqlite3* handle)
 {
     QByteArray statements = "BEGIN IMMEDIATE;";
     for (Table const& table : Tables())
         statements += CreateTable(table) + ';';
-    for (char const* index : Indices)
-        statements += QByteArray(index) + ';';
+    for (QByteArray const& index : CreateIndices())
+        statements += index + ';';
     statements += QByteArray(CreateDefaultSchedule) + ';';
     statements += "PRAGMA application_id = " + QByteArray::number(ApplicationId) + ';';
     statements += "PRAGMA user_version = " + QByteArray::number(Version) + ';';

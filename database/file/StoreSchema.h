@@ -2,8 +2,11 @@
 
 #include "database/store/Failure.h"
 
+#include <QByteArray>
 #include <QString>
 #include <QtGlobal>
+
+#include <vector>
 
 struct sqlite3;
 
@@ -24,30 +27,8 @@ constexpr bool IsOlder(qint64 version)
 /// Why a store of another version is refused.
 StoreError OtherVersion(QString const& path, qint64 version);
 
-/// The statements that create the indices: one index for each way in which a statement looks rows up, and no other,
-/// since each costs at every write.
-constexpr char const* Indices[] = {
-    "CREATE INDEX ServerConfiguration_urls ON ServerConfiguration (davUrl, webServiceUrl)",
-    "CREATE INDEX AuthenticationConfiguration_user ON AuthenticationConfiguration (domain, userName)",
-    "CREATE INDEX ProductConfiguration_key ON ProductConfiguration (serverId, consumerKey)",
-    "CREATE INDEX FolderConfiguration_account ON FolderConfiguration (authenticationId)",
-    "CREATE INDEX FolderConfiguration_children ON FolderConfiguration (parentId, name)",
-    "CREATE INDEX FolderConfiguration_clientPath ON FolderConfiguration (clientPath, authenticationId)",
-    "CREATE INDEX FolderConfiguration_root ON FolderConfiguration (rootId)",
-    "CREATE INDEX FolderConfiguration_server ON FolderConfiguration (serverFolderId)",
-    // Only folders that are out of sync are counted, and usually there are none.
-    "CREATE INDEX FolderConfiguration_outOfSync ON FolderConfiguration (syncStatus) WHERE syncStatus = 2",
-    "CREATE INDEX FileConfiguration_clientPath ON FileConfiguration (clientPath)",
-    "CREATE INDEX FileConfiguration_folder ON FileConfiguration (folderConfigurationId, syncStatus, name)",
-    "CREATE INDEX FileConfiguration_root ON FileConfiguration (rootFolderId)",
-    "CREATE INDEX FileConfiguration_server ON FileConfiguration (serverFileId)",
-    "CREATE INDEX FileConfiguration_serverPath ON FileConfiguration (serverPath)",
-    "CREATE INDEX GeneratedFileConfiguration_clientPath ON GeneratedFileConfiguration (clientPath)",
-    "CREATE INDEX GeneratedFileConfiguration_parent ON GeneratedFileConfiguration (parentFileId)",
-    "CREATE INDEX GeneratedFileConfiguration_root ON GeneratedFileConfiguration (rootFolderId)",
-    "CREATE INDEX BaseFileConfiguration_root ON BaseFileConfiguration (rootFolderId)",
-    "CREATE INDEX Schedules_folder ON Schedules (folderConfigurationId)",
-};
+/// The statements that create the indices.
+std::vector<QByteArray> const& CreateIndices();
 
 /// Creates tables, indices, marks and the default schedule in an empty database, in one transaction. Returns SQLite's
 /// result code.

@@ -1,6 +1,7 @@
 #include "database/sqlite/PreparedStatement.h"
 
-#include <QDateTime>
+#include "database/store/StoredValues.h"
+
 #include <QMetaType>
 
 #include <cmath>
@@ -10,37 +11,6 @@
 namespace sync::database {
 
 namespace {
-
-constexpr qint64 MsecsPerDay = 86'400'000;
-constexpr qint64 JulianDayOfEpoch = 2'440'588;
-
-/// Returns false for text with lone surrogates, which UTF-8 cannot express. For the usual text, without any surrogates,
-/// the loop becomes vector instructions: `isValidUtf16` alone would add 3 % to an update of a file.
-bool IsUnicode(QString const& text)
-{
-    int surrogates = 0;
-    for (QChar const unit : text)
-        surrogates += unit.isSurrogate() ? 1 : 0;
-    return surrogates == 0 || text.isValidUtf16();
-}
-
-/// The clock reading as if it were UTC, whatever its time spec.
-std::optional<qint64> ClockReading(QDateTime const& time)
-{
-    qint64 const days = time.date().toJulianDay() - JulianDayOfEpoch;
-    if (std::abs(days) > std::numeric_limits<qint64>::max() / MsecsPerDay - 1)
-        return std::nullopt;
-    return days * MsecsPerDay + time.time().msecsSinceStartOfDay();
-}
-
-QString TextOf(char const* utf8, int size)
-{
-    QString text = QString::fromUtf8(utf8, size);
-    // The conversion takes a leading U+FEFF for a byte order mark and drops it.
-    if (size >= 3 && utf8[0] == '\xef' && utf8[1] == '\xbb' && utf8[2] == '\xbf')
-        text.prepend(QChar(QChar::ByteOrderMark));
-    return text;
-}
 
 bool IsBlank(char const* begin, char const* end)
 {
@@ -229,12 +199,12 @@ QVariant PreparedStatement::Value(int column) const
     case SQLITE_INTEGER: {
         qint64 const number = sqlite3_value_int64(value);
         if (_holdsDateTime[static_cast<std::size_t>(column)])
-            return QDateTime::fromMSecsSinceEpoch(number, Qt::UTC);
+            return FromClockReading(number);
         return static_cast<qlonglong>(number);
     }
     case SQLITE_TEXT: {
         char const* const utf8 = reinterpret_cast<char const*>(sqlite3_value_text(value));
-        return TextOf(utf8, sqlite3_value_bytes(value));
+        return FromUtf8(utf8, sqlite3_value_bytes(value));
     }
     case SQLITE_FLOAT:
         return sqlite3_value_double(value);

@@ -23,11 +23,11 @@ layer(core)
 layer(interf)
 layer(database SEES "interf/.*" "sqlite3\\.h")
 layer(database/store SEES "database/(ScopeParticipant|StoreError|StoreFactory|TransactionalScope)\\.h" "interf/.*")
-layer(database/sqlite SEES ${storeOptions} "database/store/Failure\\.h" "sqlite3\\.h")
-layer(database/file SEES ${storeOptions} "database/sqlite/.*" "database/store/(Failure|StoreLog)\\.h" "sqlite3\\.h")
+layer(database/sqlite SEES ${storeOptions} "database/store/(Failure|StoredValues)\\.h" "sqlite3\\.h")
+layer(database/file SEES ${storeOptions} "database/sqlite/.*" "database/store/(Failure|StoreLog|StoreTables)\\.h" "sqlite3\\.h")
 layer(config SEES "interf/.*" "core/.*" "database/TransactionalScope\\.h" "(QtXml/)?Q(Dom|Xml)[A-Z].*" "QtXml")
 layer(models PUBLIC_OF interf database config)
-layer(postgres SEES "interf/.*" "libpq-fe\\.h" PUBLIC_OF database)
+layer(postgres SEES "interf/.*" "database/store/.*" "libpq-fe\\.h" PUBLIC_OF database)
 # Programs are clients like any other.
 # Only the library's own readers can tell whether a document is broken, and its markers which files are temporary, so the
 # findings use them.
