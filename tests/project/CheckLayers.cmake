@@ -33,7 +33,8 @@ layer(postgres SEES "interf/.*" "database/store/.*" "libpq-fe\\.h" PUBLIC_OF dat
 # findings use them.
 layer(tools/findings PUBLIC_OF ${libraries}
   SEES "config/(FileLinks|NameValue|Stored)Document\\.h" "config/CommonConstants\\.h" "QDom[A-Z].*")
-layer(tools/tandryctl BESIDE QT SEES "CLI/.*" "tools/findings/.*" PUBLIC_OF ${libraries})
+layer(tools/carry SEES "tools/findings/.*" PUBLIC_OF ${libraries})
+layer(tools/tandryctl BESIDE QT SEES "CLI/.*" "tools/(carry|findings)/.*" PUBLIC_OF ${libraries})
 layer(tools/viewer BESIDE QT PUBLIC_OF ${libraries})
 layer(examples QT PUBLIC_OF ${libraries})
 # Installed, and built with the client's GoogleTest.

@@ -3,6 +3,7 @@
 #include "database/SqliteDatabaseFactory.h"
 #include "interf/IQSqlDatabaseWrapper.h"
 #include "interf/IQSqlQueryWrapper.h"
+#include "tools/findings/IdColumns.h"
 #include "tools/findings/PageFile.h"
 #include "tools/findings/RowFinder.h"
 #include "tools/findings/TableForm.h"
@@ -25,24 +26,6 @@ namespace {
 constexpr int PortionRows = 20'000;
 
 constexpr int MostId = 2147483647;
-
-/// A column that names a row of another table by its id, in whatever table it stands.
-struct IdColumn
-{
-    char const* column;
-    char const* target;
-};
-
-constexpr IdColumn IdColumns[] = {
-    {"serverId", "ServerConfiguration"},
-    {"authenticationId", "AuthenticationConfiguration"},
-    {"productConfigurationId", "ProductConfiguration"},
-    {"folderConfigurationId", "FolderConfiguration"},
-    {"parentId", "FolderConfiguration"},
-    {"rootId", "FolderConfiguration"},
-    {"rootFolderId", "FolderConfiguration"},
-    {"parentFileId", "FileConfiguration"},
-};
 
 /// The new store while it is filled, under another name.
 class NewStore

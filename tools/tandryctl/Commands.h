@@ -8,6 +8,7 @@ class Command;
 
 void AddDiffCommand(Command& top);
 void AddExplainCommand(Command& top);
+void AddExportCommand(Command& top);
 void AddHelpCommand(Command& top);
 void AddStoreCommands(Command& top);
 void AddDoctorCommand(Command& top);

@@ -20,6 +20,7 @@ void DeclareCommands(CommandLine& commandLine)
     AddRestoreCommand(top);
     AddDoctorCommand(top);
     AddRecoverCommand(top);
+    AddExportCommand(top);
     AddRootCommands(top);
     AddFolderCommands(top);
     AddFileCommands(top);

@@ -1,0 +1,32 @@
+#include "tools/carry/Snapshot.h"
+
+#include "database/SqliteDatabaseFactory.h"
+
+#include <QDir>
+
+namespace tandry::carry {
+
+using sync::database::SqliteDatabaseFactory;
+
+Snapshot::Snapshot()
+    : _folder(QDir::temp().filePath(QStringLiteral("tandry-snapshot-XXXXXX")))
+{}
+
+Snapshot::~Snapshot() = default;
+
+std::unique_ptr<Snapshot> Snapshot::Take(SqliteDatabaseFactory& store, QString& error)
+{
+    std::unique_ptr<Snapshot> snapshot(new Snapshot);
+    if (!snapshot->_folder.isValid()) {
+        error = QStringLiteral("%1 cannot hold a copy of the store: %2")
+                    .arg(QDir::tempPath(), snapshot->_folder.errorString());
+        return nullptr;
+    }
+    QString const path = snapshot->_folder.filePath(QStringLiteral("store.db"));
+    if (!store.Backup(path, &error))
+        return nullptr;
+    snapshot->_store = SqliteDatabaseFactory::Open(path, &error);
+    return snapshot->_store == nullptr ? nullptr : std::move(snapshot);
+}
+
+} // namespace tandry::carry
