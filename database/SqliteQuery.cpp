@@ -111,6 +111,21 @@ int SqliteQuery::numRowsAffected()
     return _result.rowsAffected;
 }
 
+bool SqliteQuery::isReading() const
+{
+    return _statement != nullptr && _statement->isReading();
+}
+
+QStringList SqliteQuery::columnNames() const
+{
+    return _statement != nullptr ? _statement->ColumnNames() : QStringList();
+}
+
+SqliteValue SqliteQuery::storedValue(int column) const
+{
+    return _position == Position::OnRow ? _statement->Stored(column) : SqliteValue();
+}
+
 bool SqliteQuery::Fail(StoreError const& error)
 {
     finish();

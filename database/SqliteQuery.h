@@ -1,6 +1,7 @@
 #pragma once
 
 #include "database/SqliteConnection.h"
+#include "database/StatementDetails.h"
 #include "interf/IQSqlQueryWrapper.h"
 
 #include <memory>
@@ -10,9 +11,10 @@
 namespace sync::database {
 
 /// One run of a statement on a thread's connection.
-class SqliteQuery : public sync::interf::IQSqlQueryWrapper
+class SqliteQuery : public sync::interf::IQSqlQueryWrapper, public StatementDetails
 {
     Q_OBJECT
+    Q_INTERFACES(sync::database::StatementDetails)
 
 public:
     /// Without a connection every operation fails.
@@ -29,6 +31,10 @@ public:
     void finish() override;
     QVariant lastInsertId() override;
     int numRowsAffected() override;
+
+    bool isReading() const override;
+    QStringList columnNames() const override;
+    SqliteValue storedValue(int column) const override;
 
 private:
     enum class Position

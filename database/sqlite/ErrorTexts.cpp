@@ -36,8 +36,9 @@ QString PlainWords(int code, QString const& path)
         return QStringLiteral("reading or writing failed");
     case SQLITE_CANTOPEN:
     case SQLITE_PERM:
-    case SQLITE_AUTH:
         return QStringLiteral("the store, its log or its folder can't be opened");
+    case SQLITE_AUTH:
+        return QStringLiteral("a statement may not begin or end transactions, attach files or change settings");
     case SQLITE_NOMEM:
         return QStringLiteral("memory ran out");
     case SQLITE_TOOBIG:

@@ -217,4 +217,34 @@ QVariant PreparedStatement::Value(int column) const
     }
 }
 
+QStringList PreparedStatement::ColumnNames() const
+{
+    QStringList names;
+    for (int column = 0; column < sqlite3_column_count(_handle.get()); ++column)
+        names.append(QString::fromUtf8(sqlite3_column_name(_handle.get(), column)));
+    return names;
+}
+
+SqliteValue PreparedStatement::Stored(int column) const
+{
+    if (column < 0 || static_cast<std::size_t>(column) >= _holdsDateTime.size())
+        return {};
+    sqlite3_value* const value = sqlite3_column_value(_handle.get(), column);
+    auto const bytes = [value](void const* begin) {
+        return QByteArray::fromRawData(static_cast<char const*>(begin), sqlite3_value_bytes(value));
+    };
+    switch (sqlite3_value_type(value)) {
+    case SQLITE_INTEGER:
+        return qint64(sqlite3_value_int64(value));
+    case SQLITE_FLOAT:
+        return sqlite3_value_double(value);
+    case SQLITE_TEXT:
+        return SqliteText{bytes(sqlite3_value_text(value))};
+    case SQLITE_BLOB:
+        return SqliteBlob{bytes(sqlite3_value_blob(value))};
+    default:
+        return {};
+    }
+}
+
 } // namespace sync::database

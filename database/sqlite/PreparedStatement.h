@@ -1,9 +1,11 @@
 #pragma once
 
 #include "database/sqlite/SqliteHandle.h"
+#include "database/sqlite/SqliteValue.h"
 
 #include <QByteArray>
 #include <QString>
+#include <QStringList>
 #include <QVariant>
 
 #include <cstring>
@@ -54,8 +56,12 @@ public:
     /// The same, and releases the bound values.
     void Clear() noexcept;
 
+    QStringList ColumnNames() const;
+
     /// A value of the current row.
     QVariant Value(int column) const;
+    /// The same without a conversion. The bytes are SQLite's own, and valid until the next step.
+    SqliteValue Stored(int column) const;
 
 private:
     PreparedStatement(StatementHandle handle, QString const& text);

@@ -28,13 +28,15 @@ layer(database/file SEES ${storeOptions} "database/sqlite/.*" "database/store/(F
 layer(config SEES "interf/.*" "core/.*" "database/TransactionalScope\\.h" "(QtXml/)?Q(Dom|Xml)[A-Z].*" "QtXml")
 layer(models PUBLIC_OF interf database config)
 layer(postgres SEES "interf/.*" "database/store/.*" "libpq-fe\\.h" PUBLIC_OF database)
+# What the tool shows of any statement, no client needs to know.
+set(statementDetails "database/(StatementDetails|sqlite/SqliteValue)\\.h")
 # Programs are clients like any other.
 # Only the library's own readers can tell whether a document is broken, and its markers which files are temporary, so the
 # findings use them.
 layer(tools/findings PUBLIC_OF ${libraries}
-  SEES "config/(FileLinks|NameValue|Stored)Document\\.h" "config/CommonConstants\\.h" "QDom[A-Z].*")
+  SEES "config/(FileLinks|NameValue|Stored)Document\\.h" "config/CommonConstants\\.h" "QDom[A-Z].*" ${statementDetails})
 layer(tools/carry SEES "tools/findings/.*" PUBLIC_OF ${libraries})
-layer(tools/tandryctl BESIDE QT SEES "CLI/.*" "tools/(carry|findings)/.*" PUBLIC_OF ${libraries})
+layer(tools/tandryctl BESIDE QT SEES "CLI/.*" ${statementDetails} "tools/(carry|findings)/.*" PUBLIC_OF ${libraries})
 layer(tools/viewer BESIDE QT PUBLIC_OF ${libraries})
 layer(examples QT PUBLIC_OF ${libraries})
 # Installed, and built with the client's GoogleTest.

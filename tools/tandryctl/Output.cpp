@@ -1,5 +1,6 @@
 #include "Output.h"
 
+#include "Padding.h"
 #include "Text.h"
 
 #include "tools/findings/JsonText.h"
@@ -32,19 +33,6 @@ bool IsHidden(QVariant const& value)
 bool IsNumber(QVariant const& value)
 {
     return value.type() == QVariant::Int || value.type() == QVariant::LongLong;
-}
-
-QString Padded(QString const& cell, int width, bool toTheRight)
-{
-    QString const blanks(std::max(0, width - DisplayWidth(cell)), QLatin1Char(' '));
-    return toTheRight ? blanks + cell : cell + blanks;
-}
-
-QString WithoutTrailingBlanks(QString line)
-{
-    while (line.endsWith(QLatin1Char(' ')))
-        line.chop(1);
-    return line;
 }
 
 } // namespace

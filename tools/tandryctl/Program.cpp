@@ -2,6 +2,7 @@
 
 #include "CommandLine.h"
 #include "Commands.h"
+#include "SqlCommand.h"
 
 namespace tandryctl {
 
@@ -28,6 +29,7 @@ void DeclareCommands(CommandLine& commandLine)
     AddDiffCommand(top);
     AddListCommands(top);
     AddStatusCommands(top);
+    AddSqlCommand(top);
     AddPathCommands(top);
     AddExplainCommand(top);
     AddServerCommands(top);
