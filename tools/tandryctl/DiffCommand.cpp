@@ -5,6 +5,7 @@
 #include "FolderPlace.h"
 #include "Lookups.h"
 #include "Paths.h"
+#include "StoreDiff.h"
 #include "StoreQueries.h"
 #include "Terminal.h"
 #include "Text.h"
@@ -28,6 +29,8 @@ namespace {
 struct Arguments
 {
     std::optional<int> root;
+    /// Another store to compare with instead of the disk.
+    std::optional<QString> store;
 };
 
 /// A path at which the disk differs from the store.
@@ -193,6 +196,8 @@ ExitStatus ReportProblems(Session& session, QVector<ScanProblem> const& problems
 
 ExitStatus Diff(Session& session, Arguments const& arguments)
 {
+    if (arguments.store)
+        return DiffStores(session, *arguments.store);
     std::vector<Difference> differences;
     QVector<ScanProblem> problems;
     for (FolderConfiguration const& root : FindRoots(session, arguments.root)) {
@@ -217,13 +222,18 @@ ExitStatus Diff(Session& session, Arguments const& arguments)
 void AddDiffCommand(Command& top)
 {
     auto const arguments = std::make_shared<Arguments>();
-    top.Add("diff", "Compare the folders and files on disk with what is on record")
+    top.Add("diff", "Compare the disk, or another store, with what is on record")
         .OptionalArgument("ROOT_ID", arguments->root, "Only this root")
+        .Option("--with", arguments->store, "STORE", "Compare with the records of another store, not with the disk")
+        .Excludes("--with", "ROOT_ID")
         .Remark("Lists the paths that are new on disk (added), gone from it (removed), or have another size or\n"
                 "modification time than recorded (changed): what 'scan --prune' would record. Nothing is written. The\n"
-                "exit status is 1 if there is a difference.")
+                "exit status is 1 if there is a difference.\n\n"
+                "With --with, lists the records that only the other store has (added), only this one (removed), or\n"
+                "that differ (changed). Records are matched by path or name, and so are those that they refer to.")
         .Example("diff", "see what has changed on disk since the last scan")
         .Example("diff 1 --json", "the same for root 1 and a program, with the columns that differ")
+        .Example("diff --with ~/backups/monday.db", "see in which records a backup differs from the store")
         .Run(StoreAccess::Read, [arguments](Session& session) { return Diff(session, *arguments); });
 }
 

@@ -1,0 +1,112 @@
+#include "StoreDiff.h"
+
+#include "Failure.h"
+#include "Padding.h"
+#include "Session.h"
+#include "StoreFailure.h"
+#include "TableWords.h"
+#include "Text.h"
+
+#include "database/SqliteDatabaseFactory.h"
+#include "tools/carry/Snapshot.h"
+#include "tools/findings/JsonText.h"
+#include "tools/findings/StoreComparison.h"
+
+namespace tandryctl {
+
+using sync::database::StoreError;
+using tandry::carry::Snapshot;
+using tandry::findings::ColumnDifference;
+using tandry::findings::RecordDifference;
+using tandry::findings::StoreComparison;
+
+namespace {
+
+QString WordOf(RecordDifference::Change change)
+{
+    switch (change) {
+    case RecordDifference::Change::Added:
+        return QStringLiteral("added");
+    case RecordDifference::Change::Removed:
+        return QStringLiteral("removed");
+    case RecordDifference::Change::Changed:
+        break;
+    }
+    return QStringLiteral("changed");
+}
+
+QString PlainLine(RecordDifference const& difference)
+{
+    constexpr int ChangeWidth = 7;
+    constexpr int KindWidth = 14;
+    QStringList columns;
+    for (ColumnDifference const& column : difference.columns)
+        columns.append(column.column);
+    return Padded(WordOf(difference.change), ChangeWidth, false) + QStringLiteral("  ") +
+           Padded(WordForRecordOf(difference.table), KindWidth, false) + QStringLiteral("  ") +
+           Printable(difference.name) +
+           (columns.isEmpty() ? QString() : QStringLiteral(" (%1)").arg(columns.join(QStringLiteral(", "))));
+}
+
+QByteArray JsonLine(RecordDifference const& difference)
+{
+    QVariantList columns;
+    for (ColumnDifference const& column : difference.columns) {
+        QVariantMap values{{QStringLiteral("name"), column.column}};
+        if (!column.isPrivate) {
+            values.insert(QStringLiteral("before"), column.before);
+            values.insert(QStringLiteral("after"), column.after);
+        }
+        columns.append(values);
+    }
+    QVariantMap const object{{QStringLiteral("change"), WordOf(difference.change)},
+                             {QStringLiteral("kind"), WordForRecordOf(difference.table)},
+                             {QStringLiteral("name"), difference.name},
+                             {QStringLiteral("columns"), columns}};
+    QByteArray json;
+    tandry::findings::AppendJsonValue(json, object);
+    return json;
+}
+
+} // namespace
+
+ExitStatus DiffStores(Session& session, QString const& otherStore)
+{
+    constexpr qint64 DifferencesBetweenFlushes = 1000;
+    SessionOptions otherOptions;
+    otherOptions.storePath = otherStore;
+    otherOptions.dryRun = true; // on a copy
+    Session other(otherOptions, StoreAccess::Read);
+    QString error;
+    auto const snapshot = Snapshot::Take(*session.store(), error);
+    if (snapshot == nullptr)
+        throw Failure(
+            FailureCode::StoreFailed,
+            OneLine(error),
+            QStringLiteral("name a folder with room for a copy of the store in the environment variable TMPDIR"));
+
+    Output& output = session.output();
+    bool const isJson = output.format() == OutputFormat::Json;
+    qint64 count = 0;
+    StoreComparison comparison(snapshot->store(), other.store());
+    bool const worked = comparison.Compare([&](RecordDifference const& difference) {
+        if (isJson)
+            output.PrintText(QString::fromUtf8((count == 0 ? "[\n" : ",\n") + JsonLine(difference)));
+        else
+            output.PrintLine(PlainLine(difference));
+        if (++count % DifferencesBetweenFlushes == 0)
+            session.Flush(); // ends the command when its output cannot be written
+    });
+    if (!worked) {
+        auto const storeError = snapshot->store()->LastError();
+        throw StoreFailure(storeError ? *storeError : other.store()->LastError().value_or(StoreError()));
+    }
+    if (isJson)
+        output.PrintText(QLatin1String(count == 0 ? "[]\n" : "\n]\n"));
+    if (count > 0)
+        return ExitStatus::NothingFound;
+    output.PrintLine(QStringLiteral("the stores have the same records"));
+    return ExitStatus::Done;
+}
+
+} // namespace tandryctl
