@@ -34,7 +34,7 @@ set(statementDetails "database/(StatementDetails|sqlite/SqliteValue)\\.h")
 # Only the library's own readers can tell whether a document is broken, and its markers which files are temporary, so the
 # findings use them.
 layer(tools/findings PUBLIC_OF ${libraries}
-  SEES "config/(FileLinks|NameValue|Stored)Document\\.h" "config/CommonConstants\\.h" "QDom[A-Z].*" ${statementDetails})
+  SEES "config/(FileLinks|NameValue|Stored)Document\\.h" "config/(CommonConstants|folder/PathRules)\\.h" "QDom[A-Z].*" ${statementDetails})
 layer(tools/carry SEES "tools/findings/.*" PUBLIC_OF ${libraries})
 layer(tools/tandryctl BESIDE QT SEES "CLI/.*" ${statementDetails} "tools/(carry|findings)/.*" PUBLIC_OF ${libraries})
 layer(tools/viewer BESIDE QT PUBLIC_OF ${libraries})

@@ -5,6 +5,7 @@
 #include "Paths.h"
 #include "RecordColumns.h"
 #include "Removal.h"
+#include "RootMoveCommand.h"
 #include "StoreQueries.h"
 #include "Text.h"
 
@@ -109,7 +110,7 @@ ExitStatus RemoveRoot(Session& session, RemoveArguments const& arguments)
 
 void AddRootCommands(Command& top)
 {
-    Command roots = top.Add("root", "Add and remove roots");
+    Command roots = top.Add("root", "Add, move and remove roots");
 
     auto const add = std::make_shared<AddArguments>();
     roots.Add("add", "Record an existing directory as a root")
@@ -123,6 +124,8 @@ void AddRootCommands(Command& top)
         .Example("root add ~/Documents --server-path /home/documents", "record a directory")
         .Example("root add /srv/team --server-path /team --account 2", "record a directory for account 2")
         .Run(StoreAccess::Write, [add](Session& session) { return AddRoot(session, *add); });
+
+    AddRootMoveCommand(roots);
 
     auto const remove = std::make_shared<RemoveArguments>();
     roots.Add("remove", "Remove a root with all its folders and files on record")
