@@ -63,7 +63,8 @@ public:
     ///
     /// If that listing is outdated or failed, folders of existing roots are among them, and this thread need not have
     /// an error. Before it removes what this returns, a client calls `ClearCaches`, clears the thread's error, repeats
-    /// the listing, checks the error, and compares `GetRootFolderConfigurationCount` with the roots that it knows.
+    /// the listing, checks the error, and compares `GetRootFolderConfigurationCount`, which is not cached, with the
+    /// number of roots that `GetAllRootFolders` lists.
     virtual QVector<sync::config::FolderConfiguration> GetFolderConfigurationsOfNonExistingRootFolders() = 0;
 
     /// Returns all folders from the cache, in no particular order. Before a client removes something because its folder

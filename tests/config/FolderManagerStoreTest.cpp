@@ -14,6 +14,7 @@
 #include <algorithm>
 #include <atomic>
 #include <limits>
+#include <optional>
 #include <ostream>
 #include <string>
 #include <thread>
@@ -622,6 +623,88 @@ TEST_F(FolderRollback, OfALostScopeShowsInTheCachedListingsAtOnce)
         manager.reset();
         store.reset();
     }
+}
+
+// Failed refills
+
+/// The listing of the roots was read once while the store could not be read, which it can be again since.
+class FailedFolderRefill : public FolderRollback
+{
+protected:
+    void SetUp() override
+    {
+        FolderRollback::SetUp();
+        FailToRefill();
+    }
+
+    void FailToRefill()
+    {
+        manager->ClearCaches();
+        Rename("FolderConfiguration", "Elsewhere");
+        EXPECT_THAT(manager->GetAllRootFolders(), IsEmpty());
+        EXPECT_TRUE(store->LastError());
+        Rename("Elsewhere", "FolderConfiguration");
+        store->ClearError();
+    }
+
+    void Rename(char const* from, char const* to)
+    {
+        RawStore(StorePath())
+            .Run(QStringLiteral("ALTER TABLE %1 RENAME TO %2").arg(QLatin1String(from), QLatin1String(to)));
+    }
+
+    /// The steps before a client removes what is orphaned; returns the orphans if it may remove them.
+    std::optional<Folders> OrphansToRemove()
+    {
+        manager->ClearCaches();
+        store->ClearError();
+        return OrphansIfTrusted();
+    }
+
+    /// The steps behind the clearing.
+    std::optional<Folders> OrphansIfTrusted()
+    {
+        Folders const orphans = manager->GetFolderConfigurationsOfNonExistingRootFolders();
+        if (store->LastError() || manager->GetRootFolderConfigurationCount() != manager->GetAllRootFolders().size())
+            return std::nullopt;
+        return orphans;
+    }
+};
+
+TEST_F(FailedFolderRefill, StaysCachedAsAnEmptyListingThatSetsNoError)
+{
+    FakeClock::Move(1'999);
+    EXPECT_THAT(manager->GetAllRootFolders(), IsEmpty());
+    EXPECT_THAT(manager->GetFolderConfigurationsOfNonExistingRootFolders(), SizeIs(2)) << "all that is on record";
+    EXPECT_FALSE(store->LastError());
+    FakeClock::Move(1);
+    EXPECT_THAT(manager->GetAllRootFolders(), SizeIs(1));
+    EXPECT_THAT(manager->GetFolderConfigurationsOfNonExistingRootFolders(), IsEmpty());
+}
+
+TEST_F(FailedFolderRefill, OfBeforeIsGoneOnceAClientClearsTheCaches)
+{
+    EXPECT_THAT(OrphansToRemove().value_or(Folders{kept}), IsEmpty());
+}
+
+TEST_F(FailedFolderRefill, OfTheClientItselfShowsInTheError)
+{
+    Rename("FolderConfiguration", "Elsewhere");
+    EXPECT_FALSE(OrphansToRemove());
+    EXPECT_TRUE(store->LastError());
+    Rename("Elsewhere", "FolderConfiguration");
+    store->ClearError();
+}
+
+TEST_F(FailedFolderRefill, OfAnotherThreadBehindTheClearingShowsInTheCountOfRoots)
+{
+    manager->ClearCaches();
+    store->ClearError();
+    std::thread([&] { FailToRefill(); }).join();
+    EXPECT_FALSE(OrphansIfTrusted());
+    EXPECT_FALSE(store->LastError());
+    FakeClock::Move(2'000);
+    EXPECT_THAT(OrphansIfTrusted().value_or(Folders{kept}), IsEmpty());
 }
 
 // AddFolderAndParent
