@@ -12,6 +12,7 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QTemporaryDir>
+#include <QtEndian>
 
 #include <algorithm>
 #include <random>
@@ -82,6 +83,31 @@ protected:
                                 "SELECT i, 'file ' || i, '/home/ada/Documents/file ' || i, 1, 0 FROM n;")
                      .arg(table)
                      .arg(count));
+    }
+
+    /// Adds files, and removes the last of them. SQLite overwrites what it removes if `secureDelete` is ON.
+    void MakeStoreWithRemovedFiles(QString const& secureDelete) const
+    {
+        MakeCurrentStore();
+        AddFiles(500);
+        RawStore(DamagedPath())
+            .Run(QStringLiteral("PRAGMA secure_delete = %1; DELETE FROM FileConfiguration WHERE id > 400;")
+                     .arg(secureDelete));
+    }
+
+    /// Overwrites the schema, the roots of all tables and indices, and the list of free pages.
+    void SpoilWhatLeadsToLeaves() const
+    {
+        std::vector<QVector<QVariant>> pages =
+            RawStore(DamagedPath())
+                .Rows(QStringLiteral("SELECT pageno FROM dbstat WHERE name = 'sqlite_schema' UNION "
+                                     "SELECT rootpage FROM sqlite_schema WHERE name LIKE 'FileConfiguration%' UNION "
+                                     "SELECT rootpage FROM sqlite_schema WHERE name = 'sqlite_sequence'"));
+        quint32 const trunk = qFromBigEndian<quint32>(ReadFile(DamagedPath()).constData() + 32);
+        EXPECT_NE(trunk, 0u);
+        pages.push_back({trunk});
+        for (QVector<QVariant> const& page : pages)
+            SpoilPage(page.first().toInt());
     }
 
     /// Overwrites a page with bytes that are none.
@@ -284,6 +310,30 @@ TEST_F(StoreRecoveryTest, RemovedRowsOnFreePagesDoNotComeBack)
     SpoilPage(RootOf(QStringLiteral("FileConfiguration")));
     Recover();
     EXPECT_EQ(NewRows(), rows);
+}
+
+TEST_F(StoreRecoveryTest, RemovedRowsThatNothingTellsApartAreCountedAsDoubtful)
+{
+    MakeStoreWithRemovedFiles(QStringLiteral("OFF"));
+    StoreRows const rows = DamagedRows();
+    SpoilWhatLeadsToLeaves();
+    RecoveryReport const report = Recover();
+    RecoveredTable const files = TableOf(report, "FileConfiguration");
+    auto const there = qint64(rows.value(QStringLiteral("FileConfiguration")).size());
+    EXPECT_GT(files.recovered, there) << "otherwise this shows nothing";
+    EXPECT_GE(files.doubtful, files.recovered - there);
+    EXPECT_TRUE(
+        report.remarks.join(QLatin1Char(' ')).contains(QStringLiteral("rows in FileConfiguration may have been")));
+}
+
+TEST_F(StoreRecoveryTest, NothingIsDoubtfulWhereRemovedRowsWereOverwritten)
+{
+    MakeStoreWithRemovedFiles(QStringLiteral("ON"));
+    StoreRows const rows = DamagedRows();
+    SpoilWhatLeadsToLeaves();
+    RecoveryReport const report = Recover();
+    EXPECT_EQ(NewRows().value(QStringLiteral("FileConfiguration")), rows.value(QStringLiteral("FileConfiguration")));
+    EXPECT_EQ(TableOf(report, "FileConfiguration").doubtful, 0);
 }
 
 TEST_F(StoreRecoveryTest, LongTextsComeBackAndBrokenOnesAreLost)

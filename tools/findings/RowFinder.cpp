@@ -112,8 +112,9 @@ void RowFinder::ReadRows(int table, Sink const& sink)
         for (Row const& row : _RowsOf(leaf, broken)) {
             bool const isRemoved =
                 found.idsAreComplete && !std::binary_search(found.indexedIds.begin(), found.indexedIds.end(), row.id);
-            if (!isRemoved && form.Fits(row.values))
-                static_cast<void>(sink(row.id, row.values)); // a second one of its id is a stale copy
+            // A second one of its id is a stale copy.
+            if (!isRemoved && form.Fits(row.values) && sink(row.id, row.values))
+                found.doubtfulRows += found.mayHoldRemovedRows ? 1 : 0;
         }
     }
     found.brokenRows = broken;
@@ -505,11 +506,11 @@ void RowFinder::_ReadOrphans()
                 _ReadSequenceRow(row.values);
         }
     }
-    _doubtsStrays = _MayHoldRemovedRows();
     for (Group const& group : groups)
         _Place(group);
+    bool const mayHoldRemovedRows = _MayHoldRemovedRows();
     for (Table& table : _tables)
-        _LeaveOutRemovedRows(table);
+        _AddStrays(table, mayHoldRemovedRows);
 }
 
 RowFinder::Group RowFinder::_MakeGroup(std::vector<Leaf> const& leaves, bool hasParent)
@@ -555,7 +556,7 @@ void RowFinder::_Place(Group const& group)
     if (!best)
         return;
     Table& table = _tables[*best];
-    if (_doubtsStrays && !group.hasParent && !table.idsAreComplete)
+    if (!group.hasParent && !table.idsAreComplete)
         table.strays.push_back(group);
     else
         table.orphans.insert(table.orphans.end(), group.leaves.begin(), group.leaves.end());
@@ -573,23 +574,47 @@ qint64 RowFinder::_CountRows(Group const& group)
 }
 
 /// Pages of the free list keep their rows where SQLite does not overwrite what it removes. Our client has it overwrite
-/// that, which shows in free blocks.
-bool RowFinder::_MayHoldRemovedRows() const
+/// that. That another program did not shows in free blocks, and in rows that stand on two pages: on one that became
+/// free, and on the one that they had been moved to.
+bool RowFinder::_MayHoldRemovedRows()
 {
-    for (quint32 number = 1; !_freeListIsWhole && number <= _file.pageCount(); ++number) {
+    if (_freeListIsWhole)
+        return false;
+    for (quint32 number = 1; number <= _file.pageCount(); ++number) {
         QByteArray bytes;
         BtreePage const page = _Parse(number, bytes);
         if (page.isWhole() && page.hasRemnants())
             return true;
     }
+    return std::any_of(_tables.begin(), _tables.end(), [&](Table const& table) { return _HasRowsTwice(table); });
+}
+
+bool RowFinder::_HasRowsTwice(Table const& table)
+{
+    std::vector<Leaf> leaves = table.tree.leaves;
+    leaves.insert(leaves.end(), table.orphans.begin(), table.orphans.end());
+    for (Group const& stray : table.strays)
+        leaves.push_back(stray.leaves.front());
+    std::unordered_set<qint64> ids;
+    qint64 broken = 0;
+    for (Leaf const& leaf : leaves) {
+        for (Row const& row : _RowsOf(leaf, broken)) {
+            if (!ids.insert(row.id).second)
+                return true;
+        }
+    }
     return false;
 }
 
-/// Takes strays over that must be pages of the table. All leaves of a tree are equally deep: if pages lead to some, a
-/// page leads to each, so a stray is one of the free list, unless the page above it is broken. Otherwise a client that
-/// only adds rows fills pages in the order of their ids. When rows are removed, what is left of a page moves to one in
-/// front, which then holds higher ids than the pages behind it that became free.
-void RowFinder::_LeaveOutRemovedRows(Table& table)
+/// Takes strays over; if pages may hold removed rows, only those that need not be on the free list. All leaves of a
+/// tree are equally deep: if pages lead to some, a page leads to each, so a stray is one of the free list, unless the
+/// page above it is broken. Otherwise a client that only adds rows fills pages in the order of their ids. When rows are
+/// removed, what is left of a page moves to one in front, which then holds higher ids than the pages behind it that
+/// became free.
+///
+/// Nothing tells the others apart: what makes a leaf part of a tree stands in the page above it and in the list of free
+/// pages alone, and both are lost.
+void RowFinder::_AddStrays(Table& table, bool mayHoldRemovedRows)
 {
     std::vector<Group> strays = std::move(table.strays);
     std::sort(strays.begin(), strays.end(), [](Group const& left, Group const& right) {
@@ -598,13 +623,14 @@ void RowFinder::_LeaveOutRemovedRows(Table& table)
     bool const haveOthersParents = !table.orphans.empty() || !table.tree.leaves.empty();
     qint64 highest = std::numeric_limits<qint64>::min();
     for (Group const& stray : strays) {
-        if (haveOthersParents || stray.lowest <= highest) {
-            table.doubtfulRows += _CountRows(stray);
+        if (mayHoldRemovedRows && (haveOthersParents || stray.lowest <= highest)) {
+            table.leftOutRows += _CountRows(stray);
             continue;
         }
         highest = stray.highest;
         table.orphans.push_back(stray.leaves.front());
     }
+    table.mayHoldRemovedRows = mayHoldRemovedRows && !table.idsAreComplete;
 }
 
 /// Whether the table's tree lacks these rows.

@@ -45,8 +45,10 @@ public:
     std::optional<qint64> HighestId(int table) const;
     /// Returns how many rows of the table stand there for want of a better place.
     qint64 ambiguousRows(int table) const { return _tables[static_cast<std::size_t>(table)].ambiguousRows; }
-    /// Returns how many rows were left out because they may have been removed.
+    /// Returns how many of the rows that `ReadRows` has passed may have been removed.
     qint64 doubtfulRows(int table) const { return _tables[static_cast<std::size_t>(table)].doubtfulRows; }
+    /// Returns how many rows were left out because they may have been removed.
+    qint64 leftOutRows(int table) const { return _tables[static_cast<std::size_t>(table)].leftOutRows; }
     /// Whether anything of the store was found: a table's tree or one of its pages.
     bool FoundAnything() const;
 
@@ -102,14 +104,17 @@ private:
         Tree tree;
         /// Leaves that the tree does not lead to.
         std::vector<Leaf> orphans;
-        /// Those of them that no page at all leads to, as long as it is open whether they are on the free list.
+        /// Leaves that no page at all leads to, as long as it is open whether they are on the free list.
         std::vector<Group> strays;
         /// In ascending order; all of the table's ids if `idsAreComplete`.
         std::vector<qint64> indexedIds;
         bool idsAreComplete = false;
         std::optional<qint64> sequence;
+        /// Whether rows of the orphans may have been removed.
+        bool mayHoldRemovedRows = false;
         qint64 ambiguousRows = 0;
         qint64 doubtfulRows = 0;
+        qint64 leftOutRows = 0;
         /// Rows whose page is there and whose content is not.
         qint64 brokenRows = 0;
     };
@@ -136,8 +141,9 @@ private:
     void _FindOrphanPages(std::vector<quint32>& interiors, std::vector<quint32>& leaves) const;
     Group _MakeGroup(std::vector<Leaf> const& leaves, bool hasParent);
     void _Place(Group const& group);
-    bool _MayHoldRemovedRows() const;
-    void _LeaveOutRemovedRows(Table& table);
+    bool _MayHoldRemovedRows();
+    bool _HasRowsTwice(Table const& table);
+    void _AddStrays(Table& table, bool mayHoldRemovedRows);
     qint64 _CountRows(Group const& group);
     bool _MayLack(Table const& table, Group const& group) const;
     double _Likelihood(std::size_t table, Group const& group) const;
@@ -162,8 +168,6 @@ private:
     quint32 _sequenceRoot = 0;
     bool _schemaIsWhole = false;
     bool _freeListIsWhole = false;
-    /// Whether pages that nothing leads to may hold rows that were removed.
-    bool _doubtsStrays = false;
 };
 
 } // namespace tandry::findings

@@ -101,6 +101,7 @@ public:
         result.recovered = static_cast<qint64>(ids.size());
         result.lost = finder.CountLost(number, ids);
         result.ambiguous = finder.ambiguousRows(number);
+        result.doubtful = finder.doubtfulRows(number);
         return result;
     }
 
@@ -261,6 +262,11 @@ RecoverStore(QString const& damagedPath, QString const& newPath, RecoveryMode mo
             report.remarks.append(QStringLiteral("%1 rows in %2 may belong to another table with the same columns")
                                       .arg(table->ambiguous)
                                       .arg(table->name));
+        if (table->doubtful > 0)
+            report.remarks.append(QStringLiteral("%1 rows in %2 may have been removed before the damage: the list of "
+                                                 "free pages is lost, and removed rows were not overwritten")
+                                      .arg(table->doubtful)
+                                      .arg(table->name));
     }
     for (std::size_t i = 0; i < tables.size(); ++i) {
         if (!store->RaiseSequence(tables, tables[i], finder.HighestId(static_cast<int>(i)))) {
@@ -269,12 +275,12 @@ RecoverStore(QString const& damagedPath, QString const& newPath, RecoveryMode mo
         }
     }
     for (std::size_t i = 0; i < tables.size(); ++i) {
-        qint64 const doubtful = finder.doubtfulRows(static_cast<int>(i));
-        if (doubtful > 0)
+        qint64 const leftOut = finder.leftOutRows(static_cast<int>(i));
+        if (leftOut > 0)
             report.remarks.append(
                 QStringLiteral("%1 rows in %2 were left out because they may have been removed before "
                                "the damage")
-                    .arg(doubtful)
+                    .arg(leftOut)
                     .arg(tables[i].name));
     }
     if (!store->HasDefaultSchedule())

@@ -19,6 +19,8 @@ struct RecoveredTable
     qint64 lost = 0;
     /// Recovered rows that may belong to another table with the same columns.
     qint64 ambiguous = 0;
+    /// Recovered rows that may have been removed before the damage, or be older versions of rows.
+    qint64 doubtful = 0;
 };
 
 /// The result of a recovery.
@@ -39,8 +41,9 @@ enum class RecoveryMode
 /// Copies whatever can still be read of a damaged store into a new one, with the rows' ids.
 ///
 /// The damaged store, its log and its journal are read as bytes; nothing is written to them, locked or created beside
-/// them, and no other program may write to them meanwhile. Deleted rows do not come back. The new store appears whole,
-/// and an existing file is never replaced. Returns nothing on failure; `error` then names the file and the reason.
+/// them, and no other program may write to them meanwhile. Deleted rows do not come back, apart from those that are
+/// counted as doubtful. The new store appears whole, and an existing file is never replaced. Returns nothing on
+/// failure; `error` then names the file and the reason.
 [[nodiscard]] std::optional<RecoveryReport>
 RecoverStore(QString const& damagedPath, QString const& newPath, RecoveryMode mode, QString& error);
 

@@ -29,6 +29,7 @@ ExitStatus Recover(Session& session, RecoverArguments const& arguments)
         {"recovered", Shown::Always, [](RecoveredTable const& table) { return table.recovered; }},
         {"lost", Shown::Always, [](RecoveredTable const& table) { return table.lost; }},
         {"ambiguous", Shown::InFull, [](RecoveredTable const& table) { return table.ambiguous; }},
+        {"doubtful", Shown::InFull, [](RecoveredTable const& table) { return table.doubtful; }},
     };
     QString error;
     auto const report = tandry::findings::RecoverStore(
@@ -45,7 +46,7 @@ ExitStatus Recover(Session& session, RecoverArguments const& arguments)
     session.output().PrintLine(
         QStringLiteral("recovered %1 into the new store %2").arg(Quoted(arguments.damaged), Quoted(arguments.target)));
     bool const isComplete = std::all_of(report->tables.begin(), report->tables.end(), [](RecoveredTable const& table) {
-        return table.lost == 0 && table.ambiguous == 0;
+        return table.lost == 0 && table.ambiguous == 0 && table.doubtful == 0;
     });
     return isComplete ? ExitStatus::Done : ExitStatus::NothingFound;
 }
@@ -60,8 +61,9 @@ void AddRecoverCommand(Command& top)
         .Required("--to", arguments->target, "NEW", "The new store; an existing file is never replaced")
         .DryRun()
         .Remark("Prints for each table how many rows came back and how many are known to be lost; if there are such,\n"
-                "the exit status is 1. Rows keep their ids, and deleted rows do not come back. Log and journal beside\n"
-                "DAMAGED are read too. No program may use DAMAGED meanwhile. --store has no effect.")
+                "the exit status is 1. Rows keep their ids. Removed rows do not come back; where nothing tells them\n"
+                "apart, it says so. Log and journal beside DAMAGED are read too. No program may use DAMAGED\n"
+                "meanwhile. --store has no effect.")
         .Example("recover ~/broken.db --to ~/recovered.db", "bring back what can be read")
         .Run(StoreAccess::None, [arguments](Session& session) { return Recover(session, *arguments); });
 }
