@@ -1,21 +1,22 @@
 # Included by CTest, from the files that tandry_test() writes.
 cmake_minimum_required(VERSION 3.25)
 
-# tandry_suites(<program> PATH <file> SUITES_OF <all|threads> [ALONE <pattern>...] [SLOW <pattern>...]
+# tandry_suites(<program> PATH <file> SUITES_OF <all|threads> LABELS <label>... [ALONE <pattern>...] [SLOW <pattern>...]
 #   [PROPERTIES <property> <value>...])
 #
-# Registers what a test program lists: an entry for each suite, named after it; `<suite>.slow` for the cases that SLOW
-# matches; and an entry of its own, named after the case, for each that ALONE matches. A pattern is a regular expression
+# Registers what a test program lists, with these labels: an entry for each suite, named after it; `<suite>.slow` for the
+# cases that SLOW matches; and an entry of its own, named after the case, for each that ALONE matches. A pattern is a regular expression
 # that is held against `Suite.Case`; one that matches no case is an error. With SUITES_OF threads, only cases with
 # "Thread" in their name or their suite's are registered.
 function(tandry_suites program)
-  cmake_parse_arguments(PARSE_ARGV 1 arg "" "PATH;SUITES_OF" "ALONE;SLOW;PROPERTIES")
+  cmake_parse_arguments(PARSE_ARGV 1 arg "" "PATH;SUITES_OF" "LABELS;ALONE;SLOW;PROPERTIES")
   if(NOT EXISTS "${arg_PATH}")
     # CTest reports an entry without a program as failed.
     add_test(${program}_is_not_built "${arg_PATH}")
     if(arg_SLOW STREQUAL ".")
-      set_tests_properties(${program}_is_not_built PROPERTIES LABELS slow)
+      list(APPEND arg_LABELS slow)
     endif()
+    set_tests_properties(${program}_is_not_built PROPERTIES LABELS "${arg_LABELS}")
     return()
   endif()
   execute_process(COMMAND "${arg_PATH}" --gtest_list_tests
@@ -54,7 +55,7 @@ function(tandry_suites program)
     endif()
     if(NOT entry IN_LIST entries)
       list(APPEND entries "${entry}")
-      set("labels_${entry}" ${program})
+      set("labels_${entry}" ${arg_LABELS})
       if(speed)
         list(APPEND "labels_${entry}" slow)
       endif()

@@ -15,19 +15,20 @@ function(tandry_with_threads result)
   set(${result} "${kept}" PARENT_SCOPE)
 endfunction()
 
-# tandry_test(<name> SOURCES <file>... [LIBRARIES <target>...] [ALONE <pattern>...] [SLOW <pattern>...]
+# tandry_test(<name> [PROCESSES] SOURCES <file>... [LIBRARIES <target>...] [ALONE <pattern>...] [SLOW <pattern>...]
 #   [TIMEOUT <seconds>])
 #
 # A test program. CTest runs each suite in one process, its cases in random order: a failed run prints the seed, and
 # GTEST_RANDOM_SEED repeats it. A case that ALONE matches, because it changes its process, has one to itself. Cases that
 # SLOW matches are labelled `slow`: scripts/test leaves them out. Patterns are regular expressions, held against
 # `Suite.Case`; `.` matches all, and then scripts/test does not build the program either. Cases with "Thread" in their name
-# or their suite's are what runs under the thread sanitizer.
+# or their suite's are what runs under the thread sanitizer. With PROCESSES, for a program that starts many processes, all
+# cases are labelled `processes`: the address sanitizer's run leaves them out and does not build the program.
 #
 # The time zone is one with summer time, so that a conversion where there should be none shows, and the hash seed is
 # fixed.
 function(tandry_test name)
-  cmake_parse_arguments(PARSE_ARGV 1 arg "" "TIMEOUT" "SOURCES;LIBRARIES;ALONE;SLOW")
+  cmake_parse_arguments(PARSE_ARGV 1 arg "PROCESSES" "TIMEOUT" "SOURCES;LIBRARIES;ALONE;SLOW")
   if(NOT arg_TIMEOUT)
     set(arg_TIMEOUT 120)
   endif()
@@ -55,6 +56,12 @@ function(tandry_test name)
   if(NOT arg_SLOW STREQUAL ".")
     add_dependencies(quick_tests ${name})
   endif()
+  set(labels ${name})
+  if(arg_PROCESSES)
+    list(APPEND labels processes)
+  else()
+    add_dependencies(asan_tests ${name})
+  endif()
   # Optimising the cases themselves gains nothing but a longer build.
   target_compile_options(${name} PRIVATE $<$<CONFIG:Debug>:-O0>)
 
@@ -65,6 +72,7 @@ function(tandry_test name)
   file(GENERATE OUTPUT "${CMAKE_CURRENT_BINARY_DIR}/${name}_suites.cmake" CONTENT
 "include([[${PROJECT_SOURCE_DIR}/cmake/TandrySuites.cmake]])
 tandry_suites(${name} PATH [[$<TARGET_FILE:${name}>]] SUITES_OF ${suites}
+  LABELS ${labels}
   ALONE ${arg_ALONE}
   SLOW ${arg_SLOW}
   PROPERTIES
