@@ -25,10 +25,14 @@ constexpr char const* SettingsWithJournal = "PRAGMA synchronous = EXTRA;"
 
 } // namespace
 
-ConnectionHandle::ConnectionHandle(StoreFile const& file, OpenOptions const& options, SecretErasure& secrets)
+ConnectionHandle::ConnectionHandle(StoreFile const& file,
+                                   OpenOptions const& options,
+                                   SecretErasure& secrets,
+                                   OwnCommits& ownCommits)
     : _secrets(secrets)
     , _logLimitBytes(options.logLimitBytes)
     , _store(file, options.busyTimeoutMsec)
+    , _notice(ownCommits)
 {}
 
 Failure ConnectionHandle::Open(OpenPurpose purpose, StoreAccess access)
@@ -42,7 +46,8 @@ Failure ConnectionHandle::Open(OpenPurpose purpose, StoreAccess access)
     if (hasLog())
         _logLimit = LogLimit(handle, _logLimitBytes);
     sqlite3_set_authorizer(handle, &ConnectionHandle::Authorize, this);
-    sqlite3_update_hook(handle, &ConnectionHandle::NoticeChange, &_secrets);
+    sqlite3_update_hook(handle, &ConnectionHandle::NoticeChange, this);
+    _notice.SetHandle(handle, hasLog());
     if (code == SQLITE_OK && access == StoreAccess::ReadWrite)
         code = PrepareOwnStatements();
     return code == SQLITE_OK ? Failure() : Describe(code);
@@ -62,9 +67,11 @@ int ConnectionHandle::PrepareOwnStatements() noexcept
 
 /// Only the connection begins and ends transactions: if a client's statement ended one, earlier results would become
 /// untrue. Nor may a statement attach other files or change settings.
-int ConnectionHandle::Authorize(void* handle, int action, char const*, char const* argument, char const*, char const*)
+int ConnectionHandle::Authorize(
+    void* handle, int action, char const* name, char const* argument, char const*, char const*)
 {
-    if (static_cast<ConnectionHandle*>(handle)->_runsOwnStatement)
+    auto& self = *static_cast<ConnectionHandle*>(handle);
+    if (self._runsOwnStatement)
         return SQLITE_OK;
     switch (action) {
     case SQLITE_TRANSACTION:
@@ -74,14 +81,30 @@ int ConnectionHandle::Authorize(void* handle, int action, char const*, char cons
         return SQLITE_DENY;
     case SQLITE_PRAGMA:
         return argument == nullptr ? SQLITE_OK : SQLITE_DENY;
+    case SQLITE_DELETE:
+        self._deletesFrom |= schema::TableNamed(name);
+        return SQLITE_OK;
     default:
         return SQLITE_OK;
     }
 }
 
-void ConnectionHandle::NoticeChange(void* secrets, int action, char const*, char const* table, sqlite3_int64) noexcept
+void ConnectionHandle::NoticeChange(
+    void* handle, int action, char const* database, char const* table, sqlite3_int64) noexcept
 {
-    static_cast<SecretErasure*>(secrets)->NoticeChange(action, table);
+    auto& self = *static_cast<ConnectionHandle*>(handle);
+    self._secrets.NoticeChange(action, table);
+    self._notice.NoteChange(database, table);
+}
+
+/// SQLite does not call the update hook when it empties a table as a whole. While it prepares the statement again, it
+/// names the table.
+schema::TableSet ConnectionHandle::TablesEmptiedBy(PreparedStatement const& statement) noexcept
+{
+    _deletesFrom = 0;
+    StatementHandle prepared;
+    static_cast<void>(PreparePersistent(_store.get(), statement.text().toUtf8().constData(), prepared));
+    return _deletesFrom;
 }
 
 int ConnectionHandle::RunOwn(StatementHandle const& statement) noexcept
@@ -90,6 +113,22 @@ int ConnectionHandle::RunOwn(StatementHandle const& statement) noexcept
     sqlite3_step(statement.get());
     int const code = sqlite3_reset(statement.get());
     _runsOwnStatement = false;
+    return code;
+}
+
+int ConnectionHandle::BeginOwn() noexcept
+{
+    int const code = RunOwn(_begin);
+    if (code == SQLITE_OK)
+        _notice.Begin();
+    return code;
+}
+
+int ConnectionHandle::CommitOwn() noexcept
+{
+    _notice.BeforeCommit();
+    int const code = RunOwn(_commit);
+    _notice.AfterCommit(code == SQLITE_OK);
     return code;
 }
 
@@ -103,7 +142,7 @@ Failure ConnectionHandle::Begin()
                          QStringLiteral("the log has reached its limit, and a query that is still open reads an old "
                                         "state from it"));
     if (code == SQLITE_OK)
-        code = RunOwn(_begin);
+        code = BeginOwn();
     if (code != SQLITE_OK)
         return Describe(code);
     _store.busyHandler().TransactionBegan(_store.get());
@@ -112,7 +151,7 @@ Failure ConnectionHandle::Begin()
 
 Failure ConnectionHandle::Commit()
 {
-    int const code = RunOwn(_commit);
+    int const code = CommitOwn();
     if (code == SQLITE_OK) {
         _store.busyHandler().TransactionCommitted(_store.get());
         return {};
@@ -140,6 +179,9 @@ int ConnectionHandle::Write(PreparedStatement& statement, RunResult& result)
     qint64 const changesBefore = changes();
     sqlite3_set_last_insert_rowid(_store.get(), 0);
     int const code = statement.Step();
+    if (code == SQLITE_DONE && changes() != changesBefore && !_notice.hasChange())
+        _notice.NoteChanges(TablesEmptiedBy(statement));
+    _notice.EndStatement(code == SQLITE_DONE);
     if (code != SQLITE_DONE)
         return code;
     result.rowsAffected = changes() != changesBefore ? sqlite3_changes(_store.get()) : 0;
@@ -159,11 +201,18 @@ void ConnectionHandle::EraseSecrets(bool mayWait) noexcept
     RollBack(); // a client transaction may be open
     if (!mayWait)
         sqlite3_busy_handler(_store.get(), nullptr, nullptr);
-    _runsOwnStatement = true;
-    int const code = _secrets.Run(_store.get());
-    _runsOwnStatement = false;
+    int code = BeginOwn();
+    if (code == SQLITE_OK) {
+        _runsOwnStatement = true;
+        code = SecretErasure::Run(_store.get());
+        _runsOwnStatement = false;
+        _notice.EndStatement(false); // every row is what it was
+    }
+    if (code == SQLITE_OK)
+        code = CommitOwn();
     if (code == SQLITE_OK)
         return;
+    _secrets.Return();
     qCWarning(StoreLog).noquote() << Describe(code).text << "while removed secrets were being overwritten";
     RollBack();
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "database/file/StoreHandle.h"
+#include "database/file/TransactionNotice.h"
 #include "database/sqlite/LogLimit.h"
 #include "database/sqlite/PreparedStatement.h"
 #include "database/sqlite/StatementCache.h"
@@ -8,6 +9,7 @@
 
 namespace sync::database {
 
+class OwnCommits;
 class SecretErasure;
 
 /// The result of running a statement.
@@ -25,7 +27,7 @@ struct RunResult
 class ConnectionHandle : public TransactionHandle
 {
 public:
-    ConnectionHandle(StoreFile const& file, OpenOptions const& options, SecretErasure& secrets);
+    ConnectionHandle(StoreFile const& file, OpenOptions const& options, SecretErasure& secrets, OwnCommits& ownCommits);
 
     /// Call once; the object is of no use if it fails.
     [[nodiscard]] Failure Open(OpenPurpose purpose, StoreAccess access);
@@ -60,8 +62,11 @@ public:
 private:
     int PrepareOwnStatements() noexcept;
     int RunOwn(StatementHandle const& statement) noexcept;
-    static int Authorize(void* handle, int action, char const*, char const* argument, char const*, char const*);
-    static void NoticeChange(void* secrets, int action, char const*, char const* table, sqlite3_int64) noexcept;
+    static int Authorize(void* handle, int action, char const* name, char const* argument, char const*, char const*);
+    static void NoticeChange(void* handle, int action, char const* database, char const* table, sqlite3_int64) noexcept;
+    schema::TableSet TablesEmptiedBy(PreparedStatement const& statement) noexcept;
+    int BeginOwn() noexcept;
+    int CommitOwn() noexcept;
 
     SecretErasure& _secrets;
     qint64 const _logLimitBytes;
@@ -71,6 +76,9 @@ private:
     StatementHandle _rollback;
     StatementCache _statements;
     LogLimit _logLimit;
+    TransactionNotice _notice;
+    /// The tables from which the statements prepared last delete.
+    schema::TableSet _deletesFrom = 0;
     bool _isUsable = true;
     bool _runsOwnStatement = false;
 };

@@ -45,7 +45,8 @@ Failure SqliteConnection::OpenFor(OpenPurpose purpose)
             _replacedHandles.push_back(std::move(_handle));
         _handle.reset();
     }
-    auto handle = std::make_unique<ConnectionHandle>(_store->file(), _store->options(), _store->secretErasure());
+    auto handle = std::make_unique<ConnectionHandle>(
+        _store->file(), _store->options(), _store->secretErasure(), *_store->ownCommits());
     Failure failure = handle->Open(purpose, _store->access());
     if (!failure)
         failure = _store->CheckIdentity(handle->store());

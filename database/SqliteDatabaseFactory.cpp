@@ -184,4 +184,12 @@ void SqliteDatabaseFactory::ClearError()
     _store->ClearError();
 }
 
+std::unique_ptr<StoreChanges> SqliteDatabaseFactory::WatchChanges()
+{
+    std::unique_ptr<StoreChanges> changes;
+    static_cast<void>(
+        Answer(nullptr, [&](SqliteConnection& connection) { return _store->WatchChanges(connection, changes); }));
+    return changes;
+}
+
 } // namespace sync::database

@@ -2,6 +2,7 @@
 
 #include "database/Compaction.h"
 #include "database/OpenOptions.h"
+#include "database/StoreChanges.h"
 #include "database/StoreError.h"
 #include "database/StoreFactory.h"
 #include "database/TandryDatabaseExport.h"
@@ -135,6 +136,15 @@ public:
 
     [[nodiscard]] std::optional<StoreError> LastError() const override;
     void ClearError() override;
+
+    /// The object has a connection of its own, shares the store and keeps its file open; destroy it on a thread that
+    /// may use the store. The notices come from the operating system, so a commit on another machine, to a file on a
+    /// network drive, is found only together with the next commit on this one. A renamed folder above the store's own
+    /// is found then, too.
+    ///
+    /// For the commits of this process, the tables are those of which rows were inserted, changed or removed. `Compact`
+    /// counts as a change of all tables.
+    [[nodiscard]] std::unique_ptr<StoreChanges> WatchChanges() override;
 
 private:
     explicit SqliteDatabaseFactory(std::shared_ptr<SqliteStore> store);

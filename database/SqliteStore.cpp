@@ -1,5 +1,6 @@
 #include "database/SqliteStore.h"
 
+#include "database/SqliteChanges.h"
 #include "database/SqliteConnection.h"
 #include "database/file/DroppedCommits.h"
 #include "database/file/StoreBackup.h"
@@ -37,6 +38,7 @@ Failure SqliteStore::Open()
     _identity = _file.Identity();
     if (!_identity)
         return MakeError(_file.path(), SQLITE_CANTOPEN, QStringLiteral("the file went away while it was opened"));
+    _ownCommits = OwnCommits::Of(*_identity);
 
     std::shared_ptr<SqliteConnection> const connection = Connection();
     if (connection == nullptr)
@@ -112,6 +114,17 @@ Failure SqliteStore::FindDamage(SqliteConnection& connection, QStringList& damag
     if (Failure failure = snapshot.Open(access()))
         return failure;
     return database::FindDamage(snapshot.store(), damage);
+}
+
+Failure SqliteStore::WatchChanges(SqliteConnection& connection, std::unique_ptr<StoreChanges>& changes)
+{
+    if (Failure failure = connection.Open())
+        return failure;
+    auto opened = std::make_unique<SqliteChanges>(std::static_pointer_cast<SqliteStore>(shared_from_this()));
+    Failure failure = opened->Open();
+    if (!failure)
+        changes = std::move(opened);
+    return failure;
 }
 
 std::shared_ptr<SqliteConnection> SqliteStore::Connection()

@@ -2,6 +2,7 @@
 
 #include "database/Compaction.h"
 #include "database/OpenOptions.h"
+#include "database/file/OwnCommits.h"
 #include "database/file/SecretErasure.h"
 #include "database/file/StoreHandle.h"
 #include "database/file/StorePresence.h"
@@ -16,6 +17,7 @@ namespace sync::database {
 
 class SqliteConnection;
 class StoreBackup;
+class StoreChanges;
 
 /// A store in a file, with its connections. Any thread may call any operation.
 class SqliteStore : public Store
@@ -48,6 +50,11 @@ public:
     std::shared_ptr<SqliteConnection> Connection();
 
     SecretErasure& secretErasure() noexcept { return _secretErasure; }
+    /// REQUIRES: the file has been found.
+    std::shared_ptr<OwnCommits> const& ownCommits() const noexcept { return _ownCommits; }
+
+    /// The factory's operation of this name; sets `changes` unless it fails.
+    Failure WatchChanges(SqliteConnection& connection, std::unique_ptr<StoreChanges>& changes);
 
 private:
     std::shared_ptr<StoreConnection> MakeConnection() override;
@@ -62,6 +69,7 @@ private:
     JournalMode _journalMode = JournalMode::WriteAheadLog;
     QStringList _openingWarnings;
     SecretErasure _secretErasure;
+    std::shared_ptr<OwnCommits> _ownCommits;
     std::optional<StorePresence> _presence;
 };
 

@@ -10,4 +10,9 @@ StoreFactory::StoreFactory()
 
 StoreFactory::~StoreFactory() = default;
 
+std::unique_ptr<StoreChanges> StoreFactory::WatchChanges()
+{
+    return nullptr;
+}
+
 } // namespace sync::database

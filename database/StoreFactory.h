@@ -1,9 +1,11 @@
 #pragma once
 
+#include "database/StoreChanges.h"
 #include "database/StoreError.h"
 #include "database/TandryDatabaseExport.h"
 #include "interf/IDatabaseFactory.h"
 
+#include <memory>
 #include <optional>
 
 namespace sync::database {
@@ -28,6 +30,10 @@ public:
     [[nodiscard]] virtual std::optional<StoreError> LastError() const = 0;
     /// Clears the calling thread's error.
     virtual void ClearError() = 0;
+
+    /// Returns an object that tells of the commits to the store, of all threads and processes. Returns null on failure,
+    /// and sets `LastError`; also null, without an error, if the store does not tell, as this implementation does.
+    [[nodiscard]] virtual std::unique_ptr<StoreChanges> WatchChanges();
 
 Q_SIGNALS:
     /// Emitted when writes that returned true are lost: the commit at the end of their scope failed, or a fault rolled

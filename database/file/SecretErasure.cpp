@@ -13,16 +13,11 @@ void SecretErasure::NoticeChange(int action, char const* table) noexcept
 int SecretErasure::Run(sqlite3* handle) noexcept
 {
     // A table that is emptied as a whole gives its pages back, and SQLite overwrites those.
-    int const code = Execute(handle,
-                             "BEGIN IMMEDIATE;"
-                             "CREATE TEMP TABLE Kept AS SELECT * FROM main.ProductConfiguration;"
-                             "DELETE FROM main.ProductConfiguration;"
-                             "INSERT INTO main.ProductConfiguration SELECT * FROM temp.Kept ORDER BY id;"
-                             "DROP TABLE temp.Kept;"
-                             "COMMIT;");
-    if (code != SQLITE_OK)
-        _isDue = true;
-    return code;
+    return Execute(handle,
+                   "CREATE TEMP TABLE Kept AS SELECT * FROM main.ProductConfiguration;"
+                   "DELETE FROM main.ProductConfiguration;"
+                   "INSERT INTO main.ProductConfiguration SELECT * FROM temp.Kept ORDER BY id;"
+                   "DROP TABLE temp.Kept;");
 }
 
 } // namespace sync::database

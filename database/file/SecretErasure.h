@@ -19,9 +19,11 @@ public:
 
     /// Claims a due erasure; false if none is due.
     [[nodiscard]] bool Claim() noexcept { return _isDue.exchange(false); }
-    /// Writes all rows with secrets anew, in one transaction. On failure the erasure is due again, and the transaction
-    /// may be open. Returns SQLite's result code.
-    [[nodiscard]] int Run(sqlite3* handle) noexcept;
+    /// Makes an erasure due again that was claimed and failed.
+    void Return() noexcept { _isDue = true; }
+
+    /// Writes all rows with secrets anew, in the handle's open transaction. Returns SQLite's result code.
+    [[nodiscard]] static int Run(sqlite3* handle) noexcept;
 
 private:
     std::atomic<bool> _isDue{false};

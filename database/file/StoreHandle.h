@@ -68,6 +68,8 @@ public:
     /// The same for the file alone.
     Failure CheckFileWritable() const { return _openFiles.CheckFile(OpenFiles::Use::Writing); }
 
+    /// Whether SQLite reads the file as one that nobody changes.
+    bool isImmutable() const noexcept { return _stamp.has_value(); }
     /// False if the rows that were read may not be one committed state: SQLite read the file as immutable, and it
     /// changed meanwhile.
     bool IsUnchanged() const noexcept { return !_stamp || _file.Stamp() == _stamp; }

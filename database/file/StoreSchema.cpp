@@ -266,6 +266,29 @@ std::vector<QByteArray> const& CreateIndices()
     return statements;
 }
 
+TableSet TableNamed(char const* name) noexcept
+{
+    TableSet bit = 1;
+    for (Table const& table : Tables()) {
+        if (qstrcmp(table.name, name) == 0)
+            return bit;
+        bit <<= 1;
+    }
+    return 0;
+}
+
+QStringList NamesOf(TableSet tables)
+{
+    QStringList names;
+    TableSet bit = 1;
+    for (Table const& table : Tables()) {
+        if ((tables & bit) != 0)
+            names.append(QLatin1String(table.name));
+        bit <<= 1;
+    }
+    return names;
+}
+
 int Create(sqlite3* handle)
 {
     QByteArray statements = "BEGIN IMMEDIATE;";

@@ -4,6 +4,7 @@
 
 #include <QByteArray>
 #include <QString>
+#include <QStringList>
 #include <QtGlobal>
 
 #include <vector>
@@ -29,6 +30,15 @@ StoreError OtherVersion(QString const& path, qint64 version);
 
 /// The statements that create the indices.
 std::vector<QByteArray> const& CreateIndices();
+
+/// A set of tables: a bit for each, in the order of the schema.
+using TableSet = quint32;
+constexpr TableSet AllTables = ~TableSet(0);
+
+/// The set of the table of this name alone, empty if it is none of the schema's.
+TableSet TableNamed(char const* name) noexcept;
+/// The names of the tables in a set.
+QStringList NamesOf(TableSet tables);
 
 /// Creates tables, indices, marks and the default schedule in an empty database, in one transaction. Returns SQLite's
 /// result code.

@@ -28,7 +28,8 @@ struct FirstBytes
     quint32 checksum[2];
     unsigned char salts[8];
 };
-static_assert(sizeof(FirstBytes) == 40 && offsetof(FirstBytes, lastFrame) == 16);
+static_assert(sizeof(FirstBytes) == 40 && offsetof(FirstBytes, changeCounter) == 8);
+static_assert(offsetof(FirstBytes, lastFrame) == 16);
 
 int PageSize(quint16 stored)
 {
@@ -53,6 +54,11 @@ LogIndex::LogIndex(sqlite3* handle)
 quint32 LogIndex::lastFrame() const noexcept
 {
     return _bytes != nullptr ? static_cast<FirstBytes const volatile*>(_bytes)->lastFrame : 0;
+}
+
+quint32 LogIndex::commits() const noexcept
+{
+    return _bytes != nullptr ? static_cast<FirstBytes const volatile*>(_bytes)->changeCounter : 0;
 }
 
 qint64 LogIndex::sizeOfLog() const noexcept

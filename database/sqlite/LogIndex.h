@@ -41,6 +41,8 @@ public:
 
     /// The number of frames up to the last commit; 0 for an empty view. May be called at any time.
     quint32 lastFrame() const noexcept;
+    /// The number of commits since the index was made; 0 for an empty view. May be called at any time.
+    quint32 commits() const noexcept;
     /// The least size of the log, in bytes; 0 for an empty view. May be called at any time.
     qint64 sizeOfLog() const noexcept;
     /// REQUIRES: a valid view, and a write transaction on the handle.

@@ -1,0 +1,8 @@
+#include "database/StoreChanges.h"
+
+namespace sync::database {
+
+StoreChanges::StoreChanges() = default;
+StoreChanges::~StoreChanges() = default;
+
+} // namespace sync::database
