@@ -102,6 +102,8 @@ include_case(accepted models/Folders.cpp "#include \"config/Public.h\"")
 include_case(refused models/Folders.cpp "#include \"config/Internal.h\"")
 include_case(refused models/Folders.cpp "#include <QWidget>")
 include_case(refused models/Folders.cpp "#include <sqlite3.h>")
+include_case(accepted models/Folders.cpp "#include \"database/StoreFactory.h\"")
+include_case(refused models/Folders.cpp "#include \"database/Public.h\"")
 
 include_case(accepted postgres/Query.cpp "#include <libpq-fe.h>")
 include_case(accepted postgres/Query.cpp "#include \"interf/Other.h\"")

@@ -1,6 +1,7 @@
 #include "config/FolderConfigManager.h"
 #include "database/TransactionalScope.h"
 #include "interf/IRefreshNativeFileViewer.h"
+#include "models/StoreWatcher.h"
 
 #include <cstdio>
 #include <unistd.h>
@@ -24,7 +25,7 @@ bool Check(bool holds, char const* what)
 
 } // namespace
 
-// One thing from each library, so that all three are linked and found at run time.
+// One thing from each library, so that all are linked and found at run time.
 int main()
 {
     auto const shell = std::make_shared<Shell>();
@@ -36,6 +37,8 @@ int main()
     bool good = Check(shell->last == path, "the client's shell is called");
     good &= Check(sync::database::TransactionalScope::Depth() == 1, "the scope counts");
     good &= Check(folders.metaObject()->className() == QByteArray("sync::config::FolderConfigManager"), "meta-object");
+    good &= Check(sync::models::StoreWatcher::staticMetaObject.className() == QByteArray("sync::models::StoreWatcher"),
+                  "a model's meta-object");
     good &= Check(getpid() > 0, "<unistd.h> works beside the namespace");
     return good ? 0 : 1;
 }
