@@ -1,0 +1,125 @@
+#include "models/RecordRows.h"
+
+#include "interf/IQSqlQueryWrapper.h"
+#include "models/DisplayTexts.h"
+
+#include <QLocale>
+#include <QStringList>
+#include <QVariantMap>
+
+namespace sync::models {
+
+using sync::config::ColumnKind;
+using sync::interf::IQSqlQueryWrapper;
+using sync::interf::factory::IDatabaseFactory;
+
+bool RecordRows::Column::hasText() const
+{
+    return kind == ColumnKind::Enumeration || kind == ColumnKind::BitField;
+}
+
+RecordRows::RecordRows(std::shared_ptr<IDatabaseFactory> factory, QString const& table, QVector<Column> const& columns)
+    : _factory(std::move(factory))
+    , _documents(_factory)
+    , _table(table)
+    , _columns(columns)
+{
+    QStringList names;
+    for (Column const& column : _columns)
+        names.append(column.name);
+    _select = QStringLiteral("SELECT %1 FROM %2 ").arg(names.join(QStringLiteral(", ")), _table);
+}
+
+QHash<int, QByteArray> RecordRows::roleNames() const
+{
+    QHash<int, QByteArray> roles;
+    int role = Qt::UserRole;
+    for (Column const& column : _columns)
+        roles.insert(++role, column.name.toLatin1());
+    for (Column const& column : _columns) {
+        ++role;
+        if (column.hasText())
+            roles.insert(role, column.name.toLatin1() + "Text");
+    }
+    return roles;
+}
+
+QVariant RecordRows::Value(RecordRow const& row, int role) const
+{
+    int const place = role - Qt::UserRole - 1;
+    auto const count = static_cast<int>(_columns.size());
+    if (place >= 0 && place < count)
+        return row.values.at(place);
+    if (place >= count && place < 2 * count && _columns.at(place - count).hasText())
+        return Text(row, place - count);
+    return {};
+}
+
+QString RecordRows::Text(RecordRow const& row, int column) const
+{
+    Column const& described = _columns.at(column);
+    QVariant const& value = row.values.at(column);
+    if (described.hasText())
+        return DisplayText(_table, described.name, value.toInt());
+    if (described.kind == ColumnKind::Time)
+        return QLocale().toString(value.toDateTime().toLocalTime(), QLocale::ShortFormat);
+    if (described.kind != ColumnKind::Properties)
+        return value.toString();
+    QStringList entries;
+    QVariantMap const properties = value.toMap();
+    for (auto entry = properties.cbegin(); entry != properties.cend(); ++entry)
+        entries.append(entry.key() + QStringLiteral("=") + entry.value().toString());
+    return entries.join(QStringLiteral(", "));
+}
+
+std::optional<QVector<RecordRow>> RecordRows::Read(QString const& clauses, QVariant const& value) const
+{
+    std::shared_ptr<IQSqlQueryWrapper> const query = _factory->CreateQuery();
+    if (!query->prepare(_select + clauses))
+        return std::nullopt;
+    if (value.isValid())
+        query->bindValue(QStringLiteral(":value"), value);
+    if (!query->exec())
+        return std::nullopt;
+    QVector<RecordRow> rows;
+    while (query->next()) {
+        RecordRow row;
+        row.id = query->value(0).toInt(); // the first column of every table
+        row.values.reserve(_columns.size());
+        for (int column = 0; column < _columns.size(); ++column)
+            row.values.append(Convert(_columns.at(column), query->value(column)));
+        rows.append(row);
+    }
+    if (!query->lastError().isEmpty())
+        return std::nullopt;
+    return rows;
+}
+
+QVariant RecordRows::Convert(Column const& column, QVariant const& stored) const
+{
+    switch (column.kind) {
+    case ColumnKind::Integer:
+    case ColumnKind::Enumeration:
+    case ColumnKind::BitField:
+        return stored.toInt();
+    case ColumnKind::LongInteger:
+        return stored.toLongLong();
+    case ColumnKind::Time: {
+        QDateTime const time = stored.toDateTime();
+        return QDateTime(time.date(), time.time(), column.timeSpec);
+    }
+    case ColumnKind::Properties: {
+        QVariantMap properties;
+        QMap<QString, QString> const entries = _documents.ToNameValuePropertyMap(stored.toString());
+        for (auto entry = entries.cbegin(); entry != entries.cend(); ++entry)
+            properties.insert(entry.key(), entry.value());
+        return properties;
+    }
+    case ColumnKind::Text:
+    case ColumnKind::Links:
+        break;
+    }
+    return stored.toString();
+}
+
+} // namespace sync::models

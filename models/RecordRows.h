@@ -1,0 +1,91 @@
+#pragma once
+
+#include "config/DatabaseConfigurationManager.h"
+#include "config/RecordColumns.h"
+#include "interf/IDatabaseFactory.h"
+
+#include <QByteArray>
+#include <QDateTime>
+#include <QHash>
+#include <QString>
+#include <QVariant>
+#include <QVector>
+
+#include <memory>
+#include <optional>
+#include <utility>
+
+namespace sync::models {
+
+/// A row of a table as a model shows it: its id, and the values of the shown columns.
+struct RecordRow
+{
+    int id = 0;
+    QVector<QVariant> values;
+};
+
+/// Reads rows of a table for a model, and gives their columns roles. Never reads a secret.
+class RecordRows
+{
+public:
+    /// A column that a model shows.
+    struct Column
+    {
+        QString name;
+        sync::config::ColumnKind kind;
+        /// The zone in which a record has the clock reading of a time.
+        Qt::TimeSpec timeSpec = Qt::UTC;
+
+        /// Whether the value is a number that may have a name.
+        bool hasText() const;
+    };
+
+    /// The rows of a record's table.
+    template <class Record>
+    static RecordRows Of(std::shared_ptr<sync::interf::factory::IDatabaseFactory> factory, QString const& table);
+
+    QVector<Column> const& columns() const { return _columns; }
+
+    /// The roles: one for each column, with its name, and one with "Text" appended for each column whose numbers may
+    /// have names.
+    QHash<int, QByteArray> roleNames() const;
+    /// Returns the row's value for one of these roles; an invalid value for another role.
+    QVariant Value(RecordRow const& row, int role) const;
+    /// Returns a column's value in words.
+    QString Text(RecordRow const& row, int column) const;
+
+    /// Returns all rows of a SELECT of the shown columns that ends with these clauses, in which `:value` may stand.
+    /// Returns nothing if the store fails, also if it fails midway.
+    std::optional<QVector<RecordRow>> Read(QString const& clauses, QVariant const& value = {}) const;
+
+private:
+    RecordRows(std::shared_ptr<sync::interf::factory::IDatabaseFactory> factory,
+               QString const& table,
+               QVector<Column> const& columns);
+
+    QVariant Convert(Column const& column, QVariant const& stored) const;
+
+    std::shared_ptr<sync::interf::factory::IDatabaseFactory> _factory;
+    /// Reads the documents of properties.
+    sync::config::DatabaseConfigurationManager _documents;
+    QString _table;
+    QVector<Column> _columns;
+    QString _select;
+};
+
+template <class Record>
+RecordRows RecordRows::Of(std::shared_ptr<sync::interf::factory::IDatabaseFactory> factory, QString const& table)
+{
+    QVector<Column> columns;
+    for (auto const& column : sync::config::RecordColumns<Record>()) {
+        if (column.isSecret() || !column.isReceived())
+            continue;
+        Record record;
+        bool const isTime = column.kind() == sync::config::ColumnKind::Time &&
+                            column.Set(record, QDateTime(QDate(2000, 1, 1), QTime(), Qt::UTC));
+        columns.append({column.name(), column.kind(), isTime ? column.Get(record).toDateTime().timeSpec() : Qt::UTC});
+    }
+    return RecordRows(std::move(factory), table, columns);
+}
+
+} // namespace sync::models
