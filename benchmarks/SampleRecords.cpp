@@ -73,6 +73,13 @@ SampleRecords SampleRecords::OfFilesWithProperties(int files)
     return SampleRecords(shape);
 }
 
+SampleRecords SampleRecords::OfFilesWithoutProperties(int files)
+{
+    Shape shape = _ShapeOfFiles(files);
+    shape.filesPerProperties = 0;
+    return SampleRecords(shape);
+}
+
 SampleRecords SampleRecords::OfFolders(int folders)
 {
     Shape shape;
@@ -189,7 +196,7 @@ config::FileConfiguration SampleRecords::File(int number) const
     file.lastModifiedDateTime = Moment(number + 1);
     file.lastOperationTime = Moment(number + 2);
     file.size = number * 1234LL;
-    if (number % _shape.filesPerProperties == 0)
+    if (_shape.filesPerProperties > 0 && number % _shape.filesPerProperties == 0)
         file.nameValueProperties = {{QStringLiteral("ContentType"), QStringLiteral("application/msword")},
                                     {QStringLiteral("LockedBy"), QStringLiteral("Anna <anna@example.org>")}};
     if (number % 8 == 0)

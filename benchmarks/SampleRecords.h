@@ -22,15 +22,16 @@ public:
         int roots = 10;
         int subFoldersOfRoot = 0;
         int filesOfSubFolder = 0;
-        /// Every so many files, one has two properties.
+        /// Every so many files, one has two properties; 0 for none.
         int filesPerProperties = 4;
     };
 
     /// So many rows in all, on ten roots.
     static SampleRecords OfFiles(int files);
     static SampleRecords OfFolders(int folders);
-    /// So many files, each of them with two properties.
+    /// So many files, each of them with two properties, or none of them with any.
     static SampleRecords OfFilesWithProperties(int files);
+    static SampleRecords OfFilesWithoutProperties(int files);
 
     explicit SampleRecords(Shape const& shape);
 

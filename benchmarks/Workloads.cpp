@@ -241,22 +241,29 @@ std::vector<Case> CasesOf(SampleRecords const& records)
     return cases;
 }
 
-/// Reads of records that all have two properties, which are documents in their column.
-Suite PropertiesSuite()
+/// Reads of files that all have two properties, which are documents in their column, or none.
+Suite PropertiesSuite(bool hasProperties)
 {
     constexpr int rows = 10000;
-    SampleRecords const records = SampleRecords::OfFilesWithProperties(rows);
+    SampleRecords const records =
+        hasProperties ? SampleRecords::OfFilesWithProperties(rows) : SampleRecords::OfFilesWithoutProperties(rows);
+    int const properties = hasProperties ? 2 : 0;
+    auto const named = [=](char const* operation) {
+        return QStringLiteral("files: %1, %2 properties")
+            .arg(QLatin1String(operation), QLatin1String(hasProperties ? "two" : "no"));
+    };
     return {records,
             {EachRead(
-                 QStringLiteral("files: look-up by path, two properties"),
+                 named("look-up by path"),
                  rows,
                  LookUps,
                  [=](int choice) { return records.FilePath(Scattered(choice, rows)); },
-                 [](Backend& backend, QString const& path) {
-                     RequireFound(backend.FileByPath(path).nameValueProperties.size());
+                 [=](Backend& backend, QString const& path) {
+                     Require(backend.FileByPath(path).nameValueProperties.size() == properties,
+                             "a file has other properties");
                  }),
              EachRead(
-                 QStringLiteral("files: listing of one folder, two properties"),
+                 named("listing of one folder"),
                  rows,
                  LookUps / 20,
                  [=](int choice) { return 1 + records.FolderWithFiles(choice); },
@@ -462,7 +469,8 @@ std::vector<Suite> AllSuites(QVector<int> const& sizes, int passes)
         cases.push_back(RemovalOfRoot(QStringLiteral("folders: removal of a root"), size));
         suites.push_back({records, cases});
     }
-    suites.push_back(PropertiesSuite());
+    for (bool const hasProperties : {true, false})
+        suites.push_back(PropertiesSuite(hasProperties));
     for (int const roots : {10, 100, 1000})
         suites.push_back(RootsSuite(roots));
     suites.push_back(TreesSuite(passes));
