@@ -78,6 +78,14 @@ protected:
             .WillOnce(Return(StoredFolder(id, Folder(path))));
     }
 
+    /// There is a file `target` in the root, for which the folder side answers.
+    void ExpectTarget()
+    {
+        MakeFile("tree/target"_q);
+        ExpectRoot();
+        ExpectFolder(rootPath, RootId);
+    }
+
     QTemporaryDir const directory;
     QString const base;
     QString const rootPath;
@@ -142,9 +150,7 @@ INSTANTIATE_TEST_SUITE_P(TypesOfTheLinkingFile,
 
 TEST_F(FileManagerLinks, AnAbsoluteLinkIsFollowed)
 {
-    MakeFile("tree/target"_q);
-    ExpectRoot();
-    ExpectFolder(rootPath, RootId);
+    ExpectTarget();
     FileConfiguration file = Linking({Link(rootPath + "/target"_q)});
     EXPECT_TRUE(manager.Add(file));
     EXPECT_EQ(file.fileLinks[0].fileId, 1);
@@ -153,9 +159,7 @@ TEST_F(FileManagerLinks, AnAbsoluteLinkIsFollowed)
 
 TEST_F(FileManagerLinks, UpdateFollowsLinksAsWellAndStoresTheirIds)
 {
-    MakeFile("tree/target"_q);
-    ExpectRoot();
-    ExpectFolder(rootPath, RootId);
+    ExpectTarget();
     store->PlayInsertId(77);
     EXPECT_TRUE(manager.Update(Linking({Link("../target"_q)})));
     EXPECT_THAT(store->Statements().back().toStdString(), testing::StartsWith("UPDATE FileConfiguration "));
@@ -195,9 +199,7 @@ TEST_F(FileManagerLinks, LinksAreFollowedInOrderAndOutsideAnyScope)
 
 TEST_F(FileManagerLinks, AStaleIdIsReplacedByTheFileAtThePath)
 {
-    MakeFile("tree/target"_q);
-    ExpectRoot();
-    ExpectFolder(rootPath, RootId);
+    ExpectTarget();
     store->PlayInsertId(77);
     FileConfiguration file = Linking({Link("../target"_q, 5)});
     EXPECT_TRUE(manager.Add(file));
@@ -358,9 +360,7 @@ TEST_F(FileManagerLinks, AFolderInsideTheRootCountsLikeAFile)
 
 TEST_F(FileManagerLinks, ALinkedFileThatCannotBeInsertedCostsTheLinkItsIdAndNothingElse)
 {
-    MakeFile("tree/target"_q);
-    ExpectRoot();
-    ExpectFolder(rootPath, RootId);
+    ExpectTarget();
     store->FailExec(4);
     FileConfiguration file = Linking({Link("../target"_q, 5)});
     store->PlayRows({});
@@ -384,9 +384,7 @@ TEST_F(FileManagerLinks, AFolderThatCannotBeMadeGivesTheNewRowWhateverIdCameBack
 
 TEST_F(FileManagerLinks, AFailedInsertOfTheLinkingFileLeavesTheLinksResolved)
 {
-    MakeFile("tree/target"_q);
-    ExpectRoot();
-    ExpectFolder(rootPath, RootId);
+    ExpectTarget();
     store->PlayInsertId(77);
     store->FailExec(5);
     FileConfiguration file = Linking({Link("../target"_q)});
@@ -399,9 +397,7 @@ TEST_F(FileManagerLinks, AFailedInsertOfTheLinkingFileLeavesTheLinksResolved)
 
 TEST_F(FileManagerLinks, LinksThatAreNotFollowedStayInTheListAndInTheStore)
 {
-    MakeFile("tree/target"_q);
-    ExpectRoot();
-    ExpectFolder(rootPath, RootId);
+    ExpectTarget();
     FileConfiguration file = Linking({Link("../missing"_q, 9), Link(".."_q), Link("../target"_q)});
     EXPECT_TRUE(manager.Add(file));
     EXPECT_THAT(file.fileLinks, SizeIs(3));
@@ -437,9 +433,7 @@ public:
 
 TEST_F(FileManagerLinks, FollowingGoesThroughOverridesOfTheLookUpAndOfAdd)
 {
-    MakeFile("tree/target"_q);
-    ExpectRoot();
-    ExpectFolder(rootPath, RootId);
+    ExpectTarget();
     OverridingManager overriding(store, refresh, folders);
     EXPECT_TRUE(overriding.Update(Linking({Link("../target"_q)})));
     EXPECT_EQ(overriding.asked, (QStringList{"../target"_q, rootPath + "/docs/linking"_q}));

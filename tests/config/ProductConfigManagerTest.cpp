@@ -46,6 +46,16 @@ char const* const DeleteRow = "DELETE FROM ProductConfiguration WHERE Id = :id;"
 class ProductConfigManagerConversation : public testing::Test
 {
 protected:
+    static ProductConfiguration FilledRecord()
+    {
+        ProductConfiguration product;
+        product.setName("name"_q);
+        product.setConsumerKey("key"_q);
+        product.setConsumerSecret("secret"_q);
+        product.setServerId(3);
+        return product;
+    }
+
     static Row StoredRow() { return {7, "name"_q, "key"_q, "secret"_q, 3, OneProperty("k", "v")}; }
 
     static void ExpectStoredRow(ProductConfiguration const& product)
@@ -152,11 +162,7 @@ TEST_F(ProductConfigManagerConversation, GetAllIsEmptyWithoutRowsAndOnAFailingSt
 
 TEST_F(ProductConfigManagerConversation, AddBindsAllFieldsTheServerThatWasSetAndNoId)
 {
-    ProductConfiguration product;
-    product.setName("name"_q);
-    product.setConsumerKey("key"_q);
-    product.setConsumerSecret("secret"_q);
-    product.setServerId(3);
+    ProductConfiguration product = FilledRecord();
     store->PlayInsertId(12LL);
     EXPECT_TRUE(manager.Add(product));
     ExpectConversation(*store,
@@ -198,11 +204,7 @@ TEST_F(ProductConfigManagerConversation, AddOnAFailingStoreAnswersFalseAndLeaves
 
 TEST_F(ProductConfigManagerConversation, UpdateLeavesTheConsumerSecretUnboundAndTheCallersRecordAlone)
 {
-    ProductConfiguration product;
-    product.setName("name"_q);
-    product.setConsumerKey("key"_q);
-    product.setConsumerSecret("secret"_q);
-    product.setServerId(3);
+    ProductConfiguration product = FilledRecord();
     store->PlayInsertId(12);
     EXPECT_TRUE(manager.Add(product));
     store->Forget();

@@ -2,6 +2,7 @@
 #include "config/ScheduleEntryManager.h"
 
 #include "support/QtPrinters.h"
+#include "support/ScheduleRecords.h"
 #include "support/StoreFixture.h"
 
 #include <gtest/gtest.h>
@@ -39,23 +40,13 @@ TEST_F(SchedulesInAStore, NewStoreHoldsADefaultScheduleEvery30)
 {
     ScheduleEntry const entry = Manager().GetDefaultScheduleEntry();
     EXPECT_GT(entry.getId(), 0);
-    EXPECT_EQ(entry.getFolderConfigId(), 0);
-    EXPECT_FALSE(entry.getStartTime().isValid());
-    EXPECT_FALSE(entry.getExpireTime().isValid());
-    EXPECT_EQ(entry.getSyncScheduleType(), 0);
-    EXPECT_EQ(entry.getSyncInterval(), 30);
+    ExpectDefaultSchedule(entry, entry.getId());
 }
 
 TEST_F(SchedulesInAStore, EmptyTableYieldsADefaultRecordEvery30)
 {
     Raw().Run("DELETE FROM Schedules"_q);
-    ScheduleEntry const entry = Manager().GetDefaultScheduleEntry();
-    EXPECT_EQ(entry.getId(), -1);
-    EXPECT_EQ(entry.getFolderConfigId(), 0);
-    EXPECT_TRUE(entry.getStartTime().isNull());
-    EXPECT_TRUE(entry.getExpireTime().isNull());
-    EXPECT_EQ(entry.getSyncScheduleType(), 0);
-    EXPECT_EQ(entry.getSyncInterval(), 30);
+    ExpectDefaultSchedule(Manager().GetDefaultScheduleEntry());
 }
 
 TEST_F(SchedulesInAStore, FirstOfSeveralDefaultSchedulesIsTaken)

@@ -1,6 +1,7 @@
 #include "config/ScheduleEntryManager.h"
 
 #include "support/Conversation.h"
+#include "support/ScheduleRecords.h"
 
 #include <gtest/gtest.h>
 
@@ -55,16 +56,6 @@ protected:
         EXPECT_EQ(entry.getSyncInterval(), 45);
     }
 
-    static void ExpectDefault(ScheduleEntry const& entry)
-    {
-        EXPECT_EQ(entry.getId(), -1);
-        EXPECT_EQ(entry.getFolderConfigId(), 0);
-        EXPECT_TRUE(entry.getStartTime().isNull());
-        EXPECT_TRUE(entry.getExpireTime().isNull());
-        EXPECT_EQ(entry.getSyncScheduleType(), 0);
-        EXPECT_EQ(entry.getSyncInterval(), 30);
-    }
-
     std::shared_ptr<RecordingStore> store = std::make_shared<RecordingStore>();
     ScheduleEntryManager manager{store};
 };
@@ -95,15 +86,15 @@ TEST_F(ScheduleEntryManagerConversation, GetDefaultScheduleEntryBindsNothingAndT
 
 TEST_F(ScheduleEntryManagerConversation, LookupsWithoutARowAnswerWithADefaultScheduleEvery30)
 {
-    ExpectDefault(manager.GetDefaultScheduleEntry());
-    ExpectDefault(manager.GetScheduleEntryById(7));
+    ExpectDefaultSchedule(manager.GetDefaultScheduleEntry());
+    ExpectDefaultSchedule(manager.GetScheduleEntryById(7));
 }
 
 TEST_F(ScheduleEntryManagerConversation, LookupsOnAFailingStoreAnswerWithADefaultScheduleEvery30)
 {
     store->FailAll();
-    ExpectDefault(manager.GetDefaultScheduleEntry());
-    ExpectDefault(manager.GetScheduleEntryById(7));
+    ExpectDefaultSchedule(manager.GetDefaultScheduleEntry());
+    ExpectDefaultSchedule(manager.GetScheduleEntryById(7));
     EXPECT_EQ(store->Executions().size(), 2U);
 }
 
@@ -123,13 +114,7 @@ TEST_F(ScheduleEntryManagerConversation, TimesOfAnyKindKeepTheirClockReadingAndB
 TEST_F(ScheduleEntryManagerConversation, NullColumnsReadAsZeroAndInvalidTimes)
 {
     store->PlayRows({Row(6)});
-    ScheduleEntry const entry = manager.GetScheduleEntryById(7);
-    EXPECT_EQ(entry.getId(), 0);
-    EXPECT_EQ(entry.getFolderConfigId(), 0);
-    EXPECT_FALSE(entry.getStartTime().isValid());
-    EXPECT_FALSE(entry.getExpireTime().isValid());
-    EXPECT_EQ(entry.getSyncScheduleType(), 0);
-    EXPECT_EQ(entry.getSyncInterval(), 0);
+    ExpectDefaultSchedule(manager.GetScheduleEntryById(7), 0, 0);
 }
 
 TEST_F(ScheduleEntryManagerConversation, UpdateBindsTheIdFirstAndTheTimesAsTheyStand)

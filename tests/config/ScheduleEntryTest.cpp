@@ -1,5 +1,7 @@
 #include "config/ScheduleEntry.h"
 
+#include "support/ScheduleRecords.h"
+
 #include <gtest/gtest.h>
 
 #include <QMetaProperty>
@@ -16,13 +18,7 @@ QDateTime LocalTime()
 
 TEST(ScheduleEntry, DefaultRecordIsTheDefaultScheduleEvery30)
 {
-    ScheduleEntry const entry;
-    EXPECT_EQ(entry.getId(), -1);
-    EXPECT_EQ(entry.getFolderConfigId(), 0);
-    EXPECT_TRUE(entry.getStartTime().isNull());
-    EXPECT_TRUE(entry.getExpireTime().isNull());
-    EXPECT_EQ(entry.getSyncScheduleType(), 0);
-    EXPECT_EQ(entry.getSyncInterval(), 30);
+    tandry::test::ExpectDefaultSchedule(ScheduleEntry());
 }
 
 TEST(ScheduleEntry, CopyAndAssignmentCarryAllMembersAndNothingOfTheObject)

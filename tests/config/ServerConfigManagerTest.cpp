@@ -93,6 +93,16 @@ protected:
         EXPECT_TRUE(server.getBinaryDiffEncoder().isNull());
     }
 
+    void ExpectDefaultFromEachLookup()
+    {
+        ExpectDefault(manager.GetServerConfigById(7));
+        ExpectDefault(manager.GetServerConfigByServers("a"_q, "b"_q));
+        ExpectDefault(manager.GetServerConfigByAuthenticationId(7));
+        ExpectDefault(manager.GetServerConfigByFolderId(7));
+        ExpectDefault(manager.GetServerConfigByFileId(7));
+        ExpectDefault(manager.GetDefaultServerConfig());
+    }
+
     /// The text that an Update of this record would store as its name-value properties.
     QString PropertiesOf(ServerConfiguration const& server)
     {
@@ -218,23 +228,13 @@ TEST_F(ServerConfigManagerConversation, GetServerConfigByFileIdWalksFromTheFile)
 
 TEST_F(ServerConfigManagerConversation, LookupsWithoutARowAnswerWithADefaultRecord)
 {
-    ExpectDefault(manager.GetServerConfigById(7));
-    ExpectDefault(manager.GetServerConfigByServers("a"_q, "b"_q));
-    ExpectDefault(manager.GetServerConfigByAuthenticationId(7));
-    ExpectDefault(manager.GetServerConfigByFolderId(7));
-    ExpectDefault(manager.GetServerConfigByFileId(7));
-    ExpectDefault(manager.GetDefaultServerConfig());
+    ExpectDefaultFromEachLookup();
 }
 
 TEST_F(ServerConfigManagerConversation, LookupsOnAFailingStoreAnswerWithADefaultRecord)
 {
     store->FailAll();
-    ExpectDefault(manager.GetServerConfigById(7));
-    ExpectDefault(manager.GetServerConfigByServers("a"_q, "b"_q));
-    ExpectDefault(manager.GetServerConfigByAuthenticationId(7));
-    ExpectDefault(manager.GetServerConfigByFolderId(7));
-    ExpectDefault(manager.GetServerConfigByFileId(7));
-    ExpectDefault(manager.GetDefaultServerConfig());
+    ExpectDefaultFromEachLookup();
     EXPECT_EQ(store->Executions().size(), 6U);
 }
 
