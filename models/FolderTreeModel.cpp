@@ -39,7 +39,6 @@ struct FolderTreeModel::Node
 struct FolderTreeModel::Tree
 {
     RecordRows rows;
-    QHash<int, QByteArray> roles;
     int nameRole;
     int pathRole;
     Node root;
@@ -47,9 +46,8 @@ struct FolderTreeModel::Tree
 
     explicit Tree(std::shared_ptr<IDatabaseFactory> factory)
         : rows(RecordRows::Of<FolderConfiguration>(std::move(factory), FolderTable))
-        , roles(rows.roleNames())
-        , nameRole(roles.key("name"))
-        , pathRole(roles.key("clientPath"))
+        , nameRole(rows.WithRoles({}).key("name"))
+        , pathRole(rows.WithRoles({}).key("clientPath"))
     {}
 
     /// Two branches that are read one after the other may both have a folder that changed its parent meanwhile.
@@ -268,10 +266,7 @@ QVariant FolderTreeModel::headerData(int section, Qt::Orientation orientation, i
 
 QHash<int, QByteArray> FolderTreeModel::roleNames() const
 {
-    QHash<int, QByteArray> roles = QAbstractItemModel::roleNames();
-    for (auto role = _tree->roles.cbegin(); role != _tree->roles.cend(); ++role)
-        roles.insert(role.key(), role.value());
-    return roles;
+    return _tree->rows.WithRoles(QAbstractItemModel::roleNames());
 }
 
 } // namespace sync::models

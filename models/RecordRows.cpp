@@ -30,9 +30,8 @@ RecordRows::RecordRows(std::shared_ptr<IDatabaseFactory> factory, QString const&
     _select = QStringLiteral("SELECT %1 FROM %2 ").arg(names.join(QStringLiteral(", ")), _table);
 }
 
-QHash<int, QByteArray> RecordRows::roleNames() const
+QHash<int, QByteArray> RecordRows::WithRoles(QHash<int, QByteArray> roles) const
 {
-    QHash<int, QByteArray> roles;
     int role = Qt::UserRole;
     for (Column const& column : _columns)
         roles.insert(++role, column.name.toLatin1());

@@ -46,9 +46,9 @@ public:
 
     QVector<Column> const& columns() const { return _columns; }
 
-    /// The roles: one for each column, with its name, and one with "Text" appended for each column whose numbers may
-    /// have names.
-    QHash<int, QByteArray> roleNames() const;
+    /// Adds the roles of the columns to those that a model has: one for each column, with its name, and one with "Text"
+    /// appended for each column whose numbers may have names.
+    QHash<int, QByteArray> WithRoles(QHash<int, QByteArray> roles) const;
     /// Returns the row's value for one of these roles; an invalid value for another role.
     QVariant Value(RecordRow const& row, int role) const;
     /// Returns a column's value in words.
