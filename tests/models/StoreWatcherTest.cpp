@@ -13,9 +13,11 @@
 
 #include <gtest/gtest.h>
 
+#include <future>
 #include <memory>
 #include <optional>
 #include <thread>
+#include <utility>
 
 #include <unistd.h>
 
@@ -154,17 +156,18 @@ TEST_P(AStoreWatcher, KeepsItsFactory)
 TEST_P(AStoreWatcher, WorksOnTheThreadThatItWasMovedTo)
 {
     QThread thread;
-    QObject context;
-    QStringList tables;
+    std::promise<std::pair<QStringList, QThread*>> told;
     auto* const moved = new StoreWatcher(store);
     QObject::connect(&thread, &QThread::finished, moved, &QObject::deleteLater);
-    QObject::connect(moved, &StoreWatcher::Changed, &context, [&tables](QStringList const& told) { tables += told; });
+    QObject::connect(moved, &StoreWatcher::Changed, [&told](QStringList const& tables) {
+        told.set_value({tables, QThread::currentThread()});
+    });
     moved->moveToThread(&thread);
     thread.start();
     ASSERT_TRUE(AddServer(*store, "a"_q));
-    while (tables.isEmpty())
-        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+    auto const [tables, slotThread] = told.get_future().get();
     EXPECT_EQ(tables, Servers);
+    EXPECT_EQ(slotThread, &thread);
     thread.quit();
     EXPECT_TRUE(thread.wait());
 }
