@@ -39,5 +39,5 @@ tandry_pkg_config(Configuration
   DESCRIPTION "Records and managers of a folder-synchronisation client's configuration store"
   REQUIRES "tandry-interfaces = ${PROJECT_VERSION}")
 tandry_pkg_config(Models
-  DESCRIPTION "Change notices of a folder-synchronisation client's configuration store"
+  DESCRIPTION "Item models and change notices of a folder-synchronisation client's configuration store"
   REQUIRES "tandry-configuration = ${PROJECT_VERSION}" "tandry-database = ${PROJECT_VERSION}")
