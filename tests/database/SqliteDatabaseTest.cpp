@@ -1,5 +1,6 @@
 #include "database/TransactionalScope.h"
 #include "interf/IQSqlDatabaseWrapper.h"
+#include "support/CommitFailures.h"
 #include "support/FaultyFiles.h"
 #include "support/Queries.h"
 #include "support/StoreFixture.h"
@@ -237,14 +238,13 @@ TEST_P(SqliteDatabase, CommitThatFailsReturnsFalseAndRollsTheTransactionBack)
 {
     FaultyFiles files;
     ReopenStore();
-    int lost = 0;
-    QObject::connect(store.get(), &SqliteDatabaseFactory::CommitFailed, [&] { ++lost; });
+    CommitFailures const lost(*store);
     ASSERT_TRUE(Begin());
     ASSERT_TRUE(Add("a"));
     files.Fail(1, SQLITE_IOERR_FSYNC, {FileOperation::Sync});
     ExpectRefusal(&sync::interf::IQSqlDatabaseWrapper::commit, "reading or writing failed");
     EXPECT_TRUE(files.Recover());
-    EXPECT_EQ(lost, 0) << "commit has an answer of its own";
+    EXPECT_EQ(lost.size(), 0u) << "commit has an answer of its own";
     EXPECT_EQ(CountServers(*store), 0);
     ExpectRefusal(&sync::interf::IQSqlDatabaseWrapper::commit, "no transaction");
     ASSERT_TRUE(Begin()) << "the connection works on";

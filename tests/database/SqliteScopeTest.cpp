@@ -1,5 +1,6 @@
 #include "database/TransactionalScope.h"
 #include "interf/IQSqlDatabaseWrapper.h"
+#include "support/CommitFailures.h"
 #include "support/FaultyFiles.h"
 #include "support/OtherProgram.h"
 #include "support/Queries.h"
@@ -283,14 +284,13 @@ TEST_P(SqliteScope, FailedCommitIsAnsweredByCommit)
 {
     FaultyFiles files;
     ReopenStore();
-    int lost = 0;
-    QObject::connect(store.get(), &SqliteDatabaseFactory::CommitFailed, [&] { ++lost; });
+    CommitFailures const lost(*store);
     TransactionalScope scope;
     ASSERT_TRUE(Add("a"));
     files.Fail(1, SQLITE_IOERR_FSYNC, {FileOperation::Sync});
     EXPECT_FALSE(scope.commit());
     EXPECT_TRUE(files.Recover());
-    EXPECT_EQ(lost, 1);
+    EXPECT_EQ(lost.size(), 1u);
     EXPECT_TRUE(Add("b")) << "what follows begins anew";
     EXPECT_TRUE(scope.commit());
     EXPECT_EQ(CountServers(*store), 1);
@@ -390,8 +390,7 @@ TEST_P(SqliteScopeWithLog, FullDiskShowsAtExecAndNotAtTheEnd)
 {
     FaultyFiles files;
     ReopenStore();
-    int lost = 0;
-    QObject::connect(store.get(), &SqliteDatabaseFactory::CommitFailed, [&] { ++lost; });
+    CommitFailures const lost(*store);
     ASSERT_TRUE(Add("before"));
     QString const large(1'000'000, QLatin1Char('x'));
     {
@@ -404,7 +403,7 @@ TEST_P(SqliteScopeWithLog, FullDiskShowsAtExecAndNotAtTheEnd)
         EXPECT_TRUE(store->LastError()->text.contains(folder.path())) << store->LastError()->text.toStdString();
         store->ClearError();
     }
-    EXPECT_EQ(lost, 0) << "nobody was told of a success";
+    EXPECT_EQ(lost.size(), 0u) << "nobody was told of a success";
     EXPECT_EQ(CountServers(*store), 1);
     ExpectRoomFor(large);
 }
@@ -413,9 +412,7 @@ TEST_P(SqliteScopeWithLog, FullDiskThatTakesEarlierWritesWithItIsTold)
 {
     FaultyFiles files;
     ReopenStore();
-    std::vector<StoreError> lost;
-    QObject::connect(
-        store.get(), &SqliteDatabaseFactory::CommitFailed, [&](StoreError const& error) { lost.push_back(error); });
+    CommitFailures const lost(*store);
     {
         TransactionalScope const scope;
         ASSERT_TRUE(Add("a"));
@@ -488,9 +485,7 @@ TEST_P(SqliteScopeWithJournal, FullDiskThatShowsAtTheEndIsTold)
 {
     FaultyFiles files;
     ReopenStore();
-    std::vector<StoreError> lost;
-    QObject::connect(
-        store.get(), &SqliteDatabaseFactory::CommitFailed, [&](StoreError const& error) { lost.push_back(error); });
+    CommitFailures const lost(*store);
     ASSERT_TRUE(Add("before"));
     QString const large(1'000'000, QLatin1Char('x'));
     {
@@ -515,9 +510,7 @@ TEST_P(SqliteScopeWithJournal, ReaderThatKeepsAWriteFromItsCommitIsTold)
     options.busyTimeoutMsec = 0;
     OpenStore(options);
     ASSERT_TRUE(Add("a"));
-    std::vector<StoreError> lost;
-    QObject::connect(
-        store.get(), &SqliteDatabaseFactory::CommitFailed, [&](StoreError const& error) { lost.push_back(error); });
+    CommitFailures const lost(*store);
     RawStore reader(StorePath());
     reader.Run(QStringLiteral("BEGIN; SELECT * FROM ServerConfiguration"));
     {

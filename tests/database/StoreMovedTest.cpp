@@ -1,5 +1,6 @@
 #include "database/TransactionalScope.h"
 #include "interf/IQSqlDatabaseWrapper.h"
+#include "support/CommitFailures.h"
 #include "support/FolderContents.h"
 #include "support/OtherProgram.h"
 #include "support/Queries.h"
@@ -116,14 +117,13 @@ TEST_P(StoreMoved, NewConnectionNoticesIt)
 
 TEST_P(StoreMoved, ScopeWhoseFileGoesBeforeItsEndIsTold)
 {
-    int lost = 0;
-    QObject::connect(store.get(), &SqliteDatabaseFactory::CommitFailed, [&] { ++lost; });
+    CommitFailures const lost(*store);
     {
         TransactionalScope const scope;
         ASSERT_TRUE(AddServer(*store, "a"_q));
         ASSERT_TRUE(QFile::rename(StorePath(), away));
     }
-    EXPECT_EQ(lost, 1);
+    EXPECT_EQ(lost.size(), 1u);
     ExpectTold();
     EXPECT_FALSE(QFile::exists(StorePath()));
 }
@@ -191,14 +191,13 @@ TEST_P(StoreWithMovedLogIndex, IsNoticedByWritesAndNewConnections)
 
 TEST_P(StoreWithMovedLogIndex, IsNoticedAtTheEndsOfScopesAndClientTransactions)
 {
-    int lost = 0;
-    QObject::connect(store.get(), &SqliteDatabaseFactory::CommitFailed, [&] { ++lost; });
+    CommitFailures const lost(*store);
     {
         TransactionalScope const scope;
         ASSERT_TRUE(AddServer(*store, "a"_q));
         ASSERT_TRUE(QFile::rename(IndexPath(), away));
     }
-    EXPECT_EQ(lost, 1);
+    EXPECT_EQ(lost.size(), 1u);
     ExpectTold(StoreErrorKind::Moved, "-shm"_q);
 
     ASSERT_TRUE(QFile::rename(away, IndexPath()));

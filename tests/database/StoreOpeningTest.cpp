@@ -105,6 +105,25 @@ protected:
         ASSERT_TRUE(QFileInfo::exists(Path("store.db-wal")));
     }
 
+    /// Opening a store must fail if a killed program has left a log with this change, and leave both files as they are.
+    void ExpectRefusalOfALogWith(char const* statement, char const* named)
+    {
+        MakeStore();
+        ASSERT_EQ(InChildProcess([&]() -> int {
+                      RawStore raw(Path());
+                      raw.Run(QString::fromLatin1(statement));
+                      Crash();
+                  }),
+                  -SIGKILL);
+        QByteArray const file = ReadFile(Path());
+        QByteArray const log = ReadFile(Path("store.db-wal"));
+        ASSERT_FALSE(log.isEmpty());
+        EXPECT_EQ(Open(), nullptr);
+        EXPECT_TRUE(error.contains(QString::fromLatin1(named))) << error.toStdString();
+        EXPECT_TRUE(ReadFile(Path()) == file);
+        EXPECT_TRUE(ReadFile(Path("store.db-wal")) == log);
+    }
+
     QTemporaryDir folder;
     QString error;
 };
@@ -263,20 +282,7 @@ TEST_P(StoreOpening, NewerVersionThatStandsInALogIsRefused)
 
 TEST_P(StoreOpening, NewerVersionThatStandsInALogLeftBehindIsRefused)
 {
-    MakeStore();
-    ASSERT_EQ(InChildProcess([&]() -> int {
-                  RawStore raw(Path());
-                  raw.Run(QStringLiteral("PRAGMA user_version = 999"));
-                  Crash();
-              }),
-              -SIGKILL);
-    QByteArray const file = ReadFile(Path());
-    QByteArray const log = ReadFile(Path("store.db-wal"));
-    ASSERT_FALSE(log.isEmpty());
-    EXPECT_EQ(SqliteDatabaseFactory::Open(Path(), &error, In(GetParam())), nullptr);
-    EXPECT_TRUE(error.contains(QStringLiteral("version 999"))) << error.toStdString();
-    EXPECT_TRUE(ReadFile(Path()) == file);
-    EXPECT_TRUE(ReadFile(Path("store.db-wal")) == log);
+    ExpectRefusalOfALogWith("PRAGMA user_version = 999", "version 999");
 }
 
 TEST_P(StoreOpening, StoreWithoutATableOrAColumnIsRefusedAsDamaged)
@@ -315,21 +321,9 @@ TEST_P(StoreOpening, StoreThatHoldsAnythingOfOthersIsRefusedAndItIsNamed)
 
 TEST_P(StoreOpening, TriggerInALogLeftBehindIsRefusedUnchanged)
 {
-    MakeStore();
-    ASSERT_EQ(InChildProcess([&]() -> int {
-                  RawStore raw(Path());
-                  raw.Run(QStringLiteral("CREATE TRIGGER guest AFTER INSERT ON ServerConfiguration "
-                                         "BEGIN DELETE FROM ServerConfiguration; END"));
-                  Crash();
-              }),
-              -SIGKILL);
-    QByteArray const file = ReadFile(Path());
-    QByteArray const log = ReadFile(Path("store.db-wal"));
-    ASSERT_FALSE(log.isEmpty());
-    EXPECT_EQ(SqliteDatabaseFactory::Open(Path(), &error, In(GetParam())), nullptr);
-    EXPECT_TRUE(error.contains(QStringLiteral("trigger guest"))) << error.toStdString();
-    EXPECT_TRUE(ReadFile(Path()) == file);
-    EXPECT_TRUE(ReadFile(Path("store.db-wal")) == log);
+    ExpectRefusalOfALogWith(
+        "CREATE TRIGGER guest AFTER INSERT ON ServerConfiguration BEGIN DELETE FROM ServerConfiguration; END",
+        "trigger guest");
 }
 
 TEST_P(StoreOpening, StoreWhoseTablesOrIndicesWereAlteredIsRefusedAndTheyAreNamed)

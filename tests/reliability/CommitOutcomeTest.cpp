@@ -1,6 +1,7 @@
 #include "database/TransactionalScope.h"
 #include "interf/IQSqlDatabaseWrapper.h"
 #include "support/ChildProcess.h"
+#include "support/CommitFailures.h"
 #include "support/FaultyFiles.h"
 #include "support/FolderContents.h"
 #include "support/Queries.h"
@@ -310,9 +311,7 @@ TEST_P(CommitOutcome, ThatIsUnknownIsToldWithAdvice)
 {
     store = SqliteDatabaseFactory::Open(StorePath());
     ASSERT_NE(store, nullptr);
-    std::vector<StoreError> told;
-    QObject::connect(
-        store.get(), &SqliteDatabaseFactory::CommitFailed, [&](StoreError const& error) { told.push_back(error); });
+    CommitFailures const told(*store);
     {
         TransactionalScope const scope;
         ASSERT_TRUE(AddServer(*store, "new"_q));

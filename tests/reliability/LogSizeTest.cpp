@@ -47,6 +47,14 @@ protected:
         }).join();
     }
 
+    std::shared_ptr<sync::interf::IQSqlQueryWrapper> BeginListing()
+    {
+        auto listing = Prepared(*store, "SELECT alias FROM ServerConfiguration"_q);
+        EXPECT_TRUE(listing->exec());
+        EXPECT_TRUE(listing->next());
+        return listing;
+    }
+
     /// Whether a checkpoint can process the whole log; an active statement of any connection prevents that.
     bool LogCanBeCheckpointed() const
     {
@@ -62,9 +70,7 @@ TEST_F(LogSize, ShrinksAfterALongListingEndsAndIsDeletedOnClose)
 {
     ASSERT_TRUE(AddServer(*store, "first"_q));
     ASSERT_TRUE(AddServer(*store, "second"_q));
-    auto listing = Prepared(*store, "SELECT alias FROM ServerConfiguration"_q);
-    ASSERT_TRUE(listing->exec());
-    ASSERT_TRUE(listing->next());
+    auto listing = BeginListing();
 
     AddServersOnAnotherThread(200);
     ASSERT_GT(LogBytes(), LogLimit) << "the listing does not hold the log, so the test is void";
@@ -85,9 +91,7 @@ TEST_F(LogSize, ShrinksAfterALongListingEndsAndIsDeletedOnClose)
 TEST_F(LogSize, StatementIsInactiveAfterItsLastRow)
 {
     ASSERT_TRUE(AddServer(*store, "only"_q));
-    auto const query = Prepared(*store, "SELECT alias FROM ServerConfiguration"_q);
-    ASSERT_TRUE(query->exec());
-    ASSERT_TRUE(query->next());
+    auto const query = BeginListing();
     AddServersOnAnotherThread(1);
     EXPECT_FALSE(query->next());
     EXPECT_TRUE(LogCanBeCheckpointed()) << "while the query exists";
@@ -97,9 +101,7 @@ TEST_F(LogSize, StatementIsInactiveAfterItsQueryIsDestroyed)
 {
     ASSERT_TRUE(AddServer(*store, "one"_q));
     ASSERT_TRUE(AddServer(*store, "two"_q));
-    auto query = Prepared(*store, "SELECT alias FROM ServerConfiguration"_q);
-    ASSERT_TRUE(query->exec());
-    ASSERT_TRUE(query->next());
+    auto query = BeginListing();
     AddServersOnAnotherThread(1);
     EXPECT_FALSE(LogCanBeCheckpointed()) << "an unfinished listing holds the log";
     query.reset();
@@ -110,9 +112,7 @@ TEST_F(LogSize, StatementIsInactiveAfterFinish)
 {
     ASSERT_TRUE(AddServer(*store, "one"_q));
     ASSERT_TRUE(AddServer(*store, "two"_q));
-    auto const query = Prepared(*store, "SELECT alias FROM ServerConfiguration"_q);
-    ASSERT_TRUE(query->exec());
-    ASSERT_TRUE(query->next());
+    auto const query = BeginListing();
     AddServersOnAnotherThread(1);
     query->finish();
     EXPECT_TRUE(LogCanBeCheckpointed());
@@ -138,14 +138,6 @@ protected:
         ASSERT_TRUE(AddServer(*store, "first"_q));
         ASSERT_TRUE(AddServer(*store, "second"_q));
         ASSERT_TRUE(AddServer(*store, "third"_q));
-    }
-
-    std::shared_ptr<sync::interf::IQSqlQueryWrapper> BeginListing()
-    {
-        auto listing = Prepared(*store, "SELECT alias FROM ServerConfiguration"_q);
-        EXPECT_TRUE(listing->exec());
-        EXPECT_TRUE(listing->next());
-        return listing;
     }
 
     /// On another thread. Whether the row could be added.
