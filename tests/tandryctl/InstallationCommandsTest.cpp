@@ -28,6 +28,14 @@ protected:
                            "https://%1.example/api"_q.arg(name)});
     }
 
+    /// `kind` is the command of a kind of records, and `option` one that takes a text.
+    void ExpectUnknownToFindNothing(QString const& kind, QString const& option)
+    {
+        EXPECT_EQ(Run({kind, "show"_q, "7"_q}).status, 1);
+        EXPECT_EQ(Run({kind, "update"_q, "7"_q, option, "x"_q}).status, 1);
+        EXPECT_EQ(Run({kind, "remove"_q, "7"_q, "--yes"_q}).status, 1);
+    }
+
     QVariant Value(QString const& statement) { return RawStore(StorePath()).Value(statement); }
     void Sql(QString const& statements) { RawStore(StorePath()).Run(statements); }
 };
@@ -164,9 +172,7 @@ TEST_F(ServerCommandsTest, UpdateRefusesTheUrlsOfAnotherServer)
 
 TEST_F(ServerCommandsTest, ShowUpdateAndRemoveOfAnUnknownServerFindNothing)
 {
-    EXPECT_EQ(Run({"server"_q, "show"_q, "7"_q}).status, 1);
-    EXPECT_EQ(Run({"server"_q, "update"_q, "7"_q, "--alias"_q, "x"_q}).status, 1);
-    EXPECT_EQ(Run({"server"_q, "remove"_q, "7"_q, "--yes"_q}).status, 1);
+    ExpectUnknownToFindNothing("server"_q, "--alias"_q);
 }
 
 TEST_F(ServerCommandsTest, RemoveListsOrphanedAccountsAndProducts)
@@ -309,9 +315,7 @@ TEST_F(AccountCommandsTest, UpdateRefusesAnUnknownServerAndAnEmptyUser)
 
 TEST_F(AccountCommandsTest, ShowUpdateAndRemoveOfAnUnknownAccountFindNothing)
 {
-    EXPECT_EQ(Run({"account"_q, "show"_q, "7"_q}).status, 1);
-    EXPECT_EQ(Run({"account"_q, "update"_q, "7"_q, "--user"_q, "x"_q}).status, 1);
-    EXPECT_EQ(Run({"account"_q, "remove"_q, "7"_q, "--yes"_q}).status, 1);
+    ExpectUnknownToFindNothing("account"_q, "--user"_q);
 }
 
 TEST_F(AccountCommandsTest, RemoveCountsOrphanedFolders)
@@ -483,7 +487,5 @@ TEST_F(ProductCommandsTest, RemoveListsOrphans)
 
 TEST_F(ProductCommandsTest, ShowUpdateAndRemoveOfAnUnknownProductFindNothing)
 {
-    EXPECT_EQ(Run({"product"_q, "show"_q, "7"_q}).status, 1);
-    EXPECT_EQ(Run({"product"_q, "update"_q, "7"_q, "--name"_q, "x"_q}).status, 1);
-    EXPECT_EQ(Run({"product"_q, "remove"_q, "7"_q, "--yes"_q}).status, 1);
+    ExpectUnknownToFindNothing("product"_q, "--name"_q);
 }
