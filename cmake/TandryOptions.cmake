@@ -52,6 +52,11 @@ option(TANDRY_COVERAGE "Build with coverage counters" OFF)
 add_compile_definitions(QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_URL_CAST_FROM_STRING
                         QT_NO_FOREACH QT_NO_KEYWORDS QT_DEPRECATED_WARNINGS)
 
+# Sizes and times of files have 64 bits everywhere; no public header names their types.
+if(CMAKE_SIZEOF_VOID_P EQUAL 4)
+  add_compile_definitions(_FILE_OFFSET_BITS=64 _TIME_BITS=64)
+endif()
+
 if(TANDRY_SANITIZE)
   add_compile_options(-fsanitize=${TANDRY_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
   add_link_options(-fsanitize=${TANDRY_SANITIZE})

@@ -5,6 +5,8 @@
 
 namespace sync::database {
 
+static_assert(sizeof(off_t) == 8 && sizeof(time_t) == 8, "cmake/TandryOptions.cmake asks for types of 64 bits");
+
 bool operator==(FileIdentity const& left, FileIdentity const& right)
 {
     return left.device == right.device && left.inode == right.inode;

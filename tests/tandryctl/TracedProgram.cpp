@@ -18,10 +18,13 @@ namespace tandryctl::test {
 namespace {
 
 constexpr unsigned long ChangingCalls[] = {
-    SYS_write,     SYS_pwrite64,  SYS_writev, SYS_pwritev,  SYS_ftruncate, SYS_fallocate, SYS_fsync,
-    SYS_fdatasync, SYS_renameat2, SYS_linkat, SYS_unlinkat, SYS_mkdirat,   SYS_fchmod,    SYS_copy_file_range,
+    SYS_write,       SYS_pwrite64,   SYS_writev, SYS_pwritev,  SYS_ftruncate, SYS_fallocate, SYS_fsync,
+    SYS_fdatasync,   SYS_renameat2,  SYS_linkat, SYS_unlinkat, SYS_mkdirat,   SYS_fchmod,    SYS_copy_file_range,
 #ifdef SYS_rename
-    SYS_rename,    SYS_renameat,  SYS_link,   SYS_unlink,   SYS_mkdir,     SYS_rmdir,     SYS_truncate,
+    SYS_rename,      SYS_renameat,   SYS_link,   SYS_unlink,   SYS_mkdir,     SYS_rmdir,     SYS_truncate,
+#endif
+#ifdef SYS_ftruncate64
+    SYS_ftruncate64, SYS_truncate64,
 #endif
 };
 
