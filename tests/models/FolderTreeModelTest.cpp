@@ -93,18 +93,18 @@ TEST_F(AFolderTreeModel, ReadsABranchWhenItOpens)
 
 TEST_F(AFolderTreeModel, HasARoleForEachColumn)
 {
-    FolderConfiguration folder;
-    folder.setName("n"_q);
-    folder.setClientPath("/p/n"_q);
-    folder.setParentId(0);
-    folder.setSyncStatus(sync::config::FolderStatusOutOfSync);
-    folder.setPrivileges(sync::config::FolderPrivileges(1 + 16 + 64));
-    folder.setSyncDriveType(sync::config::DriveType(7));
-    folder.setLastSyncTime(QDateTime(QDate(2024, 5, 6), QTime(7, 8, 9), Qt::UTC));
-    folder.setFeatureName("f"_q);
+    FolderConfiguration added;
+    added.setName("n"_q);
+    added.setClientPath("/p/n"_q);
+    added.setParentId(0);
+    added.setSyncStatus(sync::config::FolderStatusOutOfSync);
+    added.setPrivileges(sync::config::FolderPrivileges(1 + 16 + 64));
+    added.setSyncDriveType(sync::config::DriveType(7));
+    added.setLastSyncTime(QDateTime(QDate(2024, 5, 6), QTime(7, 8, 9), Qt::UTC));
+    added.setFeatureName("f"_q);
     sync::config::FolderConfigManager folders(store, nullptr);
-    ASSERT_TRUE(folders.Add(folder));
-    FolderConfiguration const stored = folders.GetFolderConfigurationById(folder.getId());
+    ASSERT_TRUE(folders.Add(added));
+    FolderConfiguration const stored = folders.GetFolderConfigurationById(added.getId());
 
     FolderTreeModel model(store);
     Open(model);

@@ -23,8 +23,8 @@ struct NewRow
 class CountingList
 {
 public:
-    explicit CountingList(std::vector<NewRow> const& rows)
-        : rows(rows)
+    explicit CountingList(std::vector<NewRow> const& shown)
+        : rows(shown)
     {}
 
     int size() const { return static_cast<int>(rows.size()); }
