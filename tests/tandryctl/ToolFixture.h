@@ -87,7 +87,7 @@ protected:
     };
 
     /// Runs the program on a terminal with this input. `out` contains both streams as shown by the terminal.
-    /// The reactions come one after the other.
+    /// The reactions come one after the other. Skips the test if the system has no pseudo-terminals.
     RunResult RunOnTerminal(QStringList const& arguments,
                             QByteArray const& typed = {},
                             std::vector<Reaction> const& reactions = {});
