@@ -57,6 +57,7 @@ QString TableOfKind(int kind)
 std::vector<bool> Suspicious(std::vector<Cell> const& cells, std::vector<int> const& brokenOffsets)
 {
     std::vector<std::pair<int, int>> places; // offset, and the entry's index or -1
+    places.reserve(brokenOffsets.size() + cells.size());
     for (int const offset : brokenOffsets)
         places.emplace_back(offset, -1);
     for (std::size_t i = 0; i < cells.size(); ++i)
@@ -646,15 +647,15 @@ bool RowFinder::_MayLack(Table const& table, Group const& group) const
 /// How much speaks for the table; negative if the rows can't be its own.
 double RowFinder::_Likelihood(std::size_t table, Group const& group) const
 {
-    constexpr double Impossible = -1;
+    constexpr double impossible = -1;
     Table const& found = _tables[table];
     TableForm const& form = _forms[table];
     bool const fits =
         std::all_of(group.sample.begin(), group.sample.end(), [&](Row const& row) { return form.Fits(row.values); });
     if (!fits || !_MayLack(found, group))
-        return Impossible;
+        return impossible;
     if (found.sequence && group.highest > *found.sequence)
-        return Impossible;
+        return impossible;
 
     int const kindColumn = form.IndexOf(QStringLiteral("fileType"));
     double indexed = 0;
@@ -671,7 +672,7 @@ double RowFinder::_Likelihood(std::size_t table, Group const& group) const
     auto const rows = static_cast<double>(group.sample.size());
     // An index that is whole names each row of the table; a few of the sample may be misread.
     if (found.idsAreComplete && indexed < LeastIndexed * rows)
-        return Impossible;
+        return impossible;
     return (IndexedIds * indexed + NamedKind * named + HeldNumbers * numbers) / rows +
            (_HasNeighbour(found, group) ? NeighbouringIds : 0);
 }
