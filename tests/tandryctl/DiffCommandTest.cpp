@@ -113,3 +113,52 @@ TEST_F(DiffCommandTest, OtherFolderInThePlaceOfARootIsAProblem)
     EXPECT_EQ(ran.out, QString());
     EXPECT_TRUE(ran.err.contains("another disk"_q)) << ran.err.toStdString();
 }
+
+namespace {
+
+/// Mounts a disk below the root, and records it with the file "s".
+constexpr char const* RecordMount =
+    "mkdir r/usb; mount -t tmpfs stick r/usb; touch r/usb/s; tandryctl scan > /dev/null;";
+
+} // namespace
+
+/// Runs a script with mounts, or skips the test.
+#define DIFF_WITH_MOUNTS(ran, script)                                                                                  \
+    auto const ran = RunWithMounts(script);                                                                            \
+    if (!ran)                                                                                                          \
+        GTEST_SKIP() << "nothing may be mounted here";                                                                 \
+    static_assert(true, "takes the semicolon")
+
+TEST_F(DiffCommandTest, MountBelowARootIsCompared)
+{
+    DIFF_WITH_MOUNTS(ran,
+                     (QByteArray(RecordMount) + "tandryctl diff; touch r/usb/t; tandryctl diff || true").constData());
+    EXPECT_EQ(ran->err, QString());
+    EXPECT_TRUE(ran->out.startsWith("the disk is as recorded\n"_q)) << ran->out.toStdString();
+    EXPECT_TRUE(ran->out.contains("r/usb/t"_q)) << ran->out.toStdString();
+}
+
+TEST_F(DiffCommandTest, DiskThatIsNotMountedBelowARootIsAProblemAndItsFilesAreNotRemoved)
+{
+    DIFF_WITH_MOUNTS(ran, (QByteArray(RecordMount) + "umount r/usb; touch r/new; tandryctl diff").constData());
+    EXPECT_EQ(ran->status, 1);
+    EXPECT_TRUE(ran->out.contains("r/new"_q)) << ran->out.toStdString();
+    EXPECT_FALSE(ran->out.contains("usb"_q)) << ran->out.toStdString();
+    EXPECT_TRUE(ran->err.contains("r/usb' was recorded on"_q)) << ran->err.toStdString();
+}
+
+TEST_F(DiffCommandTest, MountPointThatIsGoneIsAProblemAndItsFilesAreNotRemoved)
+{
+    DIFF_WITH_MOUNTS(ran, (QByteArray(RecordMount) + "umount r/usb; rmdir r/usb; tandryctl diff").constData());
+    EXPECT_EQ(ran->status, 1);
+    EXPECT_EQ(ran->out, QString());
+    EXPECT_TRUE(ran->err.contains("the mount point '"_q + At("r/usb") + "' is missing"_q)) << ran->err.toStdString();
+}
+
+TEST_F(DiffCommandTest, DiskThatIsMountedOverRecordsIsAProblem)
+{
+    DIFF_WITH_MOUNTS(ran, "mount -t tmpfs stick r/f; touch r/f/other; tandryctl diff");
+    EXPECT_EQ(ran->status, 1);
+    EXPECT_EQ(ran->out, QString());
+    EXPECT_TRUE(ran->err.contains("r/f' was recorded without a mount"_q)) << ran->err.toStdString();
+}

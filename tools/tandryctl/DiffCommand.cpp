@@ -5,6 +5,7 @@
 #include "FolderPlace.h"
 #include "Lookups.h"
 #include "Paths.h"
+#include "RecordedPlaces.h"
 #include "StoreDiff.h"
 #include "StoreQueries.h"
 #include "Terminal.h"
@@ -63,15 +64,15 @@ public:
     /// Returns the differences in no order.
     std::vector<Difference> Find(QVector<ScanProblem>& problems)
     {
-        if (_IsAnotherFolder(problems))
-            return {};
         _LoadRecords();
         std::vector<QString> pending{_root.getClientPath()}; // not recursive: a tree may be too deep for the stack
         while (!pending.empty()) {
             QString const path = pending.back();
             pending.pop_back();
-            _CompareDirectory(path, pending, problems);
+            if (_IsRecordedFolder(path, problems))
+                _CompareDirectory(path, pending, problems);
         }
+        _FindMissingMountPoints(problems);
         for (QString const& path : qAsConst(_folders))
             _AddRemoved(Folder, path);
         for (auto file = _files.cbegin(); file != _files.cend(); ++file)
@@ -86,34 +87,61 @@ private:
         QDateTime modified;
     };
 
-    /// Whether another folder stands in the place of the recorded one, usually because a disk is not mounted.
-    bool _IsAnotherFolder(QVector<ScanProblem>& problems)
+    /// Whether the folder at a path is the one on record, for the root and for mount points below it. If another one
+    /// stands in its place, usually because a disk is not mounted, this is a problem, and nothing below it is compared.
+    bool _IsRecordedFolder(QString const& path, QVector<ScanProblem>& problems)
     {
-        QString const path = _root.getClientPath();
-        QHash<int, FolderOrigin> const origins = _session.Checked(_session.queries().FolderOrigins());
-        auto const recorded = origins.constFind(_root.getId());
-        auto const place = FolderPlace::Of(path);
-        if (!place || recorded == origins.constEnd() || place->Origin() == *recorded)
-            return false;
-        problems.append({path,
-                         QStringLiteral("%1 is not the folder that was recorded on %2")
-                             .arg(Quoted(path), Printable(recorded->fileSystem)),
-                         QStringLiteral("mount its disk, then compare again")});
-        return true;
+        auto const place = FolderPlace::Of(path); // one that cannot be examined is reported when it is read
+        bool const mayDiffer =
+            place && (path == _recorded.rootPath || place->isMountPoint() || _recorded.origins.contains(path));
+        QString const difference = mayDiffer ? _recorded.DifferenceFromRecord(path, place->Origin()) : QString();
+        if (difference.isEmpty())
+            return true;
+        _LeaveOut(path, QStringLiteral("%1 %2").arg(Quoted(path), difference), problems);
+        return false;
+    }
+
+    void _FindMissingMountPoints(QVector<ScanProblem>& problems)
+    {
+        for (auto origin = _recorded.origins.cbegin(); origin != _recorded.origins.cend(); ++origin) {
+            if (_folders.contains(origin.key()) && !_MayBeThere(origin.key()))
+                _LeaveOut(origin.key(), _recorded.MissingMountPoint(origin.key()), problems);
+        }
+    }
+
+    void _LeaveOut(QString const& path, QString const& reason, QVector<ScanProblem>& problems)
+    {
+        problems.append({path, reason, QStringLiteral("mount its disk, then compare again")});
+        _incomplete.push_back(path);
     }
 
     void _LoadRecords()
     {
+        QHash<int, FolderOrigin> const origins = _session.Checked(_session.queries().FolderOrigins());
         for (FolderConfiguration const& folder :
              _session.Checked(_session.folders().GetFolderConfigurationsByRootId(_root.getId()))) {
             if (folder.getId() != _root.getId())
                 _folders.insert(folder.getClientPath());
+            if (auto const origin = origins.constFind(folder.getId()); origin != origins.cend())
+                _recorded.origins.insert(folder.getClientPath(), *origin);
         }
         for (FileConfiguration const& file : _session.Checked(_session.files().GetFileConfigurationsByRootFolderId(
                  _root.getId(), sync::config::FileConfigurationTypeFile))) {
             if (!_files.contains(file.clientPath)) // of twins, the first counts
                 _files.insert(file.clientPath, {file.size, file.lastModifiedDateTime});
         }
+        _recorded.rootPath = _root.getClientPath();
+        _recorded.records = _folders.size() + _files.size();
+        _recorded.hasRecordsBelow = [this](QString const& path) { return _HasRecordsBelow(path); };
+    }
+
+    bool _HasRecordsBelow(QString const& path) const
+    {
+        auto const isBelow = [&](QString const& record) {
+            return record != path && LiesIn(record, path, Qt::CaseSensitive);
+        };
+        return std::any_of(_folders.begin(), _folders.end(), isBelow) ||
+               std::any_of(_files.keyBegin(), _files.keyEnd(), isBelow);
     }
 
     void _CompareDirectory(QString const& path, std::vector<QString>& pending, QVector<ScanProblem>& problems)
@@ -149,13 +177,17 @@ private:
         _files.erase(known);
     }
 
-    /// What lies in a directory that could not be read may still be there.
-    void _AddRemoved(char const* kind, QString const& path)
+    /// Whether the path lies in a directory that could not be read.
+    bool _MayBeThere(QString const& path) const
     {
-        bool const mayBeThere = std::any_of(_incomplete.begin(), _incomplete.end(), [&](QString const& directory) {
+        return std::any_of(_incomplete.begin(), _incomplete.end(), [&](QString const& directory) {
             return LiesIn(path, directory, Qt::CaseSensitive);
         });
-        if (!mayBeThere)
+    }
+
+    void _AddRemoved(char const* kind, QString const& path)
+    {
+        if (!_MayBeThere(path))
             _differences.push_back({_root.getId(), Removed, kind, path, {}});
     }
 
@@ -164,6 +196,8 @@ private:
     /// What is on record and was not found on disk yet.
     QSet<QString> _folders;
     QHash<QString, KnownFile> _files;
+    RecordedPlaces _recorded;
+    /// The directories whose contents are not known.
     std::vector<QString> _incomplete;
     std::vector<Difference> _differences;
 };

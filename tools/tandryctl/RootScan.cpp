@@ -69,7 +69,10 @@ RootScan::RootScan(Session& session, FolderConfiguration const& root, ScanOption
     , _resolvedRootPath(QFileInfo(_rootPath).canonicalFilePath())
     , _options(options)
     , _rootPlace(FolderPlace::Of(_rootPath))
-{}
+{
+    _recorded.rootPath = _rootPath;
+    _recorded.hasRecordsBelow = [this](QString const& path) { return _HasRecordsBelow(path); };
+}
 
 ScanCounts RootScan::Run()
 {
@@ -107,22 +110,22 @@ void RootScan::_LoadRecords()
         if (!_files.contains(file.clientPath))
             _files.insert(file.clientPath, {file.id, file.folderConfigurationId, file.size, file.lastModifiedDateTime});
     }
-    _recordsBefore = _folders.size() - 1 + _files.size();
+    _recorded.records = _folders.size() - 1 + _files.size();
 
     auto const origins = _session.Checked(_session.queries().FolderOrigins());
     for (auto folder = _folders.cbegin(); folder != _folders.cend() && !origins.isEmpty(); ++folder) {
         if (auto const origin = origins.constFind(folder->id); origin != origins.cend())
-            _origins.insert(folder.key(), *origin);
+            _recorded.origins.insert(folder.key(), *origin);
     }
 }
 
 bool RootScan::_IsRecordedFolder(QString const& label, QString const& path, FolderPlace const& place)
 {
     FolderOrigin const now = place.Origin();
-    auto const known = _origins.constFind(path);
-    if (known != _origins.cend() && *known == now)
+    auto const known = _recorded.origins.constFind(path);
+    if (known != _recorded.origins.cend() && *known == now)
         return true;
-    QString const difference = _DifferenceFromRecord(path, now);
+    QString const difference = _recorded.DifferenceFromRecord(path, now);
     if (!difference.isEmpty() && !_options.acceptNewFolder) {
         _ReportOtherFolder(path, label + QLatin1Char(' ') + difference);
         _incomplete.push_back(path);
@@ -131,23 +134,6 @@ bool RootScan::_IsRecordedFolder(QString const& label, QString const& path, Fold
     bool const isRemembered = path == _rootPath || place.isMountPoint();
     _newOrigins.emplace_back(path, isRemembered ? std::make_optional(now) : std::nullopt);
     return true;
-}
-
-QString RootScan::_DifferenceFromRecord(QString const& path, FolderOrigin const& now) const
-{
-    QString const place = Printable(now.fileSystem);
-    if (auto const known = _origins.constFind(path); known != _origins.cend())
-        return known->fileSystem == now.fileSystem
-                   ? QStringLiteral("is not the folder that was recorded, but another one on ") + place
-                   : QStringLiteral("was recorded on %1 and is now on %2").arg(Printable(known->fileSystem), place);
-    if (path != _rootPath && _origins.contains(_rootPath) && _HasRecordsBelow(path))
-        return QStringLiteral("was recorded without a mount and is now on ") + place;
-    // From a version that remembered no file systems.
-    QDir const root(_rootPath);
-    if (path == _rootPath && _recordsBefore > 0 &&
-        root.isEmpty(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot))
-        return QStringLiteral("is empty, though it has ") + Counted(_recordsBefore, "record", "records");
-    return {};
 }
 
 bool RootScan::_HasRecordsBelow(QString const& path) const
@@ -162,16 +148,14 @@ bool RootScan::_HasRecordsBelow(QString const& path) const
 
 void RootScan::_FindMissingMountPoints()
 {
-    for (auto origin = _origins.cbegin(); origin != _origins.cend(); ++origin) {
+    for (auto origin = _recorded.origins.cbegin(); origin != _recorded.origins.cend(); ++origin) {
         if (_folders.value(origin.key()).onDisk || _LiesInIncomplete(origin.key()))
             continue;
         if (_options.acceptNewFolder) {
             _newOrigins.emplace_back(origin.key(), std::nullopt);
             continue;
         }
-        _ReportOtherFolder(origin.key(),
-                           QStringLiteral("the mount point %1 is missing, and was recorded on %2")
-                               .arg(Quoted(origin.key()), Printable(origin->fileSystem)));
+        _ReportOtherFolder(origin.key(), _recorded.MissingMountPoint(origin.key()));
         _incomplete.push_back(origin.key());
     }
 }
@@ -212,7 +196,7 @@ bool RootScan::_Enter(QString const& path)
     bool const isLeftOut = _options.oneFileSystem && !place->isOnSameFileSystem(*_rootPlace);
     if (isLeftOut)
         _incomplete.push_back(path);
-    else if ((place->isMountPoint() || _origins.contains(path)) &&
+    else if ((place->isMountPoint() || _recorded.origins.contains(path)) &&
              !_IsRecordedFolder(QStringLiteral("the folder ") + Quoted(path), path, *place))
         return false;
     if (isLeftOut || place->isMountPoint())
@@ -365,7 +349,7 @@ bool RootScan::_LiesInIncomplete(QString const& path) const
 bool RootScan::_IsPruningConfirmed(PlannedPruning const& planned, GeneratedFiles const& generated)
 {
     auto const count = qint64(planned.files.size() + planned.folders.size());
-    bool const isMuch = _recordsBefore >= FewRecords && count * 100 > qint64(_recordsBefore) * _options.maxPrune;
+    bool const isMuch = _recorded.records >= FewRecords && count * 100 > _recorded.records * _options.maxPrune;
     if (!isMuch && generated.count() == 0)
         return true;
 
@@ -375,7 +359,7 @@ bool RootScan::_IsPruningConfirmed(PlannedPruning const& planned, GeneratedFiles
                             Counted(qint64(planned.folders.size()), "folder", "folders"),
                             root,
                             QString::number(count),
-                            QString::number(_recordsBefore));
+                            QString::number(_recorded.records));
     if (generated.count() > 0)
         what += QStringLiteral(", and delete %1 from the disk")
                     .arg(Counted(generated.count(), "generated file", "generated files"));

@@ -2,13 +2,13 @@
 
 #include "DirectoryListing.h"
 #include "FolderPlace.h"
+#include "RecordedPlaces.h"
 
 #include "config/FileConfiguration.h"
 #include "config/FolderConfiguration.h"
 
 #include <QDateTime>
 #include <QHash>
-#include <QMap>
 #include <QString>
 #include <QVector>
 
@@ -117,8 +117,6 @@ private:
     /// Returns whether the folder is the one that was recorded, or may take its place; remembers it then, and reports
     /// it otherwise.
     bool _IsRecordedFolder(QString const& label, QString const& path, FolderPlace const& place);
-    /// Returns what tells the folder from the recorded one; an empty text if nothing does.
-    QString _DifferenceFromRecord(QString const& path, FolderOrigin const& now) const;
     bool _HasRecordsBelow(QString const& path) const;
     /// Reports the mount points that are gone from the disk with their folders, or forgets them if that is accepted.
     void _FindMissingMountPoints();
@@ -162,12 +160,10 @@ private:
 
     QHash<QString, KnownFolder> _folders;
     QHash<QString, KnownFile> _files;
-    /// The file systems of folders on record, by the folder's path.
-    QMap<QString, FolderOrigin> _origins;
+    /// The places of folders on record, and the number of records before the scan.
+    RecordedPlaces _recorded;
     /// Those that are to be recorded, or forgotten.
     std::vector<std::pair<QString, std::optional<FolderOrigin>>> _newOrigins;
-    /// The records below the root before the scan.
-    int _recordsBefore = 0;
     /// The directories whose contents are not known.
     std::vector<QString> _incomplete;
 
