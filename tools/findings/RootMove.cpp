@@ -111,11 +111,11 @@ void RootMove::_ReadInPortions(QString const& select,
                                TakeRow const& take,
                                std::function<void()> const& afterPortion)
 {
-    constexpr int Portion = 1000;
-    QString const statement = select + QStringLiteral(" AND id > :last ORDER BY id LIMIT %1").arg(Portion);
+    constexpr int portion = 1000;
+    QString const statement = select + QStringLiteral(" AND id > :last ORDER BY id LIMIT %1").arg(portion);
     int last = 0;
-    int count = Portion;
-    while (count == Portion && _statements.works()) {
+    int count = portion;
+    while (count == portion && _statements.works()) {
         StoreStatements::Values all = values;
         all.emplace_back(":last", last);
         count = 0;

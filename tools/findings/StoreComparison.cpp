@@ -88,7 +88,7 @@ std::vector<NaturalKey> const& Keys()
 /// Returns the value of a column in SQL: of one that refers to another record, that record's name.
 QString ValueOf(QString const& column)
 {
-    QString const value = QStringLiteral("record.") + column;
+    QString value = QStringLiteral("record.") + column;
     if (column == QLatin1String("serverId"))
         return ServerName(value);
     if (column == QLatin1String("authenticationId"))
@@ -240,7 +240,7 @@ private:
     {
         _target->bindValue(QStringLiteral(":id"), fileId);
         bool const ran = _target->exec();
-        QString const path = ran && _target->next() ? _target->value(0).toString() : QString::number(fileId);
+        QString path = ran && _target->next() ? _target->value(0).toString() : QString::number(fileId);
         _works = _works && ran;
         _target->finish();
         return path;

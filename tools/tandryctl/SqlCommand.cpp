@@ -58,9 +58,9 @@ public:
     /// Throws if the output cannot be written.
     void Print(QByteArray const& bytes)
     {
-        constexpr int BufferBytes = 64 * 1024;
+        constexpr int bufferBytes = 64 * 1024;
         _buffer += bytes;
-        if (_buffer.size() >= BufferBytes)
+        if (_buffer.size() >= bufferBytes)
             Flush();
     }
 

@@ -37,13 +37,13 @@ QString WordOf(RecordDifference::Change change)
 
 QString PlainLine(RecordDifference const& difference)
 {
-    constexpr int ChangeWidth = 7;
-    constexpr int KindWidth = 14;
+    constexpr int changeWidth = 7;
+    constexpr int kindWidth = 14;
     QStringList columns;
     for (ColumnDifference const& column : difference.columns)
         columns.append(column.column);
-    return Padded(WordOf(difference.change), ChangeWidth, false) + QStringLiteral("  ") +
-           Padded(WordForRecordOf(difference.table), KindWidth, false) + QStringLiteral("  ") +
+    return Padded(WordOf(difference.change), changeWidth, false) + QStringLiteral("  ") +
+           Padded(WordForRecordOf(difference.table), kindWidth, false) + QStringLiteral("  ") +
            Printable(difference.name) +
            (columns.isEmpty() ? QString() : QStringLiteral(" (%1)").arg(columns.join(QStringLiteral(", "))));
 }
@@ -72,7 +72,7 @@ QByteArray JsonLine(RecordDifference const& difference)
 
 ExitStatus DiffStores(Session& session, QString const& otherStore)
 {
-    constexpr qint64 DifferencesBetweenFlushes = 1000;
+    constexpr qint64 differencesBetweenFlushes = 1000;
     SessionOptions otherOptions;
     otherOptions.storePath = otherStore;
     otherOptions.dryRun = true; // on a copy
@@ -94,7 +94,7 @@ ExitStatus DiffStores(Session& session, QString const& otherStore)
             output.PrintText(QString::fromUtf8((count == 0 ? "[\n" : ",\n") + JsonLine(difference)));
         else
             output.PrintLine(PlainLine(difference));
-        if (++count % DifferencesBetweenFlushes == 0)
+        if (++count % differencesBetweenFlushes == 0)
             session.Flush(); // ends the command when its output cannot be written
     });
     if (!worked) {
