@@ -42,6 +42,11 @@ bool Interruption::IsRequested()
     return received != 0;
 }
 
+void Interruption::TakeAsHandled()
+{
+    received = 0;
+}
+
 void Interruption::EndProcess()
 {
     if (received != 0)

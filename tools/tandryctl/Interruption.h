@@ -20,6 +20,9 @@ public:
     /// Returns whether a signal has come.
     static bool IsRequested();
 
+    /// Takes a signal that has come as the end that the command was told to wait for: `EndProcess` does nothing.
+    static void TakeAsHandled();
+
     /// Ends the process by the signal that has come, so that a calling shell stops too. Does nothing if none has come.
     /// Close the store first: no destructor runs.
     static void EndProcess();

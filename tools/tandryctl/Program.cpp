@@ -3,6 +3,7 @@
 #include "CommandLine.h"
 #include "Commands.h"
 #include "SqlCommand.h"
+#include "WatchCommand.h"
 
 namespace tandryctl {
 
@@ -30,6 +31,7 @@ void DeclareCommands(CommandLine& commandLine)
     AddListCommands(top);
     AddStatusCommands(top);
     AddSqlCommand(top);
+    AddWatchCommand(top);
     AddPathCommands(top);
     AddExplainCommand(top);
     AddServerCommands(top);
