@@ -1,12 +1,16 @@
 include(GenerateExportHeader)
 
-# tandry_library(<name> FOLDER <folder> SOURCES <file>... [HEADERS <file>...])
+# tandry_library(<name> FOLDER <folder> SOURCES <file>... [HEADERS <file>...] [EXPORT <set>])
 #
 # A shared library Tandry<name> with the alias Tandry::<name> and an export header <folder>/Tandry<name>Export.h.
-# HEADERS are the public ones, installed below include/tandry/<folder>; all other headers stay in the source tree.
+# HEADERS are the public ones, installed below include/tandry/<folder>; all other headers stay in the source tree. EXPORT is
+# for a library that is packaged apart from the others.
 function(tandry_library name)
-  cmake_parse_arguments(PARSE_ARGV 1 arg "" "FOLDER" "SOURCES;HEADERS")
+  cmake_parse_arguments(PARSE_ARGV 1 arg "" "FOLDER;EXPORT" "SOURCES;HEADERS")
   set(target Tandry${name})
+  if(NOT arg_EXPORT)
+    set(arg_EXPORT TandryTargets)
+  endif()
   set(generated "${PROJECT_BINARY_DIR}/generated")
 
   add_library(${target} SHARED ${arg_SOURCES} ${arg_HEADERS})
@@ -32,7 +36,7 @@ function(tandry_library name)
     SOVERSION ${PROJECT_VERSION_MAJOR})
 
   if(TANDRY_INSTALL)
-    install(TARGETS ${target} EXPORT TandryTargets
+    install(TARGETS ${target} EXPORT ${arg_EXPORT}
       LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT Runtime NAMELINK_COMPONENT Development)
     install(FILES ${arg_HEADERS} "${generated}/${arg_FOLDER}/${target}Export.h"
       DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/tandry/${arg_FOLDER} COMPONENT Development)

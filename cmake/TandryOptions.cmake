@@ -4,6 +4,8 @@ include(CMakeDependentOption)
 
 # A project that includes this one gets the libraries, and nothing else that it does not ask for.
 option(TANDRY_BUILD_TOOLS "Build tandryctl" ${PROJECT_IS_TOP_LEVEL})
+# Nothing else needs PostgreSQL.
+option(TANDRY_BUILD_POSTGRES "Build the store on PostgreSQL; takes libpq" OFF)
 option(TANDRY_INSTALL "Install what is built" ${PROJECT_IS_TOP_LEVEL})
 # For work on this project itself; the presets switch them on.
 cmake_dependent_option(TANDRY_BUILD_TESTS "Build the tests" OFF PROJECT_IS_TOP_LEVEL OFF)

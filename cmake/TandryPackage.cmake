@@ -35,6 +35,12 @@ tandry_pkg_config(Interfaces
 tandry_pkg_config(Database
   DESCRIPTION "Configuration store of a folder-synchronisation client in an SQLite file"
   REQUIRES "tandry-interfaces = ${PROJECT_VERSION}")
+if(TARGET Tandry::Postgres)
+  install(EXPORT TandryPostgresTargets NAMESPACE Tandry:: DESTINATION "${packageDir}" COMPONENT Development)
+  tandry_pkg_config(Postgres
+    DESCRIPTION "Configuration store of a folder-synchronisation client in a PostgreSQL database"
+    REQUIRES "tandry-database = ${PROJECT_VERSION}")
+endif()
 tandry_pkg_config(Configuration
   DESCRIPTION "Records and managers of a folder-synchronisation client's configuration store"
   REQUIRES "tandry-interfaces = ${PROJECT_VERSION}")

@@ -105,7 +105,7 @@ require_packages() {
 # The headers of the shared libraries that are installed.
 public_headers() {
     local folder
-    for folder in interf database config models; do
+    for folder in interf database config models postgres; do
         sed -n "/^ *HEADERS *$/,/)/ s|^ *\([[:alnum:]]*\.h\))\{0,1\}$|$folder/\1|p" "$folder/CMakeLists.txt"
     done
 }

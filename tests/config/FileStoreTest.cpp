@@ -243,6 +243,8 @@ class FileStoreText : public FileStoreFixture, public testing::WithParamInterfac
 TEST_P(FileStoreText, ComesBackExactlyFromEveryColumn)
 {
     QString const odd = GetParam();
+    if (odd.contains(QChar(0)) && !StoreKeepsNullCharacters)
+        GTEST_SKIP() << "the store refuses null characters";
     FileConfiguration file;
     for (QString* member : {&file.name,
                             &file.clientPath,

@@ -55,7 +55,7 @@ protected:
     void Reopen()
     {
         manager.reset();
-        RawStore(StorePath()).Run("DROP TRIGGER IF EXISTS refusal"_q); // with it, the store is refused
+        RawStore(StorePath()).AllowToDelete(); // with the refusal, the store is refused
         ReopenStore();
         MakeManager();
     }
@@ -87,10 +87,7 @@ protected:
     /// Has every delete of this row fail.
     void RefuseToDelete(char const* table, char const* condition)
     {
-        RawStore(StorePath())
-            .Run(QStringLiteral("CREATE TRIGGER refusal BEFORE DELETE ON %1 WHEN %2 "
-                                "BEGIN SELECT RAISE(ABORT, 'refused'); END")
-                     .arg(QLatin1String(table), QString::fromUtf8(condition)));
+        RawStore(StorePath()).RefuseToDelete(QString::fromUtf8(table), QString::fromUtf8(condition));
     }
 
     qlonglong Count(char const* table) { return RawStore(StorePath()).Count(QString::fromLatin1(table)); }
@@ -133,6 +130,13 @@ void PrintTo(RoundTripCase const& trip, std::ostream* out)
 class FolderRoundTripTest : public FolderStoreTest, public testing::WithParamInterface<RoundTripCase>
 {
 protected:
+    static bool IsKept()
+    {
+        FolderConfiguration record;
+        GetParam().change(record);
+        return StoreKeepsNullCharacters || !record.getOwnerId().contains(QChar(0));
+    }
+
     /// Returns the record that must be read after this one was written.
     static FolderConfiguration Expected(FolderConfiguration const& written)
     {
@@ -147,6 +151,8 @@ protected:
 
 TEST_P(FolderRoundTripTest, AddedRecordComesBackFromTheDisk)
 {
+    if (!IsKept())
+        GTEST_SKIP() << "the store refuses null characters";
     FolderConfiguration record = DistinctFolder();
     record.setLastServerSyncRequestTime(QDateTime::currentDateTime());
     GetParam().change(record);
@@ -157,6 +163,8 @@ TEST_P(FolderRoundTripTest, AddedRecordComesBackFromTheDisk)
 
 TEST_P(FolderRoundTripTest, UpdatedRecordComesBackFromTheDisk)
 {
+    if (!IsKept())
+        GTEST_SKIP() << "the store refuses null characters";
     FolderConfiguration record = AddFolder("/other"_q);
     FolderConfiguration const other = AddFolder("/another"_q);
     FolderConfiguration const stored = StoredFolder(record.getId(), DistinctFolder());
@@ -192,9 +200,9 @@ INSTANTIATE_TEST_SUITE_P(
                       [](FolderConfiguration& record) {
                           record.setName("'; DROP TABLE FolderConfiguration; --"_q);
                           record.setClientPath("/r/\n\t\r\"\U0001F4C1\"/a\u0308/\uFFFD/:id/%1"_q);
-                          record.setOwnerId("a\0b"_q);
                           record.setFeatureName("<a & 'b'> \U0001F4C1"_q);
                       }},
+        RoundTripCase{"NullCharacter", [](FolderConfiguration& record) { record.setOwnerId("a\0b"_q); }},
         RoundTripCase{"LongText",
                       [](FolderConfiguration& record) { record.setClientPath(QString(100'000, QLatin1Char('/'))); }},
         RoundTripCase{"GreatestNumbers",
@@ -581,6 +589,8 @@ TEST_F(FolderRollback, BringsARemovedRootBackSoThatNothingIsOrphaned)
 
 TEST_F(FolderRollback, LeavesTheIdOfAnAddedFolderToTheNextOne)
 {
+    if (!StoreGivesRolledBackIdsAgain)
+        GTEST_SKIP() << "the store gives no id twice";
     auto const database = store->CreateDatabase();
     ASSERT_TRUE(database->transaction());
     int const id = AddFolder("/taken back"_q).getId();
@@ -604,6 +614,8 @@ TEST_F(FolderRollback, OnAnotherThreadShowsInEveryManager)
 
 TEST_F(FolderRollback, OfALostScopeShowsInTheCachedListingsAtOnce)
 {
+    if (!StoreIsFile)
+        GTEST_SKIP() << "the store has no file whose flush can fail";
     manager.reset();
     store.reset();
     {
@@ -868,7 +880,7 @@ TEST_F(FolderTreeTest, CleanRootFolderTakesTheRootItsFilesAndItsFolders)
 
 TEST_F(FolderTreeTest, CleanRootFolderThatFailsAtTheFilesLeavesTheSubFolders)
 {
-    RefuseToDelete("FileConfiguration", "1");
+    RefuseToDelete("FileConfiguration", "OLD.id > 0");
     EXPECT_FALSE(manager->CleanRootFolder(r.getId()));
     EXPECT_THAT(Paths(), UnorderedElementsAre("/r/a"_q, "/r/a/x"_q, "/r/b"_q, "/s"_q, "/s/a"_q));
     EXPECT_EQ(Count("FileConfiguration"), 6);

@@ -66,6 +66,8 @@ TEST_F(ServersInAStore, OddTextsComeBackAsTheyWereGiven)
                                 "\xd8\xa7\xd9\x84 \xe4\xbe\x8b"_q,
                                 "\n\t "_q,
                                 QString(100000, QLatin1Char('x'))}) {
+        if (text.contains(QChar(0)) && !StoreKeepsNullCharacters)
+            continue;
         ServerConfiguration server = Server(text, text);
         server.setAlias(text);
         server.setBinaryDiffEncoder(text);

@@ -75,4 +75,15 @@ qlonglong RawStore::Count(QString const& table)
     return Value(QStringLiteral("SELECT count(*) FROM ") + table).toLongLong();
 }
 
+void RawStore::RefuseToDelete(QString const& table, QString const& condition)
+{
+    Run(QStringLiteral("CREATE TRIGGER refusal BEFORE DELETE ON %1 WHEN %2 BEGIN SELECT RAISE(ABORT, 'refused'); END")
+            .arg(table, condition));
+}
+
+void RawStore::AllowToDelete()
+{
+    Run(QStringLiteral("DROP TRIGGER IF EXISTS refusal"));
+}
+
 } // namespace tandry::test

@@ -38,6 +38,10 @@ public:
     QVariant Value(QString const& statement);
     qlonglong Count(QString const& table);
 
+    /// Makes every DELETE of the rows of a table fail that fulfil a condition on `OLD`, until `AllowToDelete`.
+    void RefuseToDelete(QString const& table, QString const& condition);
+    void AllowToDelete();
+
     /// For uses that the operations above do not cover.
     sqlite3* handle() const { return _handle; }
 

@@ -18,6 +18,11 @@ namespace tandry::test {
 class StoreFixture : public testing::Test
 {
 protected:
+    /// Differences of the stores on which the managers' tests run.
+    static constexpr bool StoreIsFile = true;
+    static constexpr bool StoreKeepsNullCharacters = true;
+    static constexpr bool StoreGivesRolledBackIdsAgain = true;
+
     void SetUp() override { OpenStore(); }
 
     void TearDown() override

@@ -1,0 +1,91 @@
+#include "postgres/PostgresDatabaseFactory.h"
+
+#include "database/store/StoreDatabase.h"
+#include "database/store/StoreLog.h"
+#include "postgres/PostgresQuery.h"
+#include "postgres/PostgresStore.h"
+
+#include <utility>
+
+namespace sync::database {
+
+PostgresDatabaseFactory::PostgresDatabaseFactory(std::shared_ptr<PostgresStore> store)
+    : _store(std::move(store))
+{}
+
+PostgresDatabaseFactory::~PostgresDatabaseFactory()
+{
+    _store->Close();
+}
+
+std::shared_ptr<PostgresDatabaseFactory>
+PostgresDatabaseFactory::Open(QString const& uri, QString* error, OpenOptions const& options)
+{
+    StoreError reason;
+    std::shared_ptr<PostgresDatabaseFactory> factory = Open(uri, reason, options);
+    if (factory == nullptr && error != nullptr)
+        *error = reason.text;
+    return factory;
+}
+
+std::shared_ptr<PostgresDatabaseFactory>
+PostgresDatabaseFactory::Open(QString const& uri, StoreError& error, OpenOptions const& options)
+{
+    std::shared_ptr<PostgresDatabaseFactory> factory;
+    ServerAddress address;
+    Failure failure = ServerAddress::Parse(uri, address);
+    if (!failure) {
+        factory.reset(new PostgresDatabaseFactory(std::make_shared<PostgresStore>(std::move(address), options)));
+        factory->_store->SetFactory(factory);
+        failure = factory->_store->Open();
+    }
+    if (!failure)
+        return factory;
+    qCWarning(StoreLog).noquote() << failure->text;
+    error = *failure;
+    return nullptr;
+}
+
+bool PostgresDatabaseFactory::HasPassword(QString const& uri)
+{
+    ServerAddress address;
+    if (!ServerAddress::Parse(uri, address))
+        return !address.password.isEmpty();
+    // As far as it can be seen in a URI that cannot be read.
+    QString const authority = uri.section(QStringLiteral("://"), 1).section(QLatin1Char('/'), 0, 0);
+    bool const hasUserAndPassword = authority.lastIndexOf(QLatin1Char('@')) > authority.indexOf(QLatin1Char(':')) &&
+                                    authority.contains(QLatin1Char(':'));
+    return hasUserAndPassword || uri.contains(QStringLiteral("password="));
+}
+
+void PostgresDatabaseFactory::SetConnectionLimit(int connections)
+{
+    ServerHandle::SetLimit(connections);
+}
+
+std::shared_ptr<sync::interf::IQSqlDatabaseWrapper> PostgresDatabaseFactory::CreateDatabase()
+{
+    return std::make_shared<StoreDatabase>(_store);
+}
+
+std::shared_ptr<sync::interf::IQSqlQueryWrapper> PostgresDatabaseFactory::CreateQuery()
+{
+    return std::make_shared<PostgresQuery>(_store->Connection());
+}
+
+QString PostgresDatabaseFactory::name() const
+{
+    return _store->address().name;
+}
+
+std::optional<StoreError> PostgresDatabaseFactory::LastError() const
+{
+    return _store->LastError();
+}
+
+void PostgresDatabaseFactory::ClearError()
+{
+    _store->ClearError();
+}
+
+} // namespace sync::database

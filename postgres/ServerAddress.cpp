@@ -1,0 +1,162 @@
+#include "postgres/ServerAddress.h"
+
+#include "postgres/ServerErrors.h"
+
+#include <libpq-fe.h>
+
+#include <QByteArrayList>
+
+#include <algorithm>
+#include <memory>
+
+namespace sync::database {
+
+namespace {
+
+constexpr int LongestProfile = 56;
+
+struct FreeOptions
+{
+    void operator()(PQconninfoOption* options) const noexcept { PQconninfoFree(options); }
+};
+
+/// A server that is gone without a word is noticed after about a minute.
+constexpr std::pair<char const*, char const*> Defaults[] = {
+    {"connect_timeout", "10"},
+    {"keepalives_idle", "30"},
+    {"keepalives_interval", "10"},
+    {"keepalives_count", "3"},
+    {"tcp_user_timeout", "60000"},
+    {"fallback_application_name", "tandry"},
+};
+
+StoreError Refuse(QString const& words)
+{
+    return MakeServerError(ServerState::Misuse, words);
+}
+
+bool IsProfileName(QByteArray const& name)
+{
+    return !name.isEmpty() && name.size() <= LongestProfile && std::all_of(name.begin(), name.end(), [](char letter) {
+        return (letter >= 'a' && letter <= 'z') || (letter >= '0' && letter <= '9') || letter == '_' || letter == '-';
+    });
+}
+
+/// Takes our own parameters out of a URI, which libpq would refuse.
+Failure TakeOwnParameters(QByteArray& uri, ServerAddress& address)
+{
+    QByteArray profile = "default";
+    int const query = uri.indexOf('?');
+    if (query >= 0) {
+        QByteArrayList others;
+        for (QByteArray const& parameter : uri.mid(query + 1).split('&')) {
+            int const separator = parameter.indexOf('=');
+            QByteArray const key = parameter.left(separator);
+            QByteArray const value =
+                separator < 0 ? QByteArray() : QByteArray::fromPercentEncoding(parameter.mid(separator + 1));
+            if (!key.startsWith("tandry_")) {
+                others.append(parameter);
+            }
+            else if (key == "tandry_profile") {
+                profile = value;
+            }
+            else if (key == "tandry_synchronous_commit" && value == "any") {
+                address.acceptsAsyncCommit = true;
+            }
+            else {
+                return Refuse(QStringLiteral("the URI has an unknown parameter or value: there are "
+                                             "tandry_profile=NAME and tandry_synchronous_commit=any"));
+            }
+        }
+        uri.truncate(query);
+        if (!others.isEmpty())
+            uri += '?' + others.join('&');
+    }
+    if (!IsProfileName(profile))
+        return Refuse(QStringLiteral("tandry_profile must have 1 to %1 characters, of a-z, 0-9, '_' and '-'")
+                          .arg(LongestProfile));
+    address.schema = "tandry_" + profile;
+    address.name = QStringLiteral("profile ") + QString::fromLatin1(profile);
+    return {};
+}
+
+QByteArray Value(ServerAddress const& address, char const* keyword)
+{
+    for (auto const& [key, value] : address.parameters) {
+        if (key == keyword)
+            return value;
+    }
+    return {};
+}
+
+/// The hosts of the URI or, if it names none, of the environment.
+QByteArray Hosts(ServerAddress const& address)
+{
+    for (char const* keyword : {"hostaddr", "host"}) {
+        if (QByteArray const hosts = Value(address, keyword); !hosts.isEmpty())
+            return hosts;
+    }
+    for (char const* variable : {"PGHOSTADDR", "PGHOST"}) {
+        if (QByteArray const hosts = qgetenv(variable); !hosts.isEmpty())
+            return hosts;
+    }
+    return {};
+}
+
+/// Whether no other machine can listen in. For a socket of this machine libpq uses no encryption anyway.
+bool IsThisMachine(QByteArray const& hosts)
+{
+    QByteArrayList const list = hosts.split(',');
+    return std::all_of(list.begin(), list.end(), [](QByteArray const& host) {
+        return host == "localhost" || host == "127.0.0.1" || host == "::1" || host.startsWith('/') ||
+               host.startsWith('@');
+    });
+}
+
+} // namespace
+
+Failure ServerAddress::Parse(QString const& uri, ServerAddress& address)
+{
+    QByteArray text = uri.toUtf8();
+    if (!text.startsWith("postgresql://") && !text.startsWith("postgres://"))
+        return Refuse(QStringLiteral("the store's URI must begin with postgresql://"));
+    if (uri.contains(QChar(0)))
+        return Refuse(QStringLiteral("the store's URI contains a null character"));
+    if (Failure failure = TakeOwnParameters(text, address))
+        return failure;
+
+    char* message = nullptr;
+    std::unique_ptr<PQconninfoOption, FreeOptions> const options(PQconninfoParse(text.constData(), &message));
+    PQfreemem(message); // may quote the password
+    if (options == nullptr)
+        return Refuse(QStringLiteral(
+            "the store's URI can't be read: expected postgresql://user@host:port/database?parameter=value, with other "
+            "characters percent-encoded and only parameters of libpq or of Tandry"));
+    for (PQconninfoOption const* option = options.get(); option->keyword != nullptr; ++option) {
+        if (option->val != nullptr)
+            address.parameters.emplace_back(option->keyword, option->val);
+    }
+    address.password = Value(address, "password");
+
+    for (auto const& [keyword, value] : Defaults) {
+        if (Value(address, keyword).isEmpty())
+            address.parameters.emplace_back(keyword, value);
+    }
+    QByteArray const hosts = Hosts(address);
+    if (Value(address, "sslmode").isEmpty() && (hosts.isEmpty() || !IsThisMachine(hosts)))
+        address.parameters.emplace_back("sslmode", "verify-full");
+    address.parameters.emplace_back("client_encoding", "UTF8");
+
+    QByteArray const service = Value(address, "service");
+    QString const host = hosts.isEmpty() && !service.isEmpty() ? QStringLiteral("service ") + QString::fromUtf8(service)
+                                                               : QString::fromUtf8(hosts);
+    QByteArray const port = Value(address, "port");
+    address.name = QStringLiteral("postgresql://%1%2/%3 (%4)")
+                       .arg(host,
+                            port.isEmpty() ? QString() : QLatin1Char(':') + QString::fromUtf8(port),
+                            QString::fromUtf8(Value(address, "dbname")),
+                            address.name);
+    return {};
+}
+
+} // namespace sync::database

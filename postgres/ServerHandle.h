@@ -1,0 +1,110 @@
+#pragma once
+
+#include "database/OpenOptions.h"
+#include "database/store/TransactionHandle.h"
+#include "postgres/ServerErrors.h"
+#include "postgres/StatementText.h"
+
+#include <libpq-fe.h>
+
+#include <QByteArray>
+#include <QString>
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <unordered_map>
+#include <vector>
+
+namespace sync::database {
+
+struct ServerAddress;
+
+struct FreeResult
+{
+    void operator()(PGresult* result) const noexcept { PQclear(result); }
+};
+using Result = std::unique_ptr<PGresult, FreeResult>;
+
+/// The values of a statement's placeholders, in the order of their numbers, as the server reads them; nothing is NULL.
+using BoundValues = std::vector<std::optional<QByteArray>>;
+
+/// A connection to the server, with its settings, its transaction and its prepared statements.
+class ServerHandle : public TransactionHandle
+{
+public:
+    ServerHandle(ServerAddress const& address, OpenOptions const& options);
+    ~ServerHandle();
+
+    /// How many handles the process may have open at a time.
+    static void SetLimit(int limit) noexcept;
+    static int Limit() noexcept;
+
+    /// Call once; the object is of no use if it fails.
+    Failure Open();
+    /// Sets what the store relies on, and reads `synchronousCommit` and `schema`. `Open` does this too.
+    Failure ApplySettings();
+
+    /// False after the connection was lost: a new handle must take the place of this one.
+    bool isUsable() const;
+    /// The value of the server's `synchronous_commit` for this connection.
+    QByteArray const& synchronousCommit() const { return _synchronousCommit; }
+    /// The schema's number on the server; `InvalidOid` if there is no such schema.
+    Oid schema() const { return _schema; }
+    QString const& name() const;
+
+    Failure CheckWritable() const override { return {}; }
+    Failure Begin() override;
+    Failure Commit() override;
+    void RollBack() noexcept override;
+    qint64 changes() const override { return _changes; }
+
+    /// Runs statements without placeholders, and returns the result of the last one. For the store's own statements.
+    Failure Execute(QByteArray const& statements, Result& result);
+    Failure Execute(QByteArray const& statements);
+
+    /// Has the server check the statement, unless it has done so.
+    Failure Prepare(StatementText const& statement);
+    /// Runs a prepared statement. If it fails inside a transaction, only the statement itself is undone.
+    Failure Run(StatementText const& statement, BoundValues const& values, Result& result);
+
+    /// Quotes a name or a text for use in a statement.
+    static QByteArray Quoted(QByteArray const& name);
+    static QByteArray Literal(QByteArray const& text);
+
+private:
+    /// Where a statement is kept on the server.
+    struct Place
+    {
+        QByteArray name;
+        bool isPrepared = false;
+    };
+
+    struct CloseConnection
+    {
+        void operator()(PGconn* connection) const noexcept { PQfinish(connection); }
+    };
+
+    Place PlaceOf(StatementText const& statement);
+    void NotePrepared(StatementText const& statement, Place const& place);
+    bool isInTransaction() const { return PQtransactionStatus(_connection.get()) != PQTRANS_IDLE; }
+    /// Runs a command inside a transaction and undoes it alone if it fails, in one round trip if it does not.
+    Failure
+    RunInSavepoint(std::function<int()> const& send, ServerMessage message, QString const& text, Result& result);
+    Failure Describe(PGresult const* result, ServerMessage message, QString const& statement = {});
+
+    ServerAddress const& _address;
+    OpenOptions const& _options;
+    std::unique_ptr<PGconn, CloseConnection> _connection;
+    bool _isCounted = false;
+    bool _isLost = false;
+    QByteArray _synchronousCommit;
+    Oid _schema = InvalidOid;
+    qint64 _changes = 0;
+    int _lastName = 0;
+    std::unordered_map<QString, QByteArray> _prepared;
+    /// The text of the one long statement that is kept.
+    QString _longText;
+};
+
+} // namespace sync::database

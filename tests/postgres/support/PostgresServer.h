@@ -1,0 +1,42 @@
+#pragma once
+
+#include <QProcess>
+#include <QString>
+#include <QTemporaryDir>
+
+namespace tandry::test {
+
+/// A PostgreSQL server of the test's own, in a temporary folder and reachable through a socket there. It ends with the
+/// process.
+class PostgresServer
+{
+public:
+    PostgresServer();
+    ~PostgresServer();
+    PostgresServer(PostgresServer const&) = delete;
+    PostgresServer& operator=(PostgresServer const&) = delete;
+
+    /// Returns the server that the cases of a program share, which is started with the first call.
+    static PostgresServer& Shared();
+
+    /// Returns why there is no server; null if it runs.
+    QString const& problem() const { return _problem; }
+
+    /// Returns the URI of a profile; parameters such as "sslmode=disable" may follow.
+    QString Uri(QString const& profile, QString const& parameters = {}) const;
+    /// Returns a profile's name that no other call of the process returns.
+    static QString NewProfile();
+
+    void Start();
+    /// Ends the server as a crash would: it writes nothing any more.
+    void Crash();
+
+private:
+    bool Run(QString const& program, QStringList const& arguments);
+
+    QTemporaryDir _folder;
+    QString _problem;
+    QProcess _server;
+};
+
+} // namespace tandry::test
