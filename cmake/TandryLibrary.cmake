@@ -3,8 +3,8 @@ include(GenerateExportHeader)
 # tandry_library(<name> FOLDER <folder> SOURCES <file>... [HEADERS <file>...] [EXPORT <set>])
 #
 # A shared library Tandry<name> with the alias Tandry::<name> and an export header <folder>/Tandry<name>Export.h.
-# HEADERS are the public ones, installed below include/tandry/<folder>; all other headers stay in the source tree. EXPORT is
-# for a library that is packaged apart from the others.
+# HEADERS are the public ones, installed below TANDRY_INCLUDEDIR/<folder>; all other headers stay in the source tree. EXPORT
+# is for a library that is packaged apart from the others.
 function(tandry_library name)
   cmake_parse_arguments(PARSE_ARGV 1 arg "" "FOLDER;EXPORT" "SOURCES;HEADERS")
   set(target Tandry${name})
@@ -24,7 +24,7 @@ function(tandry_library name)
   target_include_directories(${target} PUBLIC
     "$<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}>"
     "$<BUILD_INTERFACE:${generated}>"
-    "$<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/tandry>")
+    "$<INSTALL_INTERFACE:${TANDRY_INCLUDEDIR}>")
   target_compile_features(${target} PUBLIC cxx_std_17)
   if(NOT TANDRY_SANITIZE AND NOT TANDRY_COVERAGE)
     # The check of the binary interface reads the layouts of classes in the debug information.
@@ -32,6 +32,7 @@ function(tandry_library name)
   endif()
   set_target_properties(${target} PROPERTIES
     EXPORT_NAME ${name}
+    OUTPUT_NAME ${target}${TANDRY_SUFFIX}
     VERSION ${PROJECT_VERSION}
     SOVERSION ${PROJECT_VERSION_MAJOR})
 
@@ -39,7 +40,7 @@ function(tandry_library name)
     install(TARGETS ${target} EXPORT ${arg_EXPORT}
       LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT Runtime NAMELINK_COMPONENT Development)
     install(FILES ${arg_HEADERS} "${generated}/${arg_FOLDER}/${target}Export.h"
-      DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/tandry/${arg_FOLDER} COMPONENT Development)
+      DESTINATION ${TANDRY_INCLUDEDIR}/${arg_FOLDER} COMPONENT Development)
   endif()
 
   list(TRANSFORM arg_HEADERS PREPEND "${arg_FOLDER}/")
