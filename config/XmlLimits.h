@@ -26,6 +26,9 @@ public:
     /// Takes the next character that the reader has accepted. Returns false if the text exceeds a limit.
     [[nodiscard]] bool Take(QChar character);
 
+    /// Whether the last character taken was in the content of an element, or outside the root element.
+    bool isInContent() const { return _in == In::Content; }
+
 private:
     /// The part of the document to which the next character belongs.
     enum class In

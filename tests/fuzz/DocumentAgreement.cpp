@@ -20,11 +20,7 @@ using sync::config::FileLink;
 using sync::config::XmlLimits;
 using NameValues = QMap<QString, QString>;
 
-struct FileLinks
-{
-    QList<FileLink> links;
-    QDateTime date;
-};
+} // namespace
 
 // The steps with QDomDocument.
 
@@ -59,6 +55,8 @@ FileLinks FileLinksByQt(QString const& text)
     }
     return read;
 }
+
+namespace {
 
 // The limits, measured with Qt's reader.
 
@@ -111,6 +109,15 @@ Size SizeOf(QString const& text)
 }
 
 QT_WARNING_POP
+
+} // namespace
+
+bool IsWithinLimits(QString const& text)
+{
+    return SizeOf(text) == Size::WithinLimits;
+}
+
+namespace {
 
 // Equality that distinguishes a null text from an empty one.
 

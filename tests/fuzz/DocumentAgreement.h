@@ -1,5 +1,10 @@
 #pragma once
 
+#include "config/FileLink.h"
+
+#include <QDateTime>
+#include <QList>
+#include <QMap>
 #include <QString>
 
 namespace tandry::fuzz {
@@ -15,5 +20,18 @@ enum class ReadAs
 /// A text that exceeds the limits of stored documents must read as empty.
 ReadAs RequireNameValuesAgree(QString const& text);
 ReadAs RequireFileLinksAgree(QString const& text);
+
+struct FileLinks
+{
+    QList<sync::config::FileLink> links;
+    QDateTime date;
+};
+
+/// What QDomDocument has of a text.
+QMap<QString, QString> NameValuesByQt(QString const& text);
+FileLinks FileLinksByQt(QString const& text);
+
+/// Whether a text certainly does not exceed the limits of stored documents.
+bool IsWithinLimits(QString const& text);
 
 } // namespace tandry::fuzz

@@ -5,7 +5,7 @@
 
 #include "fuzz/DocumentAgreement.h"
 #include "fuzz/DocumentGenerator.h"
-#include "fuzz/FuzzInput.h"
+#include "support/DocumentCorpus.h"
 
 #include <csignal>
 #include <cstdio>
@@ -23,20 +23,6 @@ extern "C" void PrintCurrent(int)
     std::_Exit(EXIT_FAILURE);
 }
 
-QByteArray ToLiteral(QString const& text)
-{
-    QByteArray literal("\"");
-    for (QChar const unit : text) {
-        if (unit == QLatin1Char('"') || unit == QLatin1Char('\\'))
-            literal += '\\';
-        if (unit >= QLatin1Char(' ') && unit <= QLatin1Char('~'))
-            literal += unit.toLatin1();
-        else
-            literal += "\\u" + QByteArray::number(unit.unicode(), 16).rightJustified(4, '0');
-    }
-    return literal + '"';
-}
-
 } // namespace
 
 int main(int argc, char** argv)
@@ -48,7 +34,7 @@ int main(int argc, char** argv)
     int written = 0;
     for (int i = 0; i < count; ++i) {
         QString const text = generator.Next();
-        current = ToLiteral(text);
+        current = tandry::test::ToLiteral(text);
         if (RequireNameValuesAgree(text) == ReadAs::Written)
             ++written;
         if (RequireFileLinksAgree(text) == ReadAs::Written)
