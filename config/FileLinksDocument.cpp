@@ -41,7 +41,7 @@ bool TakeLinkAttributes(WrittenDocument& document, FileLink& link)
         {{FileId, id}, {RefId, link.refId}, {ServerFileId, link.serverFileId}, {Path, link.path}}};
     unsigned missing = (1U << attributes.size()) - 1;
     while (missing != 0) {
-        QStringRef name;
+        QStringView name;
         if (!document.Take(QLatin1String(" ")) || !document.TakeName(name) || !document.Take(QLatin1String("=\"")))
             return false;
         std::size_t which = 0;

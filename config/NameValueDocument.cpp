@@ -57,7 +57,7 @@ std::optional<QMap<QString, QString>> ReadWrittenNameValues(QString const& text)
     if (!document.Take(QLatin1String("<!DOCTYPE NameValueXml>\n<NameValueXml>\n")))
         return std::nullopt;
     while (document.Take(QLatin1String(" <"))) {
-        QStringRef name;
+        QStringView name;
         QString value;
         if (!document.TakeName(name) || !document.Take(QLatin1String("><![CDATA[")) || !document.TakeSection(value) ||
             !document.Take(QLatin1String("</")) || !document.Take(name) || !document.Take(QLatin1String(">\n")))

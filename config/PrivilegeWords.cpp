@@ -1,6 +1,7 @@
 #include "config/PrivilegeWords.h"
 
 #include <QString>
+#include <QStringList>
 #include <QVector>
 
 #include <array>
@@ -15,7 +16,7 @@ const std::array<QString, 5> Words{QStringLiteral("view"),
                                    QStringLiteral("delete"),
                                    QStringLiteral("share")};
 
-int Privilege(QStringRef const& text)
+int Privilege(QString const& text)
 {
     int bit = 1;
     for (QString const& word : Words) {
@@ -31,7 +32,7 @@ int Privilege(QStringRef const& text)
 int PrivilegesFromWords(QString const& text)
 {
     int privileges = 0;
-    for (QStringRef const& word : text.splitRef(QLatin1Char(' '), Qt::SkipEmptyParts))
+    for (QString const& word : text.split(QLatin1Char(' '), Qt::SkipEmptyParts))
         privileges |= Privilege(word);
     return privileges;
 }

@@ -70,24 +70,23 @@ bool WrittenDocument::Take(QLatin1String piece)
     return true;
 }
 
-bool WrittenDocument::Take(QStringRef const& piece)
+bool WrittenDocument::Take(QStringView piece)
 {
     if (_end - _at < piece.size() ||
-        std::memcmp(_at, piece.unicode(), static_cast<std::size_t>(piece.size()) * sizeof(ushort)) != 0)
+        std::memcmp(_at, piece.data(), static_cast<std::size_t>(piece.size()) * sizeof(ushort)) != 0)
         return false;
     _at += piece.size();
     return true;
 }
 
-bool WrittenDocument::TakeName(QStringRef& name)
+bool WrittenDocument::TakeName(QStringView& name)
 {
     if (isAtEnd() || !BeginsName(*_at))
         return false;
     ushort const* const begin = _at;
     while (!isAtEnd() && BelongsToName(*_at))
         ++_at;
-    auto const* const text = reinterpret_cast<ushort const*>(_text.constData());
-    name = QStringRef(&_text, static_cast<int>(begin - text), static_cast<int>(_at - begin));
+    name = QStringView(begin, _at);
     return true;
 }
 

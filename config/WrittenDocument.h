@@ -1,7 +1,7 @@
 #pragma once
 
 #include <QString>
-#include <QStringRef>
+#include <QStringView>
 
 namespace sync::config {
 
@@ -23,10 +23,10 @@ public:
     /// Leaves the position unchanged if the piece is not there. After a failure of another operation the position is
     /// undefined.
     [[nodiscard]] bool Take(QLatin1String piece);
-    [[nodiscard]] bool Take(QStringRef const& piece);
+    [[nodiscard]] bool Take(QStringView piece);
 
     /// Takes a name of ASCII letters, digits and ":", "_", "-", ".". Fails for names with other letters.
-    [[nodiscard]] bool TakeName(QStringRef& name);
+    [[nodiscard]] bool TakeName(QStringView& name);
 
     /// Takes a value and the end of its CDATA section, whose beginning was taken before. The value must contain only
     /// characters that XML allows, and no carriage return.

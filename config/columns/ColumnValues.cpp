@@ -86,7 +86,7 @@ std::optional<qint64> ToLongInteger(QVariant const& value)
     case QMetaType::QString:
         return FromDecimal(value.toString());
     default:
-        if ((QMetaType::typeFlags(value.userType()) & QMetaType::IsEnumeration) != 0)
+        if (QMetaType(value.userType()).flags().testFlag(QMetaType::IsEnumeration))
             return value.toLongLong();
         return std::nullopt;
     }

@@ -50,8 +50,9 @@ int ExclusiveLock::CopyTo(char const* name) const
     if (!target.isValid())
         return errno;
     for (sqlite3_int64 offset = 0; offset < size;) {
-        QByteArray portion(static_cast<int>(std::min<sqlite3_int64>(size - offset, PortionBytes)), Qt::Uninitialized);
-        if (_opened->pMethods->xRead(_opened, portion.data(), portion.size(), offset) != SQLITE_OK)
+        int const bytes = static_cast<int>(std::min<sqlite3_int64>(size - offset, PortionBytes));
+        QByteArray portion(bytes, Qt::Uninitialized);
+        if (_opened->pMethods->xRead(_opened, portion.data(), bytes, offset) != SQLITE_OK)
             return EIO;
         ssize_t const written = ::write(target.get(), portion.constData(), static_cast<size_t>(portion.size()));
         if (written <= 0)

@@ -24,7 +24,7 @@ QByteArray WithoutLinks(QByteArray const& name)
     using Resolved = std::unique_ptr<char, decltype(&std::free)>;
     if (Resolved const file(::realpath(name.constData(), nullptr), &std::free); file != nullptr)
         return file.get();
-    int const slash = name.lastIndexOf('/');
+    auto const slash = name.lastIndexOf('/');
     Resolved const folder(::realpath((name.left(slash) + "/").constData(), nullptr), &std::free);
     if (folder == nullptr)
         return name;
@@ -70,7 +70,7 @@ StoreFile StoreFile::WithName(QByteArray const& name) const
 
 QByteArray StoreFile::folder() const
 {
-    int const slash = _name.lastIndexOf('/');
+    auto const slash = _name.lastIndexOf('/');
     return slash > 0 ? _name.left(slash) : QByteArray("/");
 }
 

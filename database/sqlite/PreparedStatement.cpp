@@ -29,8 +29,12 @@ PreparedStatement::Prepare(sqlite3* handle, QString const& text, bool stays, Sta
     QByteArray const utf8 = text.toUtf8();
     char const* tail = nullptr;
     sqlite3_stmt* made = nullptr;
-    int const code = sqlite3_prepare_v3(
-        handle, utf8.constData(), utf8.size() + 1, stays ? SQLITE_PREPARE_PERSISTENT : 0, &made, &tail);
+    int const code = sqlite3_prepare_v3(handle,
+                                        utf8.constData(),
+                                        static_cast<int>(utf8.size()) + 1,
+                                        stays ? SQLITE_PREPARE_PERSISTENT : 0,
+                                        &made,
+                                        &tail);
     StatementHandle statement(made);
     if (code != SQLITE_OK) {
         error = {code, {}};
@@ -100,7 +104,7 @@ std::optional<StatementError> PreparedStatement::Bind(QString const& placeholder
 int PreparedStatement::BindAt(int index, QVariant const& value, QString& words)
 {
     sqlite3_stmt* const statement = _handle.get();
-    if (value.isNull())
+    if (IsNull(value))
         return sqlite3_bind_null(statement, index);
 
     // The kinds that the managers bind are taken as they are, without a conversion.

@@ -1,7 +1,9 @@
 #pragma once
 
+#include <QByteArray>
 #include <QDateTime>
 #include <QString>
+#include <QVariant>
 
 #include <cmath>
 #include <limits>
@@ -12,6 +14,19 @@ namespace sync::database {
 
 constexpr qint64 MsecsPerDay = 86'400'000;
 constexpr qint64 JulianDayOfEpoch = 2'440'588;
+
+/// Whether a value is stored as NULL. Qt 5's variant of a null text is null; that of Qt 6 is not.
+inline bool IsNull(QVariant const& value)
+{
+    switch (value.userType()) {
+    case QMetaType::QString:
+        return static_cast<QString const*>(value.constData())->isNull();
+    case QMetaType::QByteArray:
+        return static_cast<QByteArray const*>(value.constData())->isNull();
+    default:
+        return value.isNull();
+    }
+}
 
 /// Returns false for text with lone surrogates, which UTF-8 cannot express. For the usual text, without any surrogates,
 /// the loop becomes vector instructions: `isValidUtf16` alone would add 3 % to an update of a file.

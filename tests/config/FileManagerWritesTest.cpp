@@ -76,8 +76,8 @@ TEST_P(FileTable, TakesADefaultRecordWithItsNullsAndItsMinusOnes)
     file.fileType = GetParam().fileType;
     EXPECT_TRUE(manager.Update(file));
     ExpectConversation(*store, {Written(UpdateStatement(), IdAndColumnsOf(file))});
-    EXPECT_TRUE(LastBound(":name").isNull());
-    EXPECT_TRUE(LastBound(":createdDateTime").isNull());
+    EXPECT_TRUE(LastBound(":name").toString().isNull());
+    EXPECT_TRUE(LastBound(":createdDateTime").toDateTime().isNull());
     EXPECT_FALSE(LastBound(":fileLinks").toString().isNull());
 }
 

@@ -223,12 +223,31 @@ MetaObjectCase const MetaObjects[] = {
      "sync::database::SqliteDatabaseFactory : sync::database::StoreFactory"},
 };
 
+/// The same description with the names of the Qt in use. Qt 6 has one type of lists, and names the type of a property
+/// with its namespaces.
+QString WithNamesOfThisQt(char const* description)
+{
+    QString text = QString::fromLatin1(description);
+    if (QT_VERSION_MAJOR == 5)
+        return text;
+    text.replace("QVector<"_q, "QList<"_q);
+    for (QString const& enumeration : {"DriveType"_q,
+                                       "FolderOperationType"_q,
+                                       "FolderPrivileges"_q,
+                                       "FolderSyncOption"_q,
+                                       "FolderSynchronizationStatus"_q,
+                                       "SyncSchedule"_q,
+                                       "SynchronizationFolderOption"_q})
+        text.replace("property %1 "_q.arg(enumeration), "property sync::config::%1 "_q.arg(enumeration));
+    return text;
+}
+
 class AMetaObject : public testing::TestWithParam<MetaObjectCase>
 {};
 
 TEST_P(AMetaObject, DeclaresExactlyWhatClientsAskFor)
 {
-    EXPECT_EQ(Describe(*GetParam().meta), QString::fromLatin1(GetParam().description));
+    EXPECT_EQ(Describe(*GetParam().meta), WithNamesOfThisQt(GetParam().description));
 }
 
 INSTANTIATE_TEST_SUITE_P(Classes, AMetaObject, testing::ValuesIn(MetaObjects), [](auto const& test) {

@@ -337,7 +337,8 @@ TEST_F(NameValueProperties, LoseTheCharactersThatTheProgramHasQtDrop)
     QDomImplementation::setInvalidDataPolicy(QDomImplementation::DropInvalidChars);
     Properties const properties = Read(text);
     QDomImplementation::setInvalidDataPolicy(QDomImplementation::AcceptInvalidChars);
-    EXPECT_EQ(properties, (Properties{{"k"_q, "ab"_q}}));
+    // To Qt 5, all characters that take two units are invalid.
+    EXPECT_EQ(properties, (Properties{{"k"_q, QT_VERSION_MAJOR == 5 ? "ab"_q : "a\U0001F4C4b"_q}}));
     EXPECT_EQ(Read(text), (Properties{{"k"_q, "a\U0001F4C4b"_q}}));
 }
 

@@ -65,8 +65,9 @@ protected:
             QByteArray const bytes = file.readAll();
             for (char const* encoding : {"UTF-8", "UTF-16LE", "UTF-16BE", "ISO-8859-1"}) {
                 QTextCodec::ConverterState withoutMark(QTextCodec::IgnoreHeader);
+                int const size = static_cast<int>(text.size());
                 if (bytes.contains(
-                        QTextCodec::codecForName(encoding)->fromUnicode(text.constData(), text.size(), &withoutMark)))
+                        QTextCodec::codecForName(encoding)->fromUnicode(text.constData(), size, &withoutMark)))
                     found.append(it.fileName());
             }
         }
@@ -227,7 +228,7 @@ TEST_P(Secrets, ConsumerSecretsAreGoneFromTheFilesThoughTheirRowsWereMoved)
                     kept.append(product);
                     continue;
                 }
-                int const chosen = below(kept.size());
+                int const chosen = below(static_cast<int>(kept.size()));
                 ProductConfiguration product = kept.at(chosen);
                 gone.append(product.getConsumerSecret().section(QLatin1Char(';'), 0, 0) + QLatin1Char(';'));
                 if (below(5) < 2) {

@@ -71,7 +71,7 @@ protected:
         WriteFile(LogPath(), log);
     }
 
-    void CutTo(int size) { WriteFile(LogPath(), ReadFile(LogPath()).left(size)); }
+    void CutTo(qint64 size) { WriteFile(LogPath(), ReadFile(LogPath()).left(static_cast<int>(size))); }
 
     /// Opens the store, which must tell of the loss of each row that is missing.
     void ExpectLossIsTold(bool isThereOne = true)

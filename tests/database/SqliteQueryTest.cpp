@@ -77,7 +77,7 @@ TEST_F(SqliteQuery, TextComesBackExactlyAsItWasGiven)
             everyUnit += QChar(unit);
     }
     QString everyPlane;
-    for (uint code = 0x10000; code <= 0x10ffff; code += 0xfff)
+    for (char32_t code = 0x10000; code <= 0x10ffff; code += 0xfff)
         everyPlane += QString::fromUcs4(&code, 1);
 
     for (QString const& text : {QStringLiteral("plain"),

@@ -1,6 +1,7 @@
 #include "support/RecordingStore.h"
 
 #include "database/TransactionalScope.h"
+#include "database/store/StoredValues.h"
 
 #include <gtest/gtest.h>
 
@@ -14,7 +15,7 @@ namespace tandry::test {
 bool operator==(Binding const& left, Binding const& right)
 {
     if (left.placeholder != right.placeholder || left.value.userType() != right.value.userType() ||
-        left.value.isNull() != right.value.isNull())
+        sync::database::IsNull(left.value) != sync::database::IsNull(right.value))
         return false;
     if (left.value.userType() == QMetaType::QDateTime)
         return left.value.toDateTime() == right.value.toDateTime() &&

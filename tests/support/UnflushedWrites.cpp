@@ -13,7 +13,7 @@ void UnflushedWrites::Apply(QByteArray& contents, Change const& change)
         contents.truncate(offset);
         return;
     }
-    int const end = offset + change.bytes.size();
+    auto const end = offset + change.bytes.size();
     if (contents.size() < end)
         contents.append(QByteArray(end - contents.size(), '\0'));
     contents.replace(offset, change.bytes.size(), change.bytes);

@@ -1,6 +1,6 @@
 #include "tools/carry/JsonReader.h"
 
-#include <QTextCodec>
+#include "tools/findings/Utf8.h"
 
 #include <algorithm>
 #include <limits>
@@ -179,11 +179,10 @@ private:
 
     static bool _AppendUtf8(QString& text, char const* bytes, int size)
     {
-        static QTextCodec* const utf8 = QTextCodec::codecForName("UTF-8");
-        QTextCodec::ConverterState state(QTextCodec::IgnoreHeader); // U+FEFF belongs to the text
-        if (size > 0)
-            text += utf8->toUnicode(bytes, size, &state);
-        return state.invalidChars == 0 && state.remainingChars == 0;
+        std::optional<QString> const decoded = findings::DecodeUtf8(QByteArray::fromRawData(bytes, size));
+        if (decoded)
+            text += *decoded;
+        return decoded.has_value();
     }
 
     bool _ReadEscape(QString& text)

@@ -68,7 +68,7 @@ QString NameOf(ServerConfiguration const& server)
 
 bool IsEmpty(QVariant const& value)
 {
-    switch (static_cast<QMetaType::Type>(value.type())) {
+    switch (value.userType()) {
     case QMetaType::QString:
         return value.toString().isEmpty();
     case QMetaType::QDateTime:

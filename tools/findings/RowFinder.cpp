@@ -31,11 +31,11 @@ constexpr double LeastIndexed = 0.9;
 
 bool IsSchemaRow(std::vector<QVariant> const& values)
 {
-    if (values.size() != SchemaColumns || values[3].type() != QVariant::LongLong)
+    if (values.size() != SchemaColumns || values[3].userType() != QMetaType::LongLong)
         return false;
     QString const type = values[0].toString();
-    return (type == QLatin1String("table") || type == QLatin1String("index")) && values[1].type() == QVariant::String &&
-           values[2].type() == QVariant::String;
+    return (type == QLatin1String("table") || type == QLatin1String("index")) &&
+           values[1].userType() == QMetaType::QString && values[2].userType() == QMetaType::QString;
 }
 
 /// Returns the table into which the client writes files of this kind; null for an unknown one.
@@ -211,7 +211,7 @@ void RowFinder::_WalkIndex(quint32 number, int depth, std::vector<qint64>& ids, 
             _WalkIndex(cell.child, depth + 1, ids, isComplete);
         std::optional<QByteArray> const payload = _Payload(bytes, cell, number);
         std::optional<std::vector<QVariant>> const values = payload ? DecodeRecord(*payload) : std::nullopt;
-        if (values && !values->empty() && values->back().type() == QVariant::LongLong)
+        if (values && !values->empty() && values->back().userType() == QMetaType::LongLong)
             ids.push_back(values->back().toLongLong());
         else
             isComplete = false;
@@ -393,7 +393,7 @@ void RowFinder::_ReadSequence()
 
 void RowFinder::_ReadSequenceRow(std::vector<QVariant> const& values)
 {
-    if (values.size() != SequenceColumns || values[1].type() != QVariant::LongLong)
+    if (values.size() != SequenceColumns || values[1].userType() != QMetaType::LongLong)
         return;
     std::optional<std::size_t> const table = _TableNamed(values[0].toString());
     if (table)

@@ -6,14 +6,14 @@ namespace {
 
 bool IsNumber(QVariant const& value)
 {
-    return value.type() == QVariant::LongLong || value.type() == QVariant::Double;
+    return value.userType() == QMetaType::LongLong || value.userType() == QMetaType::Double;
 }
 
 bool Keeps(ColumnForm const& column, QVariant const& value)
 {
     if (!value.isValid())
         return true;
-    return !column.isId && (column.isText ? value.type() == QVariant::String : IsNumber(value));
+    return !column.isId && (column.isText ? value.userType() == QMetaType::QString : IsNumber(value));
 }
 
 } // namespace

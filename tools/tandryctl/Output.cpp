@@ -32,7 +32,7 @@ bool IsHidden(QVariant const& value)
 
 bool IsNumber(QVariant const& value)
 {
-    return value.type() == QVariant::Int || value.type() == QVariant::LongLong;
+    return value.userType() == QMetaType::Int || value.userType() == QMetaType::LongLong;
 }
 
 } // namespace
@@ -41,7 +41,7 @@ QString CellText(QVariant const& value, Clock clock)
 {
     if (IsHidden(value))
         return QStringLiteral("(hidden)");
-    switch (static_cast<QMetaType::Type>(value.type())) {
+    switch (value.userType()) {
     case QMetaType::QDateTime:
         return TimeText(value.toDateTime(), clock);
     case QMetaType::Bool:

@@ -1,7 +1,8 @@
 #include "Text.h"
 
+#include "tools/findings/Utf8.h"
+
 #include <QStringList>
-#include <QTextCodec>
 #include <QVector>
 
 #include <algorithm>
@@ -176,12 +177,7 @@ QString JoinWithAnd(QStringList const& items)
 
 std::optional<QString> DecodeUtf8(QByteArray const& bytes)
 {
-    // QString::fromUtf8 would drop a leading byte order mark and replace invalid bytes.
-    QTextCodec::ConverterState state(QTextCodec::IgnoreHeader);
-    QString const text = QTextCodec::codecForName("UTF-8")->toUnicode(bytes.constData(), bytes.size(), &state);
-    if (state.invalidChars > 0 || state.remainingChars > 0)
-        return std::nullopt;
-    return text;
+    return tandry::findings::DecodeUtf8(bytes);
 }
 
 } // namespace tandryctl

@@ -6,14 +6,18 @@
 
 #include <QCoreApplication>
 #include <QLoggingCategory>
+#if QT_VERSION_MAJOR == 5
 #include <QTextCodec>
+#endif
 
 int main(int argc, char** argv)
 {
     tandryctl::OccupyClosedStreams();
     sync::database::DisableSqliteMemoryStatistics();
-    // File names and output are UTF-8 in every locale, so that a name always means the same file.
+#if QT_VERSION_MAJOR == 5
+    // File names and output are UTF-8 in every locale, so that a name always means the same file. Qt 6 knows no other.
     QTextCodec::setCodecForLocale(QTextCodec::codecForName("UTF-8"));
+#endif
     QCoreApplication const application(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("tandry"));
     // The commands print the store's errors themselves.
