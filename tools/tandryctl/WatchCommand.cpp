@@ -58,7 +58,7 @@ void Sleep(int descriptor, std::optional<milliseconds> time)
     ::sigemptyset(&blocked);
     ::sigaddset(&blocked, SIGINT);
     ::sigaddset(&blocked, SIGTERM);
-    ::sigprocmask(SIG_BLOCK, &blocked, &before);
+    ::pthread_sigmask(SIG_BLOCK, &blocked, &before);
     if (!Interruption::IsRequested()) {
         pollfd waiting = {descriptor, POLLIN, 0};
         timespec timeout = {};
@@ -68,7 +68,7 @@ void Sleep(int descriptor, std::optional<milliseconds> time)
         }
         ::ppoll(&waiting, 1, time ? &timeout : nullptr, &before);
     }
-    ::sigprocmask(SIG_SETMASK, &before, nullptr);
+    ::pthread_sigmask(SIG_SETMASK, &before, nullptr);
 }
 
 QString WordOf(RowChange::Kind kind)
