@@ -154,6 +154,26 @@ TEST_F(CommandLineTest, UnknownWordIsNamed)
     EXPECT_TRUE(RunWithoutStore({"list"_q, "gods\n"_q}).err.contains("$'gods\\n'"_q));
 }
 
+TEST_F(CommandLineTest, VerboseShowsWhatTheLibraryLogs)
+{
+    Init();
+    UseUpIds("ServerConfiguration");
+    QStringList const command{"server"_q, "add"_q, "--dav-url"_q, "https://a/"_q};
+    EXPECT_FALSE(Run(command).err.contains("tandry.database"_q));
+    RunResult const verbose = Run(command + QStringList{"-v"_q});
+    EXPECT_TRUE(verbose.err.contains("tandry.database"_q)) << verbose.err.toStdString();
+    EXPECT_EQ(Run(command + QStringList{"-v"_q, "-q"_q}).status, 2);
+}
+
+TEST_F(CommandLineTest, QuietPrintsNoNotes)
+{
+    Init();
+    QStringList const command{"server"_q, "add"_q, "--dav-url"_q, "https://a/"_q, "--dry-run"_q};
+    EXPECT_TRUE(Run(command).err.contains("dry run"_q));
+    EXPECT_EQ(Run(command + QStringList{"-q"_q}).err, QString());
+    EXPECT_FALSE(Run({"server"_q, "show"_q, "7"_q, "--quiet"_q}).err.isEmpty()) << "a failure is no note";
+}
+
 TEST_F(CommandLineTest, NearestWordIsSuggested)
 {
     struct Row

@@ -1,3 +1,4 @@
+#include "Screen.h"
 #include "ToolFixture.h"
 
 #include "config/FileConfiguration.h"
@@ -6,6 +7,8 @@
 #include "support/RawStore.h"
 
 #include <QFile>
+#include <QJsonDocument>
+#include <QRegularExpression>
 
 using namespace sync::config;
 using namespace tandryctl::test;
@@ -48,6 +51,8 @@ class ListCommandsTest : public ToolTest
 {
 protected:
     void SetUp() override { Init(); }
+
+    QStringList const onStore{"--store"_q, StorePath()};
 
     void Sql(QString const& statements) { RawStore(StorePath()).Run(statements); }
 
@@ -180,8 +185,8 @@ TEST_F(ListCommandsTest, StatusIsAcceptedByNameAndShownWithIt)
         EXPECT_EQ(Column({"list"_q, "files"_q, "--status"_q, QString::fromUtf8(status)}, "name"), QStringList{"a"_q})
             << status;
     QString const table = RunSuccessfully({"list"_q, "files"_q});
-    EXPECT_TRUE(table.contains("  2 not synced  "_q)) << table.toStdString();
-    EXPECT_TRUE(table.contains("  5  "_q)) << table.toStdString(); // the client's own
+    EXPECT_TRUE(table.contains("\n2 not synced  "_q)) << table.toStdString();
+    EXPECT_TRUE(table.contains("\n5             "_q)) << table.toStdString(); // the client's own
     EXPECT_TRUE(RunSuccessfully({"list"_q, "roots"_q}).contains("  0  "_q));
 
     RunResult const wrong = Run({"list"_q, "files"_q, "--status"_q, "synced"_q});
@@ -282,6 +287,199 @@ TEST_F(ListCommandsTest, PlainListingEscapesControlCharacters)
     EXPECT_EQ(out.count(QLatin1Char('\n')), 2) << out.toStdString();
     EXPECT_TRUE(out.contains("a\\n\\x1b[31mb"_q));
     EXPECT_EQ(JsonObject({"list"_q, "roots"_q}).value("name"_q).toString(), "a\n\x1b[31mb"_q);
+}
+
+TEST_F(ListCommandsTest, FilesBeginWithTheirStatus)
+{
+    AddFiles();
+    QString const table = RunSuccessfully({"list"_q, "files"_q});
+    EXPECT_TRUE(table.startsWith("syncStatus"_q)) << table.toStdString();
+    EXPECT_TRUE(table.contains("\n2 not synced"_q)) << table.toStdString();
+}
+
+TEST_F(ListCommandsTest, ColumnsArePrintedAsTheyAreNamed)
+{
+    AddFiles();
+    EXPECT_EQ(RunSuccessfully({"list"_q, "files"_q, "--columns"_q, "size,NAME"_q}),
+              "size  name\n   1  c\n   3  a\n   2  b\n   0  x\n"_q);
+    EXPECT_EQ(RunSuccessfully({"list"_q, "files"_q, "--columns"_q, "name"_q, "--json"_q}),
+              "[\n{\"name\":\"c\"},\n{\"name\":\"a\"},\n{\"name\":\"b\"},\n{\"name\":\"x\"}\n]\n"_q);
+    EXPECT_EQ(RunSuccessfully({"list"_q, "folders"_q, "--columns"_q, "name, id"_q}),
+              "name  id\nr      1\nf      2\n"_q);
+    EXPECT_EQ(RunSuccessfully({"list"_q, "schedules"_q, "--columns"_q, "syncInterval"_q}),
+              "syncInterval\n          30\n"_q);
+}
+
+TEST_F(ListCommandsTest, UnknownColumnIsWrongUsageWithTheNearestOne)
+{
+    AddFiles();
+    for (char const* option : {"--columns", "--sort"}) {
+        RunResult const ran = Run({"list"_q, "files"_q, QString::fromUtf8(option), "sise"_q});
+        EXPECT_EQ(ran.status, 2);
+        EXPECT_EQ(ran.out, QString());
+        EXPECT_TRUE(ran.err.contains("no column 'sise' (did you mean 'size'?); its columns are syncStatus, id, "_q))
+            << ran.err.toStdString();
+    }
+    EXPECT_EQ(Run({"list"_q, "files"_q, "--columns"_q, ""_q}).status, 2);
+    EXPECT_EQ(Run({"list"_q, "roots"_q, "--columns"_q, "size"_q}).status, 2);
+    EXPECT_EQ(Run({"list"_q, "files"_q, "--sort"_q, "size"_q, "--order"_q, "size"_q}).status, 2);
+}
+
+TEST_F(ListCommandsTest, SortTakesAnyColumnInBothDirections)
+{
+    AddFiles();
+    auto const names = [&](char const* sort) {
+        return Column({"list"_q, "files"_q, "--sort"_q, QString::fromUtf8(sort)}, "name").join(QString());
+    };
+    EXPECT_EQ(names("size"), "xcba"_q);
+    EXPECT_EQ(names("size-desc"), "abcx"_q);
+    EXPECT_EQ(names("rootFolderId"), "cabx"_q) << "rows with the same value stay in the order of their ids";
+    EXPECT_EQ(names("rootFolderId-desc"), "xcab"_q);
+    EXPECT_EQ(Column({"list"_q, "folders"_q, "--sort"_q, "id-desc"_q}, "id"), QStringList({"2"_q, "1"_q}));
+}
+
+TEST_F(ListCommandsTest, LimitSaysHowManyMoreThereAre)
+{
+    AddFiles();
+    for (QStringList const& format : {QStringList{}, QStringList{"--json"_q}}) {
+        RunResult const ran =
+            Run(QStringList{"list"_q, "files"_q, "--limit"_q, "3"_q, "--columns"_q, "name"_q} + format);
+        EXPECT_EQ(ran.status, 0);
+        EXPECT_EQ(ran.err, "tandryctl: 1 more; give a higher --limit to see them\n"_q);
+        EXPECT_TRUE(ran.out.contains(QLatin1Char('b')));
+        EXPECT_FALSE(ran.out.contains(QLatin1Char('x')));
+    }
+    EXPECT_EQ(Run({"list"_q, "files"_q, "--limit"_q, "4"_q}).err, QString());
+    EXPECT_EQ(Run({"list"_q, "files"_q, "--limit"_q, "1"_q, "--quiet"_q}).err, QString());
+    RunResult const folders = Run({"list"_q, "folders"_q, "--limit"_q, "1"_q});
+    EXPECT_TRUE(folders.err.contains(" 1 more;"_q));
+    EXPECT_EQ(folders.out.count(QLatin1Char('\n')), 2);
+    EXPECT_EQ(Run({"list"_q, "files"_q, "--limit"_q, "0"_q}).status, 2);
+}
+
+TEST_F(ListCommandsTest, NameIsAPatternOfTheShell)
+{
+    Sql("INSERT INTO FileConfiguration (name, clientPath) VALUES ('a.txt', '/1'), ('A.txt', '/2'), ('é.txt', '/3'), "
+        "('b.tx', '/4'), ('[x', '/5'), (NULL, '/6');"
+        "INSERT INTO FolderConfiguration (id, name, clientPath, parentId, rootId) VALUES (1, 'r', '/r', 0, 1), "
+        "(2, 'R', '/R', 0, 2);"_q);
+    auto const paths = [&](char const* pattern) {
+        RunResult const ran = Run(
+            {"list"_q, "files"_q, "--name"_q, QString::fromUtf8(pattern), "--columns"_q, "clientPath"_q, "--json"_q});
+        QString all;
+        for (QJsonValue const file : ran.json())
+            all += file.toObject().value("clientPath"_q).toString().mid(1);
+        return all;
+    };
+    EXPECT_EQ(paths("*.txt"), "123"_q);
+    EXPECT_EQ(paths("?.txt"), "123"_q) << "a character and not a byte";
+    EXPECT_EQ(paths("[a-z].txt"), "1"_q);
+    EXPECT_EQ(paths("[!a]*"), "2345"_q);
+    EXPECT_EQ(paths("[^a]*"), "2345"_q);
+    EXPECT_EQ(paths("[[]x"), "5"_q);
+    EXPECT_EQ(paths("a"), QString());
+    EXPECT_EQ(Column({"list"_q, "roots"_q, "--name"_q, "[a-z]"_q}, "name"), QStringList{"r"_q});
+
+    RunResult const none = Run({"list"_q, "files"_q, "--name"_q, "none"_q});
+    EXPECT_EQ(none.status, 1);
+    EXPECT_EQ(none.err,
+              "tandryctl: no files on record match 'none'; the pattern must match the whole name, and case counts\n"_q);
+}
+
+TEST_F(ListCommandsTest, LongPathDoesNotPadTheOtherLines)
+{
+    Sql("INSERT INTO FileConfiguration (clientPath) VALUES ('/%1'), ('/a');"_q.arg(QString(4095, QLatin1Char('x'))));
+    QString const table = RunSuccessfully({"list"_q, "files"_q});
+    for (QString const& line : table.split(QLatin1Char('\n')))
+        EXPECT_TRUE(line.size() < 200 || line.contains("xxx"_q)) << line.toStdString();
+    EXPECT_TRUE(table.contains(QString(4095, QLatin1Char('x')))) << "a file or a pipe gets the whole text";
+}
+
+TEST_F(ListCommandsTest, TableFitsTheTerminal)
+{
+    QString const name = QString(60, QLatin1Char('n')) + "end.txt"_q;
+    Sql("INSERT INTO FileConfiguration (clientPath, name, size) VALUES ('/home/ada/%1', '%1', 7), ('/a', 'a', 1);"_q
+            .arg(name));
+    QStringList const command{"list"_q, "files"_q, "--columns"_q, "size,clientPath"_q};
+    for (int const columns : {40, 60}) {
+        RunResult const ran = RunOnScreen(onStore + command, {columns, {}});
+        EXPECT_EQ(ran.status, 0);
+        QStringList const lines = ran.out.split("\r\n"_q);
+        ASSERT_EQ(lines.size(), 4) << ran.out.toStdString();
+        EXPECT_EQ(lines.at(1).size(), columns);
+        EXPECT_TRUE(lines.at(1).startsWith("   7  /home/ada/n"_q));
+        EXPECT_TRUE(lines.at(1).contains("…"_q));
+        EXPECT_TRUE(lines.at(1).endsWith("end.txt"_q));
+        EXPECT_EQ(lines.at(2), "   1  /a"_q);
+    }
+    EXPECT_TRUE(RunOnScreen(onStore + command + QStringList{"--width"_q, "0"_q}, {40, {}}).out.contains(name));
+    EXPECT_FALSE(RunSuccessfully(command + QStringList{"--width"_q, "40"_q}).contains(name));
+}
+
+TEST_F(ListCommandsTest, NamesThatDifferInTheirUnicodeFormLookDifferent)
+{
+    Sql("INSERT INTO FileConfiguration (name) VALUES ('caf' || char(233)), ('cafe' || char(769));"_q);
+    EXPECT_EQ(RunSuccessfully({"list"_q, "files"_q, "--columns"_q, "name"_q}), "name\ncafé\ncafe\\u0301\n"_q);
+}
+
+TEST_F(ListCommandsTest, ColoursAreForTerminalsUnlessAskedFor)
+{
+    AddFiles();
+    QStringList const command{"list"_q, "files"_q};
+    auto const hasColours = [](RunResult const& ran) { return ran.out.contains(QLatin1Char('\x1b')); };
+    auto const onTerminal = [&](QStringList const& environment, QStringList const& options = {}) {
+        return hasColours(RunOnScreen(onStore + command + options, {80, environment}));
+    };
+    EXPECT_TRUE(onTerminal({"TERM=xterm"_q}));
+    EXPECT_TRUE(onTerminal({"TERM=xterm"_q, "NO_COLOR="_q})) << "empty counts as not set";
+    EXPECT_FALSE(onTerminal({"TERM=xterm"_q, "NO_COLOR=1"_q}));
+    EXPECT_FALSE(onTerminal({"TERM=dumb"_q}));
+    EXPECT_FALSE(onTerminal({"TERM=xterm"_q}, {"--color"_q, "never"_q}));
+    EXPECT_TRUE(onTerminal({"TERM=xterm"_q, "NO_COLOR=1"_q}, {"--color"_q, "always"_q}));
+    EXPECT_FALSE(onTerminal({"TERM=xterm"_q}, {"--json"_q}));
+    EXPECT_FALSE(hasColours(Run(command)));
+
+    QString const always = RunSuccessfully(command + QStringList{"--color=always"_q});
+    EXPECT_TRUE(always.contains("\n\x1b[33m2 not synced\x1b[0m  "_q)) << always.toStdString();
+    EXPECT_EQ(QString(always).remove(QRegularExpression("\x1b\\[[0-9]*m"_q)), RunSuccessfully(command));
+    EXPECT_EQ(Run(command + QStringList{"--color"_q, "red"_q}).status, 2);
+}
+
+TEST_F(ListCommandsTest, FailureIsRedOnATerminal)
+{
+    RunResult const ran = RunOnScreen(onStore + QStringList{"list"_q, "files"_q}, {80, {"TERM=xterm"_q}});
+    EXPECT_EQ(ran.status, 1);
+    EXPECT_TRUE(ran.out.startsWith("\x1b[31mtandryctl: no files on record"_q)) << ran.out.toStdString();
+}
+
+TEST_F(ListCommandsTest, MemoryDoesNotGrowWithTheFiles)
+{
+    Sql("WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < 60000) INSERT INTO FileConfiguration "
+        "(name, clientPath, serverPath) SELECT i, printf('/%0300d', i), printf('/%0300d', i) FROM n;"_q);
+    // The rows alone have 70 MiB as texts of two bytes a character.
+    constexpr char const* Limit = "ulimit -d 40000;";
+    for (QStringList const& format : {QStringList{"--json"_q}, QStringList{}}) {
+        RunResult const ran =
+            RunInShell("| tail -n 2"_q, QStringList{"list"_q, "files"_q} + format, QString::fromUtf8(Limit));
+        EXPECT_TRUE(ran.out.contains("060000"_q)) << ran.err.toStdString();
+        EXPECT_EQ(ran.err, QString());
+    }
+}
+
+TEST_F(ListCommandsTest, ListingThatWaitsForItsReaderLocksNoWriterOut)
+{
+    Sql("PRAGMA journal_mode = DELETE;"
+        "WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < 3000) INSERT INTO FileConfiguration "
+        "(clientPath) SELECT printf('/%0300d', i) FROM n;"_q);
+    // The listing is larger than a pipe holds, and nothing reads the rest of it before the server is added.
+    RunResult const ran = RunInShell(
+        "| { head -c 1000 >'%1'; \"$0\" --store '%2' --wait 0 server add --dav-url https://a/; status=$?; cat >>'%1'; exit $status; }"_q
+            .arg(At("out"), StorePath()),
+        {"list"_q, "files"_q, "--json"_q});
+    EXPECT_EQ(ran.status, 0) << ran.err.toStdString();
+    QFile out(At("out"));
+    ASSERT_TRUE(out.open(QIODevice::ReadOnly));
+    EXPECT_EQ(QJsonDocument::fromJson(out.readAll()).array().size(), 3000);
 }
 
 TEST_F(ListCommandsTest, SchedulesAreAllListed)

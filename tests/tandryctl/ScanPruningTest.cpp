@@ -1,5 +1,6 @@
 // Tests which records a scan removes, and when it asks first.
 
+#include "Screen.h"
 #include "ToolFixture.h"
 
 #include "support/RawStore.h"
@@ -7,6 +8,7 @@
 #include <QDir>
 #include <QFile>
 
+#include <sys/ioctl.h>
 #include <sys/stat.h>
 
 using namespace tandryctl::test;
@@ -175,6 +177,27 @@ TEST_F(ScanPruningTest, GeneratedFileThatCannotBeDeletedIsReported)
     EXPECT_FALSE(ran->out.contains("\ndeleted from the disk:"_q)) << ran->out.toStdString();
     EXPECT_TRUE(QFile::exists(At("closed/made")));
     EXPECT_EQ(Files(), 19);
+}
+
+TEST_F(ScanPruningTest, ProgressStaysOnOneLineAndFollowsTheTerminalsWidth)
+{
+    DeleteFiles(1, 20);
+    // The question keeps the program waiting while the terminal becomes narrow.
+    bool isNarrow = false;
+    RunResult const ran = RunOnScreen(
+        {"--store"_q, StorePath(), "scan"_q, "--prune"_q}, {80, {}}, [&](QByteArray const& shown, int terminal) {
+            if (isNarrow || !shown.contains("[y/N]"))
+                return QByteArray();
+            winsize size{};
+            size.ws_col = 40;
+            EXPECT_EQ(::ioctl(terminal, TIOCSWINSZ, &size), 0);
+            isNarrow = true;
+            return QByteArray("y\n");
+        });
+    EXPECT_EQ(ran.status, 0) << ran.out.toStdString();
+    QString const narrow = ran.out.section("[y/N]"_q, 1);
+    EXPECT_TRUE(narrow.contains("\rpruning 0% of 20 records, 0/s\x1b[K"_q)) << narrow.toStdString();
+    EXPECT_FALSE(narrow.contains("pruning ["_q)) << narrow.toStdString();
 }
 
 TEST_F(ScanPruningTest, RelativePathOfAGeneratedFileIsNotDeleted)

@@ -42,6 +42,12 @@ INSTANTIATE_TEST_SUITE_P(
                     PrintableRow{"quotes", "a'b\"c"_q, "a'b\"c"_q},
                     PrintableRow{"other scripts", "Grüße 日本語 привет"_q, "Grüße 日本語 привет"_q},
                     PrintableRow{"emoji of several code points", "👩‍👧"_q, "👩‍👧"_q},
+                    PrintableRow{"accent of its own", "cafe"_q + Unit(0x301) + "!"_q, "cafe\\u0301!"_q},
+                    PrintableRow{"composed accent", "caf"_q + Unit(0xe9), "caf"_q + Unit(0xe9)},
+                    PrintableRow{"sign that stands for a letter", Unit(0x212b), "\\u212b"_q},
+                    PrintableRow{"parts of a syllable", Unit(0x1112) + Unit(0x1161), "\\u1112\\u1161"_q},
+                    PrintableRow{"mark without a composed form", "x"_q + Unit(0x301), "x"_q + Unit(0x301)},
+                    PrintableRow{"accent behind an escape", "\n"_q + Unit(0x301), "\\n\\u0301"_q},
                     PrintableRow{"line break", "a\nb"_q, "a\\nb"_q},
                     PrintableRow{"carriage return and tab", "a\r\tb"_q, "a\\r\\tb"_q},
                     PrintableRow{"terminal command", "\x1b[31mred"_q, "\\x1b[31mred"_q},
@@ -182,4 +188,21 @@ TEST(DecodeUtf8, RefusesAnEncodedSurrogate)
 TEST(DecodeUtf8, RefusesAnOverlongSlash)
 {
     EXPECT_FALSE(DecodeUtf8("\xc0\xaf"));
+}
+
+TEST(ShortenedText, KeepsBothEndsInTheWidth)
+{
+    EXPECT_EQ(Shortened("/home/ada/letter.txt"_q, 20), "/home/ada/letter.txt"_q);
+    EXPECT_EQ(Shortened("/home/ada/letter.txt"_q, 11), "/home…r.txt"_q);
+    EXPECT_EQ(Shortened("/home/ada/letter.txt"_q, 12), "/home…er.txt"_q);
+    EXPECT_EQ(Shortened("abc"_q, 1), "…"_q);
+}
+
+TEST(ShortenedText, KeepsCharactersWhole)
+{
+    EXPECT_EQ(Shortened("日本語日本語"_q, 8), "日…本語"_q);
+    EXPECT_EQ(DisplayWidth(Shortened("日本語日本語"_q, 6)), 5); // the next character takes two columns
+    QString const family = "👩‍👧"_q;
+    QString const shortened = Shortened("aaaaaa"_q + family + "bbbbbb"_q, 9);
+    EXPECT_EQ(shortened, "aaaa…bbbb"_q);
 }

@@ -1,5 +1,7 @@
 #include "ToolFixture.h"
 
+#include "Screen.h"
+
 #include "support/FolderContents.h"
 #include "support/RawStore.h"
 
@@ -8,17 +10,12 @@
 #include <QJsonDocument>
 #include <QProcess>
 
-#include <algorithm>
 #include <filesystem>
-#include <iterator>
 #include <optional>
-#include <string>
 #include <vector>
 
 #include <linux/capability.h>
-#include <pty.h>
 #include <sys/prctl.h>
-#include <sys/wait.h>
 
 void PrintTo(QJsonObject const& object, std::ostream* out)
 {
@@ -55,13 +52,6 @@ RunProcess(QProcess& process, QStringList const& arguments, QByteArray const& in
     ran.out = QString::fromUtf8(process.readAllStandardOutput());
     ran.err = QString::fromUtf8(process.readAllStandardError());
     return ran;
-}
-
-/// Skips the running test from any depth of calls; GTEST_SKIP by itself leaves only the function that it stands in.
-[[noreturn]] void SkipTest(char const* reason)
-{
-    [&] { GTEST_SKIP() << reason; }();
-    throw testing::AssertionException({testing::TestPartResult::kSkip, __FILE__, __LINE__, reason});
 }
 
 } // namespace
@@ -159,46 +149,18 @@ std::optional<RunResult> ToolTest::RunWithoutPrivileges(QStringList const& argum
 RunResult
 ToolTest::RunOnTerminal(QStringList const& arguments, QByteArray const& typed, std::vector<Reaction> const& reactions)
 {
-    std::vector<std::string> words{Program.toStdString()};
-    QStringList const onStore = _OnStore(arguments);
-    std::transform(onStore.begin(), onStore.end(), std::back_inserter(words), [](QString const& argument) {
-        return argument.toStdString();
-    });
-    std::vector<char*> argv;
-    std::transform(words.begin(), words.end(), std::back_inserter(argv), [](std::string& word) { return word.data(); });
-    argv.push_back(nullptr);
-
-    int terminal = -1;
-    pid_t const child = ::forkpty(&terminal, nullptr, nullptr, nullptr);
-    if (child == 0) {
-        ::execv(argv.front(), argv.data());
-        ::_exit(127);
-    }
-    if (child == -1)
-        SkipTest("this system has no pseudo-terminals");
-    RunResult ran;
-    if (::write(terminal, typed.constData(), size_t(typed.size())) != typed.size()) {
-        ADD_FAILURE() << "nothing can be typed on the terminal";
-        return ran;
-    }
-    QByteArray shown;
-    char buffer[4096];
-    ssize_t count = 0;
     auto reaction = reactions.begin();
-    while ((count = ::read(terminal, buffer, sizeof buffer)) > 0) { // fails after the program has exited
-        shown.append(buffer, int(count));
+    bool isFirst = true;
+    RunResult const ran = RunOnScreen(_OnStore(arguments), {0, {"NO_COLOR=1"_q}}, [&](QByteArray const& shown, int) {
+        QByteArray keys = isFirst ? typed : QByteArray();
+        isFirst = false;
         while (reaction != reactions.end() && shown.contains(reaction->text)) {
-            QByteArray const more = reaction->act();
-            EXPECT_EQ(::write(terminal, more.constData(), size_t(more.size())), more.size());
+            keys += reaction->act();
             ++reaction;
         }
-    }
-    EXPECT_TRUE(reaction == reactions.end()) << shown.toStdString();
-    ::close(terminal);
-    int status = 0;
-    EXPECT_EQ(::waitpid(child, &status, 0), child);
-    ran.status = WIFSIGNALED(status) ? 128 + WTERMSIG(status) : WEXITSTATUS(status);
-    ran.out = QString::fromUtf8(shown);
+        return keys;
+    });
+    EXPECT_TRUE(reaction == reactions.end()) << ran.out.toStdString();
     return ran;
 }
 

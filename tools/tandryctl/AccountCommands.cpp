@@ -67,13 +67,14 @@ ExitStatus Add(Session& session, Arguments const& arguments)
     return ExitStatus::Done;
 }
 
-ExitStatus ListAll(Session& session)
+ExitStatus ListAll(Session& session, ListOptions const& options)
 {
     return List(session,
                 AccountColumns(),
                 session.Checked(session.accounts().GetAll()),
                 "accounts",
-                "add one with 'tandryctl account add --user NAME --server ID'");
+                "add one with 'tandryctl account add --user NAME --server ID'",
+                options);
 }
 
 ExitStatus Show(Session& session, Arguments const& arguments)
@@ -134,9 +135,11 @@ void AddAccountCommands(Command& top)
         .Example("account add --user anna --domain example --server 1", "add an account on server 1")
         .Run(StoreAccess::Write, [arguments](Session& session) { return Add(session, *arguments); });
 
-    accounts.Add("list", "List the accounts")
+    auto const options = std::make_shared<ListOptions>();
+    Command list = accounts.Add("list", "List the accounts");
+    AddListOptions(list, *options, "userName")
         .Example("account list", "show all accounts")
-        .Run(StoreAccess::Read, ListAll);
+        .Run(StoreAccess::Read, [options](Session& session) { return ListAll(session, *options); });
 
     accounts.Add("show", "Show everything about an account")
         .Argument("ID", arguments->id, "The account's id")

@@ -5,7 +5,6 @@
 #include "NearestWord.h"
 #include "StandardOutput.h"
 #include "StoreFailure.h"
-#include "Terminal.h"
 #include "Text.h"
 
 #include "tools/findings/ValueNames.h"
@@ -16,6 +15,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <map>
 #include <sstream>
 #include <string>
 #include <utility>
@@ -57,7 +57,7 @@ struct NumberForm
 };
 
 constexpr NumberForm IdForm{1, " is not an id, a whole number from 1 up"};
-constexpr NumberForm SecondsForm{0, " is not a whole number from 0 up"};
+constexpr NumberForm SizeForm{0, " is not a whole number from 0 up"};
 constexpr NumberForm CountForm{1, " is not a whole number from 1 up"};
 constexpr NumberForm AnyNumberForm{std::numeric_limits<int>::min(), " is not a whole number"};
 
@@ -123,13 +123,6 @@ QStringList OptionsOf(CLI::App const& app)
         }
     }
     return names;
-}
-
-/// Returns a question to append to a message; empty if no word is near.
-QString DidYouMean(QString const& mistyped, QStringList const& words)
-{
-    QString const nearest = NearestWord(mistyped, words);
-    return nearest.isNull() ? QString() : QStringLiteral(" (did you mean '%1'?)").arg(nearest);
 }
 
 QString FullName(CLI::App const& app)
@@ -334,7 +327,7 @@ void Command::Run(StoreAccess access, std::function<ExitStatus(Session&)> action
 void Command::Run(std::function<StoreAccess()> access, std::function<ExitStatus(Session&)> action)
 {
     _app->footer(_app->get_footer() +
-                 "\nAll commands accept --store, --wait, --json, --utc and --yes too: see 'tandryctl --help'.");
+                 "\nAll commands accept the options of 'tandryctl --help' too, such as --store, --json and --yes.");
     _app->final_callback([line = _line, access = std::move(access), action = std::move(action)] {
         // Run after parsing, so that its failures are not caught as errors of the parser.
         line->_chosen = CommandLine::ChosenCommand{access(), action};
@@ -357,9 +350,32 @@ CommandLine::CommandLine()
               "--wait",
               _options.waitSeconds,
               "How long to wait for a store that another program has locked; 5 by default",
-              SecondsForm)
+              SizeForm)
         ->type_name("SECONDS");
     _app->add_flag("-y,--yes", _options.yes, "Don't ask before removing, deleting and pruning");
+    AddNumber(*_app,
+              "--width",
+              _options.width,
+              "Fit tables into N columns, 0 for any; by default those of the terminal",
+              SizeForm)
+        ->type_name("N");
+    auto const takeColours = [this](std::string const& word) {
+        std::map<std::string, ColourMode> const modes{
+            {"never", ColourMode::Never}, {"auto", ColourMode::Automatic}, {"always", ColourMode::Always}};
+        auto const mode = modes.find(word);
+        if (mode == modes.end())
+            throw CLI::ValidationError(Name(word) + " is not one of never, auto and always");
+        _terminal.colours = mode->second;
+    };
+    _app->add_option_function<std::string>("--color", takeColours, "Use colours: never, auto (the default) or always")
+        ->type_name("WHEN");
+    CLI::Option* const quiet = _app->add_flag_callback(
+        "-q,--quiet", [this] { _terminal.verbosity = Verbosity::Quiet; }, "Print no notes and no progress");
+    _app->add_flag_callback(
+            "-v,--verbose",
+            [this] { _terminal.verbosity = Verbosity::Verbose; },
+            "Print what the library logs about the store too")
+        ->excludes(quiet);
 }
 
 CommandLine::~CommandLine() = default;
@@ -389,6 +405,7 @@ ExitStatus CommandLine::Run(int argc, char const* const* argv)
 
 ExitStatus CommandLine::_RunAndReport()
 {
+    SetTerminalUse(_terminal);
     try {
         return _RunChosen();
     }

@@ -2,6 +2,7 @@
 
 #include "ExitStatus.h"
 #include "Session.h"
+#include "Terminal.h"
 
 #include <QString>
 #include <QStringList>
@@ -134,6 +135,7 @@ private:
 
     std::unique_ptr<CLI::App> _app;
     SessionOptions _options;
+    TerminalUse _terminal;
     std::optional<ChosenCommand> _chosen;
 };
 

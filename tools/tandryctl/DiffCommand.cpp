@@ -202,15 +202,29 @@ private:
     std::vector<Difference> _differences;
 };
 
-Columns<Difference> const& DifferenceColumns()
+Style StyleOfChange(QVariant const& change)
 {
-    static Columns<Difference> const columns{
+    QString const word = change.toString();
+    return word == QLatin1String(Added) ? Style::Good : word == QLatin1String(Removed) ? Style::Bad : Style::Attention;
+}
+
+Columns<Difference> MakeDifferenceColumns()
+{
+    Columns<Difference> columns{
         {"change", Shown::Always, [](Difference const& d) { return QString(QLatin1String(d.change)); }},
         {"kind", Shown::Always, [](Difference const& d) { return QString(QLatin1String(d.kind)); }},
         {"rootId", Shown::Always, [](Difference const& d) { return d.rootId; }},
         {"clientPath", Shown::Always, [](Difference const& d) { return d.path; }},
         {"columns", Shown::InFull, [](Difference const& d) { return d.columns; }},
     };
+    columns[0].style = StyleOfChange;
+    columns[3].cellWidth = CellWidth::MayBeShortened;
+    return columns;
+}
+
+Columns<Difference> const& DifferenceColumns()
+{
+    static Columns<Difference> const columns = MakeDifferenceColumns();
     return columns;
 }
 

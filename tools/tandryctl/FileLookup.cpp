@@ -7,9 +7,6 @@
 
 #include "tools/findings/ColumnReference.h"
 
-#include <algorithm>
-#include <functional>
-
 namespace tandryctl {
 
 using sync::config::FileConfiguration;
@@ -20,45 +17,18 @@ using sync::config::FileConfigurationTypeGenerated;
 
 namespace {
 
-struct SortKey
-{
-    char const* column;
-    std::function<bool(FileConfiguration const&, FileConfiguration const&)> isLess;
-};
-
-template <class Key>
-auto By(Key const& key)
-{
-    return [key](FileConfiguration const& left, FileConfiguration const& right) { return key(left) < key(right); };
-}
-
-template <class Member>
-auto By(Member FileConfiguration::*member)
-{
-    return [member](FileConfiguration const& left, FileConfiguration const& right) {
-        return left.*member < right.*member;
-    };
-}
-
-/// In the order of `FileConfigOrderByEnum`; each key stands for its ascending and its descending value.
-QVector<SortKey> const& SortKeys()
-{
-    using File = FileConfiguration;
-    static QVector<SortKey> const keys{
-        {"id", By(&File::id)},
-        {"name", By(&File::name)},
-        {"folderConfigurationId", By(&File::folderConfigurationId)},
-        {"clientPath", By(&File::clientPath)},
-        {"serverPath", By(&File::serverPath)},
-        {"checkSum", By(&File::checkSum)},
-        {"createdDateTime", By(&File::createdDateTime)},
-        {"lastModifiedDateTime", By(&File::lastModifiedDateTime)},
-        {"syncStatus", By([](File const& file) { return file.getSyncStatus(); })},
-        {"lastOperationType", By(&File::lastOperationType)},
-        {"size", By(&File::size)},
-    };
-    return keys;
-}
+/// In the order of `FileConfigOrderByEnum`; each stands for its ascending and its descending value.
+constexpr char const* OrderColumns[] = {"id",
+                                        "name",
+                                        "folderConfigurationId",
+                                        "clientPath",
+                                        "serverPath",
+                                        "checkSum",
+                                        "createdDateTime",
+                                        "lastModifiedDateTime",
+                                        "syncStatus",
+                                        "lastOperationType",
+                                        "size"};
 
 FileConfiguration FindById(Session& session, int id, FileConfigurationType type)
 {
@@ -98,42 +68,13 @@ QStringList const& FileOrderNames()
 {
     static QStringList const words = [] {
         QStringList all;
-        for (SortKey const& key : SortKeys()) {
-            all.append(QLatin1String(key.column));
-            all.append(QLatin1String(key.column) + QStringLiteral("-desc"));
+        for (char const* column : OrderColumns) {
+            all.append(QLatin1String(column));
+            all.append(QLatin1String(column) + QStringLiteral("-desc"));
         }
         return all;
     }();
     return words;
-}
-
-void SortFiles(QVector<FileConfiguration>& files, int order)
-{
-    auto const& isLess = SortKeys().at(order / 2).isLess;
-    if (order % 2 == 0)
-        std::stable_sort(files.begin(), files.end(), isLess);
-    else
-        std::stable_sort(
-            files.begin(), files.end(), [&](auto const& left, auto const& right) { return isLess(right, left); });
-}
-
-QVector<FileConfiguration> FindFiles(Session& session, FileFilter const& filter)
-{
-    auto& manager = session.files();
-    bool const narrowedByFolder = filter.folder && filter.type == FileConfigurationTypeFile;
-    QVector<FileConfiguration> files =
-        narrowedByFolder ? session.Checked(manager.GetFileConfigurationsByFolderId(*filter.folder,
-                                                                                   sync::interf::FileConfigOrderById))
-        : filter.root    ? session.Checked(manager.GetFileConfigurationsByRootFolderId(*filter.root, filter.type))
-                         : session.Checked(manager.GetAll(filter.type));
-
-    auto const isUnwanted = [&](FileConfiguration const& file) {
-        return (filter.folder && file.folderConfigurationId != *filter.folder) ||
-               (filter.root && file.rootFolderId != *filter.root) ||
-               (filter.status && file.getSyncStatus() != *filter.status);
-    };
-    files.erase(std::remove_if(files.begin(), files.end(), isUnwanted), files.end());
-    return files;
 }
 
 FileConfiguration FindFile(Session& session, QString const& idOrPath, FileConfigurationType type)

@@ -6,7 +6,9 @@
 #include "RecordColumns.h"
 #include "Text.h"
 
+#include "database/SqliteDatabaseFactory.h"
 #include "tools/findings/ColumnReference.h"
+#include "tools/findings/FileRows.h"
 
 #include <QHash>
 #include <QSet>
@@ -17,13 +19,18 @@ namespace tandryctl {
 
 using sync::config::FileConfiguration;
 using sync::config::FileConfigurationType;
+using sync::config::FindRecordColumn;
 using sync::config::FolderConfiguration;
+using tandry::findings::FileColumn;
+using tandry::findings::FileConditions;
+using tandry::findings::FileRows;
 
 namespace {
 
 struct FolderArguments
 {
     std::optional<int> root;
+    ListOptions options;
 };
 
 struct FileArguments
@@ -33,6 +40,7 @@ struct FileArguments
     std::optional<int> type;
     std::optional<int> order;
     std::optional<int> status;
+    ListOptions options;
 };
 
 struct TreeArguments
@@ -40,10 +48,14 @@ struct TreeArguments
     std::optional<int> root;
 };
 
-ExitStatus ListRoots(Session& session)
+ExitStatus ListRoots(Session& session, ListOptions const& options)
 {
-    return List(
-        session, FolderColumns(), session.Checked(session.folders().GetAllRootFolders()), "roots", HowToAddARoot);
+    return List(session,
+                FolderColumns(),
+                session.Checked(session.folders().GetAllRootFolders()),
+                "roots",
+                HowToAddARoot,
+                options);
 }
 
 ExitStatus ListFolders(Session& session, FolderArguments const& arguments)
@@ -52,9 +64,22 @@ ExitStatus ListFolders(Session& session, FolderArguments const& arguments)
         arguments.root ? session.Checked(session.folders().GetFolderConfigurationsByRootId(
                              FindRoot(session, *arguments.root).getId()))
                        : session.Checked(session.folders().GetAll());
-    return List(session, FolderColumns(), folders, "folders", HowToAddARoot);
+    return List(session, FolderColumns(), folders, "folders", HowToAddARoot, arguments.options);
 }
 
+FileConditions ConditionsOf(FileArguments const& arguments)
+{
+    FileConditions conditions;
+    conditions.type = FileConfigurationType(arguments.type.value_or(conditions.type));
+    conditions.folder = arguments.folder;
+    conditions.root = arguments.root;
+    conditions.status = arguments.status;
+    if (arguments.options.name)
+        conditions.name = GlobOf(*arguments.options.name);
+    return conditions;
+}
+
+/// Unlike other records, files are too many to hold all of them in memory.
 ExitStatus ListFiles(Session& session, FileArguments const& arguments)
 {
     if (arguments.folder)
@@ -62,21 +87,38 @@ ExitStatus ListFiles(Session& session, FileArguments const& arguments)
     if (arguments.root)
         FindRoot(session, *arguments.root);
 
-    FileFilter filter;
-    filter.type = FileConfigurationType(arguments.type.value_or(filter.type));
-    filter.folder = arguments.folder;
-    filter.root = arguments.root;
-    filter.status = arguments.status;
-    QVector<FileConfiguration> files = FindFiles(session, filter);
-    if (arguments.order)
-        SortFiles(files, *arguments.order);
-    return List(session, FileColumns(), files, "files", "'tandryctl scan' records the files on disk");
+    ListOptions const& options = arguments.options;
+    auto const printed = PrintedColumns(FileColumns(), options, session.output().format());
+    QVector<FileColumn const*> selected;
+    for (Column<FileConfiguration> const& column : printed)
+        selected.append(FindRecordColumn<FileConfiguration>(column.name));
+    FileRows rows(session.store(), ConditionsOf(arguments), selected);
+
+    std::optional<QString> const sort =
+        arguments.order ? std::optional(FileOrderNames().at(*arguments.order)) : options.sort;
+    if (sort) {
+        QStringList const names = NamesOf(FileColumns());
+        SortedBy const by = SortedByNamed(*sort, names);
+        rows.SortBy(*FindRecordColumn<FileConfiguration>(names.at(by.column)), by.order);
+    }
+    qint64 const listed = session.output().ListEach<FileRows::Row>(
+        FileRowColumns(printed),
+        [&](std::function<void(FileRows::Row const&)> const& take) { rows.Read(take, options.limit); });
+    qint64 const more = options.limit && listed == *options.limit ? rows.Count() - listed : 0;
+    if (!session.Checked(rows.works()) || listed == 0)
+        ThrowNothingListed("files", "'tandryctl scan' records the files on disk", options);
+    NoteMore(more);
+    return ExitStatus::Done;
 }
 
-ExitStatus ListSchedules(Session& session)
+ExitStatus ListSchedules(Session& session, ListOptions const& options)
 {
-    return List(
-        session, ScheduleColumns(), AllSchedules(session), "schedules", "add one with 'tandryctl schedule add'");
+    return List(session,
+                ScheduleColumns(),
+                AllSchedules(session),
+                "schedules",
+                "add one with 'tandryctl schedule add'",
+                options);
 }
 
 struct TreeNode
@@ -175,23 +217,27 @@ ExitStatus ShowTree(Session& session, TreeArguments const& arguments)
 void AddListCommands(Command& top)
 {
     Command lists = top.Add("list", "List records");
-    lists.Remark("A listing shows the most important columns; with --json it has all of them. Line breaks and other\n"
-                 "control characters in names are shown as escapes such as \\n.");
+    lists.Remark(
+        "A listing shows the most important columns; with --json it has all of them. Line breaks and other\n"
+        "control characters in names are shown as escapes such as \\n, and so is what is not in Unicode's composed\n"
+        "form, such as e\\u0301 for an accent of its own.");
 
-    lists.Add("roots", "List the roots")
+    auto const roots = std::make_shared<ListOptions>();
+    Command listRoots = lists.Add("roots", "List the roots");
+    AddListOptions(listRoots, *roots)
         .Example("list roots", "show the local and server paths of the roots")
-        .Run(StoreAccess::Read, ListRoots);
+        .Run(StoreAccess::Read, [roots](Session& session) { return ListRoots(session, *roots); });
 
     auto const folders = std::make_shared<FolderArguments>();
-    lists.Add("folders", "List the folders, including the roots")
-        .Option("--root", folders->root, "Only this root and its folders")
+    Command listFolders = lists.Add("folders", "List the folders, including the roots");
+    AddListOptions(listFolders.Option("--root", folders->root, "Only this root and its folders"), folders->options)
         .Example("list folders --root 1", "show root 1 and its folders")
         .Example("list folders --json", "print all folders with all columns")
         .Run(StoreAccess::Read, [folders](Session& session) { return ListFolders(session, *folders); });
 
     auto const files = std::make_shared<FileArguments>();
-    lists.Add("files", "List the files")
-        .Option("--folder", files->folder, "Only files directly in this folder")
+    Command listFiles = lists.Add("files", "List the files");
+    listFiles.Option("--folder", files->folder, "Only files directly in this folder")
         .Option("--root", files->root, "Only files in this root")
         .Excludes("--folder", "--root")
         .Choice("--type", files->type, FileTypeNames(), "KIND", "file, generated or base; file by default")
@@ -204,17 +250,23 @@ void AddListCommands(Command& top)
                files->status,
                *tandry::findings::NamesOfValues<FileConfiguration>(QStringLiteral("syncStatus")),
                "STATUS",
-               "Only files with this syncStatus: syncing, not-synced, link-discovered or a number")
-        .Remark(
-            "Columns to sort by: id, name, folderConfigurationId, clientPath, serverPath, checkSum, createdDateTime,\n"
-            "lastModifiedDateTime, syncStatus, lastOperationType, size.")
+               "Only files with this syncStatus: syncing, not-synced, link-discovered or a number");
+    AddListOptions(listFiles, files->options)
+        .Excludes("--order", "--sort")
+        .Remark("--order sorts by id, name, folderConfigurationId, clientPath, serverPath, checkSum, createdDateTime,\n"
+                "lastModifiedDateTime, syncStatus, lastOperationType or size, and --sort by any column. Both keep the\n"
+                "column and the id of each file in memory; without them memory does not grow with the files.")
         .Example("list files --folder 3 --order size-desc", "show the files of folder 3 in descending order of size")
         .Example("list files --status not-synced", "show the files that are to be synchronised")
+        .Example("list files --name '*.iso' --columns size,clientPath --sort size-desc --limit 20",
+                 "show the 20 largest images")
         .Run(StoreAccess::Read, [files](Session& session) { return ListFiles(session, *files); });
 
-    lists.Add("schedules", "List the schedules")
+    auto const schedules = std::make_shared<ListOptions>();
+    Command listSchedules = lists.Add("schedules", "List the schedules");
+    AddListOptions(listSchedules, *schedules, nullptr)
         .Example("list schedules", "show the default schedule and those of folders")
-        .Run(StoreAccess::Read, ListSchedules);
+        .Run(StoreAccess::Read, [schedules](Session& session) { return ListSchedules(session, *schedules); });
 
     auto const tree = std::make_shared<TreeArguments>();
     top.Add("tree", "Print the folders as a tree")

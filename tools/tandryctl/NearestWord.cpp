@@ -48,4 +48,10 @@ QString NearestWord(QString const& mistyped, QStringList const& words)
     return nearest;
 }
 
+QString DidYouMean(QString const& mistyped, QStringList const& words)
+{
+    QString const nearest = NearestWord(mistyped, words);
+    return nearest.isNull() ? QString() : QStringLiteral(" (did you mean '%1'?)").arg(nearest);
+}
+
 } // namespace tandryctl

@@ -54,10 +54,11 @@ QString CellText(QVariant const& value, Clock clock)
     }
 }
 
-Output::Output(QIODevice& device, OutputFormat format, Clock clock)
+Output::Output(QIODevice& device, OutputFormat format, PlainForm const& plain)
     : _device(device)
     , _format(format)
-    , _clock(clock)
+    , _plain(plain)
+    , _layout({})
 {}
 
 void Output::PrintLine(QString const& text)
@@ -73,7 +74,7 @@ void Output::PrintLines(QVector<Line> const& lines)
         width = std::max(width, DisplayWidth(line.name));
     for (Line const& line : lines)
         PrintLine(WithoutTrailingBlanks(Padded(line.name, width, false) + QStringLiteral("  ") +
-                                        CellText(line.value, _clock)));
+                                        CellText(line.value, _plain.clock)));
 }
 
 void Output::PrintText(QString const& text)
@@ -83,8 +84,8 @@ void Output::PrintText(QString const& text)
 
 void Output::ListNothing()
 {
-    _BeginRows({});
-    _EndRows();
+    if (_format == OutputFormat::Json)
+        _Write("[]\n");
 }
 
 bool Output::Flush()
@@ -102,66 +103,58 @@ void Output::_Write(QByteArray const& bytes)
         static_cast<void>(Flush()); // the last call reports a failure
 }
 
-void Output::_BeginRows(QVector<QString> const& names)
+void Output::_BeginRows(QVector<TableLayout::Column> const& columns)
 {
-    _names = names;
-    _cells.clear();
-    _numeric = QVector<bool>(names.size(), true);
-    _firstObject = true;
-    if (_format == OutputFormat::Json) {
-        _SetKeys();
-        _Write("[");
+    _rows = 0;
+    if (_format == OutputFormat::Plain) {
+        _layout = TableLayout(columns, _plain.width);
+        return;
     }
+    QVector<QString> names;
+    for (TableLayout::Column const& column : columns)
+        names.append(column.name);
+    _SetKeys(names);
 }
 
-void Output::_AddRow(QVector<QVariant> const& values)
+void Output::_MeasureRow(QVector<QVariant> const& values)
 {
+    for (int column = 0; column < values.size(); ++column)
+        _layout.Measure(column, CellText(values.at(column), _plain.clock), IsNumber(values.at(column)));
+}
+
+void Output::_AddRow(QVector<QVariant> const& values, QVector<Style> const& styles)
+{
+    bool const isFirst = _rows++ == 0;
     if (_format == OutputFormat::Json) {
+        _Write(isFirst ? "[\n" : ",\n");
         _WriteObject(values);
         return;
     }
+    if (isFirst) {
+        _layout.Fit();
+        PrintLine(_layout.Header(_plain.hasColours ? Style::Heading : Style::None));
+    }
     QVector<QString> cells;
     cells.reserve(values.size());
-    for (int column = 0; column < values.size(); ++column) {
-        cells.append(CellText(values.at(column), _clock));
-        _numeric[column] = _numeric.at(column) && IsNumber(values.at(column));
-    }
-    _cells.append(cells);
+    for (QVariant const& value : values)
+        cells.append(CellText(value, _plain.clock));
+    PrintLine(_layout.Line(cells, styles));
 }
 
-void Output::_EndRows()
+qint64 Output::_EndRows()
 {
-    if (_format == OutputFormat::Json) {
-        _Write(_firstObject ? "]\n" : "\n]\n");
-        return;
-    }
-    if (_cells.isEmpty())
-        return;
-
-    _cells.prepend(_names);
-    QVector<int> widths(_names.size(), 0);
-    for (QVector<QString> const& cells : qAsConst(_cells)) {
-        for (int column = 0; column < cells.size(); ++column)
-            widths[column] = std::max(widths.at(column), DisplayWidth(cells.at(column)));
-    }
-    for (QVector<QString> const& cells : qAsConst(_cells)) {
-        QString line;
-        for (int column = 0; column < cells.size(); ++column) {
-            if (column > 0)
-                line += QStringLiteral("  ");
-            line += Padded(cells.at(column), widths.at(column), _numeric.at(column));
-        }
-        PrintLine(WithoutTrailingBlanks(line));
-    }
-    _cells.clear();
+    if (_format == OutputFormat::Json && _rows > 0)
+        _Write("\n]\n");
+    return _rows;
 }
 
 void Output::_ShowRow(QVector<QString> const& names, QVector<QVariant> const& values)
 {
     if (_format == OutputFormat::Json) {
-        _BeginRows(names);
-        _AddRow(values);
-        _EndRows();
+        _SetKeys(names);
+        _Write("[\n");
+        _WriteObject(values);
+        _Write("\n]\n");
         return;
     }
     QVector<Line> lines;
@@ -170,36 +163,33 @@ void Output::_ShowRow(QVector<QString> const& names, QVector<QVariant> const& va
     PrintLines(lines);
 }
 
-void Output::_SetKeys()
+void Output::_SetKeys(QVector<QString> const& names)
 {
     _keys.clear();
-    for (int column = 0; column < _names.size(); ++column) {
+    for (int column = 0; column < names.size(); ++column) {
         Key key{column, {}};
-        tandry::findings::AppendJsonString(key.text, _names.at(column));
+        tandry::findings::AppendJsonString(key.text, names.at(column));
         key.text += ':';
         _keys.append(key);
     }
-    std::sort(_keys.begin(), _keys.end(), [this](Key const& left, Key const& right) {
-        return _names.at(left.column) < _names.at(right.column);
+    std::sort(_keys.begin(), _keys.end(), [&](Key const& left, Key const& right) {
+        return names.at(left.column) < names.at(right.column);
     });
 }
 
 void Output::_WriteObject(QVector<QVariant> const& values)
 {
-    _Write(_firstObject ? "\n{" : ",\n{");
-    _firstObject = false;
-    bool isFirstKey = true;
+    char separator = '{';
     for (Key const& key : qAsConst(_keys)) {
         QVariant const& value = values.at(key.column);
         if (IsHidden(value))
             continue;
-        if (!isFirstKey)
-            _buffer += ',';
-        isFirstKey = false;
+        _buffer += separator;
+        separator = ',';
         _buffer += key.text;
         tandry::findings::AppendJsonValue(_buffer, value);
     }
-    _Write("}");
+    _Write(separator == '{' ? "{}" : "}");
 }
 
 } // namespace tandryctl

@@ -1,5 +1,8 @@
 #pragma once
 
+#include "Style.h"
+#include "TableLayout.h"
+
 #include "tools/findings/ValueNames.h"
 
 #include <QIODevice>
@@ -8,6 +11,7 @@
 #include <QVector>
 
 #include <functional>
+#include <optional>
 #include <utility>
 
 namespace tandryctl {
@@ -24,6 +28,15 @@ enum class Clock
 {
     Local,
     Utc
+};
+
+/// The form of plain text.
+struct PlainForm
+{
+    Clock clock = Clock::Local;
+    /// The number of terminal columns that tables fit into; nothing for any number.
+    std::optional<int> width;
+    bool hasColours = false;
 };
 
 /// Whether a column is part of plain listings, or only of JSON and of a record that is shown in full.
@@ -60,11 +73,16 @@ struct Column
         return names == nullptr ? plain : names->InWords(plain.toInt());
     }
 
+    Style StyleOf(Record const& record) const { return style == nullptr ? Style::None : style(value(record)); }
+
     QString name;
     Shown shown;
     Value value;
     /// The names of an enumeration's values, or of a bit field's bits; null if there are none.
     tandry::findings::ValueNames const* names = nullptr;
+    /// What a value stands out for; null if none does.
+    Style (*style)(QVariant const& value) = nullptr;
+    CellWidth cellWidth = CellWidth::Full;
 };
 
 template <class Record>
@@ -86,38 +104,71 @@ struct Line
 
 /// Prints a command's results to a device in one of the two formats.
 ///
-/// A plain listing is a table with aligned columns and one row per line; names are made printable. JSON is an array of
-/// objects, one per line, whose keys are the column names in alphabetical order; texts are unchanged.
+/// A plain listing is a table with aligned columns and one row per line, as `TableLayout` lays it out; names are made
+/// printable. JSON is an array of objects, one per line, whose keys are the column names in alphabetical order; texts
+/// are unchanged.
 class Output
 {
 public:
     /// The device must outlive this object.
-    Output(QIODevice& device, OutputFormat format, Clock clock = Clock::Local);
+    Output(QIODevice& device, OutputFormat format, PlainForm const& plain = {});
 
     OutputFormat format() const { return _format; }
 
-    /// Prints one row per record; in plain format with the `Shown::Always` columns only.
+    /// Calls its argument with each record.
+    template <class Record>
+    using ForEach = std::function<void(std::function<void(Record const&)> const&)>;
+
+    /// Prints one row per record; in plain format with the `Shown::Always` columns only. Returns the number of rows. If
+    /// there is none, prints nothing.
+    ///
+    /// Keeps no row, so that memory does not grow with them. Therefore a plain listing goes over the records twice: to
+    /// measure the columns, and to print.
+    template <class Record>
+    qint64 ListEach(Columns<Record> const& columns, ForEach<Record> const& forEach)
+    {
+        Columns<Record> shown;
+        QVector<TableLayout::Column> headings;
+        for (Column<Record> const& column : columns) {
+            if (_format == OutputFormat::Json || column.shown == Shown::Always) {
+                shown.append(column);
+                headings.append({column.name, column.cellWidth});
+            }
+        }
+        QVector<QVariant> values(shown.size());
+        QVector<Style> styles(shown.size(), Style::None);
+        auto const read = [&](Record const& record) {
+            for (int i = 0; i < shown.size(); ++i)
+                values[i] = _ValueOf(shown.at(i), record);
+        };
+
+        _BeginRows(headings);
+        if (_format == OutputFormat::Plain)
+            forEach([&](Record const& record) {
+                read(record);
+                _MeasureRow(values);
+            });
+        forEach([&](Record const& record) {
+            read(record);
+            if (_plain.hasColours) {
+                for (int i = 0; i < shown.size(); ++i)
+                    styles[i] = shown.at(i).StyleOf(record);
+            }
+            _AddRow(values, styles);
+        });
+        return _EndRows();
+    }
+
+    /// The same for records in memory; an empty listing is an empty array in JSON.
     template <class Record, class Range>
     void List(Columns<Record> const& columns, Range const& records)
     {
-        Columns<Record> shown;
-        for (Column<Record> const& column : columns) {
-            if (_format == OutputFormat::Json || column.shown == Shown::Always)
-                shown.append(column);
-        }
-        QVector<QString> names;
-        for (Column<Record> const& column : shown)
-            names.append(column.name);
-
-        _BeginRows(names);
-        for (Record const& record : records) {
-            QVector<QVariant> row;
-            row.reserve(shown.size());
-            for (Column<Record> const& column : shown)
-                row.append(_ValueOf(column, record));
-            _AddRow(row);
-        }
-        _EndRows();
+        qint64 const rows = ListEach<Record>(columns, [&](std::function<void(Record const&)> const& take) {
+            for (Record const& record : records)
+                take(record);
+        });
+        if (rows == 0)
+            ListNothing();
     }
 
     /// Prints a listing without rows: an empty array in JSON, nothing in plain format.
@@ -169,11 +220,12 @@ private:
         return _format == OutputFormat::Json ? column.value(record) : column.InWords(record);
     }
 
-    void _BeginRows(QVector<QString> const& names);
-    void _AddRow(QVector<QVariant> const& values);
-    void _EndRows();
+    void _BeginRows(QVector<TableLayout::Column> const& columns);
+    void _MeasureRow(QVector<QVariant> const& values);
+    void _AddRow(QVector<QVariant> const& values, QVector<Style> const& styles);
+    qint64 _EndRows();
     void _ShowRow(QVector<QString> const& names, QVector<QVariant> const& values);
-    void _SetKeys();
+    void _SetKeys(QVector<QString> const& names);
     void _WriteObject(QVector<QVariant> const& values);
     void _Write(QByteArray const& bytes);
 
@@ -187,12 +239,10 @@ private:
 
     QIODevice& _device;
     OutputFormat const _format;
-    Clock const _clock;
-    QVector<QString> _names;
+    PlainForm const _plain;
+    TableLayout _layout;
     QVector<Key> _keys;
-    QVector<QVector<QString>> _cells;
-    QVector<bool> _numeric;
-    bool _firstObject = true;
+    qint64 _rows = 0;
     bool _failed = false;
     QByteArray _buffer;
 };

@@ -12,11 +12,4 @@ QString Padded(QString const& cell, int width, bool toTheRight)
     return toTheRight ? blanks + cell : cell + blanks;
 }
 
-QString WithoutTrailingBlanks(QString line)
-{
-    while (line.endsWith(QLatin1Char(' ')))
-        line.chop(1);
-    return line;
-}
-
 } // namespace tandryctl

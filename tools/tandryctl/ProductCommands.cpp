@@ -100,13 +100,14 @@ ExitStatus Add(Session& session, Arguments const& arguments)
     return ExitStatus::Done;
 }
 
-ExitStatus ListAll(Session& session)
+ExitStatus ListAll(Session& session, ListOptions const& options)
 {
     return List(session,
                 ProductColumns(),
                 session.Checked(session.products().GetAll()),
                 "products",
-                "add one with 'tandryctl product add --name NAME --key KEY --server ID'");
+                "add one with 'tandryctl product add --name NAME --key KEY --server ID'",
+                options);
 }
 
 ExitStatus Show(Session& session, Arguments const& arguments)
@@ -186,9 +187,11 @@ void AddProductCommands(Command& top)
         .Example("product add --name Notes --key n-1 --secret-file - --server 1", "read its secret from standard input")
         .Run(StoreAccess::Write, [arguments](Session& session) { return Add(session, *arguments); });
 
-    products.Add("list", "List the products")
+    auto const options = std::make_shared<ListOptions>();
+    Command list = products.Add("list", "List the products");
+    AddListOptions(list, *options)
         .Example("product list", "show all products, without their secrets")
-        .Run(StoreAccess::Read, ListAll);
+        .Run(StoreAccess::Read, [options](Session& session) { return ListAll(session, *options); });
 
     products.Add("show", "Show everything about a product")
         .Argument("ID", arguments->id, "The product's id")

@@ -3,6 +3,8 @@
 #include <QElapsedTimer>
 #include <QString>
 
+#include <limits>
+
 namespace tandryctl {
 
 /// Shows a progress line on standard error, redrawn ten times a second at most, and erases it in the destructor. Shows
@@ -16,8 +18,14 @@ public:
 
     void Advance(qint64 count = 1);
 
-    /// Returns the text of the line. `elapsedMsec` counts from the start.
-    static QString FormatLine(QString const& activity, char const* unit, qint64 done, qint64 total, qint64 elapsedMsec);
+    /// Returns the text of the line, shorter if need be so that it stays on one line of a terminal with this number of
+    /// columns. `elapsedMsec` counts from the start.
+    static QString FormatLine(QString const& activity,
+                              char const* unit,
+                              qint64 done,
+                              qint64 total,
+                              qint64 elapsedMsec,
+                              int columns = std::numeric_limits<int>::max());
 
 private:
     Q_DISABLE_COPY_MOVE(Progress)

@@ -18,6 +18,7 @@ using sync::config::RecordColumn;
 using sync::config::RecordColumns;
 using sync::config::ScheduleEntry;
 using sync::config::ServerConfiguration;
+using tandry::findings::FileRows;
 
 namespace {
 
@@ -44,6 +45,8 @@ Columns<Record> TableColumns(Names always, PropertiesPrinted properties = Proper
                             return column.Get(record);
                         }});
         columns.last().names = tandry::findings::NamesOfValues<Record>(column.name());
+        if (column.kind() == ColumnKind::Text)
+            columns.last().cellWidth = CellWidth::MayBeShortened;
     }
     return columns;
 }
@@ -66,9 +69,38 @@ QVariant ValueOf(Record const& record, char const* name)
     return column == nullptr ? QVariant() : column->Get(record);
 }
 
-QVariant LinksOf(FileConfiguration const& file)
+constexpr char const* Links = "fileLinks";
+
+/// The links without their date.
+QVariant LinksAlone(QVariant const& column)
 {
-    return ValueOf(file, "fileLinks").toMap().value(QStringLiteral("fileLinks"));
+    return column.toMap().value(QLatin1String(Links));
+}
+
+template <class Record>
+auto FindStatus(Columns<Record>& columns)
+{
+    return std::find_if(columns.begin(), columns.end(), [](Column<Record> const& column) {
+        return column.name == QLatin1String("syncStatus");
+    });
+}
+
+/// Has one value of the status stand out.
+template <int Value, class Record>
+Columns<Record> WithAttentionTo(Columns<Record> columns)
+{
+    FindStatus(columns)->style = [](QVariant const& status) {
+        return status.toInt() == Value ? Style::Attention : Style::None;
+    };
+    return columns;
+}
+
+template <class Record>
+Columns<Record> WithStatusFirst(Columns<Record> columns)
+{
+    auto const status = FindStatus(columns);
+    std::rotate(columns.begin(), status, status + 1);
+    return columns;
 }
 
 QVariant HiddenSecretOf(ProductConfiguration const& product)
@@ -81,20 +113,35 @@ QVariant HiddenSecretOf(ProductConfiguration const& product)
 
 Columns<FolderConfiguration> const& FolderColumns()
 {
-    static auto const columns = TableColumns<FolderConfiguration>(
-        {"id", "authenticationId", "clientPath", "serverPath", "syncStatus", "parentId"});
+    static auto const columns = WithAttentionTo<sync::config::FolderStatusOutOfSync>(TableColumns<FolderConfiguration>(
+        {"id", "authenticationId", "clientPath", "serverPath", "syncStatus", "parentId"}));
     return columns;
 }
 
 Columns<FileConfiguration> const& FileColumns()
 {
-    static auto const columns =
-        With(TableColumns<FileConfiguration>(
-                 {"id", "folderConfigurationId", "clientPath", "lastModifiedDateTime", "syncStatus", "size"},
-                 PropertiesPrinted::Yes),
-             "fileLinks",
-             LinksOf);
+    static auto const columns = WithStatusFirst(WithAttentionTo<sync::config::FileSyncStatusNotSynced>(
+        With(TableColumns<FileConfiguration>({"id", "clientPath", "lastModifiedDateTime", "syncStatus", "size"},
+                                             PropertiesPrinted::Yes),
+             Links,
+             [](FileConfiguration const& file) { return LinksAlone(ValueOf(file, Links)); })));
     return columns;
+}
+
+Columns<FileRows::Row> FileRowColumns(Columns<FileConfiguration> const& columns)
+{
+    Columns<FileRows::Row> ofRows;
+    for (Column<FileConfiguration> const& column : columns) {
+        auto const position = static_cast<std::size_t>(ofRows.size());
+        bool const isLinks = column.name == QLatin1String(Links);
+        ofRows.append({column.name, column.shown, [position, isLinks](FileRows::Row const& row) {
+                           return isLinks ? LinksAlone(row[position]) : row[position];
+                       }});
+        ofRows.last().names = column.names;
+        ofRows.last().style = column.style;
+        ofRows.last().cellWidth = column.cellWidth;
+    }
+    return ofRows;
 }
 
 Columns<ServerConfiguration> const& ServerColumns()

@@ -8,6 +8,7 @@
 #include "config/ProductConfiguration.h"
 #include "config/ScheduleEntry.h"
 #include "config/ServerConfiguration.h"
+#include "tools/findings/FileRows.h"
 
 namespace tandryctl {
 
@@ -15,7 +16,10 @@ namespace tandryctl {
 // properties, only those of files are printed.
 
 Columns<sync::config::FolderConfiguration> const& FolderColumns();
+/// The status is the first column.
 Columns<sync::config::FileConfiguration> const& FileColumns();
+/// The same columns of the rows that a query for all of `columns`, which are some of `FileColumns`, returns.
+Columns<tandry::findings::FileRows::Row> FileRowColumns(Columns<sync::config::FileConfiguration> const& columns);
 /// "alias" is the name that is shown for the server, derived from its URL if none was set.
 Columns<sync::config::ServerConfiguration> const& ServerColumns();
 Columns<sync::config::AuthenticationConfiguration> const& AccountColumns();

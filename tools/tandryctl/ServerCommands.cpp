@@ -81,13 +81,14 @@ ExitStatus Add(Session& session, Arguments const& arguments)
     return ExitStatus::Done;
 }
 
-ExitStatus ListAll(Session& session)
+ExitStatus ListAll(Session& session, ListOptions const& options)
 {
     return List(session,
                 ServerColumns(),
                 session.Checked(session.servers().GetAll()),
                 "servers",
-                "add one with 'tandryctl server add --web-service-url URL'");
+                "add one with 'tandryctl server add --web-service-url URL'",
+                options);
 }
 
 ExitStatus Show(Session& session, Arguments const& arguments)
@@ -208,7 +209,11 @@ void AddServerCommands(Command& top)
                  "add a server, shown as 'files'")
         .Run(StoreAccess::Write, [arguments](Session& session) { return Add(session, *arguments); });
 
-    servers.Add("list", "List the servers").Example("server list", "show all servers").Run(StoreAccess::Read, ListAll);
+    auto const options = std::make_shared<ListOptions>();
+    Command list = servers.Add("list", "List the servers");
+    AddListOptions(list, *options, "alias")
+        .Example("server list", "show all servers")
+        .Run(StoreAccess::Read, [options](Session& session) { return ListAll(session, *options); });
 
     servers.Add("show", "Show everything about a server")
         .Argument("ID", arguments->id, "The server's id")

@@ -18,6 +18,8 @@
 #include <limits>
 #include <optional>
 
+#include <unistd.h>
+
 namespace tandryctl {
 
 using sync::database::OpenMode;
@@ -32,6 +34,17 @@ namespace {
     throw Failure(FailureCode::StoreMissing,
                   QStringLiteral("there is no store %1").arg(Quoted(path)),
                   QStringLiteral("create it with 'tandryctl --store FILE init' or give another one"));
+}
+
+PlainForm PlainFormOf(SessionOptions const& options)
+{
+    PlainForm form;
+    form.clock = options.utc ? Clock::Utc : Clock::Local;
+    form.width = options.width ? options.width : TerminalWidth(STDOUT_FILENO);
+    if (form.width == 0)
+        form.width.reset();
+    form.hasColours = HasColours(STDOUT_FILENO);
+    return form;
 }
 
 OpenOptions OptionsFor(StoreAccess access, std::optional<int> waitSeconds)
@@ -79,7 +92,7 @@ Session::Session(SessionOptions const& options, StoreAccess access)
     , _waitSeconds(options.waitSeconds)
     , _yes(options.yes || options.dryRun)
     , _dryRun(options.dryRun ? std::make_unique<QTemporaryDir>() : nullptr)
-    , _output(_stdout, FormatOf(options), options.utc ? Clock::Utc : Clock::Local)
+    , _output(_stdout, FormatOf(options), PlainFormOf(options))
 {
     if (access == StoreAccess::None)
         return;
@@ -107,7 +120,7 @@ Session::Session(SessionOptions const& options, StoreAccess access)
         throw StoreFailure(openError);
 
     for (QString const& warning : _store->openingWarnings())
-        PrintNote(QStringLiteral("warning: ") + OneLine(warning));
+        PrintWarning(QStringLiteral("warning: ") + OneLine(warning));
 
     _managers.emplace(_store);
     _queries = std::make_unique<StoreQueries>(_store);
@@ -161,7 +174,7 @@ void Session::Announce(QString const& line)
     if (_yes && _output.format() == OutputFormat::Plain)
         _output.PrintLine(line);
     else
-        PrintNote(line);
+        PrintWarning(line);
 }
 
 Consent Session::AskFor(QString const& question) const

@@ -61,6 +61,8 @@ struct SessionOptions
     /// Shows times in UTC in plain text too.
     bool utc = false;
     bool yes = false;
+    /// The number of columns that tables fit into, 0 for any; nothing for those of the terminal, if there is one.
+    std::optional<int> width;
     /// Runs the command on a copy of the store.
     bool dryRun = false;
 };

@@ -54,6 +54,15 @@ bool StoreQueries::WriteRemainderOfProduct(int id, ProductRemainder const& remai
     return query->exec();
 }
 
+bool StoreQueries::Matches(QString const& text, QString const& glob)
+{
+    auto const query = _store->CreateQuery();
+    static_cast<void>(query->prepare(QStringLiteral("SELECT :text GLOB :glob")));
+    query->bindValue(QStringLiteral(":text"), text);
+    query->bindValue(QStringLiteral(":glob"), glob);
+    return query->exec() && query->next() && query->value(0).toBool();
+}
+
 QVector<int> StoreQueries::ScheduleIds()
 {
     return _Integers(QStringLiteral("SELECT id FROM Schedules ORDER BY id"));

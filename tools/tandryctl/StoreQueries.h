@@ -45,6 +45,9 @@ public:
     /// Writes the columns back. Returns false on failure.
     [[nodiscard]] bool WriteRemainderOfProduct(int id, ProductRemainder const& remainder);
 
+    /// Returns whether the text matches a pattern of SQLite's GLOB.
+    bool Matches(QString const& text, QString const& glob);
+
     /// Returns the ids of all schedules in ascending order.
     QVector<int> ScheduleIds();
 

@@ -5,10 +5,55 @@
 #include <iostream>
 #include <string>
 
+#include <QLoggingCategory>
+
 #include <fcntl.h>
+#include <sys/ioctl.h>
 #include <unistd.h>
 
 namespace tandryctl {
+
+namespace {
+
+/// Changed only by `SetTerminalUse`.
+TerminalUse terminalUse;
+
+} // namespace
+
+void SetTerminalUse(TerminalUse const& use)
+{
+    terminalUse = use;
+    // Without --verbose, the commands print the store's errors themselves and nothing else.
+    QLoggingCategory::setFilterRules(use.verbosity == Verbosity::Verbose ? QStringLiteral("tandry.database*=true")
+                                                                         : QStringLiteral("tandry.database*=false"));
+}
+
+bool HasColours(int stream)
+{
+    switch (terminalUse.colours) {
+    case ColourMode::Never:
+        return false;
+    case ColourMode::Always:
+        return true;
+    case ColourMode::Automatic:
+        break;
+    }
+    QByteArray const terminal = qgetenv("TERM");
+    return qEnvironmentVariableIsEmpty("NO_COLOR") && !terminal.isEmpty() && terminal != "dumb" &&
+           ::isatty(stream) == 1;
+}
+
+std::optional<int> TerminalWidth(int stream)
+{
+    constexpr int UsualWidth = 80;
+    if (::isatty(stream) != 1)
+        return std::nullopt;
+    winsize size{};
+    // A terminal that does not know its size says 0.
+    if (::ioctl(stream, TIOCGWINSZ, &size) == 0 && size.ws_col > 0)
+        return size.ws_col;
+    return UsualWidth;
+}
 
 void OccupyClosedStreams()
 {
@@ -23,19 +68,27 @@ void WriteError(QString const& text)
     std::cerr << text.toUtf8().constData() << std::flush;
 }
 
-void PrintNote(QString const& line)
+void PrintWarning(QString const& line)
 {
     WriteError(QStringLiteral("tandryctl: %1\n").arg(line));
 }
 
+void PrintNote(QString const& line)
+{
+    if (terminalUse.verbosity != Verbosity::Quiet)
+        PrintWarning(line);
+}
+
 void PrintFailure(Failure const& failure, OutputFormat format)
 {
-    WriteError(failure.InFormat(format) + QLatin1Char('\n'));
+    QString const text = failure.InFormat(format);
+    bool const isStyled = format == OutputFormat::Plain && HasColours(STDERR_FILENO);
+    WriteError((isStyled ? Styled(text, Style::Bad) : text) + QLatin1Char('\n'));
 }
 
 bool CanShowProgress()
 {
-    return ::isatty(STDERR_FILENO) == 1;
+    return ::isatty(STDERR_FILENO) == 1 && terminalUse.verbosity != Verbosity::Quiet;
 }
 
 bool CanAsk()

@@ -3,6 +3,7 @@
 #include "tools/findings/Utf8.h"
 
 #include <QStringList>
+#include <QTextBoundaryFinder>
 #include <QVector>
 
 #include <algorithm>
@@ -78,6 +79,40 @@ QString Escape(QChar unit)
     }
 }
 
+/// Returns the text as its characters: what a reader takes for one, with all combining marks.
+QStringList CharactersOf(QString const& text)
+{
+    QStringList characters;
+    QTextBoundaryFinder finder(QTextBoundaryFinder::Grapheme, text);
+    int begin = 0;
+    for (int end = finder.toNextBoundary(); end != -1; end = finder.toNextBoundary()) {
+        characters.append(text.mid(begin, end - begin));
+        begin = end;
+    }
+    return characters;
+}
+
+bool IsComposed(QString const& text)
+{
+    constexpr ushort FirstCombiningMark = 0x300; // all characters before it are composed
+    return std::all_of(text.begin(), text.end(), [](QChar unit) { return unit.unicode() < FirstCombiningMark; }) ||
+           text.normalized(QString::NormalizationForm_C) == text;
+}
+
+/// Replaces by escapes what is not ASCII in the characters that are not in composed form.
+QString WithEscapedDecompositions(QString const& text)
+{
+    if (IsComposed(text))
+        return text;
+    QString replaced;
+    for (QString const& character : CharactersOf(text)) {
+        bool const isKept = IsComposed(character);
+        for (QChar const unit : character)
+            replaced += isKept || unit.unicode() < 0x80 ? QString(unit) : Escape(unit);
+    }
+    return replaced;
+}
+
 /// Returns bytes as escapes of a $'...' word. Octal ones have three digits in every shell.
 QString OctalEscapes(QByteArray const& bytes)
 {
@@ -114,7 +149,7 @@ QString CharacterAt(QByteArray const& bytes, int at)
 
 QString Printable(QString const& text)
 {
-    return Replaced(text, "\\", Escape);
+    return WithEscapedDecompositions(Replaced(text, "\\", Escape));
 }
 
 QString OneLine(QString const& text)
@@ -145,12 +180,47 @@ QString QuotedBytes(QByteArray const& bytes)
 
 int DisplayWidth(QString const& text)
 {
+    auto const isOneColumn = [](QChar unit) { return unit.unicode() >= ' ' && unit.unicode() < 0x7f; };
+    if (std::all_of(text.begin(), text.end(), isOneColumn))
+        return text.size();
     int width = 0;
     for (uint const character : text.toUcs4()) {
         int const columns = ::wcwidth(static_cast<wchar_t>(character));
         width += columns < 0 ? 1 : columns; // -1 if the locale does not know the character
     }
     return width;
+}
+
+QString Shortened(QString const& text, int width)
+{
+    if (DisplayWidth(text) <= width)
+        return text;
+    QStringList const characters = CharactersOf(text);
+    auto const take = [](auto begin, auto end, int most) {
+        int taken = 0;
+        int columns = 0;
+        for (auto character = begin; character != end; ++character, ++taken) {
+            columns += DisplayWidth(*character);
+            if (columns > most)
+                break;
+        }
+        return taken;
+    };
+    int const atTheEnd = width / 2;
+    int const atTheBegin = width - 1 - atTheEnd;
+    return QStringList(characters.mid(0, take(characters.begin(), characters.end(), atTheBegin))).join(QString()) +
+           QStringLiteral("…") +
+           QStringList(characters.mid(characters.size() - take(characters.rbegin(), characters.rend(), atTheEnd)))
+               .join(QString());
+}
+
+QString WithoutTrailingBlanks(QString text)
+{
+    int size = text.size();
+    while (size > 0 && text.at(size - 1) == QLatin1Char(' '))
+        --size;
+    text.truncate(size);
+    return text;
 }
 
 QString Counted(qint64 count, char const* singular, char const* plural)

@@ -9,6 +9,11 @@ namespace tandryctl {
 
 /// Returns the text on one line and without anything that a terminal would interpret: line breaks, control characters,
 /// marks that change the writing direction and lone surrogates are replaced by escapes, and backslashes are doubled.
+///
+/// Different texts look different: what is not in Unicode's composed form (NFC) is replaced by escapes too, such as an
+/// "e" with the accent as a character of its own, which a terminal shows like an "é". This does not depend on the other
+/// form being there: the twin may be on disk, on the server or further down. Almost all names on Linux are composed,
+/// and so are those of scripts whose marks have no composed form, so that few names get escapes.
 QString Printable(QString const& text);
 
 /// Returns a text from elsewhere on one line, for messages: as `Printable` does, but with backslashes as they are.
@@ -23,6 +28,12 @@ QString QuotedBytes(QByteArray const& bytes);
 
 /// Returns the number of terminal columns that a printable text takes.
 int DisplayWidth(QString const& text);
+
+/// Returns the text in this number of terminal columns, with "…" in the place of its middle if it is too long: the end
+/// of a path says as much as its beginning. Characters stay whole.
+QString Shortened(QString const& text, int width);
+
+QString WithoutTrailingBlanks(QString text);
 
 /// Returns a count with its unit: "1 folder", "2 folders".
 QString Counted(qint64 count, char const* singular, char const* plural);

@@ -5,7 +5,6 @@
 #include "database/SqliteProcess.h"
 
 #include <QCoreApplication>
-#include <QLoggingCategory>
 #if QT_VERSION_MAJOR == 5
 #include <QTextCodec>
 #endif
@@ -20,8 +19,7 @@ int main(int argc, char** argv)
 #endif
     QCoreApplication const application(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("tandry"));
-    // The commands print the store's errors themselves.
-    QLoggingCategory::setFilterRules(QStringLiteral("tandry.database*=false"));
+    tandryctl::SetTerminalUse({});
 
     tandryctl::CommandLine commandLine;
     tandryctl::DeclareCommands(commandLine);

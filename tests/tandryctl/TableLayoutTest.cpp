@@ -1,0 +1,101 @@
+#include "tools/tandryctl/TableLayout.h"
+#include "support/QtPrinters.h"
+#include "tools/tandryctl/Text.h"
+
+#include <QStringList>
+
+#include <gtest/gtest.h>
+
+using namespace tandryctl;
+using namespace tandry::test;
+
+namespace {
+
+using Rows = QVector<QVector<QString>>;
+
+QStringList LaidOut(QVector<TableLayout::Column> const& columns, Rows const& rows, std::optional<int> width = {})
+{
+    TableLayout layout(columns, width);
+    for (QVector<QString> const& row : rows) {
+        for (int column = 0; column < row.size(); ++column) {
+            bool isNumber = false;
+            row.at(column).toInt(&isNumber);
+            layout.Measure(column, row.at(column), isNumber);
+        }
+    }
+    layout.Fit();
+    QStringList lines{layout.Header()};
+    for (QVector<QString> const& row : rows)
+        lines.append(layout.Line(row));
+    return lines;
+}
+
+QVector<TableLayout::Column> const Columns{{"path"_q, CellWidth::MayBeShortened}, {"state"_q, CellWidth::Full}};
+
+} // namespace
+
+TEST(TableLayout, LongCellDoesNotPadTheOtherLines)
+{
+    QString const path = "/"_q + QString(4095, QLatin1Char('x'));
+    QStringList const lines = LaidOut(Columns, {{path, "new"_q}, {"/a"_q, "old"_q}});
+    EXPECT_EQ(lines, QStringList({"path  state"_q, path + "  new"_q, "/a    old"_q}));
+}
+
+TEST(TableLayout, CellsUpToTheMostPaddingAreAligned)
+{
+    QString const path(TableLayout::MostPadding, QLatin1Char('x'));
+    QStringList const lines = LaidOut(Columns, {{path, "new"_q}, {"/a"_q, "old"_q}});
+    EXPECT_EQ(lines.at(2), "/a"_q + QString(TableLayout::MostPadding, QLatin1Char(' ')) + "old"_q);
+}
+
+TEST(TableLayout, LongTextsAreShortenedInTheMiddleToFit)
+{
+    QStringList const lines =
+        LaidOut(Columns, {{"/home/ada/Documents/letters/2024/summer.txt"_q, "new"_q}, {"/a"_q, "old"_q}}, 30);
+    for (QString const& line : lines)
+        EXPECT_LE(DisplayWidth(line), 30) << line.toStdString();
+    EXPECT_TRUE(lines.at(1).startsWith("/home/ada"_q)) << lines.at(1).toStdString();
+    EXPECT_TRUE(lines.at(1).contains("…"_q));
+    EXPECT_TRUE(lines.at(1).endsWith("summer.txt  new"_q));
+    EXPECT_EQ(lines.at(2), "/a"_q + QString(23, QLatin1Char(' ')) + "old"_q);
+}
+
+TEST(TableLayout, WidestColumnsGiveWayFirst)
+{
+    QVector<TableLayout::Column> const columns{{"a"_q, CellWidth::MayBeShortened}, {"b"_q, CellWidth::MayBeShortened}};
+    QString const narrow(15, QLatin1Char('n'));
+    QStringList const lines = LaidOut(columns, {{QString(90, QLatin1Char('w')), narrow}}, 60);
+    EXPECT_TRUE(lines.at(1).endsWith("  "_q + narrow)) << lines.at(1).toStdString();
+    EXPECT_EQ(DisplayWidth(lines.at(1)), 60);
+}
+
+TEST(TableLayout, NumbersAndWordsStayWholeWhereTheyDoNotFit)
+{
+    QVector<TableLayout::Column> const columns{{"size"_q, CellWidth::Full}, {"path"_q, CellWidth::MayBeShortened}};
+    QStringList const lines = LaidOut(columns, {{"1234567890"_q, QString(50, QLatin1Char('x'))}}, 15);
+    EXPECT_EQ(lines.at(1), "1234567890  xxxxx…xxxxxx"_q);
+}
+
+TEST(TableLayout, NamesOfColumnsGiveWayBeforeTextsBecomeUnreadable)
+{
+    QVector<TableLayout::Column> const columns{{"folderConfigurationId"_q, CellWidth::Full},
+                                               {"path"_q, CellWidth::MayBeShortened}};
+    QStringList const lines = LaidOut(columns, {{"1234567"_q, QString(50, QLatin1Char('x'))}}, 40);
+    EXPECT_EQ(lines.at(0), "folder…ationId  path"_q);
+    EXPECT_EQ(DisplayWidth(lines.at(1)), 40);
+}
+
+TEST(TableLayout, TableThatFitsIsNotChanged)
+{
+    Rows const rows{{"/home/ada"_q, "new"_q}};
+    EXPECT_EQ(LaidOut(Columns, rows, 80), LaidOut(Columns, rows));
+}
+
+TEST(TableLayout, StyleIsAroundTheTextAndNotItsPadding)
+{
+    TableLayout layout(Columns);
+    layout.Measure(0, "/abc"_q, false);
+    layout.Measure(1, "new"_q, false);
+    layout.Fit();
+    EXPECT_EQ(layout.Line({"/a"_q, "new"_q}, {Style::Attention, Style::None}), "\x1b[33m/a\x1b[0m    new"_q);
+}

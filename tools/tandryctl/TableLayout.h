@@ -1,0 +1,70 @@
+#pragma once
+
+#include "Style.h"
+
+#include <QString>
+#include <QVector>
+
+#include <optional>
+
+namespace tandryctl {
+
+/// How the cells of a table's column may be shown.
+enum class CellWidth
+{
+    Full,
+    /// In a table that is too wide, shortened in the middle: for paths, names and other texts without a sense of their
+    /// own in each word.
+    MayBeShortened
+};
+
+/// Lays out a table with aligned columns in constant memory. The rows come twice: `Measure` is called for all of them,
+/// then `Fit`, then `Line` for each.
+///
+/// A few texts of thousands of characters, such as a path at the limit of the file system, must not fill all other
+/// lines with blanks: without a width to fit into, a cell of more than `MostPadding` columns is ignored when columns
+/// are aligned, and the rest of its line moves to the right.
+class TableLayout
+{
+public:
+    static constexpr int MostPadding = 100;
+
+    struct Column
+    {
+        QString name;
+        CellWidth cellWidth = CellWidth::Full;
+    };
+
+    /// The number of terminal columns to fit into; nothing for any number.
+    explicit TableLayout(QVector<Column> const& columns, std::optional<int> width = {});
+
+    /// Takes a cell of a column into account. Columns of numbers alone are aligned to the right.
+    void Measure(int column, QString const& cell, bool isNumber);
+
+    /// Decides on the widths.
+    void Fit();
+
+    /// Returns the names of the columns as a line.
+    QString Header(Style style = Style::None) const;
+    /// Returns a row as a line without blanks at its end. The cells have these styles, or none.
+    QString Line(QVector<QString> const& cells, QVector<Style> const& styles = {}) const;
+
+private:
+    struct MeasuredColumn
+    {
+        QString name;
+        CellWidth cellWidth;
+        /// The width of the widest cell, and of the widest one that others are aligned with.
+        int widest;
+        int aligned;
+        bool isNumeric = true;
+        int width = 0;
+    };
+
+    QString _Cell(MeasuredColumn const& column, QString const& text, Style style) const;
+
+    QVector<MeasuredColumn> _columns;
+    std::optional<int> _width;
+};
+
+} // namespace tandryctl
