@@ -101,6 +101,7 @@ TEST_F(DryRunTest, PrintsWhatEachCommandPrintsAndChangesNothing)
         {"backup"_q, "--keep"_q, "1"_q, At("more")},
         {"restore"_q, At("copy.db")},
         {"recover"_q, At("copy.db"), "--to"_q, At("recovered.db")},
+        {"import"_q, At("export.jsonl")},
     };
     QSet<QString> covered;
     Init();
@@ -115,6 +116,12 @@ TEST_F(DryRunTest, PrintsWhatEachCommandPrintsAndChangesNothing)
             RunSuccessfully({"backup"_q, At("more/store-2002-02-02T00-00-00Z.db")});
         if (command.first() == "doctor"_q)
             RawStore(StorePath()).Run("DELETE FROM Schedules"_q);
+        if (command.first() == "import"_q) {
+            RunSuccessfully({"export"_q, At("export.jsonl")});
+            RawStore(StorePath())
+                .Run("DELETE FROM FolderConfiguration; DELETE FROM FileConfiguration;"
+                     "DELETE FROM GeneratedFileConfiguration;"_q);
+        }
         ExpectSameOutput(command);
         covered.insert(command.first());
         covered.insert(command.mid(0, 2).join(QLatin1Char(' ')));

@@ -49,6 +49,15 @@ CLI::Option* AddText(CLI::App& app, char const* name, Target& target, char const
         name, [&target](std::string const& argument) { target = DecodeOrThrow(argument); }, help);
 }
 
+CLI::Option* AddTexts(CLI::App& app, char const* name, QStringList& texts, char const* help)
+{
+    auto const take = [&texts](std::vector<std::string> const& arguments) {
+        for (std::string const& argument : arguments)
+            texts.append(DecodeOrThrow(argument));
+    };
+    return app.add_option_function<std::vector<std::string>>(name, take, help);
+}
+
 /// A whole number: the least one, and what an argument that is none is told to be.
 struct NumberForm
 {
@@ -171,11 +180,7 @@ Command& Command::Argument(char const* name, int& id, char const* help)
 
 Command& Command::Argument(char const* name, QStringList& words, char const* help)
 {
-    auto const take = [&words](std::vector<std::string> const& arguments) {
-        for (std::string const& argument : arguments)
-            words.append(DecodeOrThrow(argument));
-    };
-    _app->add_option_function<std::vector<std::string>>(name, take, help)->type_name("");
+    AddTexts(*_app, name, words, help)->type_name("");
     return *this;
 }
 
@@ -206,6 +211,12 @@ Command& Command::Required(char const* option, int& id, char const* help)
 Command& Command::Option(char const* option, std::optional<QString>& target, char const* value, char const* help)
 {
     AddText(*_app, option, target, help)->type_name(value);
+    return *this;
+}
+
+Command& Command::Repeated(char const* option, QStringList& texts, char const* value, char const* help)
+{
+    AddTexts(*_app, option, texts, help)->type_name(value)->allow_extra_args(false);
     return *this;
 }
 

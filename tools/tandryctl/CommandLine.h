@@ -48,6 +48,8 @@ public:
     Command& Required(char const* option, QString& target, char const* value, char const* help);
     Command& Required(char const* option, int& id, char const* help);
     Command& Option(char const* option, std::optional<QString>& target, char const* value, char const* help);
+    /// Takes a text each time that it is given.
+    Command& Repeated(char const* option, QStringList& texts, char const* value, char const* help);
     /// Takes an id, a whole number from 1 up.
     Command& Option(char const* option, std::optional<int>& id, char const* help);
     /// Takes any whole number.

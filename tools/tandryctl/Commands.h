@@ -10,6 +10,7 @@ void AddDiffCommand(Command& top);
 void AddExplainCommand(Command& top);
 void AddExportCommand(Command& top);
 void AddHelpCommand(Command& top);
+void AddImportCommand(Command& top);
 void AddStoreCommands(Command& top);
 void AddDoctorCommand(Command& top);
 void AddRecoverCommand(Command& top);

@@ -1,3 +1,4 @@
+#include "CarrySummary.h"
 #include "CommandLine.h"
 #include "Commands.h"
 #include "Failure.h"
@@ -11,8 +12,6 @@
 #include "tools/carry/CarriedTables.h"
 #include "tools/carry/Export.h"
 #include "tools/carry/Snapshot.h"
-
-#include <QVariantMap>
 
 namespace tandryctl {
 
@@ -49,22 +48,6 @@ QStringList RecordsOf(Arguments const& arguments)
                           QStringLiteral("--only takes %1, with commas between").arg(JoinWithAnd(ChosenRecords())));
     }
     return records;
-}
-
-qint64 SumOf(RecordCounts const& counts)
-{
-    qint64 sum = 0;
-    for (auto const& [records, count] : counts)
-        sum += count;
-    return sum;
-}
-
-QVariantMap ToMap(RecordCounts const& counts)
-{
-    QVariantMap map;
-    for (auto const& [records, count] : counts)
-        map.insert(records, count);
-    return map;
 }
 
 /// Prints a summary, unless the export itself is the output.

@@ -23,6 +23,7 @@ void DeclareCommands(CommandLine& commandLine)
     AddDoctorCommand(top);
     AddRecoverCommand(top);
     AddExportCommand(top);
+    AddImportCommand(top);
     AddRootCommands(top);
     AddFolderCommands(top);
     AddFileCommands(top);
