@@ -4,8 +4,9 @@ namespace tandry::findings {
 
 std::optional<QString> DecodeUtf8(QByteArray const& bytes)
 {
-    // QString::fromUtf8 drops a leading byte order mark, and replaces invalid bytes.
-    QString text = QString::fromUtf8(bytes);
+    // The conversion drops a leading byte order mark, and replaces invalid bytes. That of a QByteArray ends at a null
+    // in Qt 5.
+    QString text = QString::fromStdString(bytes.toStdString());
     if (bytes.startsWith("\xef\xbb\xbf"))
         text.prepend(QChar(QChar::ByteOrderMark));
     if (text.toUtf8() != bytes)
