@@ -7,6 +7,7 @@
 #include "tools/tandryctl/CommandLine.h"
 #include "tools/tandryctl/Program.h"
 
+#include <QDir>
 #include <QDirIterator>
 #include <QFile>
 #include <QRegularExpression>
@@ -83,8 +84,9 @@ TEST_F(DryRunTest, PrintsWhatEachCommandPrintsAndChangesNothing)
         {"product"_q, "update"_q, "1"_q, "--name"_q, "m"_q},
         {"root"_q, "add"_q, At("docs"), "--server-path"_q, "/d"_q, "--account"_q, "1"_q},
         {"scan"_q},
+        {"root"_q, "move"_q, "1"_q, At("moved")},
         {"root"_q, "add"_q, At("more"), "--server-path"_q, "/m"_q},
-        {"folder"_q, "add"_q, At("docs/new/deep")},
+        {"folder"_q, "add"_q, At("moved/new/deep")},
         {"schedule"_q, "add"_q, "--folder"_q, "2"_q},
         {"schedule"_q, "update"_q, "2"_q, "--interval"_q, "5"_q},
         {"file"_q, "remove"_q, "1"_q},
@@ -111,7 +113,10 @@ TEST_F(DryRunTest, PrintsWhatEachCommandPrintsAndChangesNothing)
                 .Run("INSERT INTO GeneratedFileConfiguration (clientPath, parentFileId, fileType, rootFolderId) "
                      "VALUES ('%1', 1, 1, 1), ('%2', 2, 1, 1);"_q.arg(At("made"), At("made too")));
         if (command == QStringList{"scan"_q, "--prune"_q})
-            QFile::remove(At("docs/2"));
+            QFile::remove(At("moved/2"));
+        if (command.contains("move"_q)) {
+            ASSERT_TRUE(QDir().rename(At("docs"), At("moved")));
+        }
         if (command.contains("--keep"_q))
             RunSuccessfully({"backup"_q, At("more/store-2002-02-02T00-00-00Z.db")});
         if (command.first() == "doctor"_q)
