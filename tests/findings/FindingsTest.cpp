@@ -193,6 +193,12 @@ TEST_F(FindingsTest, RootsWithOnePathForTwoAccountsOverlapAndAreNoTwins)
                   {"roots-overlap"_q, {"FolderConfiguration 9: same as root 5 '/home/ada/pics'"_q}}}));
 }
 
+TEST_F(FindingsTest, PathThatIsABlobEndsTheSearchLikeAnyOther)
+{
+    RawStore(StorePath()).Run("UPDATE BaseFileConfiguration SET clientPath = x'2f61'"_q);
+    EXPECT_TRUE(FindAll(Open(OpenMode::ReadOnly)));
+}
+
 TEST_F(FindingsTest, LookingChangesNoByte)
 {
     QMap<QString, QByteArray> const before = FolderContents(folder.path());

@@ -104,12 +104,12 @@ PathSurvey SurveyPaths(StoreStatements& statements)
                 "SELECT group_concat(clientPath, char(0)), max(clientPath), max(times) FROM (SELECT clientPath, "
                 "count(*) AS times FROM %1 WHERE clientPath > :last GROUP BY clientPath LIMIT 1000)")
                 .arg(QLatin1String(table));
-        QString last = QStringLiteral("");
+        QVariant last = QStringLiteral(""); // of the type that is stored: all texts precede all blobs
         while (!last.isNull()) {
             StoreStatements::Values const values{{":last", last}};
             last.clear();
             statements.Read(statement, values, [&](IQSqlQueryWrapper& row) {
-                last = row.value(1).toString();
+                last = row.value(1);
                 survey.hasRepeated = survey.hasRepeated || row.value(2).toInt() > 1;
                 if (!last.isNull()) {
                     for (QString const& path : row.value(0).toString().split(QChar(QChar::Null)))
