@@ -35,7 +35,9 @@ set(statementDetails "database/(StatementDetails|sqlite/SqliteValue)\\.h")
 # findings use them.
 layer(tools/findings PUBLIC_OF ${libraries}
   SEES "config/(FileLinks|NameValue|Stored)Document\\.h" "config/(CommonConstants|folder/PathRules)\\.h" "QDom[A-Z].*" ${statementDetails})
-layer(tools/carry SEES "tools/findings/.*" PUBLIC_OF ${libraries})
+# What is in documents is replaced as the library would write it, except for its markers in names.
+layer(tools/carry PUBLIC_OF ${libraries}
+  SEES "tools/findings/.*" "config/(FileLinks|NameValue|Stored)Document\\.h" "config/CommonConstants\\.h" "QDom[A-Z].*")
 layer(tools/tandryctl BESIDE QT SEES "CLI/.*" ${statementDetails} "tools/(carry|findings)/.*" PUBLIC_OF ${libraries})
 layer(tools/viewer BESIDE QT PUBLIC_OF ${libraries})
 layer(examples QT PUBLIC_OF ${libraries})

@@ -1,6 +1,7 @@
 #include "CommandLine.h"
 #include "Commands.h"
 #include "Failure.h"
+#include "FindingColumns.h"
 #include "Progress.h"
 #include "Text.h"
 
@@ -25,48 +26,6 @@ namespace {
 
 /// Of one kind, in plain output.
 constexpr std::size_t MostRows = 20;
-
-QString SeverityName(FindingKind const& kind)
-{
-    return kind.severity == Severity::Fault ? QStringLiteral("fault") : QStringLiteral("note");
-}
-
-QVariantMap ToMap(FoundRow const& row)
-{
-    return {{QStringLiteral("table"), row.table},
-            {QStringLiteral("id"), row.id ? QVariant(*row.id) : QVariant()},
-            {QStringLiteral("name"), row.name},
-            {QStringLiteral("detail"), row.detail}};
-}
-
-QVariantMap ToMap(FixedRow const& fixed)
-{
-    QVariantMap map = ToMap(fixed.row);
-    map.insert(QStringLiteral("action"), fixed.action);
-    return map;
-}
-
-template <class Row>
-QVariantList ToList(std::vector<Row> const& rows)
-{
-    QVariantList list;
-    for (Row const& row : rows)
-        list.append(ToMap(row));
-    return list;
-}
-
-Columns<Finding> const& FindingColumns()
-{
-    static Columns<Finding> const columns{
-        {"code", Shown::Always, [](Finding const& finding) { return QLatin1String(finding.kind->code); }},
-        {"severity", Shown::Always, [](Finding const& finding) { return SeverityName(*finding.kind); }},
-        {"meaning", Shown::Always, [](Finding const& finding) { return QLatin1String(finding.kind->meaning); }},
-        {"fixable", Shown::Always, [](Finding const& finding) { return finding.kind->isFixable; }},
-        {"remedy", Shown::Always, [](Finding const& finding) { return QLatin1String(finding.kind->remedy); }},
-        {"rows", Shown::Always, [](Finding const& finding) { return ToList(finding.rows); }},
-    };
-    return columns;
-}
 
 QString LineOf(FoundRow const& row)
 {

@@ -24,6 +24,7 @@ void DeclareCommands(CommandLine& commandLine)
     AddRecoverCommand(top);
     AddExportCommand(top);
     AddImportCommand(top);
+    AddBundleCommand(top);
     AddRootCommands(top);
     AddFolderCommands(top);
     AddFileCommands(top);

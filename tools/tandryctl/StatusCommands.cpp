@@ -2,12 +2,12 @@
 #include "Commands.h"
 #include "Failure.h"
 #include "Lookups.h"
+#include "StatColumns.h"
 #include "Text.h"
 
 #include "config/FileConfiguration.h"
 #include "database/SqliteDatabaseFactory.h"
 #include "tools/findings/ColumnReference.h"
-#include "tools/findings/StoreSize.h"
 #include "tools/findings/StoreStatus.h"
 
 #include <map>
@@ -20,7 +20,6 @@ using tandry::findings::DiskEntry;
 using tandry::findings::NamesOfValues;
 using tandry::findings::ObjectSize;
 using tandry::findings::RootStatus;
-using tandry::findings::StoreSize;
 using tandry::findings::StoreStatus;
 
 namespace {
@@ -122,42 +121,6 @@ ExitStatus Status(Session& session)
     return ExitStatus::Done;
 }
 
-QVariantList SizesOf(std::vector<ObjectSize> const& objects)
-{
-    QVariantList list;
-    for (ObjectSize const& object : objects)
-        list.append(QVariantMap{{QStringLiteral("name"), object.name},
-                                {QStringLiteral("kind"), QString(QLatin1String(object.isIndex ? "index" : "table"))},
-                                {QStringLiteral("rows"), object.rows},
-                                {QStringLiteral("bytes"), object.bytes}});
-    return list;
-}
-
-struct StoreFacts
-{
-    QString path;
-    QString journalMode;
-    StoreSize size;
-};
-
-Columns<StoreFacts> const& StatColumns(bool withObjects)
-{
-    using Facts = StoreFacts;
-    static Columns<Facts> const facts{
-        {"store", Shown::Always, [](Facts const& f) { return f.path; }},
-        {"version", Shown::Always, [](Facts const& f) { return f.size.version; }},
-        {"journalMode", Shown::Always, [](Facts const& f) { return f.journalMode; }},
-        {"fileBytes", Shown::Always, [](Facts const& f) { return f.size.fileBytes; }},
-        {"logBytes", Shown::Always, [](Facts const& f) { return f.size.logBytes; }},
-        {"pageBytes", Shown::Always, [](Facts const& f) { return f.size.pageBytes; }},
-        {"pages", Shown::Always, [](Facts const& f) { return f.size.pages; }},
-        {"freePages", Shown::Always, [](Facts const& f) { return f.size.freePages; }},
-    };
-    static Columns<Facts> const all =
-        facts + Columns<Facts>{{"objects", Shown::Always, [](Facts const& f) { return SizesOf(f.size.objects); }}};
-    return withObjects ? all : facts;
-}
-
 ExitStatus Stat(Session& session)
 {
     static Columns<ObjectSize> const objectColumns{
@@ -165,10 +128,7 @@ ExitStatus Stat(Session& session)
         {"rows", Shown::Always, [](ObjectSize const& o) { return o.rows; }},
         {"name", Shown::Always, [](ObjectSize const& o) { return o.name; }},
     };
-    bool const usesLog = session.store()->journalMode() == sync::database::JournalMode::WriteAheadLog;
-    StoreFacts const facts{session.store()->path(),
-                           QLatin1String(usesLog ? "wal" : "delete"),
-                           session.Checked(tandry::findings::ReadSize(session.store()))};
+    StoreFacts const facts = session.Checked(FactsOf(session.store()));
     bool const isJson = session.output().format() == OutputFormat::Json;
     session.output().Show(StatColumns(isJson), facts);
     if (!isJson) {
