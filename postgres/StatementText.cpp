@@ -52,7 +52,7 @@ public:
         for (int position = 0; position < text.size();) {
             int const begin = position;
             QChar const first = text[begin];
-            QStringRef const rest = text.midRef(begin);
+            QStringView const rest = QStringView(text).mid(begin);
             if (first.isSpace()) {
                 ++position;
             }
@@ -258,11 +258,11 @@ QString Apply(QString const& text, Edits edits)
     for (Edit const& edit : edits) {
         if (edit.begin < position) // inside of a part that was replaced
             continue;
-        edited += text.midRef(position, edit.begin - position);
+        edited += text.mid(position, edit.begin - position);
         edited += edit.text;
         position = edit.end;
     }
-    return edited + text.midRef(position);
+    return edited + text.mid(position);
 }
 
 /// Returns why the store refuses the statement; null if it does not.

@@ -144,19 +144,19 @@ std::optional<QString> ReplaceFileIds(QString const& links,
     auto found = attribute.globalMatch(links);
     while (found.hasNext()) {
         QRegularExpressionMatch const match = found.next();
-        qint64 const id = match.capturedRef(1).toLongLong();
+        qint64 const id = match.captured(1).toLongLong();
         if (id < 1)
             continue;
         std::optional<qint64> const changed = newId(id);
         if (!changed)
             return std::nullopt;
-        replaced += links.midRef(done, match.capturedStart(1) - done);
+        replaced += links.mid(done, match.capturedStart(1) - done);
         replaced += QString::number(*changed);
         done = match.capturedEnd(1);
     }
     if (done == 0)
         return links;
-    replaced += links.midRef(done);
+    replaced += links.mid(done);
     return replaced;
 }
 

@@ -43,7 +43,7 @@ QString PathMaps::Moved(QString const& path) const
             return map.to;
         QString const prefix = WithSlash(map.from);
         if (path.startsWith(prefix))
-            return WithSlash(map.to) + path.midRef(prefix.size());
+            return WithSlash(map.to) + path.mid(prefix.size());
     }
     return path;
 }
@@ -62,11 +62,11 @@ QString PathMaps::MovedInLinks(QString const& links) const
     auto found = attribute.globalMatch(links);
     while (found.hasNext()) {
         QRegularExpressionMatch const match = found.next();
-        moved += links.midRef(done, match.capturedStart(1) - done);
+        moved += links.mid(done, match.capturedStart(1) - done);
         moved += maps.Moved(match.captured(1));
         done = match.capturedEnd(1);
     }
-    return moved + links.midRef(done);
+    return moved + links.mid(done);
 }
 
 } // namespace tandry::carry

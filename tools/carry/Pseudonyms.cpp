@@ -127,7 +127,7 @@ QString Pseudonyms::_OfPart(QString const& part)
         if (next > done)
             pseudonym += _OfName(part.mid(done, next - done));
         pseudonym += marker;
-        done = next + std::max(marker.size(), 1);
+        done = next + std::max(int(marker.size()), 1);
     }
     _parts.insert(part, new QString(pseudonym)); // owned by the cache
     return pseudonym;

@@ -265,7 +265,7 @@ std::optional<QByteArray> RowFinder::_Payload(QByteArray const& bytes, Cell cons
         chain.push_back(next);
         QByteArray const page = _file.Page(next);
         next = BigEndianAt<quint32>(page, 0);
-        auto const left = static_cast<int>(cell.payloadSize) - payload.size();
+        int const left = static_cast<int>(cell.payloadSize) - static_cast<int>(payload.size());
         payload += page.mid(4, std::min(left, _file.usableSize() - 4));
     }
     if (next != 0)

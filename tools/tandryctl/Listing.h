@@ -107,7 +107,7 @@ ExitStatus List(Session& session,
     }
     if (listed.isEmpty())
         ThrowNothingListed(plural, hint, options);
-    int const more = options.limit ? std::max(0, listed.size() - *options.limit) : 0;
+    int const more = options.limit ? std::max(0, int(listed.size()) - *options.limit) : 0;
     listed.erase(listed.end() - more, listed.end());
     session.output().List(PrintedColumns(columns, options, session.output().format()), listed);
     NoteMore(more);

@@ -37,7 +37,7 @@ QString NearestWord(QString const& mistyped, QStringList const& words)
     if (mistyped.size() > LongestWord)
         return {};
     QString nearest;
-    int least = std::max(1, mistyped.size() / LettersPerMistake) + 1;
+    int least = std::max(1, int(mistyped.size()) / LettersPerMistake) + 1;
     for (QString const& word : words) {
         int const distance = Distance(mistyped.toLower(), word.toLower());
         if (distance < least) {
