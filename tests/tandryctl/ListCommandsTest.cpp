@@ -457,10 +457,10 @@ TEST_F(ListCommandsTest, MemoryDoesNotGrowWithTheFiles)
     Sql("WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < 60000) INSERT INTO FileConfiguration "
         "(name, clientPath, serverPath) SELECT i, printf('/%0300d', i), printf('/%0300d', i) FROM n;"_q);
     // The rows alone have 70 MiB as texts of two bytes a character.
-    constexpr char const* Limit = "ulimit -d 40000;";
+    constexpr char const* limit = "ulimit -d 40000;";
     for (QStringList const& format : {QStringList{"--json"_q}, QStringList{}}) {
         RunResult const ran =
-            RunInShell("| tail -n 2"_q, QStringList{"list"_q, "files"_q} + format, QString::fromUtf8(Limit));
+            RunInShell("| tail -n 2"_q, QStringList{"list"_q, "files"_q} + format, QString::fromUtf8(limit));
         EXPECT_TRUE(ran.out.contains("060000"_q)) << ran.err.toStdString();
         EXPECT_EQ(ran.err, QString());
     }

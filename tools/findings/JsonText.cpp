@@ -118,8 +118,8 @@ void AppendByDocument(QByteArray& json, QJsonValue const& value)
 /// A document rounds numbers to those that a double can be.
 void AppendNumber(QByteArray& json, qint64 number)
 {
-    constexpr qint64 MostExact = qint64(1) << 53;
-    if (number >= -MostExact && number <= MostExact)
+    constexpr qint64 mostExact = qint64(1) << 53;
+    if (number >= -mostExact && number <= mostExact)
         json += QByteArray::number(number);
     else
         AppendByDocument(json, number);
@@ -129,9 +129,9 @@ void AppendNumber(QByteArray& json, qint64 number)
 
 void AppendJsonString(QByteArray& json, QString const& text)
 {
-    constexpr int MostBytesOfAUnit = 6; // of an escape
+    constexpr int mostBytesOfAUnit = 6; // of an escape
     int const before = json.size();
-    json.resize(before + 2 + MostBytesOfAUnit * text.size());
+    json.resize(before + 2 + mostBytesOfAUnit * text.size());
     char* at = json.data() + before;
     *at++ = '"';
     QChar const* const end = text.constData() + text.size();
@@ -178,9 +178,9 @@ void AppendIsoTime(QByteArray& text, QDateTime const& time)
     if (year < 1 || year > 9999)
         return;
 
-    constexpr int Size = sizeof "1970-01-01T00:00:00.000Z" - 1;
+    constexpr int size = sizeof "1970-01-01T00:00:00.000Z" - 1;
     int const before = text.size();
-    text.resize(before + Size);
+    text.resize(before + size);
     char* at = WriteDigits(text.data() + before, year, 4);
     *at++ = '-';
     at = WriteDigits(at, month, 2);

@@ -32,12 +32,12 @@ int Distance(QString const& from, QString const& to)
 
 QString NearestWord(QString const& mistyped, QStringList const& words)
 {
-    constexpr int LettersPerMistake = 3;
-    constexpr int LongestWord = 40; // what is longer is no mistyped word
-    if (mistyped.size() > LongestWord)
+    constexpr int lettersPerMistake = 3;
+    constexpr int longestWord = 40; // what is longer is no mistyped word
+    if (mistyped.size() > longestWord)
         return {};
     QString nearest;
-    int least = std::max(1, int(mistyped.size()) / LettersPerMistake) + 1;
+    int least = std::max(1, int(mistyped.size()) / lettersPerMistake) + 1;
     for (QString const& word : words) {
         int const distance = Distance(mistyped.toLower(), word.toLower());
         if (distance < least) {

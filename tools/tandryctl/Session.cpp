@@ -49,10 +49,10 @@ PlainForm PlainFormOf(SessionOptions const& options)
 
 OpenOptions OptionsFor(StoreAccess access, std::optional<int> waitSeconds)
 {
-    constexpr int MostSeconds = std::numeric_limits<int>::max() / 1000;
+    constexpr int mostSeconds = std::numeric_limits<int>::max() / 1000;
     OpenOptions options;
     if (waitSeconds)
-        options.busyTimeoutMsec = std::min(*waitSeconds, MostSeconds) * 1000;
+        options.busyTimeoutMsec = std::min(*waitSeconds, mostSeconds) * 1000;
     switch (access) {
     case StoreAccess::Create:
         options.mode = OpenMode::OpenOrCreate;
@@ -98,7 +98,7 @@ Session::Session(SessionOptions const& options, StoreAccess access)
         return;
 
     QString error;
-    QString const path = sync::database::AbsolutePath(_storePath, &error);
+    QString path = sync::database::AbsolutePath(_storePath, &error);
     if (path.isNull())
         throw Failure(FailureCode::StoreMissing, OneLine(error), QStringLiteral("give an absolute path in UTF-8"));
     QFileInfo const file(path);
@@ -135,7 +135,7 @@ QString Session::_CopyForDryRun(bool exists)
                       QStringLiteral("the dry run has no temporary folder for its copy of the store: %1")
                           .arg(OneLine(_dryRun->errorString())),
                       QStringLiteral("set TMPDIR to a folder that you may write"));
-    QString const path = _dryRun->filePath(QStringLiteral("store.db"));
+    QString path = _dryRun->filePath(QStringLiteral("store.db"));
     if (!exists)
         return path;
     StoreError error;

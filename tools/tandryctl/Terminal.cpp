@@ -45,14 +45,14 @@ bool HasColours(int stream)
 
 std::optional<int> TerminalWidth(int stream)
 {
-    constexpr int UsualWidth = 80;
+    constexpr int usualWidth = 80;
     if (::isatty(stream) != 1)
         return std::nullopt;
     winsize size{};
     // A terminal that does not know its size says 0.
     if (::ioctl(stream, TIOCGWINSZ, &size) == 0 && size.ws_col > 0)
         return size.ws_col;
-    return UsualWidth;
+    return usualWidth;
 }
 
 void OccupyClosedStreams()

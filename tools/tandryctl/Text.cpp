@@ -94,8 +94,8 @@ QStringList CharactersOf(QString const& text)
 
 bool IsComposed(QString const& text)
 {
-    constexpr ushort FirstCombiningMark = 0x300; // all characters before it are composed
-    return std::all_of(text.begin(), text.end(), [](QChar unit) { return unit.unicode() < FirstCombiningMark; }) ||
+    constexpr ushort firstCombiningMark = 0x300; // all characters before it are composed
+    return std::all_of(text.begin(), text.end(), [](QChar unit) { return unit.unicode() < firstCombiningMark; }) ||
            text.normalized(QString::NormalizationForm_C) == text;
 }
 
@@ -137,8 +137,8 @@ QString InDollarQuotes(QString const& text)
 /// Returns the character that begins there, or null if its bytes are not valid UTF-8.
 QString CharacterAt(QByteArray const& bytes, int at)
 {
-    constexpr int MostBytes = 4;
-    for (int length = 1; length <= MostBytes; ++length) {
+    constexpr int mostBytes = 4;
+    for (int length = 1; length <= mostBytes; ++length) {
         if (std::optional<QString> const character = DecodeUtf8(bytes.mid(at, length)))
             return *character;
     }
