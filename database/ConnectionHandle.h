@@ -24,7 +24,7 @@ struct RunResult
 
 /// The SQLite handle of a thread's connection, with its settings, its transaction statements and its prepared
 /// statements. Operations that return an int return SQLite's result code.
-class ConnectionHandle : public TransactionHandle
+class ConnectionHandle final : public TransactionHandle
 {
 public:
     ConnectionHandle(StoreFile const& file, OpenOptions const& options, SecretErasure& secrets, OwnCommits& ownCommits);

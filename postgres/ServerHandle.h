@@ -30,7 +30,7 @@ using Result = std::unique_ptr<PGresult, FreeResult>;
 using BoundValues = std::vector<std::optional<QByteArray>>;
 
 /// A connection to the server, with its settings, its transaction and its prepared statements.
-class ServerHandle : public TransactionHandle
+class ServerHandle final : public TransactionHandle
 {
 public:
     ServerHandle(ServerAddress const& address, OpenOptions const& options);
