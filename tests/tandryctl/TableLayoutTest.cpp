@@ -30,28 +30,28 @@ QStringList LaidOut(QVector<TableLayout::Column> const& columns, Rows const& row
     return lines;
 }
 
-QVector<TableLayout::Column> const Columns{{"path"_q, CellWidth::MayBeShortened}, {"state"_q, CellWidth::Full}};
+QVector<TableLayout::Column> const PathAndState{{"path"_q, CellWidth::MayBeShortened}, {"state"_q, CellWidth::Full}};
 
 } // namespace
 
 TEST(TableLayout, LongCellDoesNotPadTheOtherLines)
 {
     QString const path = "/"_q + QString(4095, QLatin1Char('x'));
-    QStringList const lines = LaidOut(Columns, {{path, "new"_q}, {"/a"_q, "old"_q}});
+    QStringList const lines = LaidOut(PathAndState, {{path, "new"_q}, {"/a"_q, "old"_q}});
     EXPECT_EQ(lines, QStringList({"path  state"_q, path + "  new"_q, "/a    old"_q}));
 }
 
 TEST(TableLayout, CellsUpToTheMostPaddingAreAligned)
 {
     QString const path(TableLayout::MostPadding, QLatin1Char('x'));
-    QStringList const lines = LaidOut(Columns, {{path, "new"_q}, {"/a"_q, "old"_q}});
+    QStringList const lines = LaidOut(PathAndState, {{path, "new"_q}, {"/a"_q, "old"_q}});
     EXPECT_EQ(lines.at(2), "/a"_q + QString(TableLayout::MostPadding, QLatin1Char(' ')) + "old"_q);
 }
 
 TEST(TableLayout, LongTextsAreShortenedInTheMiddleToFit)
 {
     QStringList const lines =
-        LaidOut(Columns, {{"/home/ada/Documents/letters/2024/summer.txt"_q, "new"_q}, {"/a"_q, "old"_q}}, 30);
+        LaidOut(PathAndState, {{"/home/ada/Documents/letters/2024/summer.txt"_q, "new"_q}, {"/a"_q, "old"_q}}, 30);
     for (QString const& line : lines)
         EXPECT_LE(DisplayWidth(line), 30) << line.toStdString();
     EXPECT_TRUE(lines.at(1).startsWith("/home/ada"_q)) << lines.at(1).toStdString();
@@ -88,12 +88,12 @@ TEST(TableLayout, NamesOfColumnsGiveWayBeforeTextsBecomeUnreadable)
 TEST(TableLayout, TableThatFitsIsNotChanged)
 {
     Rows const rows{{"/home/ada"_q, "new"_q}};
-    EXPECT_EQ(LaidOut(Columns, rows, 80), LaidOut(Columns, rows));
+    EXPECT_EQ(LaidOut(PathAndState, rows, 80), LaidOut(PathAndState, rows));
 }
 
 TEST(TableLayout, StyleIsAroundTheTextAndNotItsPadding)
 {
-    TableLayout layout(Columns);
+    TableLayout layout(PathAndState);
     layout.Measure(0, "/abc"_q, false);
     layout.Measure(1, "new"_q, false);
     layout.Fit();
