@@ -27,5 +27,10 @@ void AddAccountCommands(Command& top);
 void AddProductCommands(Command& top);
 void AddScheduleCommands(Command& top);
 void AddStatusCommands(Command& top);
+void AddSqlCommand(Command& top);
+void AddWatchCommand(Command& top);
+
+/// Adds `move` to the commands of roots.
+void AddRootMoveCommand(Command& roots);
 
 } // namespace tandryctl

@@ -2,8 +2,6 @@
 
 #include "CommandLine.h"
 #include "Commands.h"
-#include "SqlCommand.h"
-#include "WatchCommand.h"
 
 namespace tandryctl {
 

@@ -5,7 +5,6 @@
 #include "Paths.h"
 #include "RecordColumns.h"
 #include "Removal.h"
-#include "RootMoveCommand.h"
 #include "StoreQueries.h"
 #include "Text.h"
 

@@ -1,6 +1,5 @@
-#include "RootMoveCommand.h"
-
 #include "CommandLine.h"
+#include "Commands.h"
 #include "Failure.h"
 #include "FolderPlace.h"
 #include "Lookups.h"

@@ -1,6 +1,5 @@
-#include "SqlCommand.h"
-
 #include "CommandLine.h"
+#include "Commands.h"
 #include "Failure.h"
 #include "RowWriter.h"
 #include "StandardOutput.h"

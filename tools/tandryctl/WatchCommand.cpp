@@ -1,6 +1,5 @@
-#include "WatchCommand.h"
-
 #include "CommandLine.h"
+#include "Commands.h"
 #include "Failure.h"
 #include "Interruption.h"
 #include "StoreFailure.h"
