@@ -409,11 +409,15 @@ TEST_F(StoreCreation, ProcessesThatMakeTheSameStoreAtOnceAllGetIt)
         }
         for (auto const& child : children)
             EXPECT_EQ(child->Wait(), 0);
+        {
+            RawStore raw(path);
+            EXPECT_EQ(raw.Count(QStringLiteral("ServerConfiguration")), Processes);
+            EXPECT_EQ(raw.Count(QStringLiteral("Schedules")), 1);
+            EXPECT_EQ(raw.Value(QStringLiteral("PRAGMA integrity_check")).toString(), QStringLiteral("ok"));
+        }
+        // Two processes that close at the same moment each leave SQLite's log to the other one, so it may be there
+        // until the next one closes. No unfinished copy of the store is.
         EXPECT_EQ(FolderContents(place.path()).keys(), QStringList{QStringLiteral("store.db")});
-        RawStore raw(path);
-        EXPECT_EQ(raw.Count(QStringLiteral("ServerConfiguration")), Processes);
-        EXPECT_EQ(raw.Count(QStringLiteral("Schedules")), 1);
-        EXPECT_EQ(raw.Value(QStringLiteral("PRAGMA integrity_check")).toString(), QStringLiteral("ok"));
     }
 }
 
