@@ -68,6 +68,21 @@ protected:
     void SetUp() override
     {
         EachJournalMode::SetUp();
+        Watch();
+    }
+
+    void ReopenForReading()
+    {
+        changes.reset();
+        store.reset();
+        OpenOptions options;
+        options.mode = OpenMode::ReadOnly;
+        OpenStore(options);
+        Watch();
+    }
+
+    void Watch()
+    {
         changes = store->WatchChanges();
         ASSERT_NE(changes, nullptr);
     }
@@ -283,13 +298,7 @@ TEST_P(ChangesOfAStoreWithALog, AreNotCheckpoints)
 
 TEST_P(ChangesOfAStoreWithALog, OfAStoreReadWithoutALogBeginWhenAnotherProgramOpensIt)
 {
-    changes.reset();
-    store.reset();
-    OpenOptions options;
-    options.mode = OpenMode::ReadOnly;
-    OpenStore(options);
-    changes = store->WatchChanges();
-    ASSERT_NE(changes, nullptr);
+    ReopenForReading();
     ExpectSeen({});
     std::shared_ptr<SqliteDatabaseFactory> const writer = SqliteDatabaseFactory::Open(StorePath());
     ASSERT_NE(writer, nullptr);
@@ -302,13 +311,7 @@ TEST_P(ChangesOfAStoreWithALog, OfAStoreReadWithoutALogBeginWhenAnotherProgramOp
 
 TEST_P(ChangesOfAStoreWithALog, OfAStoreReadWithoutALogAreFoundAfterTheOtherProgramHasClosedItToo)
 {
-    changes.reset();
-    store.reset();
-    OpenOptions options;
-    options.mode = OpenMode::ReadOnly;
-    OpenStore(options);
-    changes = store->WatchChanges();
-    ASSERT_NE(changes, nullptr);
+    ReopenForReading();
     ASSERT_EQ(OtherProgram(StorePath(), {"add"_q, "1"_q}).Wait(), 0);
     ExpectSeen(Everything);
     ASSERT_EQ(OtherProgram(StorePath(), {"add"_q, "1"_q}).Wait(), 0);
