@@ -26,7 +26,8 @@ layer(database/store SEES "database/(ScopeParticipant|StoreError|StoreFactory|Tr
 layer(database/sqlite SEES ${storeOptions} "database/store/(Failure|StoredValues)\\.h" "sqlite3\\.h")
 layer(database/file SEES ${storeOptions} "database/sqlite/.*" "database/store/(Failure|StoreLog|StoreTables)\\.h" "sqlite3\\.h")
 layer(config SEES "interf/.*" "core/.*" "database/TransactionalScope\\.h" "(QtXml/)?Q(Dom|Xml)[A-Z].*" "QtXml")
-layer(models PUBLIC_OF interf config SEES "database/Store(Changes|Error|Factory)\\.h")
+# QPromise is in the Core of Qt 6 only.
+layer(models PUBLIC_OF interf config SEES "QPromise" "database/Store(Changes|Error|Factory)\\.h")
 layer(postgres SEES "interf/.*" "database/store/.*" "libpq-fe\\.h" PUBLIC_OF database)
 # What the tool shows of any statement, no client needs to know.
 set(statementDetails "database/(StatementDetails|sqlite/SqliteValue)\\.h")
