@@ -22,7 +22,7 @@ namespace {
 
 const QString FolderTable = QStringLiteral("FolderConfiguration");
 /// In the order of the index, so that the store need not sort; the id makes the order of equal names one.
-const QString ChildrenOf = QStringLiteral("WHERE parentId = :value ORDER BY name, id");
+const QString ChildrenOf = QStringLiteral("WHERE parentId = :parentId ORDER BY name, id");
 
 } // namespace
 
@@ -170,7 +170,8 @@ bool FolderTreeModel::Refresh()
 
 bool FolderTreeModel::Read(Node& node)
 {
-    std::optional<QVector<RecordRow>> const rows = _tree->rows.Read(ChildrenOf, node.row.id);
+    std::optional<QVector<RecordRow>> const rows =
+        _tree->rows.Read(ChildrenOf, {{QStringLiteral(":parentId"), node.row.id}});
     if (!rows)
         return false;
     bool const hadChildren = !node.isRead || !node.children.empty();

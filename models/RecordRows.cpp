@@ -28,6 +28,7 @@ RecordRows::RecordRows(std::shared_ptr<IDatabaseFactory> factory, QString const&
     for (Column const& column : _columns)
         names.append(column.name);
     _select = QStringLiteral("SELECT %1 FROM %2 ").arg(names.join(QStringLiteral(", ")), _table);
+    _selectIds = QStringLiteral("SELECT id FROM %1 ").arg(_table);
 }
 
 QHash<int, QByteArray> RecordRows::WithRoles(QHash<int, QByteArray> roles) const
@@ -71,27 +72,52 @@ QString RecordRows::Text(RecordRow const& row, int column) const
     return entries.join(QStringLiteral(", "));
 }
 
-std::optional<QVector<RecordRow>> RecordRows::Read(QString const& clauses, QVariant const& value) const
+std::optional<QVector<RecordRow>> RecordRows::Read(QString const& clauses, Bindings const& values, QString* error) const
 {
-    std::shared_ptr<IQSqlQueryWrapper> const query = _factory->CreateQuery();
-    if (!query->prepare(_select + clauses))
-        return std::nullopt;
-    if (value.isValid())
-        query->bindValue(QStringLiteral(":value"), value);
-    if (!query->exec())
-        return std::nullopt;
     QVector<RecordRow> rows;
-    while (query->next()) {
+    auto const take = [&](IQSqlQueryWrapper& query) {
         RecordRow row;
-        row.id = query->value(0).toInt(); // the first column of every table
+        row.id = query.value(0).toInt(); // the first column of every table
         row.values.reserve(_columns.size());
         for (int column = 0; column < _columns.size(); ++column)
-            row.values.append(Convert(_columns.at(column), query->value(column)));
+            row.values.append(Convert(_columns.at(column), query.value(column)));
         rows.append(row);
+        return true;
+    };
+    return Run(_select + clauses, values, take, error) ? std::optional(rows) : std::nullopt;
+}
+
+bool RecordRows::ReadIds(QString const& clauses,
+                         Bindings const& values,
+                         std::function<bool(int id)> const& take,
+                         QString& error) const
+{
+    return Run(
+        _selectIds + clauses, values, [&](IQSqlQueryWrapper& query) { return take(query.value(0).toInt()); }, &error);
+}
+
+bool RecordRows::Run(QString const& statement,
+                     Bindings const& values,
+                     std::function<bool(IQSqlQueryWrapper&)> const& take,
+                     QString* error) const
+{
+    std::shared_ptr<IQSqlQueryWrapper> const query = _factory->CreateQuery();
+    bool succeeds = query->prepare(statement);
+    if (succeeds) {
+        for (auto value = values.cbegin(); value != values.cend(); ++value)
+            query->bindValue(value.key(), value.value());
+        succeeds = query->exec();
     }
-    if (!query->lastError().isEmpty())
-        return std::nullopt;
-    return rows;
+    if (succeeds) {
+        while (query->next()) {
+            if (!take(*query))
+                return true;
+        }
+        succeeds = query->lastError().isEmpty();
+    }
+    if (!succeeds && error != nullptr)
+        *error = query->lastError();
+    return succeeds;
 }
 
 QVariant RecordRows::Convert(Column const& column, QVariant const& stored) const

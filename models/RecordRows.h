@@ -7,13 +7,19 @@
 #include <QByteArray>
 #include <QDateTime>
 #include <QHash>
+#include <QMap>
 #include <QString>
 #include <QVariant>
 #include <QVector>
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <utility>
+
+namespace sync::interf {
+class IQSqlQueryWrapper;
+}
 
 namespace sync::models {
 
@@ -24,10 +30,14 @@ struct RecordRow
     QVector<QVariant> values;
 };
 
-/// Reads rows of a table for a model, and gives their columns roles. Never reads a secret.
+/// Reads rows of a table for a model, and gives their columns roles. Never reads a secret or a document of links. Any
+/// thread may read; it uses its own connection to the store.
 class RecordRows
 {
 public:
+    /// The values of a statement's placeholders.
+    using Bindings = QMap<QString, QVariant>;
+
     /// A column that a model shows.
     struct Column
     {
@@ -54,15 +64,27 @@ public:
     /// Returns a column's value in words.
     QString Text(RecordRow const& row, int column) const;
 
-    /// Returns all rows of a SELECT of the shown columns that ends with these clauses, in which `:value` may stand.
-    /// Returns nothing if the store fails, also if it fails midway.
-    std::optional<QVector<RecordRow>> Read(QString const& clauses, QVariant const& value = {}) const;
+    /// Returns all rows of a SELECT of the shown columns that ends with these clauses. Returns nothing if the store
+    /// fails, also if it fails midway, and then sets `error` to the reason that the store gives.
+    std::optional<QVector<RecordRow>>
+    Read(QString const& clauses, Bindings const& values = {}, QString* error = nullptr) const;
+    /// Calls `take` with the id of each row that these clauses select, until it returns false. Returns false if the
+    /// store fails, and then sets `error` to the reason that the store gives.
+    [[nodiscard]] bool ReadIds(QString const& clauses,
+                               Bindings const& values,
+                               std::function<bool(int id)> const& take,
+                               QString& error) const;
 
 private:
     RecordRows(std::shared_ptr<sync::interf::factory::IDatabaseFactory> factory,
                QString const& table,
                QVector<Column> const& columns);
 
+    /// Calls `take` with the query on each row until it returns false. Returns false if the store fails.
+    bool Run(QString const& statement,
+             Bindings const& values,
+             std::function<bool(sync::interf::IQSqlQueryWrapper&)> const& take,
+             QString* error) const;
     QVariant Convert(Column const& column, QVariant const& stored) const;
 
     std::shared_ptr<sync::interf::factory::IDatabaseFactory> _factory;
@@ -71,6 +93,7 @@ private:
     QString _table;
     QVector<Column> _columns;
     QString _select;
+    QString _selectIds;
 };
 
 template <class Record>
@@ -78,7 +101,7 @@ RecordRows RecordRows::Of(std::shared_ptr<sync::interf::factory::IDatabaseFactor
 {
     QVector<Column> columns;
     for (auto const& column : sync::config::RecordColumns<Record>()) {
-        if (column.isSecret() || !column.isReceived())
+        if (column.isSecret() || !column.isReceived() || column.kind() == sync::config::ColumnKind::Links)
             continue;
         Record record;
         bool const isTime = column.kind() == sync::config::ColumnKind::Time &&

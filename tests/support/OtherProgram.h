@@ -13,6 +13,7 @@ namespace tandry::test {
 ///     add-and-crash COUNT    the same, and then ends at once
 ///     add-and-exit           adds one server and exits inside its scope
 ///     add-with-sqlite COUNT  adds servers with SQLite alone, which notices nothing
+///     run STATEMENT          runs a statement in a scope of its own
 ///     take-over              tries to have the file to itself; succeeds when it could
 class OtherProgram
 {

@@ -39,6 +39,12 @@ int Add(QString const& path, int count, bool crashes)
     std::exit(store != nullptr && tandry::test::AddServer(*store, QStringLiteral("another's")) ? 0 : 1);
 }
 
+int Run(QString const& path, QString const& statement)
+{
+    std::shared_ptr<SqliteDatabaseFactory> const store = SqliteDatabaseFactory::Open(path);
+    return store != nullptr && tandry::test::Execute(*store, statement) ? 0 : 1;
+}
+
 int RunWithSqlite(QString const& path, char const* statements, int count = 1)
 {
     sqlite3* handle = nullptr;
@@ -61,6 +67,8 @@ int main(int argc, char** argv)
         return Add(path, arguments.value(3).toInt(), command != QStringLiteral("add"));
     if (command == QStringLiteral("add-and-exit"))
         AddAndExit(path);
+    if (command == QStringLiteral("run"))
+        return Run(path, arguments.value(3));
     if (command == QStringLiteral("take-over"))
         return RunWithSqlite(path, "PRAGMA locking_mode = EXCLUSIVE; BEGIN EXCLUSIVE; CREATE TABLE a (b); COMMIT");
     if (command == QStringLiteral("add-with-sqlite"))
