@@ -1,6 +1,7 @@
 // Qt's library is not compiled with the thread sanitizer, which therefore does not know that QMutex is a lock. In that
 // build, every test program contains these replacements, which call the library's functions and inform the sanitizer.
 
+#include <QFutureInterface>
 #include <QLoggingCategory>
 #include <QMutex>
 #include <QTextCodec>
@@ -53,6 +54,18 @@ void QMutex::unlock() noexcept
     static auto* const unlock = Library<void(QMutex*)>("_ZN6QMutex6unlockEv");
     __tsan_release(this);
     unlock(this);
+}
+
+/// Whoever gives up the last share of a future destroys its results. Qt counts the shares with an atomic in its
+/// library.
+bool QFutureInterfaceBase::derefT() const
+{
+    static auto* const derefT = Library<bool(QFutureInterfaceBase const*)>("_ZNK20QFutureInterfaceBase6derefTEv");
+    __tsan_release(d);
+    bool const isShared = derefT(this);
+    if (!isShared)
+        __tsan_acquire(d);
+    return isShared;
 }
 
 /// Qt guards its list of codecs by a private lock. `QDomDocument::toString` looks a codec up.
