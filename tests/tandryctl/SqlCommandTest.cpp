@@ -1,10 +1,13 @@
+#include "Screen.h"
 #include "ToolFixture.h"
 
 #include "support/FolderContents.h"
 #include "support/RawStore.h"
+#include "tools/tandryctl/Text.h"
 
 using namespace tandryctl::test;
 using tandry::test::RawStore;
+using tandryctl::DisplayWidth;
 
 namespace {
 
@@ -54,6 +57,41 @@ TEST_F(SqlCommandTest, TableGoesOnWhenALaterValueIsWider)
     EXPECT_EQ(lines.at(0), "t    i"_q);
     EXPECT_EQ(lines.at(500), "x  500"_q);
     EXPECT_EQ(lines.at(999), "a longer text  999"_q);
+}
+
+TEST_F(SqlCommandTest, TableFitsTheTerminalAndShortensLaterTextsToo)
+{
+    QString const statement = "WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < 400)"
+                              " SELECT '/begin/' || printf('%.*c', i, 'x') || '/end' AS path,"
+                              " 1000000000000 + i AS number FROM n"_q;
+    RunResult const ran = RunOnScreen({"--store"_q, StorePath(), "sql"_q, statement}, {40, {"NO_COLOR=1"_q}});
+    EXPECT_EQ(ran.status, 0) << ran.out.toStdString();
+    QStringList lines = ran.out.split("\r\n"_q);
+    EXPECT_EQ(lines.takeLast(), QString());
+    ASSERT_EQ(lines.size(), 401);
+    EXPECT_EQ(lines.at(0).simplified(), "path number"_q);
+    for (QString const& line : qAsConst(lines))
+        EXPECT_EQ(DisplayWidth(line), 40) << line.toStdString();
+    EXPECT_EQ(lines.at(1).left(25).trimmed(), "/begin/x/end"_q);
+    for (int row : {200, 400}) {
+        EXPECT_TRUE(lines.at(row).startsWith("/begin/xxxxx…xxxxxxxx/end"_q)) << lines.at(row).toStdString();
+        EXPECT_TRUE(lines.at(row).endsWith(QString::number(1'000'000'000'000 + row))) << lines.at(row).toStdString();
+    }
+}
+
+TEST_F(SqlCommandTest, WidthAndColoursAreThoseOfListings)
+{
+    QString const statement = "SELECT 'abcdefghijklmnopqrstuvwxyz' AS letters, 1 AS number"_q;
+    EXPECT_EQ(RunSuccessfully({"sql"_q, statement, "--width"_q, "20"_q}),
+              "letters       number\n"
+              "abcde…uvwxyz       1\n"_q);
+    EXPECT_EQ(RunSuccessfully({"sql"_q, "SELECT 'a' AS letter"_q, "--color"_q, "always"_q}),
+              "\x1b[1mletter\x1b[0m\na\n"_q);
+}
+
+TEST_F(SqlCommandTest, MissingNumbersKeepTheOthersAligned)
+{
+    EXPECT_EQ(RunSuccessfully({"sql"_q, "SELECT column1 AS n FROM (VALUES (10), (NULL), (5))"_q}), " n\n10\n\n 5\n"_q);
 }
 
 TEST_F(SqlCommandTest, JsonKeepsEveryValueAsItIsStored)

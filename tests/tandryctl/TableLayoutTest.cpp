@@ -13,20 +13,26 @@ namespace {
 
 using Rows = QVector<QVector<QString>>;
 
+TableRow RowOf(QVector<QString> const& texts)
+{
+    TableRow row;
+    for (QString const& text : texts) {
+        bool isNumber = false;
+        text.toLongLong(&isNumber);
+        row.append({text, isNumber});
+    }
+    return row;
+}
+
 QStringList LaidOut(QVector<TableLayout::Column> const& columns, Rows const& rows, std::optional<int> width = {})
 {
     TableLayout layout(columns, width);
-    for (QVector<QString> const& row : rows) {
-        for (int column = 0; column < row.size(); ++column) {
-            bool isNumber = false;
-            row.at(column).toInt(&isNumber);
-            layout.Measure(column, row.at(column), isNumber);
-        }
-    }
+    for (QVector<QString> const& row : rows)
+        layout.Measure(RowOf(row));
     layout.Fit();
     QStringList lines{layout.Header()};
     for (QVector<QString> const& row : rows)
-        lines.append(layout.Line(row));
+        lines.append(layout.Line(RowOf(row)));
     return lines;
 }
 
@@ -76,6 +82,19 @@ TEST(TableLayout, NumbersAndWordsStayWholeWhereTheyDoNotFit)
     EXPECT_EQ(lines.at(1), "1234567890  xxxxx…xxxxxx"_q);
 }
 
+TEST(TableLayout, NumbersStayWholeAmongTexts)
+{
+    QVector<TableLayout::Column> const columns{{"a"_q, CellWidth::MayBeShortened}, {"b"_q, CellWidth::MayBeShortened}};
+    QStringList const lines = LaidOut(columns,
+                                      {{"1234567890123"_q, QString(50, QLatin1Char('x'))},
+                                       {""_q, "1234567890123"_q},
+                                       {"1"_q, QString(50, QLatin1Char('y'))}},
+                                      27);
+    EXPECT_EQ(lines.at(1), "1234567890123  xxxxx…xxxxxx"_q) << "a column of numbers, one of them missing";
+    EXPECT_EQ(lines.at(2), QString(15, QLatin1Char(' ')) + "1234567890123"_q) << "a number among texts";
+    EXPECT_EQ(lines.at(3), "            1  yyyyy…yyyyyy"_q);
+}
+
 TEST(TableLayout, NamesOfColumnsGiveWayBeforeTextsBecomeUnreadable)
 {
     QVector<TableLayout::Column> const columns{{"folderConfigurationId"_q, CellWidth::Full},
@@ -94,8 +113,7 @@ TEST(TableLayout, TableThatFitsIsNotChanged)
 TEST(TableLayout, StyleIsAroundTheTextAndNotItsPadding)
 {
     TableLayout layout(PathAndState);
-    layout.Measure(0, "/abc"_q, false);
-    layout.Measure(1, "new"_q, false);
+    layout.Measure({{"/abc"_q}, {"new"_q}});
     layout.Fit();
-    EXPECT_EQ(layout.Line({"/a"_q, "new"_q}, {Style::Attention, Style::None}), "\x1b[33m/a\x1b[0m    new"_q);
+    EXPECT_EQ(layout.Line({{"/a"_q, false, Style::Attention}, {"new"_q}}), "\x1b[33m/a\x1b[0m    new"_q);
 }

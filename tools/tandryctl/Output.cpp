@@ -118,8 +118,7 @@ void Output::_BeginRows(QVector<TableLayout::Column> const& columns)
 
 void Output::_MeasureRow(QVector<QVariant> const& values)
 {
-    for (int column = 0; column < values.size(); ++column)
-        _layout.Measure(column, CellText(values.at(column), _plain.clock), IsNumber(values.at(column)));
+    _layout.Measure(_TableRow(values));
 }
 
 void Output::_AddRow(QVector<QVariant> const& values, QVector<Style> const& styles)
@@ -132,13 +131,18 @@ void Output::_AddRow(QVector<QVariant> const& values, QVector<Style> const& styl
     }
     if (isFirst) {
         _layout.Fit();
-        PrintLine(_layout.Header(_plain.hasColours ? Style::Heading : Style::None));
+        PrintLine(_layout.Header(_plain.headingStyle()));
     }
-    QVector<QString> cells;
-    cells.reserve(values.size());
-    for (QVariant const& value : values)
-        cells.append(CellText(value, _plain.clock));
-    PrintLine(_layout.Line(cells, styles));
+    PrintLine(_layout.Line(_TableRow(values, styles)));
+}
+
+TableRow Output::_TableRow(QVector<QVariant> const& values, QVector<Style> const& styles) const
+{
+    TableRow row;
+    row.reserve(values.size());
+    for (int i = 0; i < values.size(); ++i)
+        row.append({CellText(values.at(i), _plain.clock), IsNumber(values.at(i)), styles.value(i, Style::None)});
+    return row;
 }
 
 qint64 Output::_EndRows()

@@ -37,6 +37,8 @@ struct PlainForm
     /// The number of terminal columns that tables fit into; nothing for any number.
     std::optional<int> width;
     bool hasColours = false;
+
+    Style headingStyle() const { return hasColours ? Style::Heading : Style::None; }
 };
 
 /// Whether a column is part of plain listings, or only of JSON and of a record that is shown in full.
@@ -114,6 +116,7 @@ public:
     Output(QIODevice& device, OutputFormat format, PlainForm const& plain = {});
 
     OutputFormat format() const { return _format; }
+    PlainForm const& plainForm() const { return _plain; }
 
     /// Calls its argument with each record.
     template <class Record>
@@ -223,6 +226,7 @@ private:
     void _BeginRows(QVector<TableLayout::Column> const& columns);
     void _MeasureRow(QVector<QVariant> const& values);
     void _AddRow(QVector<QVariant> const& values, QVector<Style> const& styles);
+    TableRow _TableRow(QVector<QVariant> const& values, QVector<Style> const& styles = {}) const;
     qint64 _EndRows();
     void _ShowRow(QVector<QString> const& names, QVector<QVariant> const& values);
     void _SetKeys(QVector<QString> const& names);

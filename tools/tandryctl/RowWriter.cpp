@@ -1,6 +1,6 @@
 #include "RowWriter.h"
 
-#include "Padding.h"
+#include "StreamedTable.h"
 #include "Text.h"
 
 #include "tools/findings/JsonText.h"
@@ -11,7 +11,6 @@
 #include <array>
 #include <charconv>
 #include <cmath>
-#include <limits>
 #include <optional>
 
 namespace tandryctl {
@@ -21,11 +20,6 @@ using sync::database::SqliteText;
 using sync::database::SqliteValue;
 
 namespace {
-
-/// The rows that decide how wide the columns of a table are.
-constexpr std::size_t RowsMeasured = 200;
-/// No column is made wider than this by a value of these rows: a single long value would pad all lines.
-constexpr int WidestColumn = 80;
 
 /// Returns the shortest number that reads back as the same one, with a point or an exponent.
 QByteArray RealText(double number)
@@ -172,67 +166,38 @@ private:
     QStringList const _columns;
 };
 
-/// Aligns the columns by the first rows. A later value that is wider moves the rest of its line.
 class PlainRows : public RowWriter
 {
 public:
-    explicit PlainRows(QStringList const& columns)
-        : _isNumeric(static_cast<std::size_t>(columns.size()), true)
-    {
-        QStringList names;
-        for (QString const& column : columns)
-            names.append(Printable(column));
-        _waiting.append(names);
-    }
+    PlainRows(QStringList const& columns, PlainForm const& form)
+        : _table(LayoutOf(columns), form)
+    {}
 
     QByteArray Begin() override { return {}; }
     QByteArray Row(std::vector<SqliteValue> const& values) override
     {
-        QStringList cells;
+        TableRow row;
         for (SqliteValue const& value : values)
-            cells.append(std::visit(ToPlain(), value));
-        if (!_widths.isEmpty())
-            return _Line(cells);
-        for (std::size_t i = 0; i < values.size(); ++i)
-            _isNumeric[i] = _isNumeric[i] && IsNumber(values[i]);
-        _waiting.append(cells);
-        return static_cast<std::size_t>(_waiting.size()) > RowsMeasured ? _Release() : QByteArray();
+            row.append({std::visit(ToPlain(), value), IsNumber(value)});
+        return _table.Add(row).toUtf8();
     }
-    QByteArray End() override { return _waiting.size() > 1 ? _Release() : QByteArray(); }
+    QByteArray End() override { return _table.End().toUtf8(); }
 
 private:
-    QByteArray _Release()
+    static QVector<TableLayout::Column> LayoutOf(QStringList const& columns)
     {
-        _widths = QVector<int>(_waiting.first().size(), 0);
-        for (QStringList const& cells : qAsConst(_waiting)) {
-            for (int column = 0; column < cells.size(); ++column)
-                _widths[column] = std::max(_widths.at(column), std::min(DisplayWidth(cells.at(column)), WidestColumn));
-        }
-        QByteArray lines;
-        for (QStringList const& cells : qAsConst(_waiting))
-            lines += _Line(cells);
-        _waiting.clear();
-        return lines;
+        QVector<TableLayout::Column> layout;
+        for (QString const& column : columns)
+            layout.append({Printable(column), CellWidth::MayBeShortened});
+        return layout;
     }
 
-    QByteArray _Line(QStringList const& cells) const
-    {
-        QString line;
-        for (int column = 0; column < cells.size(); ++column)
-            line += (column > 0 ? QStringLiteral("  ") : QString()) +
-                    Padded(cells.at(column), _widths.at(column), _isNumeric[static_cast<std::size_t>(column)]);
-        return WithoutTrailingBlanks(line).toUtf8() + '\n';
-    }
-
-    /// The names and the first rows, until the widths are known.
-    QVector<QStringList> _waiting;
-    QVector<int> _widths;
-    std::vector<bool> _isNumeric;
+    StreamedTable _table;
 };
 
 } // namespace
 
-std::unique_ptr<RowWriter> RowWriter::Make(RowFormat format, QStringList const& columns)
+std::unique_ptr<RowWriter> RowWriter::Make(RowFormat format, QStringList const& columns, PlainForm const& plainForm)
 {
     switch (format) {
     case RowFormat::Plain:
@@ -242,7 +207,7 @@ std::unique_ptr<RowWriter> RowWriter::Make(RowFormat format, QStringList const& 
     case RowFormat::Csv:
         return std::make_unique<CsvRows>(columns);
     }
-    return std::make_unique<PlainRows>(columns);
+    return std::make_unique<PlainRows>(columns, plainForm);
 }
 
 } // namespace tandryctl

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Output.h"
+
 #include "database/sqlite/SqliteValue.h"
 
 #include <QByteArray>
@@ -31,7 +33,8 @@ class RowWriter
 public:
     virtual ~RowWriter() = default;
 
-    static std::unique_ptr<RowWriter> Make(RowFormat format, QStringList const& columns);
+    /// A table has the plain form.
+    static std::unique_ptr<RowWriter> Make(RowFormat format, QStringList const& columns, PlainForm const& plainForm);
 
     // Each returns what is to be printed next, which may be nothing.
     virtual QByteArray Begin() = 0;

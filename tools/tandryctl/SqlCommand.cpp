@@ -78,7 +78,7 @@ private:
 void PrintRows(Session& session, IQSqlQueryWrapper& query, StatementDetails const& details, RowFormat format)
 {
     QStringList const columns = details.columnNames();
-    std::unique_ptr<RowWriter> const writer = RowWriter::Make(format, columns);
+    std::unique_ptr<RowWriter> const writer = RowWriter::Make(format, columns, session.output().plainForm());
     std::vector<SqliteValue> values(static_cast<std::size_t>(columns.size()));
     Printer printer;
     printer.Print(writer->Begin());

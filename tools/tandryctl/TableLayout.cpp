@@ -21,17 +21,21 @@ TableLayout::TableLayout(QVector<Column> const& columns, std::optional<int> widt
     : _width(width)
 {
     for (Column const& column : columns)
-        _columns.append({column.name, column.cellWidth, 0, 0});
+        _columns.append({column.name, column.cellWidth});
 }
 
-void TableLayout::Measure(int column, QString const& cell, bool isNumber)
+void TableLayout::Measure(TableRow const& row)
 {
-    MeasuredColumn& measured = _columns[column];
-    int const width = DisplayWidth(cell);
-    measured.widest = std::max(measured.widest, width);
-    if (width <= MostPadding)
-        measured.aligned = std::max(measured.aligned, width);
-    measured.isNumeric = measured.isNumeric && isNumber;
+    for (int i = 0; i < row.size(); ++i) {
+        TableCell const& cell = row.at(i);
+        MeasuredColumn& column = _columns[i];
+        int const width = DisplayWidth(cell.text);
+        column.widest = std::max(column.widest, width);
+        if (width <= MostPadding)
+            column.aligned = std::max(column.aligned, width);
+        column.hasNumbers = column.hasNumbers || cell.isNumber;
+        column.hasTexts = column.hasTexts || (!cell.isNumber && !cell.text.isEmpty());
+    }
 }
 
 void TableLayout::Fit()
@@ -41,7 +45,7 @@ void TableLayout::Fit()
     if (!_width)
         return;
     for (MeasuredColumn& column : _columns) {
-        if (column.cellWidth == CellWidth::MayBeShortened)
+        if (column.mayBeShortened())
             column.width = std::min(std::max(column.widest, DisplayWidth(column.name)), *_width);
     }
 
@@ -55,7 +59,7 @@ void TableLayout::Fit()
     auto const shortenTexts = [&](int least) {
         for (int most = *_width - 1; most >= least && isTooWide(); --most) {
             for (MeasuredColumn& column : _columns) {
-                if (column.cellWidth == CellWidth::MayBeShortened)
+                if (column.mayBeShortened())
                     column.width = std::min(column.width, most);
             }
         }
@@ -63,7 +67,7 @@ void TableLayout::Fit()
     shortenTexts(ReadableWidth);
     for (int most = *_width - 1; most >= LeastHeadingWidth && isTooWide(); --most) {
         for (MeasuredColumn& column : _columns) {
-            if (column.cellWidth == CellWidth::Full)
+            if (!column.mayBeShortened())
                 column.width = std::min(column.width, std::max(column.aligned, most));
         }
     }
@@ -72,30 +76,30 @@ void TableLayout::Fit()
 
 QString TableLayout::Header(Style style) const
 {
-    QVector<QString> names;
+    TableRow names;
     for (MeasuredColumn const& column : _columns)
-        names.append(_width ? Shortened(column.name, column.width) : column.name);
-    return Line(names, QVector<Style>(names.size(), style));
+        names.append({_width ? Shortened(column.name, column.width) : column.name, false, style});
+    return Line(names);
 }
 
-QString TableLayout::Line(QVector<QString> const& cells, QVector<Style> const& styles) const
+QString TableLayout::Line(TableRow const& row) const
 {
     QString line;
-    for (int i = 0; i < cells.size(); ++i) {
+    for (int i = 0; i < row.size(); ++i) {
         if (i > 0)
             line += QString(Gap, QLatin1Char(' '));
-        line += _Cell(_columns.at(i), cells.at(i), styles.value(i, Style::None));
+        line += _Cell(_columns.at(i), row.at(i));
     }
     return WithoutTrailingBlanks(line);
 }
 
-QString TableLayout::_Cell(MeasuredColumn const& column, QString const& text, Style style) const
+QString TableLayout::_Cell(MeasuredColumn const& column, TableCell const& cell) const
 {
-    bool const isShortened = _width && column.cellWidth == CellWidth::MayBeShortened;
-    QString const cell = isShortened ? Shortened(text, column.width) : text;
-    QString const blanks(std::max(0, column.width - DisplayWidth(cell)), QLatin1Char(' '));
-    QString const styled = Styled(cell, style);
-    return column.isNumeric ? blanks + styled : styled + blanks;
+    bool const isShortened = _width && column.cellWidth == CellWidth::MayBeShortened && !cell.isNumber;
+    QString const text = isShortened ? Shortened(cell.text, column.width) : cell.text;
+    QString const blanks(std::max(0, column.width - DisplayWidth(text)), QLatin1Char(' '));
+    QString const styled = Styled(text, cell.style);
+    return column.isNumeric() ? blanks + styled : styled + blanks;
 }
 
 } // namespace tandryctl

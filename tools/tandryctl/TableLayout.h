@@ -18,8 +18,18 @@ enum class CellWidth
     MayBeShortened
 };
 
-/// Lays out a table with aligned columns in constant memory. The rows come twice: `Measure` is called for all of them,
-/// then `Fit`, then `Line` for each.
+struct TableCell
+{
+    QString text;
+    /// Numbers are never shortened.
+    bool isNumber = false;
+    Style style = Style::None;
+};
+
+using TableRow = QVector<TableCell>;
+
+/// Lays out a table with aligned columns in constant memory: `Measure` is called for the rows that decide on the
+/// widths, then `Fit`, then `Line` for each row.
 ///
 /// A few texts of thousands of characters, such as a path at the limit of the file system, must not fill all other
 /// lines with blanks: without a width to fit into, a cell of more than `MostPadding` columns is ignored when columns
@@ -38,16 +48,16 @@ public:
     /// The number of terminal columns to fit into; nothing for any number.
     explicit TableLayout(QVector<Column> const& columns, std::optional<int> width = {});
 
-    /// Takes a cell of a column into account. Columns of numbers alone are aligned to the right.
-    void Measure(int column, QString const& cell, bool isNumber);
+    /// Takes a row into account. Columns of numbers and empty cells alone are aligned to the right.
+    void Measure(TableRow const& row);
 
     /// Decides on the widths.
     void Fit();
 
     /// Returns the names of the columns as a line.
     QString Header(Style style = Style::None) const;
-    /// Returns a row as a line without blanks at its end. The cells have these styles, or none.
-    QString Line(QVector<QString> const& cells, QVector<Style> const& styles = {}) const;
+    /// Returns a row as a line without blanks at its end.
+    QString Line(TableRow const& row) const;
 
 private:
     struct MeasuredColumn
@@ -55,13 +65,17 @@ private:
         QString name;
         CellWidth cellWidth;
         /// The width of the widest cell, and of the widest one that others are aligned with.
-        int widest;
-        int aligned;
-        bool isNumeric = true;
+        int widest = 0;
+        int aligned = 0;
+        bool hasNumbers = false;
+        bool hasTexts = false;
         int width = 0;
+
+        bool isNumeric() const { return hasNumbers && !hasTexts; }
+        bool mayBeShortened() const { return cellWidth == CellWidth::MayBeShortened && !isNumeric(); }
     };
 
-    QString _Cell(MeasuredColumn const& column, QString const& text, Style style) const;
+    QString _Cell(MeasuredColumn const& column, TableCell const& cell) const;
 
     QVector<MeasuredColumn> _columns;
     std::optional<int> _width;
