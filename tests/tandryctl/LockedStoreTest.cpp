@@ -108,6 +108,20 @@ TEST_F(LockedStoreTest, CommandWaitsAsLongAsItIsTold)
     EXPECT_EQ(patient->exitCode(), 0) << patient->readAllStandardError().constData();
 }
 
+TEST_F(LockedStoreTest, OtherStoreOfADiffIsWaitedForAsLongAsTold)
+{
+    ASSERT_TRUE(QFile::copy(StorePath(), At("other.db")));
+    QStringList const diff{"diff"_q, "--with"_q, At("other.db")};
+    RawStore other(At("other.db"));
+    other.Run("PRAGMA journal_mode = DELETE; BEGIN EXCLUSIVE"_q);
+    ExpectThisProcessToBeNamed(diff);
+    std::unique_ptr<QProcess> const patient = Start(diff + QStringList{"--wait"_q, "100"_q});
+    EXPECT_EQ(Run(diff).status, 3);
+    other.Run("COMMIT"_q);
+    ASSERT_TRUE(patient->waitForFinished(TimeoutMsec));
+    EXPECT_EQ(patient->exitCode(), 0) << patient->readAllStandardError().constData();
+}
+
 TEST_F(LockedStoreTest, WaitTakesOnlyCountingNumbers)
 {
     for (char const* seconds : {"-1", "1.5", "x", ""})

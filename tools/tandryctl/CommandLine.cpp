@@ -421,8 +421,10 @@ ExitStatus CommandLine::_RunAndReport()
         return _RunChosen();
     }
     catch (Failure const& failure) {
-        bool const isLocked = failure.code() == FailureCode::StoreLocked; // the store is closed by now
-        return _Report(isLocked ? WithLockHolders(failure, StorePathOf(_options)) : failure);
+        if (failure.code() != FailureCode::StoreLocked)
+            return _Report(failure);
+        QString const other = failure.otherStore();
+        return _Report(WithLockHolders(failure, other.isNull() ? StorePathOf(_options) : other)); // closed by now
     }
 }
 

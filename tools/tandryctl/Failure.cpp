@@ -5,6 +5,13 @@
 
 namespace tandryctl {
 
+Failure Failure::InOtherStore(QString const& path) const
+{
+    Failure failure = *this;
+    failure._otherStore = path.toUtf8();
+    return failure;
+}
+
 QString Failure::InFormat(OutputFormat format) const
 {
     if (format == OutputFormat::Plain)

@@ -22,7 +22,12 @@ public:
         , _hint(hint.toUtf8())
     {}
 
+    /// Returns the failure of a store that is not the command's own.
+    Failure InOtherStore(QString const& path) const;
+
     FailureCode code() const noexcept { return _code; }
+    /// The store that has failed, if it is not the command's own; null otherwise.
+    QString otherStore() const { return QString::fromUtf8(_otherStore); }
     QString message() const { return QString::fromUtf8(_message); }
     QString hint() const { return QString::fromUtf8(_hint); }
     /// Returns what is printed: a line for people, or an object for programs.
@@ -33,6 +38,7 @@ private:
     FailureCode _code;
     QByteArray _message;
     QByteArray _hint;
+    QByteArray _otherStore;
 };
 
 } // namespace tandryctl

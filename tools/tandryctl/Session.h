@@ -85,6 +85,8 @@ public:
     ~Session();
 
     QString const& storePath() const { return _storePath; }
+    /// How long to wait for a lock of another program; nothing for the library's own time.
+    std::optional<int> waitSeconds() const { return _waitSeconds; }
     /// Whether the command may change nothing. The store is then a private copy; everything else is up to the command.
     bool isDryRun() const { return _dryRun != nullptr; }
     /// Returns whether this session has created the store.

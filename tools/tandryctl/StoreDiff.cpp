@@ -68,15 +68,27 @@ QByteArray JsonLine(RecordDifference const& difference)
     return json;
 }
 
+/// Opens a copy of a store.
+std::unique_ptr<Session> OpenCopy(QString const& storePath, std::optional<int> waitSeconds)
+{
+    SessionOptions options;
+    options.storePath = storePath;
+    options.waitSeconds = waitSeconds;
+    options.dryRun = true;
+    try {
+        return std::make_unique<Session>(options, StoreAccess::Read);
+    }
+    catch (Failure const& failure) {
+        throw failure.InOtherStore(storePath);
+    }
+}
+
 } // namespace
 
 ExitStatus DiffStores(Session& session, QString const& otherStore)
 {
     constexpr qint64 differencesBetweenFlushes = 1000;
-    SessionOptions otherOptions;
-    otherOptions.storePath = otherStore;
-    otherOptions.dryRun = true; // on a copy
-    Session other(otherOptions, StoreAccess::Read);
+    auto const other = OpenCopy(otherStore, session.waitSeconds());
     QString error;
     auto const snapshot = Snapshot::Take(*session.store(), error);
     if (snapshot == nullptr)
@@ -88,7 +100,7 @@ ExitStatus DiffStores(Session& session, QString const& otherStore)
     Output& output = session.output();
     bool const isJson = output.format() == OutputFormat::Json;
     qint64 count = 0;
-    StoreComparison comparison(snapshot->store(), other.store());
+    StoreComparison comparison(snapshot->store(), other->store());
     bool const worked = comparison.Compare([&](RecordDifference const& difference) {
         if (isJson)
             output.PrintText(QString::fromUtf8((count == 0 ? "[\n" : ",\n") + JsonLine(difference)));
@@ -99,7 +111,7 @@ ExitStatus DiffStores(Session& session, QString const& otherStore)
     });
     if (!worked) {
         auto const storeError = snapshot->store()->LastError();
-        throw StoreFailure(storeError ? *storeError : other.store()->LastError().value_or(StoreError()));
+        throw StoreFailure(storeError ? *storeError : other->store()->LastError().value_or(StoreError()));
     }
     if (isJson)
         output.PrintText(QLatin1String(count == 0 ? "[]\n" : "\n]\n"));
