@@ -120,10 +120,10 @@ ToolTest::RunWithoutStore(QStringList const& arguments, QStringList const& envir
     return RunProcess(process, arguments, input);
 }
 
-std::unique_ptr<QProcess> ToolTest::Start(QStringList const& arguments)
+std::unique_ptr<QProcess> ToolTest::Start(QStringList const& arguments, QStringList const& environment)
 {
     auto process = std::make_unique<QProcess>();
-    process->setProcessEnvironment(HomeEnvironment(folder.path()));
+    process->setProcessEnvironment(HomeEnvironment(folder.path(), environment));
     process->start(Program, _OnStore(arguments));
     EXPECT_TRUE(process->waitForStarted(TimeoutMsec)) << process->errorString().toStdString();
     return process;

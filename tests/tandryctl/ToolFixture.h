@@ -73,8 +73,8 @@ protected:
     /// front.
     RunResult RunInShell(QString const& redirection, QStringList const& arguments, QString const& before = {});
 
-    /// Starts the program on the test's store.
-    std::unique_ptr<QProcess> Start(QStringList const& arguments);
+    /// Starts the program on the test's store, with additional environment variables ("NAME=value").
+    std::unique_ptr<QProcess> Start(QStringList const& arguments, QStringList const& environment = {});
 
     /// Runs the program so that file permissions apply to it, even for root. Returns nothing if that is not possible.
     std::optional<RunResult> RunWithoutPrivileges(QStringList const& arguments);

@@ -2,11 +2,13 @@
 
 #include "support/RawStore.h"
 
+#include <QDateTime>
 #include <QFile>
 #include <QJsonDocument>
 
 #include <csignal>
 #include <functional>
+#include <map>
 
 #include <sys/syscall.h>
 
@@ -41,10 +43,19 @@ protected:
         return *_raw;
     }
 
-    void StartWatching(QStringList const& more = {})
+    void StartWatching(QStringList const& options = {}, QStringList const& environment = {})
     {
-        _process = Start(QStringList{"watch"_q} + more);
+        _process = Start(QStringList{"watch"_q} + options, environment);
         WaitFor([&] { return _process->readAllStandardError().contains("Ctrl-C ends it"); });
+    }
+
+    /// Waits until the program has printed so many lines, and returns them without their times.
+    QStringList Changes(int count)
+    {
+        QStringList lines = Lines(count);
+        for (QString& line : lines)
+            line = line.section(QLatin1Char(' '), 1);
+        return lines;
     }
 
     /// Waits until the program has printed so many lines, and returns them.
@@ -118,13 +129,28 @@ TEST_F(WatchCommandTest, RowsThatComeAndGoAndTheirStatusesArePrinted)
               "UPDATE FileConfiguration SET syncStatus = 1 WHERE id = 1;"
               "INSERT INTO ServerConfiguration (id, davUrl) VALUES (3, 'https://a');"
               "COMMIT"_q);
-    EXPECT_EQ(Lines(3),
+    EXPECT_EQ(Changes(3),
               QStringList({"added server 3 'https://a'"_q,
                            "status file 1 '/r/a': 2 not synced -> 1 syncing"_q,
                            "added file 7 '/r/new one': 2 not synced"_q}));
     raw().Run("DELETE FROM FileConfiguration WHERE id = 1"_q);
-    EXPECT_EQ(Lines(1), QStringList{"removed file 1"_q});
+    EXPECT_EQ(Changes(1), QStringList{"removed file 1"_q});
     EXPECT_EQ(End(), "2 records added, 1 removed, 1 with another status\n"_q);
+}
+
+TEST_F(WatchCommandTest, TimesAreLocalWithTheirZoneOrInUtc)
+{
+    for (auto const& [options, zone] : std::map<QStringList, QString>{{{}, "+05:45"_q}, {{"--utc"_q}, "Z"_q}}) {
+        QDateTime const before = QDateTime::currentDateTimeUtc();
+        StartWatching(options, {"TZ=TEST-05:45"_q}); // 05:45 before UTC
+        raw().Run("UPDATE FileConfiguration SET syncStatus = syncStatus + 1 WHERE id = 1"_q);
+        QString const time = Lines(1).first().section(QLatin1Char(' '), 0, 0);
+        EXPECT_TRUE(time.endsWith(zone)) << time.toStdString();
+        QDateTime const read = QDateTime::fromString(time, Qt::ISODateWithMs);
+        EXPECT_GE(read, before) << time.toStdString();
+        EXPECT_LE(read, QDateTime::currentDateTimeUtc()) << time.toStdString();
+        End();
+    }
 }
 
 TEST_F(WatchCommandTest, JsonHasAnObjectForEachChange)
@@ -163,12 +189,13 @@ TEST_F(WatchCommandTest, StoreThatNobodyHasOpenIsWatched)
     StartWatching();
     WaitUntilAsleep();
     RunSuccessfully({"server"_q, "add"_q, "--dav-url"_q, "https://b.example/d"_q});
-    EXPECT_EQ(Lines(1), QStringList{"added server 1 'https://b.example/d'"_q});
+    EXPECT_EQ(Changes(1), QStringList{"added server 1 'https://b.example/d'"_q});
     End(SIGTERM);
 }
 
 TEST_F(WatchCommandTest, ChangesWithinTheIntervalArePrintedTogether)
 {
+    raw(); // its opening would count as the first change
     StartWatching({"--interval"_q, "3600"_q});
     raw().Run("UPDATE FileConfiguration SET syncStatus = 0 WHERE id = 1"_q);
     Lines(1); // the first one comes at once

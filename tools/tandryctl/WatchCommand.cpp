@@ -130,8 +130,10 @@ public:
 private:
     void _PrintPlain(RowChange const& change, QString const& name)
     {
-        QStringList words{
-            WordOf(change.kind), WordForRecordOf(QLatin1String(change.table)), QString::number(change.id)};
+        QStringList words{CellText(QDateTime::currentDateTimeUtc(), _output.plainForm().clock),
+                          WordOf(change.kind),
+                          WordForRecordOf(QLatin1String(change.table)),
+                          QString::number(change.id)};
         if (!name.isNull())
             words.append(Quoted(name));
         QStringList statuses;
@@ -251,10 +253,10 @@ void AddWatchCommand(Command& top)
     top.Add("watch", "Print what changes in the store, until interrupted")
         .Count("--interval", arguments->interval, "The least number of seconds between two looks; by default 1")
         .Remark(
-            "Prints records that are added or removed, or whose status changes, whichever program writes. What has\n"
-            "changed and changed back between two looks is not seen. A look reads all ids and statuses and keeps\n"
-            "them, 8 bytes for each record. Between looks no lock is held, and while nobody writes nothing is read.\n"
-            "Ctrl-C ends it with a summary; --json prints one object per line.")
+            "Prints records that are added or removed, or whose status changes, whichever program writes, with the\n"
+            "time at which it was seen. What has changed and changed back between two looks is not seen. A look reads\n"
+            "all ids and statuses and keeps them, 8 bytes for each record. Between looks no lock is held, and while\n"
+            "nobody writes nothing is read. Ctrl-C ends it with a summary; --json prints one object per line.")
         .Example("watch", "see what a client does with its store")
         .Example("watch --json --interval 10", "the same for a program, and for a large store")
         .Run(StoreAccess::Read, [arguments](Session& session) { return Watch(session, *arguments); });
