@@ -189,6 +189,12 @@ TEST_F(CommandLineTest, NearestWordIsSuggested)
         {"help rot add", "'rot' (did you mean 'root'?); see 'tandryctl --help'"},
         {"help root ad", "'ad' (did you mean 'add'?); see 'tandryctl root --help'"},
         {"xyzzy", "'xyzzy'; see 'tandryctl --help'"},
+        {"list files --status notsynced", "'notsynced' is not a valid STATUS (did you mean 'not-synced'?); see"},
+        {"list files --status new",
+         "'new' is not a valid STATUS, which is a number or one of syncing, not-synced and link-discovered; see"},
+        {"explain --id 1 --type flder", "'flder' is not a valid KIND (did you mean 'folder'?); see"},
+        {"file show 1 --type any", "'any' is not a valid KIND, which is one of file, generated and base; see"},
+        {"doctor --fix paths-alikee", "'paths-alikee' is not a valid CODE (did you mean '"},
     };
     for (Row const& row : Rows) {
         RunResult const ran = RunWithoutStore(QString::fromUtf8(row.arguments).split(QLatin1Char(' ')));
@@ -213,6 +219,14 @@ TEST_F(CommandLineTest, NoHelpHasATitleWithoutExamples)
         QString const help = RunWithoutStore(QStringList{"help"_q} + command.split(QLatin1Char(' '))).out;
         EXPECT_FALSE(help.trimmed().endsWith("Examples:"_q)) << command.toStdString();
     }
+}
+
+TEST_F(CommandLineTest, HelpSaysBehindAnOptionWhatItExcludes)
+{
+    QString const help = RunWithoutStore({"list"_q, "files"_q, "--help"_q}).out;
+    EXPECT_TRUE(help.contains("\n  --root ID                       Only files in this root (not with --folder)\n"_q))
+        << help.toStdString();
+    EXPECT_FALSE(help.contains("Excludes"_q)) << help.toStdString();
 }
 
 TEST_F(CommandLineTest, EveryFailureSaysWhatHappenedAndWhatToDo)

@@ -11,8 +11,6 @@
 
 #include <CLI/CLI.hpp>
 
-#include <QRegularExpression>
-
 #include <algorithm>
 #include <limits>
 #include <map>
@@ -42,6 +40,16 @@ QString DecodeOrThrow(std::string const& argument)
     return *text;
 }
 
+/// Returns the error for a word that is not among these, with the nearest of them, or with all.
+CLI::ValidationError NotAValid(char const* kind, QString const& word, char const* which, QStringList const& words)
+{
+    QString const nearest = DidYouMean(word, words);
+    QString const all = QStringLiteral(", which is %1 %2").arg(QLatin1String(which), JoinWithAnd(words));
+    return CLI::ValidationError(QStringLiteral("%1 is not a valid %2%3")
+                                    .arg(Quoted(word), QLatin1String(kind), nearest.isNull() ? all : nearest)
+                                    .toStdString());
+}
+
 template <class Target>
 CLI::Option* AddText(CLI::App& app, char const* name, Target& target, char const* help)
 {
@@ -57,6 +65,25 @@ CLI::Option* AddTexts(CLI::App& app, char const* name, QStringList& texts, char 
     };
     return app.add_option_function<std::vector<std::string>>(name, take, help);
 }
+
+/// Says behind an option's description, not in its column, what the option excludes.
+class HelpFormatter : public CLI::Formatter
+{
+public:
+    std::string make_option_opts(CLI::Option const* option) const override
+    {
+        std::string const opts = Formatter::make_option_opts(option);
+        return opts.substr(0, opts.find(" Excludes:"));
+    }
+
+    std::string make_option_desc(CLI::Option const* option) const override
+    {
+        std::string description = Formatter::make_option_desc(option);
+        for (CLI::Option const* other : option->get_excludes())
+            description += " (not with " + other->get_name() + ")";
+        return description;
+    }
+};
 
 /// A whole number: the least one, and what an argument that is none is told to be.
 struct NumberForm
@@ -244,8 +271,7 @@ Command& Command::Value(char const* option,
         int const number = word.toInt(&isNumber);
         value = isNumber ? number : names.Find(word);
         if (!value)
-            throw CLI::ValidationError(Name(argument) + " is not a valid " + kind + ", which is a number or one of " +
-                                       JoinWithAnd(names.Words()).toStdString());
+            throw NotAValid(kind, word, "a number or one of", names.Words());
     };
     _app->add_option_function<std::string>(option, take, help)->type_name(kind);
     return *this;
@@ -267,12 +293,12 @@ Command& Command::Choice(
     char const* option, std::optional<int>& chosen, QStringList const& words, char const* value, char const* help)
 {
     auto const take = [&chosen, words, value](std::string const& argument) {
-        int const place = words.indexOf(
-            QRegularExpression(QRegularExpression::anchoredPattern(QRegularExpression::escape(DecodeOrThrow(argument))),
-                               QRegularExpression::CaseInsensitiveOption));
-        if (place < 0)
-            throw CLI::ValidationError(Name(argument) + " is not a valid " + value);
-        chosen = place;
+        QString const word = DecodeOrThrow(argument);
+        auto const isWord = [&word](QString const& known) { return known.compare(word, Qt::CaseInsensitive) == 0; };
+        auto const place = std::find_if(words.begin(), words.end(), isWord);
+        if (place == words.end())
+            throw NotAValid(value, word, "one of", words);
+        chosen = int(place - words.begin());
     };
     _app->add_option_function<std::string>(option, take, help)->type_name(value);
     return *this;
@@ -348,7 +374,9 @@ void Command::Run(std::function<StoreAccess()> access, std::function<ExitStatus(
 CommandLine::CommandLine()
     : _app(std::make_unique<CLI::App>("Inspects and manages a store of synchronised folders.", "tandryctl"))
 {
-    _app->get_formatter()->column_width(HelpColumn);
+    auto const formatter = std::make_shared<HelpFormatter>();
+    formatter->column_width(HelpColumn);
+    _app->formatter(formatter);
     _app->set_version_flag("-V,--version", "tandryctl " TANDRYCTL_VERSION, "Print the version and exit");
     // CLI11 would ignore a variable that is empty.
     if (qEnvironmentVariableIsSet(StoreVariable))
