@@ -167,6 +167,18 @@ TEST_F(ListCommandsTest, FoldersOfOneRoot)
     EXPECT_EQ(Run({"list"_q, "folders"_q, "--root"_q, "2"_q}).status, 1);
 }
 
+TEST_F(ListCommandsTest, FoldersOfOneStatusByItsNameOrNumber)
+{
+    AddFiles();
+    Sql("UPDATE FolderConfiguration SET syncStatus = id"_q);
+    for (char const* status : {"out-of-sync", "2"})
+        EXPECT_EQ(Column({"list"_q, "folders"_q, "--status"_q, QString::fromUtf8(status)}, "id"), QStringList{"2"_q});
+    RunResult const none = Run({"list"_q, "folders"_q, "--status"_q, "placed"_q});
+    EXPECT_EQ(none.status, 1);
+    EXPECT_EQ(none.err, "tandryctl: no folders with this status on record; leave out --status to see the others\n"_q);
+    EXPECT_EQ(Run({"list"_q, "folders"_q, "--status"_q, "not-synced"_q}).status, 2);
+}
+
 TEST_F(ListCommandsTest, FilesByFolderRootAndStatus)
 {
     AddFiles();
@@ -289,12 +301,16 @@ TEST_F(ListCommandsTest, PlainListingEscapesControlCharacters)
     EXPECT_EQ(JsonObject({"list"_q, "roots"_q}).value("name"_q).toString(), "a\n\x1b[31mb"_q);
 }
 
-TEST_F(ListCommandsTest, FilesBeginWithTheirStatus)
+TEST_F(ListCommandsTest, FoldersAndFilesBeginWithTheirStatus)
 {
     AddFiles();
-    QString const table = RunSuccessfully({"list"_q, "files"_q});
-    EXPECT_TRUE(table.startsWith("syncStatus"_q)) << table.toStdString();
-    EXPECT_TRUE(table.contains("\n2 not synced"_q)) << table.toStdString();
+    Sql("UPDATE FolderConfiguration SET syncStatus = 2"_q);
+    for (auto const& [records, status] : std::map<QString, QString>{
+             {"roots"_q, "2 out of sync"_q}, {"folders"_q, "2 out of sync"_q}, {"files"_q, "2 not synced"_q}}) {
+        QString const table = RunSuccessfully({"list"_q, records});
+        EXPECT_TRUE(table.startsWith("syncStatus"_q)) << table.toStdString();
+        EXPECT_TRUE(table.contains("\n"_q + status)) << table.toStdString();
+    }
 }
 
 TEST_F(ListCommandsTest, ColumnsArePrintedAsTheyAreNamed)

@@ -24,12 +24,14 @@ using sync::config::FolderConfiguration;
 using tandry::findings::FileColumn;
 using tandry::findings::FileConditions;
 using tandry::findings::FileRows;
+using tandry::findings::NamesOfValues;
 
 namespace {
 
 struct FolderArguments
 {
     std::optional<int> root;
+    std::optional<int> status;
     ListOptions options;
 };
 
@@ -48,6 +50,8 @@ struct TreeArguments
     std::optional<int> root;
 };
 
+constexpr char const* LeaveStatusOut = "leave out --status to see the others";
+
 ExitStatus ListRoots(Session& session, ListOptions const& options)
 {
     return List(session,
@@ -60,11 +64,20 @@ ExitStatus ListRoots(Session& session, ListOptions const& options)
 
 ExitStatus ListFolders(Session& session, FolderArguments const& arguments)
 {
-    QVector<FolderConfiguration> const folders =
-        arguments.root ? session.Checked(session.folders().GetFolderConfigurationsByRootId(
-                             FindRoot(session, *arguments.root).getId()))
-                       : session.Checked(session.folders().GetAll());
-    return List(session, FolderColumns(), folders, "folders", HowToAddARoot, arguments.options);
+    QVector<FolderConfiguration> folders = arguments.root
+                                               ? session.Checked(session.folders().GetFolderConfigurationsByRootId(
+                                                     FindRoot(session, *arguments.root).getId()))
+                                               : session.Checked(session.folders().GetAll());
+    auto const hasOtherStatus = [&](FolderConfiguration const& folder) {
+        return arguments.status && folder.getSyncStatus() != *arguments.status;
+    };
+    folders.erase(std::remove_if(folders.begin(), folders.end(), hasOtherStatus), folders.end());
+    return List(session,
+                FolderColumns(),
+                folders,
+                arguments.status ? "folders with this status" : "folders",
+                arguments.status ? LeaveStatusOut : HowToAddARoot,
+                arguments.options);
 }
 
 FileConditions ConditionsOf(FileArguments const& arguments)
@@ -106,7 +119,9 @@ ExitStatus ListFiles(Session& session, FileArguments const& arguments)
         [&](std::function<void(FileRows::Row const&)> const& take) { rows.Read(take, options.limit); });
     qint64 const more = options.limit && listed == *options.limit ? rows.Count() - listed : 0;
     if (!session.Checked(rows.works()) || listed == 0)
-        ThrowNothingListed("files", "'tandryctl scan' records the files on disk", options);
+        ThrowNothingListed(arguments.status ? "files with this status" : "files",
+                           arguments.status ? LeaveStatusOut : "'tandryctl scan' records the files on disk",
+                           options);
     NoteMore(more);
     return ExitStatus::Done;
 }
@@ -230,8 +245,15 @@ void AddListCommands(Command& top)
 
     auto const folders = std::make_shared<FolderArguments>();
     Command listFolders = lists.Add("folders", "List the folders, including the roots");
-    AddListOptions(listFolders.Option("--root", folders->root, "Only this root and its folders"), folders->options)
+    listFolders.Option("--root", folders->root, "Only this root and its folders")
+        .Value("--status",
+               folders->status,
+               *NamesOfValues<FolderConfiguration>(QStringLiteral("syncStatus")),
+               "STATUS",
+               "Only folders with this syncStatus: initial, out-of-sync, placed or a number");
+    AddListOptions(listFolders, folders->options)
         .Example("list folders --root 1", "show root 1 and its folders")
+        .Example("list folders --status out-of-sync", "show the folders that are to be synchronised")
         .Example("list folders --json", "print all folders with all columns")
         .Run(StoreAccess::Read, [folders](Session& session) { return ListFolders(session, *folders); });
 
@@ -248,7 +270,7 @@ void AddListCommands(Command& top)
                 "Sort by this column; COLUMN-desc for descending order")
         .Value("--status",
                files->status,
-               *tandry::findings::NamesOfValues<FileConfiguration>(QStringLiteral("syncStatus")),
+               *NamesOfValues<FileConfiguration>(QStringLiteral("syncStatus")),
                "STATUS",
                "Only files with this syncStatus: syncing, not-synced, link-discovered or a number");
     AddListOptions(listFiles, files->options)

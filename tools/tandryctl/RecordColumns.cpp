@@ -113,8 +113,9 @@ QVariant HiddenSecretOf(ProductConfiguration const& product)
 
 Columns<FolderConfiguration> const& FolderColumns()
 {
-    static auto const columns = WithAttentionTo<sync::config::FolderStatusOutOfSync>(TableColumns<FolderConfiguration>(
-        {"id", "authenticationId", "clientPath", "serverPath", "syncStatus", "parentId"}));
+    static auto const columns =
+        WithStatusFirst(WithAttentionTo<sync::config::FolderStatusOutOfSync>(TableColumns<FolderConfiguration>(
+            {"id", "authenticationId", "clientPath", "serverPath", "syncStatus", "parentId"})));
     return columns;
 }
 
