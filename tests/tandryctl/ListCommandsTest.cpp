@@ -10,6 +10,8 @@
 #include <QJsonDocument>
 #include <QRegularExpression>
 
+#include <map>
+
 using namespace sync::config;
 using namespace tandryctl::test;
 using tandry::test::RawStore;

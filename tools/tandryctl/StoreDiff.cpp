@@ -1,9 +1,9 @@
 #include "StoreDiff.h"
 
 #include "Failure.h"
-#include "Padding.h"
 #include "Session.h"
 #include "StoreFailure.h"
+#include "StreamedTable.h"
 #include "TableWords.h"
 #include "Text.h"
 
@@ -11,6 +11,7 @@
 #include "tools/carry/Snapshot.h"
 #include "tools/findings/JsonText.h"
 #include "tools/findings/StoreComparison.h"
+#include "tools/findings/TableNames.h"
 
 namespace tandryctl {
 
@@ -35,17 +36,25 @@ QString WordOf(RecordDifference::Change change)
     return QStringLiteral("changed");
 }
 
-QString PlainLine(RecordDifference const& difference)
+QVector<TableLayout::Column> TableColumns()
 {
-    constexpr int changeWidth = 7;
-    constexpr int kindWidth = 14;
+    QString const longestChange = WordOf(RecordDifference::Change::Changed);
+    QString const longestKind = WordForRecordOf(QLatin1String(tandry::findings::GeneratedFiles));
+    return {{QStringLiteral("change"), CellWidth::Full, int(longestChange.size())},
+            {QStringLiteral("kind"), CellWidth::Full, int(longestKind.size())},
+            {QStringLiteral("name"), CellWidth::MayBeShortened},
+            {QStringLiteral("columns"), CellWidth::MayBeShortened}};
+}
+
+TableRow RowOf(RecordDifference const& difference)
+{
     QStringList columns;
     for (ColumnDifference const& column : difference.columns)
         columns.append(column.column);
-    return Padded(WordOf(difference.change), changeWidth, false) + QStringLiteral("  ") +
-           Padded(WordForRecordOf(difference.table), kindWidth, false) + QStringLiteral("  ") +
-           Printable(difference.name) +
-           (columns.isEmpty() ? QString() : QStringLiteral(" (%1)").arg(columns.join(QStringLiteral(", "))));
+    return {{WordOf(difference.change)},
+            {WordForRecordOf(difference.table)},
+            {Printable(difference.name)},
+            {columns.join(QStringLiteral(", "))}};
 }
 
 QByteArray JsonLine(RecordDifference const& difference)
@@ -100,12 +109,13 @@ ExitStatus DiffStores(Session& session, QString const& otherStore)
     Output& output = session.output();
     bool const isJson = output.format() == OutputFormat::Json;
     qint64 count = 0;
+    StreamedTable table(TableColumns(), output.plainForm());
     StoreComparison comparison(snapshot->store(), other->store());
     bool const worked = comparison.Compare([&](RecordDifference const& difference) {
         if (isJson)
             output.PrintText(QString::fromUtf8((count == 0 ? "[\n" : ",\n") + JsonLine(difference)));
         else
-            output.PrintLine(PlainLine(difference));
+            output.PrintText(table.Add(RowOf(difference)));
         if (++count % differencesBetweenFlushes == 0)
             session.Flush(); // ends the command when its output cannot be written
     });
@@ -115,6 +125,8 @@ ExitStatus DiffStores(Session& session, QString const& otherStore)
     }
     if (isJson)
         output.PrintText(QLatin1String(count == 0 ? "[]\n" : "\n]\n"));
+    else
+        output.PrintText(table.End());
     if (count > 0)
         return ExitStatus::NothingFound;
     output.PrintLine(QStringLiteral("the stores have the same records"));

@@ -21,7 +21,7 @@ TableLayout::TableLayout(QVector<Column> const& columns, std::optional<int> widt
     : _width(width)
 {
     for (Column const& column : columns)
-        _columns.append({column.name, column.cellWidth});
+        _columns.append({column.name, column.cellWidth, column.expected, column.expected});
 }
 
 void TableLayout::Measure(TableRow const& row)

@@ -43,6 +43,8 @@ public:
     {
         QString name;
         CellWidth cellWidth = CellWidth::Full;
+        /// The width of the widest cell that is to be expected, for rows that are not measured.
+        int expected = 0;
     };
 
     /// The number of terminal columns to fit into; nothing for any number.
