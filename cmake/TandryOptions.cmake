@@ -6,6 +6,7 @@ include(CMakeDependentOption)
 option(TANDRY_BUILD_TOOLS "Build tandryctl" ${PROJECT_IS_TOP_LEVEL})
 # Nothing else needs PostgreSQL.
 option(TANDRY_BUILD_POSTGRES "Build the store on PostgreSQL; takes libpq" OFF)
+option(TANDRY_BUILD_QML "Build the QML module; it is left out without Qt's development files for QML" ${PROJECT_IS_TOP_LEVEL})
 option(TANDRY_INSTALL "Install what is built" ${PROJECT_IS_TOP_LEVEL})
 # For work on this project itself; the presets switch them on.
 cmake_dependent_option(TANDRY_BUILD_TESTS "Build the tests" OFF PROJECT_IS_TOP_LEVEL OFF)

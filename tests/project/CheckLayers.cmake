@@ -42,6 +42,8 @@ layer(tools/carry PUBLIC_OF ${libraries}
 layer(tools/tandryctl BESIDE QT SEES "CLI/.*" ${statementDetails} "tools/(carry|findings)/.*" PUBLIC_OF ${libraries})
 layer(tools/viewer BESIDE QT PUBLIC_OF ${libraries})
 layer(examples QT PUBLIC_OF ${libraries})
+# A plugin, which nothing links with.
+layer(qml QT PUBLIC_OF ${libraries})
 # Installed, and built with the client's GoogleTest.
 layer(tests/storesuite SEES "storesuite/.*" "gtest/.*" PUBLIC_OF ${libraries})
 layer(tests/package SEES "storesuite/.*" PUBLIC_OF ${libraries})
