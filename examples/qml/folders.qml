@@ -1,5 +1,5 @@
 // The folders of a store with their state, as a window that follows whatever program writes to the store:
-//     qml examples/qml/folders.qml <store>
+//     qml examples/qml/folders.qml -- <store>
 import QtQuick 2.15
 import QtQuick.Window 2.15
 import QtQml.Models 2.15
