@@ -26,6 +26,7 @@ using tandry::findings::FindAll;
 using tandry::findings::Finding;
 using tandry::findings::FindingKind;
 using tandry::findings::FindingKinds;
+using tandry::findings::FindInRow;
 using tandry::findings::Fix;
 using tandry::findings::FixedRow;
 using tandry::findings::FixMode;
@@ -360,6 +361,47 @@ TEST_P(SingleDefect, IsFoundWithItsFollowersAndNothingElse)
 {
     RawStore(StorePath()).Run(QString::fromUtf8(GetParam().statements));
     EXPECT_EQ(Find(), GetParam().findings);
+}
+
+TEST_P(SingleDefect, IsFoundInItsRowAlone)
+{
+    QSet<QString> const ofSeveralRows{"damage"_q,
+                                      "folder-ring"_q,
+                                      "link-to-nothing"_q,
+                                      "twin"_q,
+                                      "document-broken"_q,
+                                      "document-over-limits"_q,
+                                      "roots-overlap"_q,
+                                      "server-roots-overlap"_q,
+                                      "paths-alike"_q,
+                                      "no-default-schedule"_q};
+    RawStore(StorePath()).Run(QString::fromUtf8(GetParam().statements));
+    QMap<QString, QStringList> expected;
+    for (auto finding = GetParam().findings.cbegin(); finding != GetParam().findings.cend(); ++finding) {
+        if (!ofSeveralRows.contains(finding.key()))
+            expected.insert(finding.key(), finding.value());
+    }
+    QMap<QString, QStringList> found;
+    auto const store = Open(OpenMode::ReadOnly);
+    for (char const* table : {"ServerConfiguration",
+                              "AuthenticationConfiguration",
+                              "ProductConfiguration",
+                              "FolderConfiguration",
+                              "FileConfiguration",
+                              "GeneratedFileConfiguration",
+                              "BaseFileConfiguration",
+                              "Schedules"}) {
+        for (QVector<QVariant> const& row :
+             RawStore(StorePath()).Rows("SELECT id FROM %1 ORDER BY id"_q.arg(QLatin1String(table)))) {
+            auto const findings = FindInRow(store, table, row.first().toInt());
+            ASSERT_TRUE(findings);
+            for (Finding const& finding : *findings) {
+                ASSERT_EQ(finding.rows.size(), 1U);
+                found[QLatin1String(finding.kind->code)].append(TextOf(finding.rows.front()));
+            }
+        }
+    }
+    EXPECT_EQ(found, expected);
 }
 
 TEST_P(SingleDefect, IsFixedAndNothingElseIsTouched)

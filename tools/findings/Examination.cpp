@@ -62,6 +62,20 @@ std::vector<FoundRow> Examination::Find(FindingEntry const& entry)
     return rows;
 }
 
+std::vector<FoundRow> Examination::FindRow(FindingEntry const& entry, char const* table, int id)
+{
+    std::vector<FoundRow> rows;
+    for (Condition const& condition : entry.conditions) {
+        if (std::strcmp(condition.table, table) == 0)
+            FindRows(table,
+                     QStringLiteral("bad.id = :row AND (%1)").arg(condition.where),
+                     condition.detail,
+                     {{":row", id}},
+                     rows);
+    }
+    return rows;
+}
+
 void Examination::ReadRows(char const* table,
                            QString const& where,
                            QString const& columns,

@@ -29,6 +29,9 @@ public:
     /// Returns the rows of one kind. If the store fails, some may be missing.
     std::vector<FoundRow> Find(FindingEntry const& entry);
 
+    /// Returns the row if one of the conditions of the kind holds for it.
+    std::vector<FoundRow> FindRow(FindingEntry const& entry, char const* table, int id);
+
     /// Calls `take` for each row of the table, which is called `bad` in the condition and in the columns. The columns
     /// are those of the query from 2 on.
     void ReadRows(char const* table,

@@ -37,4 +37,19 @@ std::optional<std::vector<Finding>> FindAll(std::shared_ptr<sync::database::Sqli
     return findings;
 }
 
+std::optional<std::vector<Finding>>
+FindInRow(std::shared_ptr<sync::database::SqliteDatabaseFactory> const& store, char const* table, int id)
+{
+    std::vector<Finding> findings;
+    Examination examination(store);
+    for (std::size_t number = 0; number < FindingTable().size(); ++number) {
+        std::vector<FoundRow> rows = examination.FindRow(FindingTable()[number], table, id);
+        if (!rows.empty())
+            findings.push_back({&FindingKinds()[number], std::move(rows)});
+    }
+    if (!examination.works())
+        return std::nullopt;
+    return findings;
+}
+
 } // namespace tandry::findings

@@ -71,4 +71,10 @@ using FindingProgress = std::function<void()>;
 [[nodiscard]] std::optional<std::vector<Finding>>
 FindAll(std::shared_ptr<sync::database::SqliteDatabaseFactory> const& store, FindingProgress const& progress = {});
 
+/// Looks for the findings about one row, as far as the row and those that it names tell of them. That leaves out
+/// damage, rings, twins, overlaps, paths that are alike, and what is in documents. Takes the same time in a store of
+/// any size. Changes nothing. Returns nothing if the store fails; the reason is in its `LastError`.
+[[nodiscard]] std::optional<std::vector<Finding>>
+FindInRow(std::shared_ptr<sync::database::SqliteDatabaseFactory> const& store, char const* table, int id);
+
 } // namespace tandry::findings

@@ -10,6 +10,8 @@
 
 namespace tandry::findings {
 
+using sync::database::StoreErrorKind;
+
 namespace {
 
 /// The files that make up a store; SQLite makes the index of a log anew.
@@ -51,6 +53,11 @@ QString CopyParts(QString const& from, QString const& to)
 }
 
 } // namespace
+
+bool PrivateCopy::IsNeededAfter(StoreErrorKind reason)
+{
+    return reason == StoreErrorKind::OlderVersion || reason == StoreErrorKind::NotClosed;
+}
 
 PrivateCopy::PrivateCopy()
     : _folder(QDir::temp().filePath(QStringLiteral("tandry-copy-XXXXXX")))

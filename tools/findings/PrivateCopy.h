@@ -1,5 +1,7 @@
 #pragma once
 
+#include "database/StoreError.h"
+
 #include <QString>
 #include <QTemporaryDir>
 
@@ -17,6 +19,9 @@ class PrivateCopy
 public:
     /// Returns null on failure; `error` then names the file and the reason.
     static std::unique_ptr<PrivateCopy> Make(QString const& storePath, QString& error);
+
+    /// Whether a store that could not be opened for reading, for this reason, can be read from a copy.
+    static bool IsNeededAfter(sync::database::StoreErrorKind reason);
 
     /// The copied store.
     QString path() const { return _folder.filePath(QStringLiteral("store.db")); }

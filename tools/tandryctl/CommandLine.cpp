@@ -7,6 +7,7 @@
 #include "StoreFailure.h"
 #include "Text.h"
 
+#include "tools/findings/StoreLocation.h"
 #include "tools/findings/ValueNames.h"
 
 #include <CLI/CLI.hpp>
@@ -21,11 +22,12 @@
 
 namespace tandryctl {
 
+using tandry::findings::StoreVariable;
+
 namespace {
 
 constexpr int HelpColumn = 34;
 constexpr char const* ExamplesTitle = "Examples:\n";
-constexpr char const* StoreVariable = "TANDRY_STORE";
 
 std::string Name(std::string const& argument)
 {

@@ -9,10 +9,11 @@
 
 #include "database/AbsolutePath.h"
 #include "database/SqliteDatabaseFactory.h"
+#include "tools/findings/StoreAdvice.h"
+#include "tools/findings/StoreLocation.h"
 
 #include <QDir>
 #include <QFileInfo>
-#include <QStandardPaths>
 
 #include <algorithm>
 #include <limits>
@@ -26,6 +27,7 @@ using sync::database::OpenMode;
 using sync::database::OpenOptions;
 using sync::database::SqliteDatabaseFactory;
 using sync::database::StoreError;
+using tandry::findings::PrivateCopy;
 
 namespace {
 
@@ -33,7 +35,7 @@ namespace {
 {
     throw Failure(FailureCode::StoreMissing,
                   QStringLiteral("there is no store %1").arg(Quoted(path)),
-                  QStringLiteral("create it with 'tandryctl --store FILE init' or give another one"));
+                  tandry::findings::AdviceOnMissingStore());
 }
 
 PlainForm PlainFormOf(SessionOptions const& options)
@@ -79,7 +81,7 @@ QString StorePathOf(SessionOptions const& options)
                       QStringLiteral("give a file with --store or in TANDRY_STORE, or neither for your own store"));
     if (options.storePath)
         return *options.storePath;
-    return QStandardPaths::writableLocation(QStandardPaths::AppDataLocation) + QStringLiteral("/tandry.db");
+    return tandry::findings::OwnStorePath();
 }
 
 OutputFormat FormatOf(SessionOptions const& options)
@@ -114,7 +116,7 @@ Session::Session(SessionOptions const& options, StoreAccess access)
     StoreError openError;
     _store = isDryRun() ? SqliteDatabaseFactory::Open(_CopyForDryRun(exists), openError)
                         : SqliteDatabaseFactory::Open(_storePath, openError, OptionsFor(access, _waitSeconds));
-    if (!_store && access == StoreAccess::Read && NeedsPrivateCopy(openError.kind))
+    if (!_store && access == StoreAccess::Read && PrivateCopy::IsNeededAfter(openError.kind))
         _OpenPrivateCopy(openError);
     else if (!_store)
         throw StoreFailure(openError);
@@ -140,7 +142,7 @@ QString Session::_CopyForDryRun(bool exists)
         return path;
     StoreError error;
     auto const store = SqliteDatabaseFactory::Open(_storePath, error, OptionsFor(StoreAccess::Read, _waitSeconds));
-    if (!store && NeedsPrivateCopy(error.kind)) {
+    if (!store && PrivateCopy::IsNeededAfter(error.kind)) {
         _copy = CopyPrivately(_storePath, error.kind);
         return _copy->path();
     }

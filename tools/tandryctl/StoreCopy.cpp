@@ -9,11 +9,6 @@ namespace tandryctl {
 using sync::database::StoreErrorKind;
 using tandry::findings::PrivateCopy;
 
-bool NeedsPrivateCopy(StoreErrorKind reason)
-{
-    return reason == StoreErrorKind::OlderVersion || reason == StoreErrorKind::NotClosed;
-}
-
 std::unique_ptr<PrivateCopy> CopyPrivately(QString const& storePath, StoreErrorKind reason)
 {
     QString error;

@@ -8,9 +8,6 @@
 
 namespace tandryctl {
 
-/// Whether a store that is refused for this reason can be read from a private copy.
-bool NeedsPrivateCopy(sync::database::StoreErrorKind reason);
-
 /// Copies the store and says so in one line on standard error. Throws if it cannot be copied.
 std::unique_ptr<tandry::findings::PrivateCopy> CopyPrivately(QString const& storePath,
                                                              sync::database::StoreErrorKind reason);

@@ -5,6 +5,7 @@
 #include "database/AbsolutePath.h"
 #include "database/StoreError.h"
 #include "tools/findings/LockHolders.h"
+#include "tools/findings/StoreAdvice.h"
 
 #include <QStringList>
 
@@ -16,50 +17,37 @@ using tandry::findings::LockHolder;
 
 namespace {
 
-struct Advice
-{
-    FailureCode code;
-    QString hint;
-};
-
-Advice AdviceOn(StoreErrorKind kind)
+FailureCode CodeOf(StoreErrorKind kind)
 {
     switch (kind) {
     case StoreErrorKind::Locked:
-        return {FailureCode::StoreLocked,
-                QStringLiteral("try again when the other program has finished, or wait longer with --wait SECONDS")};
+        return FailureCode::StoreLocked;
     case StoreErrorKind::Full:
-        return {FailureCode::StoreFull, QStringLiteral("free space there, then try again")};
+        return FailureCode::StoreFull;
     case StoreErrorKind::ReadOnly:
-        return {FailureCode::StoreReadOnly,
-                QStringLiteral(
-                    "allow yourself to write the file and its folder, or do what the reason says, then try again")};
+        return FailureCode::StoreReadOnly;
     case StoreErrorKind::Damaged:
-        return {FailureCode::StoreDamaged,
-                QStringLiteral("copy what can still be read to a new store with 'tandryctl recover FILE --to NEW', or "
-                               "put a backup in its place with 'tandryctl restore BACKUP'")};
+        return FailureCode::StoreDamaged;
     case StoreErrorKind::Moved:
-        return {FailureCode::StoreMoved,
-                QStringLiteral("see which files are there now, close the store in all programs, then try again")};
-    case StoreErrorKind::Refused:
-        return {FailureCode::StoreRefused, QStringLiteral("see whether 'tandryctl check' finds damage")};
+        return FailureCode::StoreMoved;
     case StoreErrorKind::OutcomeUnknown:
-        return {FailureCode::StoreOutcomeUnknown,
-                QStringLiteral("free the disk of its fault, look what is on record and repeat only what is missing")};
+        return FailureCode::StoreOutcomeUnknown;
+    case StoreErrorKind::Refused:
     case StoreErrorKind::OlderVersion:
-        return {FailureCode::StoreRefused, QStringLiteral("bring it to this version with 'tandryctl init'")};
     case StoreErrorKind::NewerVersion:
-        return {FailureCode::StoreRefused,
-                QStringLiteral("use the tandryctl of the newer program, or put an older backup in its place with "
-                               "'tandryctl restore BACKUP'")};
     case StoreErrorKind::NotClosed:
-        return {FailureCode::StoreRefused, QStringLiteral("have its log read in with 'tandryctl init'")};
+        return FailureCode::StoreRefused;
     case StoreErrorKind::ConnectionLost:
     case StoreErrorKind::Other:
         break;
     }
-    return {FailureCode::StoreFailed,
-            QStringLiteral("see that the file, its folder and the disk can be used, then try again")};
+    return FailureCode::StoreFailed;
+}
+
+QString HintOn(StoreErrorKind kind)
+{
+    QString const advice = tandry::findings::AdviceOn(kind);
+    return kind == StoreErrorKind::Locked ? advice + QStringLiteral(", or wait longer with --wait SECONDS") : advice;
 }
 
 QString NameOf(LockHolder const& holder)
@@ -74,9 +62,9 @@ QString NameOf(LockHolder const& holder)
 
 Failure StoreFailure(StoreError const& error, QString const& hintForOther)
 {
-    Advice const advice = AdviceOn(error.kind);
-    bool const isReplaced = advice.code == FailureCode::StoreFailed && !hintForOther.isNull();
-    return {advice.code, OneLine(error.text), isReplaced ? hintForOther : advice.hint};
+    FailureCode const code = CodeOf(error.kind);
+    bool const isReplaced = code == FailureCode::StoreFailed && !hintForOther.isNull();
+    return {code, OneLine(error.text), isReplaced ? hintForOther : HintOn(error.kind)};
 }
 
 Failure WithLockHolders(Failure const& failure, QString const& storePath)
