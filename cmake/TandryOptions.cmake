@@ -4,6 +4,8 @@ include(CMakeDependentOption)
 
 # A project that includes this one gets the libraries, and nothing else that it does not ask for.
 option(TANDRY_BUILD_TOOLS "Build tandryctl" ${PROJECT_IS_TOP_LEVEL})
+# It needs Qt Widgets, and shows what the tools' library finds.
+cmake_dependent_option(TANDRY_BUILD_VIEWER "Build tandry-viewer; takes Qt Widgets" ${PROJECT_IS_TOP_LEVEL} TANDRY_BUILD_TOOLS OFF)
 # Nothing else needs PostgreSQL.
 option(TANDRY_BUILD_POSTGRES "Build the store on PostgreSQL; takes libpq" OFF)
 option(TANDRY_BUILD_QML "Build the QML module; it is left out without Qt's development files for QML" ${PROJECT_IS_TOP_LEVEL})
