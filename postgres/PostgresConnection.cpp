@@ -32,7 +32,7 @@ Failure PostgresConnection::Open()
     auto handle = std::make_unique<ServerHandle>(_store->address(), _store->options());
     Failure failure = handle->Open();
     if (!failure)
-        failure = _store->CheckSchema(*handle);
+        failure = _store->CheckHandle(*handle);
     if (!failure)
         _handle = std::move(handle);
     return failure;

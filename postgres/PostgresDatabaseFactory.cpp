@@ -31,11 +31,25 @@ PostgresDatabaseFactory::Open(QString const& uri, QString* error, OpenOptions co
 std::shared_ptr<PostgresDatabaseFactory>
 PostgresDatabaseFactory::Open(QString const& uri, StoreError& error, OpenOptions const& options)
 {
+    return OpenStore(uri, error, options, false);
+}
+
+std::shared_ptr<PostgresDatabaseFactory> PostgresDatabaseFactory::OpenState(QString const& uri, StoreError& error)
+{
+    OpenOptions options;
+    options.mode = OpenMode::ReadOnly;
+    return OpenStore(uri, error, options, true);
+}
+
+std::shared_ptr<PostgresDatabaseFactory>
+PostgresDatabaseFactory::OpenStore(QString const& uri, StoreError& error, OpenOptions const& options, bool holdsState)
+{
     std::shared_ptr<PostgresDatabaseFactory> factory;
     ServerAddress address;
     Failure failure = ServerAddress::Parse(uri, address);
     if (!failure) {
-        factory.reset(new PostgresDatabaseFactory(std::make_shared<PostgresStore>(std::move(address), options)));
+        factory.reset(
+            new PostgresDatabaseFactory(std::make_shared<PostgresStore>(std::move(address), options, holdsState)));
         factory->_store->SetFactory(factory);
         failure = factory->_store->Open();
     }

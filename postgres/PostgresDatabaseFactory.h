@@ -56,6 +56,11 @@ public:
     [[nodiscard]] static std::shared_ptr<PostgresDatabaseFactory>
     Open(QString const& uri, StoreError& error, OpenOptions const& options = {});
 
+    /// Opens an existing profile for reading as it is at this moment: what is written meanwhile does not show, as for
+    /// an export. Only the calling thread can read. If the connection is lost, every later operation fails. Meanwhile
+    /// the server keeps rows that others remove. Returns null on failure, and sets `error`.
+    [[nodiscard]] static std::shared_ptr<PostgresDatabaseFactory> OpenState(QString const& uri, StoreError& error);
+
     ~PostgresDatabaseFactory() override;
 
     /// Returns whether a URI contains a password; it need not be one that `Open` takes. A program should refuse such a
@@ -85,6 +90,9 @@ public:
     void ClearError() override;
 
 private:
+    static std::shared_ptr<PostgresDatabaseFactory>
+    OpenStore(QString const& uri, StoreError& error, OpenOptions const& options, bool holdsState);
+
     explicit PostgresDatabaseFactory(std::shared_ptr<PostgresStore> store);
 
     std::shared_ptr<PostgresStore> _store;

@@ -8,9 +8,10 @@
 
 namespace sync::database {
 
-PostgresStore::PostgresStore(ServerAddress address, OpenOptions const& options)
+PostgresStore::PostgresStore(ServerAddress address, OpenOptions const& options, bool holdsState)
     : _address(std::move(address))
     , _options(options)
+    , _holdsState(holdsState)
 {}
 
 Failure PostgresStore::Open()
@@ -33,8 +34,10 @@ Failure PostgresStore::Open()
         return failure;
     if (Failure failure = handle.ApplySettings()) // the schema may be new
         return failure;
+    if (Failure failure = schema.FindDateTimes(_dateTimes))
+        return failure;
     _schema = handle.schema();
-    return schema.FindDateTimes(_dateTimes);
+    return _holdsState ? handle.HoldState() : Failure();
 }
 
 StoreError PostgresStore::Refuse(Refusal refusal, QString const& words) const
@@ -51,9 +54,16 @@ StoreError PostgresStore::Refuse(Refusal refusal, QString const& words) const
     return MakeServerError(ServerState::Misuse, text);
 }
 
-Failure PostgresStore::CheckSchema(ServerHandle const& handle) const
+Failure PostgresStore::CheckHandle(ServerHandle const& handle) const
 {
-    if (_schema == InvalidOid || handle.schema() == _schema)
+    if (_schema == InvalidOid) // the first handle
+        return {};
+    if (_holdsState)
+        return MakeServerError(ServerState::ConnectionLost,
+                               _address.name +
+                                   QStringLiteral(": only the connection that has opened this state of the profile can "
+                                                  "read it, and it was lost or belongs to another thread"));
+    if (handle.schema() == _schema)
         return {};
     StoreError error = MakeServerError(
         ServerState::WrongSchema,

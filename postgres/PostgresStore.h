@@ -16,7 +16,8 @@ class PostgresConnection;
 class PostgresStore : public Store
 {
 public:
-    PostgresStore(ServerAddress address, OpenOptions const& options);
+    /// With `holdsState`, the store shows the rows that were there when it was opened.
+    PostgresStore(ServerAddress address, OpenOptions const& options, bool holdsState);
 
     /// Creates or opens the profile.
     Failure Open();
@@ -26,8 +27,8 @@ public:
     bool isReadOnly() const override { return _options.mode == OpenMode::ReadOnly; }
     StoreError Refuse(Refusal refusal, QString const& words) const override;
 
-    /// Fails if the handle found another schema of the name than the store's.
-    Failure CheckSchema(ServerHandle const& handle) const;
+    /// Fails if the handle found another schema of the name than the store's, or cannot show the state that it holds.
+    Failure CheckHandle(ServerHandle const& handle) const;
     /// Whether the column holds date-times.
     bool HoldsDateTime(Oid table, int column) const;
 
@@ -39,6 +40,7 @@ private:
 
     ServerAddress const _address;
     OpenOptions const _options;
+    bool const _holdsState;
     Oid _schema = InvalidOid;
     /// In ascending order.
     std::vector<ServerColumn> _dateTimes;

@@ -110,6 +110,11 @@ Failure ServerHandle::ApplySettings()
     return {};
 }
 
+Failure ServerHandle::HoldState()
+{
+    return Execute("BEGIN ISOLATION LEVEL REPEATABLE READ READ ONLY;SELECT 1"); // the first query takes the snapshot
+}
+
 bool ServerHandle::isUsable() const
 {
     PGconn* const connection = _connection.get();

@@ -45,6 +45,9 @@ public:
     /// Sets what the store relies on, and reads `synchronousCommit` and `schema`. `Open` does this too.
     Failure ApplySettings();
 
+    /// From now on the handle reads the rows that are there now, until it is closed.
+    Failure HoldState();
+
     /// False after the connection was lost: a new handle must take the place of this one.
     bool isUsable() const;
     /// The value of the server's `synchronous_commit` for this connection.

@@ -223,6 +223,23 @@ void SortDistinctRows(Tokens const& tokens, Edits& edits)
     edits.push_back({EndOf(tokens), EndOf(tokens), order});
 }
 
+/// PostgreSQL has regular expressions in place of GLOB.
+void ReplaceGlob(Tokens const& tokens, Edits& edits)
+{
+    for (std::size_t glob = 1; glob + 1 < tokens.size(); ++glob) {
+        if (!tokens.Is(glob, "GLOB"))
+            continue;
+        int const patternEnd = tokens[glob + 1].end;
+        edits.push_back({tokens[glob].begin,
+                         tokens[glob].end,
+                         QStringLiteral("~ ('^(?:' || replace(replace(regexp_replace(regexp_replace(CAST(")});
+        edits.push_back({patternEnd,
+                         patternEnd,
+                         QStringLiteral(R"( AS text), '([.+(){}|$\\])', '\\\1', 'g'), '(?<!\[)\^', '\\^', 'g'))"
+                                        R"(, '*', '.*'), '?', '.') || ')$'))")});
+    }
+}
+
 /// `lastInsertId` is a value of SQLite's connection; PostgreSQL returns it as a row.
 void ReturnId(Tokens const& tokens, Edits& edits)
 {
@@ -230,8 +247,8 @@ void ReturnId(Tokens const& tokens, Edits& edits)
         edits.push_back({EndOf(tokens), EndOf(tokens), QStringLiteral(" RETURNING id")});
 }
 
-constexpr void (*Rules[])(Tokens const&,
-                          Edits&) = {ReplaceEmptyList, SortNullFirst, SortById, SortDistinctRows, ReturnId};
+constexpr void (*Rules[])(Tokens const&, Edits&) = {
+    ReplaceEmptyList, SortNullFirst, SortById, SortDistinctRows, ReplaceGlob, ReturnId};
 
 std::vector<QString> NumberPlaceholders(Tokens const& tokens, Edits& edits)
 {

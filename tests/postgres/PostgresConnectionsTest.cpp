@@ -202,6 +202,38 @@ TEST_F(PostgresConnections, ChangedRowKeepsItsPlaceInAListing)
     EXPECT_EQ(ids, (std::vector<QVariant>{1LL, 2LL, 3LL}));
 }
 
+TEST_F(PostgresConnections, GlobMatchesAsInSqlite)
+{
+    struct Row
+    {
+        char const* text;
+        char const* glob;
+        bool matches;
+    };
+    for (Row const& row : {
+             Row{"report.txt", "*.txt", true},
+             Row{"report_txt", "*.txt", false},
+             Row{"Report.txt", "r*", false},
+             Row{"a.b", "a?b", true},
+             Row{"ab", "a?b", false},
+             Row{"bat", "[abc]at", true},
+             Row{"rat", "[abc]at", false},
+             Row{"rat", "[^abc]at", true},
+             Row{"f7", "f[0-9]", true},
+             Row{"a+b(c){d}|$^", "a+b(c){d}|$^", true},
+             Row{"aab", "a+b", false},
+             Row{"back\\slash", "back\\slash", true},
+             Row{"two\nlines", "two*lines", true},
+             Row{"line\n", "line", false},
+         })
+        EXPECT_EQ(Single(*store,
+                         QStringLiteral("SELECT CAST('%1' GLOB '%2' AS integer)")
+                             .arg(QString::fromUtf8(row.text), QString::fromUtf8(row.glob)))
+                      .toBool(),
+                  row.matches)
+            << row.text << ' ' << row.glob;
+}
+
 TEST_F(PostgresConnections, ListingShowsOneStateWhateverIsWrittenMeanwhile)
 {
     ASSERT_TRUE(Add("a") && Add("b"));

@@ -107,6 +107,33 @@ TEST_F(PostgresOpening, ReadOnlyStoreReadsAndRefusesToWrite)
     EXPECT_EQ(CountServers(*store), 1);
 }
 
+TEST_F(PostgresOpening, StateShowsNothingThatIsWrittenLater)
+{
+    OpenStore();
+    ASSERT_TRUE(AddServer(*store, QStringLiteral("a")));
+    StoreError error;
+    auto const state = PostgresDatabaseFactory::OpenState(StorePath(), error);
+    ASSERT_NE(state, nullptr) << error.text.toStdString();
+    ASSERT_TRUE(AddServer(*store, QStringLiteral("b")));
+    EXPECT_EQ(CountServers(*state), 1);
+    EXPECT_FALSE(AddServer(*state, QStringLiteral("c")));
+    std::thread([&] {
+        EXPECT_FALSE(Execute(*state, QStringLiteral("SELECT id FROM ServerConfiguration")))
+            << "another connection would show a later state";
+    }).join();
+    Raw().Run(QStringLiteral("SELECT pg_terminate_backend(pid, 10000) FROM pg_stat_activity "
+                             "WHERE application_name = 'tandry' AND state = 'idle in transaction'"));
+    EXPECT_FALSE(Execute(*state, QStringLiteral("SELECT id FROM ServerConfiguration")));
+    EXPECT_EQ(CountServers(*store), 2);
+}
+
+TEST_F(PostgresOpening, StateOfAMissingProfileIsRefusedAndNothingIsCreated)
+{
+    StoreError error;
+    EXPECT_EQ(PostgresDatabaseFactory::OpenState(StorePath(), error), nullptr);
+    EXPECT_TRUE(error.text.contains(QStringLiteral("no such profile"))) << error.text.toStdString();
+}
+
 TEST_F(PostgresOpening, SchemaOfAnotherProgramIsRefusedAndStaysAsItIs)
 {
     Raw().Run(QStringLiteral("CREATE SCHEMA %1; CREATE TABLE %1.ServerConfiguration (id integer)").arg(Schema()));

@@ -104,6 +104,14 @@ TEST(StatementTexts, OnlyOneStatementThatReadsOrWritesRowsIsAccepted)
         EXPECT_EQ(Rewritten(both), "[statements that write and give rows back are not supported]") << both;
 }
 
+TEST(StatementTexts, GlobBecomesARegularExpression)
+{
+    EXPECT_EQ(
+        Rewritten("SELECT a FROM t WHERE a GLOB :p LIMIT 1"),
+        "SELECT a FROM t WHERE a ~ ('^(?:' || replace(replace(regexp_replace(regexp_replace(CAST( $1 AS text), "
+        "'([.+(){}|$\\\\])', '\\\\\\1', 'g'), '(?<!\\[)\\^', '\\\\^', 'g'), '*', '.*'), '?', '.') || ')$') LIMIT 1");
+}
+
 TEST(StatementTexts, StatementWithANullCharacterIsRefused)
 {
     QString words;
