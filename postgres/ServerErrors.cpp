@@ -31,6 +31,8 @@ QString PlainWords(QByteArray const& state, StoreErrorKind kind)
         return QStringLiteral("the server has no connection left");
     if (state == "42501")
         return QStringLiteral("the role has no right to do this");
+    if (state == "57014")
+        return QStringLiteral("the statement took longer than statement_timeout allows, or was cancelled");
     if (state.startsWith("54"))
         return QStringLiteral("a value or a statement is too long");
     if (state.startsWith("22"))

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <utility>
 
 namespace sync::database {
 
@@ -37,7 +38,13 @@ ServerHandle::ServerHandle(ServerAddress const& address, OpenOptions const& opti
 
 ServerHandle::~ServerHandle()
 {
-    if (_isCounted)
+    Close();
+}
+
+void ServerHandle::Close() noexcept
+{
+    _connection.reset();
+    if (std::exchange(_isCounted, false))
         openHandles.fetch_sub(1, std::memory_order_relaxed);
 }
 
@@ -99,7 +106,8 @@ Failure ServerHandle::ApplySettings()
         ";SET default_transaction_isolation TO 'read committed';SET default_transaction_read_only TO " +
         (isReadOnly ? "on" : "off") +
         ";SET standard_conforming_strings TO on;SET extra_float_digits TO 1;SET bytea_output TO hex;"
-        "SELECT current_setting('synchronous_commit'), oid FROM (SELECT 1) one LEFT JOIN pg_catalog.pg_namespace ON "
+        "SELECT current_setting('synchronous_commit'), oid, CASE WHEN pg_is_in_recovery() THEN '' ELSE "
+        "left(pg_walfile_name(pg_current_wal_lsn()), 8) END FROM (SELECT 1) one LEFT JOIN pg_catalog.pg_namespace ON "
         "nspname = " +
         Literal(_address.schema);
     Result result;
@@ -107,6 +115,7 @@ Failure ServerHandle::ApplySettings()
         return failure;
     _synchronousCommit = PQgetvalue(result.get(), 0, 0);
     _schema = QByteArray(PQgetvalue(result.get(), 0, 1)).toUInt();
+    _timeline = PQgetvalue(result.get(), 0, 2);
     return {};
 }
 
@@ -147,11 +156,16 @@ Failure ServerHandle::Execute(QByteArray const& statements)
 /// committed, so nothing of others is committed meanwhile.
 Failure ServerHandle::Begin()
 {
+    Result result;
     Failure failure =
         Execute("BEGIN ISOLATION LEVEL READ COMMITTED READ WRITE;SELECT pg_advisory_xact_lock(" +
-                QByteArray::number(WritersLock) + ", " + QByteArray::number(static_cast<qint32>(_schema)) + ')');
+                    QByteArray::number(WritersLock) + ", " + QByteArray::number(static_cast<qint32>(_schema)) +
+                    ");SELECT pg_current_xact_id()",
+                result);
     if (failure)
         RollBack();
+    else
+        _transaction = PQgetvalue(result.get(), 0, 0);
     return failure;
 }
 
@@ -160,10 +174,7 @@ Failure ServerHandle::Commit()
     Result result;
     Failure failure = Execute("COMMIT", result);
     if (failure && failure->kind == StoreErrorKind::ConnectionLost)
-        return MakeServerError(ServerState::Unknown,
-                               name() + QStringLiteral(": the connection was lost during the commit, which may have "
-                                                       "happened or not; once a later write has succeeded, read what "
-                                                       "it wrote before you repeat it"));
+        return SettleCommit();
     // The server answers a commit that it could not make with a rollback.
     if (!failure && qstrcmp(PQcmdStatus(result.get()), "COMMIT") != 0)
         failure = MakeServerError(ServerState::RolledBack,
@@ -171,6 +182,42 @@ Failure ServerHandle::Commit()
     if (failure)
         RollBack();
     return failure;
+}
+
+Failure ServerHandle::SettleCommit()
+{
+    Close(); // leaves its place to the next one
+    ServerHandle next(_address, _options);
+    std::optional<bool> hasCommitted;
+    if (!next.Open() && next._schema == _schema && next._timeline == _timeline)
+        hasCommitted = next.HasCommitted(_transaction);
+    if (!hasCommitted)
+        return MakeServerError(ServerState::Unknown,
+                               name() + QStringLiteral(": the connection was lost during the commit, which may have "
+                                                       "happened or not; once a later write has succeeded, read what "
+                                                       "it wrote before you repeat it"));
+    if (*hasCommitted)
+        return {};
+    return MakeServerError(ServerState::ConnectionLost,
+                           name() + QStringLiteral(": the connection was lost during the commit, which has not "
+                                                   "happened"));
+}
+
+/// Nothing if the server does not tell.
+std::optional<bool> ServerHandle::HasCommitted(QByteArray const& transaction)
+{
+    // Whoever has the lock of the writers knows that the transaction has ended.
+    if (Begin())
+        return std::nullopt;
+    Result result;
+    Failure const failure = Execute("SELECT pg_xact_status('" + transaction + "')", result);
+    QByteArray const status = failure ? QByteArray() : QByteArray(PQgetvalue(result.get(), 0, 0));
+    RollBack();
+    if (status == "committed")
+        return true;
+    if (status == "aborted")
+        return false;
+    return std::nullopt;
 }
 
 void ServerHandle::RollBack() noexcept

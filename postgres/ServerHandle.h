@@ -58,6 +58,7 @@ public:
 
     Failure CheckWritable() const override { return {}; }
     Failure Begin() override;
+    /// If the connection is lost during the commit, asks on a new one whether it has happened.
     Failure Commit() override;
     void RollBack() noexcept override;
     qint64 changes() const override { return _changes; }
@@ -94,6 +95,9 @@ private:
     /// Runs a command inside a transaction and undoes it alone if it fails, in one round trip if it does not.
     Failure
     RunInSavepoint(std::function<int()> const& send, ServerMessage message, QString const& text, Result& result);
+    Failure SettleCommit();
+    std::optional<bool> HasCommitted(QByteArray const& transaction);
+    void Close() noexcept;
     Failure Describe(PGresult const* result, ServerMessage message, QString const& statement = {});
 
     ServerAddress const& _address;
@@ -103,6 +107,10 @@ private:
     bool _isLost = false;
     QByteArray _synchronousCommit;
     Oid _schema = InvalidOid;
+    /// The history of the server, in which a number of a transaction is used once. Empty on a standby.
+    QByteArray _timeline;
+    /// The server's number of the open transaction.
+    QByteArray _transaction;
     qint64 _changes = 0;
     int _lastName = 0;
     std::unordered_map<QString, QByteArray> _prepared;

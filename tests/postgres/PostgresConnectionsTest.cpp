@@ -305,7 +305,7 @@ TEST_F(PostgresConnections, ScopeWhoseConnectionIsLostReportsItsWrites)
     EXPECT_EQ(lost.size(), 1U);
 }
 
-TEST_F(PostgresConnections, CommitOfAScopeOnALostConnectionHasAnUnknownOutcome)
+TEST_F(PostgresConnections, CommitOfAScopeOnALostConnectionIsFoundToBeLost)
 {
     {
         TransactionalScope const scope;
@@ -313,8 +313,8 @@ TEST_F(PostgresConnections, CommitOfAScopeOnALostConnectionHasAnUnknownOutcome)
         CutConnections();
     }
     ASSERT_EQ(lost.size(), 1U);
-    EXPECT_EQ(lost.front().kind, StoreErrorKind::OutcomeUnknown);
-    EXPECT_EQ(LastKind(), StoreErrorKind::OutcomeUnknown);
+    EXPECT_EQ(lost.front().kind, StoreErrorKind::ConnectionLost);
+    EXPECT_EQ(LastKind(), StoreErrorKind::ConnectionLost);
     EXPECT_TRUE(Add("b"));
     EXPECT_EQ(OnServer(), Letters("b"));
 }

@@ -1,0 +1,253 @@
+#include "database/StoreError.h"
+#include "database/TransactionalScope.h"
+#include "interf/IQSqlDatabaseWrapper.h"
+#include "postgres/support/CuttingProxy.h"
+#include "postgres/support/StoreFixture.h"
+#include "support/Queries.h"
+
+#include <QSet>
+#include <QStringList>
+
+#include <string>
+#include <vector>
+
+namespace lost_connections_test {
+namespace {
+
+using namespace sync::database;
+using namespace tandry::test;
+using Cut = CuttingProxy::Cut;
+
+/// A store whose requests go through a proxy.
+class LostConnections : public testing::Test
+{
+protected:
+    ~LostConnections() override
+    {
+        store.reset();
+        Raw().Run(QStringLiteral("DROP SCHEMA IF EXISTS tandry_%1 CASCADE").arg(_profile));
+    }
+
+    void SetUp() override
+    {
+        OpenOptions options;
+        options.busyTimeoutMsec = 20'000;
+        StoreError error;
+        store = PostgresDatabaseFactory::Open(proxy.Uri(_profile), error, options);
+        ASSERT_NE(store, nullptr) << error.text.toStdString();
+        QObject::connect(store.get(), &StoreFactory::CommitFailed, [this](StoreError const& lostWrites) {
+            lost.push_back(lostWrites);
+        });
+    }
+
+    ServerRawStore Raw() const { return ServerRawStore(PostgresServer::Shared().Uri(_profile)); }
+
+    bool Add(QString const& alias) { return AddServer(*store, alias); }
+    bool Add(char const* alias) { return Add(QString::fromUtf8(alias)); }
+
+    /// The aliases that are on the server.
+    QStringList OnServer() const
+    {
+        QStringList aliases;
+        for (auto const& row : Raw().Rows(QStringLiteral("SELECT alias FROM ServerConfiguration ORDER BY id")))
+            aliases.append(row[0].toString());
+        return aliases;
+    }
+
+    static QStringList Letters(char const* letters) { return QString::fromUtf8(letters).split(QLatin1Char(' ')); }
+
+    /// The requests of a scope with one write: begin, prepare, write, commit. The statement may be prepared already.
+    int RequestsOfAScope()
+    {
+        int const before = proxy.requests();
+        {
+            TransactionalScope const scope;
+            EXPECT_TRUE(Add("before"));
+        }
+        return proxy.requests() - before;
+    }
+
+    CuttingProxy proxy;
+    std::shared_ptr<PostgresDatabaseFactory> store;
+    std::vector<StoreError> lost;
+
+private:
+    QString const _profile = PostgresServer::NewProfile();
+};
+
+TEST_F(LostConnections, ScopeCostsOneRequestForItsBeginningAndOneForItsEnd)
+{
+    ASSERT_TRUE(Add("prepared"));
+    int const before = proxy.requests();
+    {
+        TransactionalScope const scope;
+        ASSERT_TRUE(Add("a"));
+        ASSERT_TRUE(Add("b"));
+        ASSERT_EQ(CountServers(*store), 3);
+        ASSERT_EQ(CountServers(*store), 3);
+    }
+    // The count is prepared with one more.
+    EXPECT_EQ(proxy.requests() - before, 1 + 2 + 1 + 2 + 1);
+}
+
+TEST_F(LostConnections, CommitWhoseAnswerIsLostIsFoundToHaveHappened)
+{
+    ASSERT_TRUE(Add("prepared"));
+    int const commit = RequestsOfAScope();
+    proxy.CutAt(commit, Cut::BeforeAnswer);
+    {
+        TransactionalScope const scope;
+        EXPECT_TRUE(Add("a"));
+    }
+    EXPECT_TRUE(proxy.hasCut());
+    EXPECT_TRUE(lost.empty());
+    EXPECT_FALSE(store->LastError());
+    EXPECT_EQ(OnServer(), Letters("prepared before a"));
+    EXPECT_TRUE(Add("b"));
+}
+
+TEST_F(LostConnections, CommitThatDoesNotReachTheServerIsFoundToBeLost)
+{
+    ASSERT_TRUE(Add("prepared"));
+    int const commit = RequestsOfAScope();
+    proxy.CutAt(commit, Cut::BeforeRequest);
+    {
+        TransactionalScope const scope;
+        EXPECT_TRUE(Add("a"));
+    }
+    EXPECT_TRUE(proxy.hasCut());
+    ASSERT_EQ(lost.size(), 1U);
+    EXPECT_EQ(lost.front().kind, StoreErrorKind::ConnectionLost) << lost.front().text.toStdString();
+    EXPECT_EQ(OnServer(), Letters("prepared before"));
+    EXPECT_TRUE(Add("b"));
+}
+
+TEST_F(LostConnections, CommitOfWhichTheServerCannotBeAskedHasAnUnknownOutcome)
+{
+    ASSERT_TRUE(Add("prepared"));
+    int const commit = RequestsOfAScope();
+    proxy.CutAt(commit, Cut::BeforeAnswer);
+    proxy.SetRefusing(true);
+    {
+        TransactionalScope const scope;
+        EXPECT_TRUE(Add("a"));
+    }
+    ASSERT_EQ(lost.size(), 1U);
+    EXPECT_EQ(lost.front().kind, StoreErrorKind::OutcomeUnknown);
+    EXPECT_FALSE(Add("b"));
+    proxy.SetRefusing(false);
+    EXPECT_TRUE(Add("c"));
+    EXPECT_EQ(OnServer(), Letters("prepared before a c"));
+}
+
+TEST_F(LostConnections, ClientTransactionWhoseCommitIsAnsweredByNobodyTellsWhatHasHappened)
+{
+    for (Cut const cut : {Cut::BeforeAnswer, Cut::BeforeRequest}) {
+        auto const database = store->CreateDatabase();
+        ASSERT_TRUE(database->transaction());
+        ASSERT_TRUE(Add("a"));
+        proxy.CutAt(1, cut);
+        EXPECT_EQ(database->commit(), cut == Cut::BeforeAnswer);
+    }
+    EXPECT_EQ(OnServer(), Letters("a"));
+}
+
+/// Writes in every way, with reads between. Tells the writes that returned true and were not reported as lost, those
+/// that failed, and those of which nobody knows.
+struct Outcome
+{
+    QSet<QString> kept;
+    QSet<QString> failed;
+    QSet<QString> unknown;
+};
+
+class EveryRequest : public LostConnections
+{
+protected:
+    /// The writes share what becomes of them.
+    void Settle(QStringList const& aliases, bool worked, Outcome& outcome)
+    {
+        auto const error = store->LastError();
+        QSet<QString>& place =
+            worked ? outcome.kept
+                   : (error && error->kind == StoreErrorKind::OutcomeUnknown ? outcome.unknown : outcome.failed);
+        for (QString const& alias : aliases)
+            place.insert(alias);
+        store->ClearError();
+        lost.clear();
+    }
+
+    Outcome RunScript()
+    {
+        Outcome outcome;
+        bool const alone = Add("alone");
+        Settle({QStringLiteral("alone")}, alone, outcome);
+        static_cast<void>(CountServers(*store));
+        store->ClearError();
+        // A scope whose connection is lost goes on with a new transaction, so each write is told apart.
+        QStringList written;
+        {
+            TransactionalScope const scope;
+            for (char const* alias : {"scope1", "scope2"}) {
+                bool const added = Add(alias);
+                if (!lost.empty()) {
+                    Settle(written, false, outcome);
+                    written.clear();
+                }
+                if (added)
+                    written.append(QString::fromUtf8(alias));
+                else
+                    Settle({QString::fromUtf8(alias)}, false, outcome);
+                static_cast<void>(CountServers(*store));
+                if (!lost.empty()) {
+                    Settle(written, false, outcome);
+                    written.clear();
+                }
+            }
+            store->ClearError();
+        }
+        Settle(written, lost.empty(), outcome);
+        auto const database = store->CreateDatabase();
+        bool worked = database->transaction();
+        store->ClearError();
+        if (worked) {
+            worked = Add("client1");
+            worked = Add("client2") && worked;
+            if (worked)
+                worked = database->commit();
+            else
+                static_cast<void>(database->rollback());
+            Settle(Letters("client1 client2"), worked, outcome);
+        }
+        Settle({QStringLiteral("last")}, Add("last"), outcome);
+        return outcome;
+    }
+};
+
+TEST_F(EveryRequest, LostAtAnyPointOfAScriptLosesNothingThatWasAcknowledged)
+{
+    ASSERT_EQ(RunScript().kept.size(), 6);
+    for (Cut const cut : {Cut::BeforeRequest, Cut::BeforeAnswer}) {
+        int request = 0;
+        for (bool isCut = true; isCut;) {
+            ++request;
+            SCOPED_TRACE(std::to_string(request) + (cut == Cut::BeforeAnswer ? " before the answer" : ""));
+            Raw().Run(QStringLiteral("DELETE FROM ServerConfiguration"));
+            proxy.CutAt(request, cut);
+            Outcome const outcome = RunScript();
+            isCut = proxy.hasCut();
+            proxy.CutNoMore();
+            EXPECT_TRUE(outcome.unknown.isEmpty()) << "the server could be asked";
+            QStringList const found = OnServer();
+            QSet<QString> const onServer(found.begin(), found.end());
+            EXPECT_EQ(onServer.size(), found.size()) << "nothing is written twice";
+            EXPECT_EQ(onServer, outcome.kept);
+            EXPECT_FALSE(onServer.intersects(outcome.failed));
+            EXPECT_TRUE(Add("afterwards"));
+        }
+        EXPECT_GT(request, 15);
+    }
+}
+
+} // namespace
+} // namespace lost_connections_test
