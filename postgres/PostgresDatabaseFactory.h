@@ -26,8 +26,9 @@ class PostgresStore;
 ///
 /// `StoreError::code` is the server's SQLSTATE: its five characters read as a number to the base 36. A statement that
 /// fails because the connection was lost has the kind `ConnectionLost`; outside of transactions a read is repeated once
-/// on a new connection before. A lost connection rolls an open transaction back; if it is lost during a commit, the
-/// kind is `OutcomeUnknown`. The next operation connects again.
+/// on a new connection before. A lost connection rolls an open transaction back. If it is lost during a commit, the
+/// store connects again and asks whether the commit has happened; if the server does not tell, the kind is
+/// `OutcomeUnknown`. The next operation connects again.
 class TANDRY_POSTGRES_EXPORT PostgresDatabaseFactory : public StoreFactory,
                                                        public std::enable_shared_from_this<PostgresDatabaseFactory>
 {

@@ -13,8 +13,16 @@ namespace tandry::test {
 
 namespace {
 
-/// The folder with the server's programs, which Debian keeps off the path; null if there is none.
-QString ProgramFolder()
+/// The server refuses to run as root.
+passwd const* OtherUser()
+{
+    passwd const* user = getpwnam("postgres");
+    return user != nullptr ? user : getpwnam("nobody");
+}
+
+} // namespace
+
+QString PostgresServer::ProgramFolder()
 {
     QDir const versions(QStringLiteral("/usr/lib/postgresql"));
     for (QString const& version : versions.entryList(QDir::Dirs | QDir::NoDotAndDotDot, QDir::Name | QDir::Reversed)) {
@@ -25,15 +33,6 @@ QString ProgramFolder()
     QString const found = QStandardPaths::findExecutable(QStringLiteral("initdb"));
     return found.isEmpty() ? QString() : QFileInfo(found).canonicalPath();
 }
-
-/// The server refuses to run as root.
-passwd const* OtherUser()
-{
-    passwd const* user = getpwnam("postgres");
-    return user != nullptr ? user : getpwnam("nobody");
-}
-
-} // namespace
 
 PostgresServer::PostgresServer()
 {

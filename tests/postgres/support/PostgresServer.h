@@ -19,6 +19,9 @@ public:
     /// Returns the server that the cases of a program share, which is started with the first call.
     static PostgresServer& Shared();
 
+    /// Returns the folder with the server's programs, which Debian keeps off the path; null if there is none.
+    static QString ProgramFolder();
+
     /// Returns why there is no server; null if it runs.
     QString const& problem() const { return _problem; }
 
