@@ -145,6 +145,25 @@ Failure PostgresConnection::WriteAlone(StatementText const& statement, BoundValu
     return failure;
 }
 
+Failure PostgresConnection::SetNotices(bool on)
+{
+    if (Failure failure = Open())
+        return failure;
+    if (Failure failure = CheckNotReadOnly())
+        return failure;
+    if (transaction().isOpen() || TransactionalScope::Depth() > 0)
+        return _store->Refuse(Refusal::Misuse,
+                              QStringLiteral("notices can't be switched inside a scope or a transaction"));
+    if (Failure failure = _handle->Begin())
+        return failure;
+    Failure failure = PostgresSchema(*_handle, _store->address()).SetNotices(on);
+    if (failure)
+        _handle->RollBack();
+    else
+        failure = _handle->Commit();
+    return failure;
+}
+
 /// A failed statement undoes itself only, unless the connection is lost with it.
 void PostgresConnection::LoseTransactionWithConnection(StoreError const& error)
 {

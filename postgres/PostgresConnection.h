@@ -26,6 +26,8 @@ public:
     Failure Prepare(QString const& text, std::shared_ptr<StatementText const>& statement);
     /// Runs a statement. One that writes begins the transaction of an open scope; if it fails, it has changed nothing.
     Failure Run(StatementText const& statement, BoundValues const& values, Result& result);
+    /// Switches the profile's notices on or off, in a transaction of its own.
+    Failure SetNotices(bool on);
     /// Fails on another thread than the connection's, and after the store has been closed.
     Failure CheckUse(StatementText const& statement) const;
 

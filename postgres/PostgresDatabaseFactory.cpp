@@ -2,6 +2,7 @@
 
 #include "database/store/StoreDatabase.h"
 #include "database/store/StoreLog.h"
+#include "postgres/PostgresChanges.h"
 #include "postgres/PostgresQuery.h"
 #include "postgres/PostgresStore.h"
 
@@ -90,6 +91,30 @@ std::shared_ptr<sync::interf::IQSqlQueryWrapper> PostgresDatabaseFactory::Create
 QString PostgresDatabaseFactory::name() const
 {
     return _store->address().name;
+}
+
+template <class Operation>
+bool PostgresDatabaseFactory::Answer(Operation const& operation)
+{
+    std::shared_ptr<PostgresConnection> const connection = _store->Connection();
+    Failure const failure = connection != nullptr ? operation(*connection) : _store->NoConnection();
+    if (failure && connection != nullptr)
+        connection->errors().Record(*failure);
+    return !failure;
+}
+
+bool PostgresDatabaseFactory::SetNotices(bool on)
+{
+    return Answer([on](PostgresConnection& connection) { return connection.SetNotices(on); });
+}
+
+std::unique_ptr<StoreChanges> PostgresDatabaseFactory::WatchChanges()
+{
+    auto changes = std::make_unique<PostgresChanges>(_store);
+    bool tells = false;
+    if (!Answer([&](PostgresConnection&) { return changes->Open(tells); }) || !tells)
+        return nullptr;
+    return changes;
 }
 
 std::optional<StoreError> PostgresDatabaseFactory::LastError() const

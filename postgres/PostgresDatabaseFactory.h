@@ -1,6 +1,7 @@
 #pragma once
 
 #include "database/OpenOptions.h"
+#include "database/StoreChanges.h"
 #include "database/StoreError.h"
 #include "database/StoreFactory.h"
 #include "postgres/TandryPostgresExport.h"
@@ -87,10 +88,25 @@ public:
     /// Returns the host, database and profile, as errors name them; neither the user nor the password.
     [[nodiscard]] QString name() const;
 
+    /// Switches on or off that the profile tells of commits; it does not at first. Each statement that writes then
+    /// sends the name of its table to whoever listens, which costs all clients of the profile. Any user of the database
+    /// can listen to these names. Returns false on failure, and sets `LastError`. Fails if the calling thread has an
+    /// open client transaction or scope.
+    [[nodiscard]] bool SetNotices(bool on);
+
+    /// Returns null without an error if the profile does not tell of commits: see `SetNotices`. The object has a
+    /// connection of its own, which counts. Names exactly the tables that commits have written to, whoever wrote. If
+    /// the connection is lost, it makes another one, and names all tables; if that fails, it returns the error.
+    [[nodiscard]] std::unique_ptr<StoreChanges> WatchChanges() override;
+
     [[nodiscard]] std::optional<StoreError> LastError() const override;
     void ClearError() override;
 
 private:
+    /// Runs an operation with the calling thread's connection, and records its failure.
+    template <class Operation>
+    bool Answer(Operation const& operation);
+
     static std::shared_ptr<PostgresDatabaseFactory>
     OpenStore(QString const& uri, StoreError& error, OpenOptions const& options, bool holdsState);
 

@@ -26,6 +26,9 @@ constexpr char const* VersionTable = "tandry_version";
 constexpr char const* VersionColumns = "version integer NOT NULL";
 constexpr char const* IdCheck = "CHECK ((id <= 2147483647))";
 
+/// The name of the triggers that send notices, and of their function.
+constexpr char const* Notice = "tandry_notice";
+
 char const* TypeName(ColumnType type)
 {
     switch (type) {
@@ -131,7 +134,7 @@ UNION ALL
 SELECT 'constraint ' || conname || ' ' || pg_catalog.pg_get_constraintdef(oid)
   FROM pg_catalog.pg_constraint WHERE connamespace = $
 UNION ALL
-SELECT 'trigger ' || tgname FROM pg_catalog.pg_trigger t JOIN pg_catalog.pg_class c ON c.oid = tgrelid
+SELECT 'trigger ' || tgname || ' on ' || relname FROM pg_catalog.pg_trigger t JOIN pg_catalog.pg_class c ON c.oid = tgrelid
   WHERE relnamespace = $ AND NOT tgisinternal
 UNION ALL
 SELECT 'rule ' || rulename FROM pg_catalog.pg_rewrite r JOIN pg_catalog.pg_class c ON c.oid = ev_class
@@ -181,6 +184,15 @@ QSet<QByteArray> const& OwnObjects()
         made.insert(QByteArray("type ") + ClockReadingDomain + " bigint");
         return made;
     }();
+    return objects;
+}
+
+/// The lines of the notices, of which a schema has all or none.
+QSet<QByteArray> NoticeObjects()
+{
+    QSet<QByteArray> objects{QByteArray("function ") + Notice};
+    for (Table const& table : ManagerTables())
+        objects.insert(QByteArray("trigger ") + Notice + " on " + QByteArray(table.name).toLower());
     return objects;
 }
 
@@ -314,17 +326,49 @@ Failure PostgresSchema::Check()
         return failure;
 
     QSet<QByteArray> missing = OwnObjects();
+    QSet<QByteArray> const notices = NoticeObjects();
+    QSet<QByteArray> missingNotices = notices;
     for (int row = 0; row < PQntuples(result.get()); ++row) {
         QByteArray const object = Field(result, row, 0);
-        if (!missing.remove(object))
+        if (!missing.remove(object) && !missingNotices.remove(object))
             return Refuse(QStringLiteral("holds what this library does not create, or has altered: %1")
                               .arg(QString::fromUtf8(object)));
     }
+    if (missingNotices != notices)
+        missing += missingNotices;
     for (QByteArray const& object : missing) {
         if (!object.startsWith("index ")) // an index changes nothing but the time
             return Refuse(QStringLiteral("is not complete; missing: %1").arg(QString::fromUtf8(object)));
     }
     return {};
+}
+
+Failure PostgresSchema::SetNotices(bool on)
+{
+    QByteArray const function = ServerHandle::Quoted(_address.schema) + '.' + Notice + "()";
+    QByteArray statements = "DROP FUNCTION IF EXISTS " + function + " CASCADE;";
+    if (on) {
+        statements += "CREATE FUNCTION " + function +
+                      " RETURNS trigger LANGUAGE plpgsql AS 'BEGIN PERFORM pg_catalog.pg_notify(TG_TABLE_SCHEMA, "
+                      "TG_TABLE_NAME); RETURN NULL; END';";
+        for (Table const& table : ManagerTables())
+            statements += QByteArray("CREATE TRIGGER ") + Notice + " AFTER INSERT OR UPDATE OR DELETE ON " +
+                          ServerHandle::Quoted(_address.schema) + '.' + QByteArray(table.name).toLower() +
+                          " FOR EACH STATEMENT EXECUTE FUNCTION " + function + ';';
+    }
+    return _handle.Execute(statements);
+}
+
+Failure PostgresSchema::FindNotices(bool& on)
+{
+    Result result;
+    Failure failure =
+        _handle.Execute(QByteArray("SELECT 1 FROM pg_catalog.pg_proc p JOIN pg_catalog.pg_namespace n ON n.oid = "
+                                   "pronamespace WHERE proname = '") +
+                            Notice + "' AND nspname = " + ServerHandle::Literal(_address.schema),
+                        result);
+    on = !failure && PQntuples(result.get()) > 0;
+    return failure;
 }
 
 Failure PostgresSchema::FindDateTimes(std::vector<ServerColumn>& columns)

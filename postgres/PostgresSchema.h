@@ -29,6 +29,12 @@ public:
     /// another version, not complete or altered.
     Failure Open(OpenMode mode);
 
+    /// Switches on or off that each commit sends a notice with the names of the tables that it has changed, on the
+    /// channel that has the schema's name. Call it in a transaction.
+    Failure SetNotices(bool on);
+    /// Sets `on` to whether they are switched on.
+    Failure FindNotices(bool& on);
+
     /// The columns of date-times, in ascending order.
     Failure FindDateTimes(std::vector<ServerColumn>& columns);
 

@@ -152,6 +152,19 @@ Failure ServerHandle::Execute(QByteArray const& statements)
     return Execute(statements, result);
 }
 
+Failure ServerHandle::TakeNotices(QSet<QByteArray>& names)
+{
+    struct FreeNotice
+    {
+        void operator()(PGnotify* notice) const noexcept { PQfreemem(notice); }
+    };
+    if (PQconsumeInput(_connection.get()) != 1)
+        return Describe(nullptr, ServerMessage::Hide);
+    while (std::unique_ptr<PGnotify, FreeNotice> const notice{PQnotifies(_connection.get())})
+        names.insert(notice->extra);
+    return {};
+}
+
 /// Each statement of the transaction sees what was committed before it; but all who write hold the lock until they have
 /// committed, so nothing of others is committed meanwhile.
 Failure ServerHandle::Begin()

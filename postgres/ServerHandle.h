@@ -8,6 +8,7 @@
 #include <libpq-fe.h>
 
 #include <QByteArray>
+#include <QSet>
 #include <QString>
 
 #include <functional>
@@ -66,6 +67,11 @@ public:
     /// Runs statements without placeholders, and returns the result of the last one. For the store's own statements.
     Failure Execute(QByteArray const& statements, Result& result);
     Failure Execute(QByteArray const& statements);
+
+    /// Adds what the notices since the last call have named. Fails if the connection is lost.
+    Failure TakeNotices(QSet<QByteArray>& names);
+    /// Readable when there may be notices.
+    int socket() const { return PQsocket(_connection.get()); }
 
     /// Has the server check the statement, unless it has done so.
     Failure Prepare(StatementText const& statement);
