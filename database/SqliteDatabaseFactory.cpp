@@ -6,8 +6,8 @@
 #include "database/SqliteStore.h"
 #include "database/file/StoreRestore.h"
 #include "database/sqlite/ErrorTexts.h"
+#include "database/store/OpenStore.h"
 #include "database/store/StoreDatabase.h"
-#include "database/store/StoreLog.h"
 
 #include <sqlite3.h>
 
@@ -45,8 +45,7 @@ RunRestore(QString const& backup, QString const& path, StoreError& error, Failur
         if (!failure)
             return restore.kept() ? restore.kept()->path() : QStringLiteral("");
     }
-    qCWarning(StoreLog).noquote() << failure->text;
-    error = *failure;
+    ReportWithoutStore(*failure, error);
     return std::nullopt;
 }
 
@@ -64,29 +63,20 @@ SqliteDatabaseFactory::~SqliteDatabaseFactory()
 std::shared_ptr<SqliteDatabaseFactory>
 SqliteDatabaseFactory::Open(QString const& path, QString* error, OpenOptions const& options)
 {
-    StoreError reason;
-    std::shared_ptr<SqliteDatabaseFactory> factory = Open(path, reason, options);
-    if (factory == nullptr && error != nullptr)
-        *error = reason.text;
-    return factory;
+    return OpenWithWords(error, [&](StoreError& reason) { return Open(path, reason, options); });
 }
 
 std::shared_ptr<SqliteDatabaseFactory>
 SqliteDatabaseFactory::Open(QString const& path, StoreError& error, OpenOptions const& options)
 {
-    std::shared_ptr<SqliteDatabaseFactory> factory;
-    std::optional<StoreFile> file;
-    Failure failure = FindFile(path, file);
-    if (!failure) {
+    return OpenStore<SqliteDatabaseFactory>(error, [&](std::shared_ptr<SqliteDatabaseFactory>& factory) {
+        std::optional<StoreFile> file;
+        if (Failure failure = FindFile(path, file))
+            return failure;
         factory.reset(new SqliteDatabaseFactory(std::make_shared<SqliteStore>(*file, options)));
         factory->_store->SetFactory(factory);
-        failure = factory->_store->Open();
-    }
-    if (!failure)
-        return factory;
-    qCWarning(StoreLog).noquote() << failure->text;
-    error = *failure;
-    return nullptr;
+        return factory->_store->Open();
+    });
 }
 
 std::shared_ptr<sync::interf::IQSqlDatabaseWrapper> SqliteDatabaseFactory::CreateDatabase()

@@ -1,7 +1,7 @@
 #include "postgres/PostgresDatabaseFactory.h"
 
+#include "database/store/OpenStore.h"
 #include "database/store/StoreDatabase.h"
-#include "database/store/StoreLog.h"
 #include "postgres/PostgresChanges.h"
 #include "postgres/PostgresQuery.h"
 #include "postgres/PostgresStore.h"
@@ -22,43 +22,34 @@ PostgresDatabaseFactory::~PostgresDatabaseFactory()
 std::shared_ptr<PostgresDatabaseFactory>
 PostgresDatabaseFactory::Open(QString const& uri, QString* error, OpenOptions const& options)
 {
-    StoreError reason;
-    std::shared_ptr<PostgresDatabaseFactory> factory = Open(uri, reason, options);
-    if (factory == nullptr && error != nullptr)
-        *error = reason.text;
-    return factory;
+    return OpenWithWords(error, [&](StoreError& reason) { return Open(uri, reason, options); });
 }
 
 std::shared_ptr<PostgresDatabaseFactory>
 PostgresDatabaseFactory::Open(QString const& uri, StoreError& error, OpenOptions const& options)
 {
-    return OpenStore(uri, error, options, false);
+    return OpenProfile(uri, error, options, false);
 }
 
 std::shared_ptr<PostgresDatabaseFactory> PostgresDatabaseFactory::OpenState(QString const& uri, StoreError& error)
 {
     OpenOptions options;
     options.mode = OpenMode::ReadOnly;
-    return OpenStore(uri, error, options, true);
+    return OpenProfile(uri, error, options, true);
 }
 
 std::shared_ptr<PostgresDatabaseFactory>
-PostgresDatabaseFactory::OpenStore(QString const& uri, StoreError& error, OpenOptions const& options, bool holdsState)
+PostgresDatabaseFactory::OpenProfile(QString const& uri, StoreError& error, OpenOptions const& options, bool holdsState)
 {
-    std::shared_ptr<PostgresDatabaseFactory> factory;
-    ServerAddress address;
-    Failure failure = ServerAddress::Parse(uri, address);
-    if (!failure) {
+    return OpenStore<PostgresDatabaseFactory>(error, [&](std::shared_ptr<PostgresDatabaseFactory>& factory) {
+        ServerAddress address;
+        if (Failure failure = ServerAddress::Parse(uri, address))
+            return failure;
         factory.reset(
             new PostgresDatabaseFactory(std::make_shared<PostgresStore>(std::move(address), options, holdsState)));
         factory->_store->SetFactory(factory);
-        failure = factory->_store->Open();
-    }
-    if (!failure)
-        return factory;
-    qCWarning(StoreLog).noquote() << failure->text;
-    error = *failure;
-    return nullptr;
+        return factory->_store->Open();
+    });
 }
 
 bool PostgresDatabaseFactory::HasPassword(QString const& uri)

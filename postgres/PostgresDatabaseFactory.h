@@ -108,7 +108,7 @@ private:
     bool Answer(Operation const& operation);
 
     static std::shared_ptr<PostgresDatabaseFactory>
-    OpenStore(QString const& uri, StoreError& error, OpenOptions const& options, bool holdsState);
+    OpenProfile(QString const& uri, StoreError& error, OpenOptions const& options, bool holdsState);
 
     explicit PostgresDatabaseFactory(std::shared_ptr<PostgresStore> store);
 

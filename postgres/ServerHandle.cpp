@@ -170,11 +170,10 @@ Failure ServerHandle::TakeNotices(QSet<QByteArray>& names)
 Failure ServerHandle::Begin()
 {
     Result result;
-    Failure failure =
-        Execute("BEGIN ISOLATION LEVEL READ COMMITTED READ WRITE;SELECT pg_advisory_xact_lock(" +
-                    QByteArray::number(WritersLock) + ", " + QByteArray::number(static_cast<qint32>(_schema)) +
-                    ");SELECT pg_current_xact_id()",
-                result);
+    Failure failure = Execute("BEGIN ISOLATION LEVEL READ COMMITTED READ WRITE;SELECT pg_advisory_xact_lock(" +
+                                  QByteArray::number(WritersLock) + ", " +
+                                  QByteArray::number(static_cast<qint32>(_schema)) + ");SELECT pg_current_xact_id()",
+                              result);
     if (failure)
         RollBack();
     else

@@ -2,9 +2,7 @@
 
 #include "database/store/StoredValues.h"
 
-#include <QMetaType>
-
-#include <cmath>
+#include <limits>
 
 namespace sync::database {
 
@@ -24,62 +22,46 @@ enum ServerType : Oid
     Numeric = 1700,
 };
 
-std::optional<QByteArray> TextToServer(QString const& text, QString& words)
+/// Takes values in the form in which the server reads them.
+class ServerSink
 {
-    if (!IsUnicode(text))
-        words = QStringLiteral("the text for %1 is no Unicode text (it has a lone surrogate)");
-    else if (text.contains(QChar(0)))
-        words = QStringLiteral("the text for %1 has a null character, which PostgreSQL can't keep");
-    else
+public:
+    using Written = std::optional<QByteArray>;
+
+    explicit ServerSink(QString& words)
+        : _words(words)
+    {}
+
+    static Written TakeNull() { return std::nullopt; }
+    static Written TakeInteger(qint64 value) { return QByteArray::number(value); }
+    static Written TakeReal(double value)
+    {
+        return QByteArray::number(value, 'g', std::numeric_limits<double>::max_digits10);
+    }
+    Written TakeText(QString const& text)
+    {
+        if (!IsUnicode(text))
+            return Refuse(QStringLiteral("the text for %1 is no Unicode text (it has a lone surrogate)"));
+        if (text.contains(QChar(0)))
+            return Refuse(QStringLiteral("the text for %1 has a null character, which PostgreSQL can't keep"));
         return text.toUtf8();
-    return std::nullopt;
-}
+    }
+    Written TakeBytes(QByteArray const& bytes) { return Refuse(UnknownTypeWords(bytes)); }
+    Written Refuse(QString const& words)
+    {
+        _words = words;
+        return std::nullopt;
+    }
+
+private:
+    QString& _words;
+};
 
 } // namespace
 
 std::optional<QByteArray> ToServer(QVariant const& value, QString& words)
 {
-    if (value.isNull())
-        return std::nullopt;
-    switch (value.userType()) {
-    case QMetaType::QString:
-        return TextToServer(*static_cast<QString const*>(value.constData()), words);
-    case QMetaType::Int:
-    case QMetaType::LongLong:
-    case QMetaType::Bool:
-    case QMetaType::UInt:
-    case QMetaType::Short:
-    case QMetaType::UShort:
-    case QMetaType::Long:
-    case QMetaType::Char:
-    case QMetaType::SChar:
-    case QMetaType::UChar:
-        return QByteArray::number(value.toLongLong());
-    case QMetaType::ULong:
-    case QMetaType::ULongLong:
-        if (value.toULongLong() > static_cast<qulonglong>(std::numeric_limits<qint64>::max()))
-            break;
-        return QByteArray::number(value.toLongLong());
-    case QMetaType::Double:
-    case QMetaType::Float:
-        if (std::isnan(value.toDouble()))
-            break;
-        return QByteArray::number(value.toDouble(), 'g', std::numeric_limits<double>::max_digits10);
-    case QMetaType::QDateTime: {
-        QDateTime const time = value.toDateTime();
-        if (!time.isValid())
-            return std::nullopt;
-        std::optional<qint64> const reading = ClockReading(time);
-        if (!reading)
-            break;
-        return QByteArray::number(*reading);
-    }
-    default:
-        words = QStringLiteral("%1 can't keep a value of type ") + QString::fromLatin1(value.typeName());
-        return std::nullopt;
-    }
-    words = QStringLiteral("the value for %1 is out of range");
-    return std::nullopt;
+    return TakeValue(value, ServerSink(words));
 }
 
 QVariant FromServer(PGresult const* result, int row, int column, bool isClockReading)

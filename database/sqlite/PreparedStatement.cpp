@@ -2,10 +2,6 @@
 
 #include "database/store/StoredValues.h"
 
-#include <QMetaType>
-
-#include <cmath>
-#include <limits>
 #include <utility>
 
 namespace sync::database {
@@ -101,59 +97,37 @@ std::optional<StatementError> PreparedStatement::Bind(QString const& placeholder
     return StatementError{code, words.isEmpty() ? words : words.arg(placeholder)};
 }
 
-int PreparedStatement::BindAt(int index, QVariant const& value, QString& words)
+/// Binds values at a place.
+struct PreparedStatement::Sink
 {
-    sqlite3_stmt* const statement = _handle.get();
-    if (IsNull(value))
-        return sqlite3_bind_null(statement, index);
+    PreparedStatement& statement;
+    int const index;
+    QString& words;
 
-    // The kinds that the managers bind are taken as they are, without a conversion.
-    switch (value.userType()) {
-    case QMetaType::QString:
-        return BindText(index, *static_cast<QString const*>(value.constData()), words);
-    case QMetaType::Int:
-        return sqlite3_bind_int64(statement, index, *static_cast<int const*>(value.constData()));
-    case QMetaType::LongLong:
-    case QMetaType::Bool:
-    case QMetaType::UInt:
-    case QMetaType::Short:
-    case QMetaType::UShort:
-    case QMetaType::Long:
-    case QMetaType::Char:
-    case QMetaType::SChar:
-    case QMetaType::UChar:
-        return sqlite3_bind_int64(statement, index, value.toLongLong());
-    case QMetaType::ULong:
-    case QMetaType::ULongLong:
-        if (value.toULongLong() > static_cast<qulonglong>(std::numeric_limits<qint64>::max()))
-            break;
-        return sqlite3_bind_int64(statement, index, value.toLongLong());
-    case QMetaType::Double:
-    case QMetaType::Float:
-        if (std::isnan(value.toDouble())) // SQLite would make NULL of it
-            break;
-        return sqlite3_bind_double(statement, index, value.toDouble());
-    case QMetaType::QDateTime: {
-        QDateTime const time = value.toDateTime();
-        if (!time.isValid())
-            return sqlite3_bind_null(statement, index);
-        std::optional<qint64> const reading = ClockReading(time);
-        if (!reading)
-            break;
-        return sqlite3_bind_int64(statement, index, *reading);
+    int TakeNull() const { return sqlite3_bind_null(statement._handle.get(), index); }
+    int TakeInteger(qint64 value) const { return sqlite3_bind_int64(statement._handle.get(), index, value); }
+    int TakeReal(double value) const { return sqlite3_bind_double(statement._handle.get(), index, value); }
+    int TakeText(QString const& text) const { return statement.BindText(index, text, words); }
+    int TakeBytes(QByteArray const& value) const
+    {
+        QByteArray& bytes = statement._values[static_cast<std::size_t>(index)];
+        bytes = value;
+        return sqlite3_bind_blob64(statement._handle.get(),
+                                   index,
+                                   bytes.constData(),
+                                   static_cast<sqlite3_uint64>(bytes.size()),
+                                   SQLITE_STATIC);
     }
-    case QMetaType::QByteArray: {
-        QByteArray& bytes = _values[static_cast<std::size_t>(index)];
-        bytes = value.toByteArray();
-        return sqlite3_bind_blob64(
-            statement, index, bytes.constData(), static_cast<sqlite3_uint64>(bytes.size()), SQLITE_STATIC);
-    }
-    default:
-        words = QStringLiteral("%1 can't keep a value of type ") + QString::fromLatin1(value.typeName());
+    int Refuse(QString const& reason) const
+    {
+        words = reason;
         return SQLITE_MISMATCH;
     }
-    words = QStringLiteral("the value for %1 is out of range");
-    return SQLITE_MISMATCH;
+};
+
+int PreparedStatement::BindAt(int index, QVariant const& value, QString& words)
+{
+    return TakeValue(value, Sink{*this, index, words});
 }
 
 int PreparedStatement::BindText(int index, QString const& text, QString& words)

@@ -66,6 +66,8 @@ public:
 private:
     PreparedStatement(StatementHandle handle, QString const& text);
 
+    struct Sink;
+
     int IndexOf(QString const& placeholder);
     int BindAt(int index, QVariant const& value, QString& words);
     int BindText(int index, QString const& text, QString& words);
