@@ -35,7 +35,11 @@ Window {
 
             MouseArea {
                 anchors.fill: parent
-                onClicked: branch.rootIndex = branch.modelIndex(index)
+                onClicked: {
+                    const clicked = branch.modelIndex(index)
+                    branch.model.fetchMore(clicked) // before it is the root: Qt 5 would count its rows twice
+                    branch.rootIndex = clicked
+                }
             }
         }
     }

@@ -11,6 +11,8 @@
 #include <QQmlApplicationEngine>
 #include <QQmlComponent>
 #include <QSignalSpy>
+#include <QTest>
+#include <QWindow>
 
 #include <gmock/gmock.h>
 
@@ -282,16 +284,26 @@ TEST_F(TheQmlModule, ShowsTheFoldersOfAStoreInTheExample)
     engine.setInitialProperties({{"storePath"_q, StorePath()}});
     engine.load(QStringLiteral(TANDRY_EXAMPLES "/qml/folders.qml"));
     ASSERT_EQ(engine.rootObjects().size(), 1) << warnings.join("\n"_q).toStdString();
-    QObject* const window = engine.rootObjects().constFirst();
+    auto* const window = qobject_cast<QWindow*>(engine.rootObjects().constFirst());
+    ASSERT_NE(window, nullptr);
     EXPECT_EQ(window->property("title"), StorePath());
-    QObject* const list = window->findChild<QObject*>("folders"_q);
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(window, LongEnoughMsec));
+    auto* const list = window->findChild<QObject*>("folders"_q);
     ASSERT_NE(list, nullptr);
-    EXPECT_EQ(list->property("count"), 1);
-
-    ASSERT_TRUE(Execute(*store, "INSERT INTO FolderConfiguration (name, parentId) VALUES ('Music', 0)"_q));
     QSignalSpy counted(list, SIGNAL(countChanged()));
-    ASSERT_TRUE(counted.wait(LongEnoughMsec));
-    EXPECT_EQ(list->property("count"), 2);
+    auto const expectRows = [&](int count) {
+        while (list->property("count").toInt() != count && counted.wait(LongEnoughMsec)) {
+        }
+        EXPECT_EQ(list->property("count").toInt(), count);
+    };
+    expectRows(1);
+    ASSERT_TRUE(Execute(*store, "INSERT INTO FolderConfiguration (name, parentId) VALUES ('Music', 0)"_q));
+    expectRows(2);
+    ASSERT_TRUE(Execute(*store, "INSERT INTO FolderConfiguration (name, parentId) VALUES ('Letters', 1)"_q));
+    QTest::mouseClick(window, Qt::LeftButton, {}, {20, 50}); // the first folder
+    expectRows(1);
+    QTest::mouseClick(window, Qt::LeftButton, {}, {10, 10}); // back
+    expectRows(2);
     EXPECT_TRUE(warnings.isEmpty()) << warnings.join("\n"_q).toStdString();
 }
 
