@@ -66,7 +66,7 @@ QVariant FileTable::data(QModelIndex const& index, int role) const
 
 QVariant FileTable::headerData(int section, Qt::Orientation orientation, int role) const
 {
-    QVariant const name = QIdentityProxyModel::headerData(section, orientation, role);
+    QVariant name = QIdentityProxyModel::headerData(section, orientation, role);
     if (orientation != Qt::Horizontal || role != Qt::DisplayRole)
         return name;
     for (ShownColumn const& shown : Shown) {

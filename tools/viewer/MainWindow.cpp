@@ -29,6 +29,11 @@ namespace tandry::viewer {
 
 namespace {
 
+QKeySequence Keys(char const* text)
+{
+    return QKeySequence::fromString(QLatin1String(text));
+}
+
 /// Returns the one file that is dragged; null if it is anything else.
 QString DraggedFile(QMimeData const& data)
 {
@@ -70,10 +75,10 @@ void MainWindow::_MakeMenus()
     QMenu& file = *menuBar()->addMenu(tr("&File"));
     file.addAction(tr("&Open…"), this, &MainWindow::_ChooseStore)->setShortcut(QKeySequence::Open);
     file.addAction(tr("Open &Your Own Store"), this, [this] { Open(findings::OwnStorePath()); })
-        ->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_U));
+        ->setShortcut(Keys("Ctrl+U"));
     file.addAction(tr("&Reload"), this, [this] { Open(_path); })->setShortcut(QKeySequence::Refresh);
     file.addSeparator();
-    file.addAction(tr("&Quit"), this, &QWidget::close)->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Q));
+    file.addAction(tr("&Quit"), this, &QWidget::close)->setShortcut(Keys("Ctrl+Q"));
 
     QMenu& go = *menuBar()->addMenu(tr("&Go"));
     auto const addPlace = [&](QString const& name, QKeySequence const& keys, QWidget* (StoreView::*part)() const) {
@@ -83,10 +88,10 @@ void MainWindow::_MakeMenus()
         };
         go.addAction(name, this, goTo)->setShortcut(keys);
     };
-    addPlace(tr("&Roots"), QKeySequence(Qt::CTRL | Qt::Key_1), &StoreView::roots);
-    addPlace(tr("F&olders"), QKeySequence(Qt::CTRL | Qt::Key_2), &StoreView::folders);
-    addPlace(tr("F&iles"), QKeySequence(Qt::CTRL | Qt::Key_3), &StoreView::files);
-    addPlace(tr("&Details"), QKeySequence(Qt::CTRL | Qt::Key_4), &StoreView::details);
+    addPlace(tr("&Roots"), Keys("Ctrl+1"), &StoreView::roots);
+    addPlace(tr("F&olders"), Keys("Ctrl+2"), &StoreView::folders);
+    addPlace(tr("F&iles"), Keys("Ctrl+3"), &StoreView::files);
+    addPlace(tr("&Details"), Keys("Ctrl+4"), &StoreView::details);
     addPlace(tr("&Search"), QKeySequence::Find, &StoreView::search);
 
     QMenu& help = *menuBar()->addMenu(tr("&Help"));
