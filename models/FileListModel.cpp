@@ -8,9 +8,11 @@
 #include "models/StoreWatcher.h"
 #include "models/TaskThreads.h"
 
+#include <QElapsedTimer>
 #include <QModelIndexList>
 #include <QSet>
 #include <QStringList>
+#include <QTimer>
 #include <QVector>
 
 #include <algorithm>
@@ -39,6 +41,8 @@ constexpr int PageRows = 64;
 constexpr int KeptRows = 1024;
 /// How many rows of a new list are shown before the others have been read.
 constexpr int FirstRows = 256;
+/// How many rows come at once, and how many a list may have that is changed at once.
+constexpr int ManyRows = 1 << 18;
 
 QString PlaceholderOfPage(int number)
 {
@@ -89,7 +93,14 @@ public:
         : rows(std::make_shared<RecordRows const>(RecordRows::Of<FileConfiguration>(std::move(factory), FileTable)))
         , values(KeptRows)
         , _model(model)
-    {}
+        , _pause(new QTimer(&model))
+    {
+        _pause->setSingleShot(true);
+        connect(_pause, &QTimer::timeout, &model, [this] {
+            if (_isListStale)
+                ReadList();
+        });
+    }
 
     ~Reader() { AbandonList(); }
 
@@ -132,20 +143,25 @@ public:
 
     bool isShowing() const { return !listing.equal.isEmpty(); }
 
-    bool isReading() const { return _list != nullptr || !_reading.isEmpty() || !_wanted.empty() || !_stale.isEmpty(); }
+    bool isReading() const
+    {
+        return _list != nullptr || _isListStale || !_reading.isEmpty() || !_wanted.empty() || !_stale.isEmpty();
+    }
 
     /// Begins to read all ids; if they are being read, does so once more afterwards.
     void ReadList()
     {
-        if (_list != nullptr) {
+        if (_list != nullptr || _pause->isActive()) {
             _isListStale = true;
             return;
         }
         _isListStale = false;
+        _listTimer.start();
         ++_listsBegun;
         _list = std::make_shared<List>();
         _listThreads.Start([this, list = _list, rows = rows, listing = listing, before = ids]() mutable {
             QVector<int> read;
+            read.reserve(before.size());
             auto const take = [&](int id) {
                 read.append(id);
                 if (before.isEmpty() && read.size() == FirstRows) {
@@ -211,6 +227,8 @@ private:
         if (_list != nullptr)
             _list->isAbandoned = true;
         _list.reset();
+        _isListStale = false;
+        _pause->stop();
     }
 
     void TakeFirstIds(std::shared_ptr<List> const& list, QVector<int> const& first)
@@ -219,30 +237,46 @@ private:
             Step({ListStep::Kind::Insert, 0, 0, 0, first, {}});
     }
 
-    void TakeList(std::shared_ptr<List> const& list, std::vector<ListStep> const& steps)
+    /// Applies the steps from `next` on. In a long list, a view handles other events between them.
+    void TakeList(std::shared_ptr<List> const& list, std::vector<ListStep> steps, std::size_t next = 0)
     {
-        for (ListStep const& step : steps) {
+        while (next < steps.size()) {
             if (list != _list) // a slot may ask for something else
                 return;
-            Step(step);
+            ListStep& step = steps[next];
+            if (step.ids.size() > ManyRows && step.kind == ListStep::Kind::Insert) {
+                Step({ListStep::Kind::Insert, step.first, 0, 0, step.ids.mid(0, ManyRows), {}});
+                step.first += ManyRows;
+                step.ids.remove(0, ManyRows);
+            }
+            else {
+                Step(step);
+                ++next;
+            }
+            if (next < steps.size() && ids.size() > ManyRows) {
+                QTimer::singleShot(
+                    0, &_model, [this, list, rest = std::move(steps), next] { TakeList(list, rest, next); });
+                return;
+            }
         }
         if (list != _list)
             return;
         _list.reset();
         _stale = values.ids();
-        if (_isListStale)
-            ReadList();
+        FinishList();
         ReadRows();
         TellIfLoaded();
     }
+
+    /// The next reading begins after as long as this one has taken.
+    void FinishList() { _pause->start(static_cast<int>(_listTimer.elapsed())); }
 
     void TakeListFailure(std::shared_ptr<List> const& list, QString const& reason)
     {
         if (list != _list)
             return;
         _list.reset();
-        if (_isListStale)
-            ReadList();
+        FinishList();
         Q_EMIT _model.Failed(reason);
     }
 
@@ -361,6 +395,8 @@ private:
     /// The current reading of all ids; null if there is none.
     std::shared_ptr<List> _list;
     bool _isListStale = false;
+    QElapsedTimer _listTimer;
+    QTimer* const _pause;
     /// How many times all ids began to be read.
     int _listsBegun = 0;
     /// The ids of the rows that are being read.

@@ -66,8 +66,9 @@ public:
 
     /// Begins to read the rows anew. Rows that came, went or changed are signalled as such, so views keep selection and
     /// scroll position; where many rows have changed places, `layoutChanged` tells so. Calls while the rows are being
-    /// read have them read once more after that. Returns false if the model shows nothing, because no `Show…` was
-    /// called.
+    /// read, and for as long again after that, have them read once more when that time is over: a list that others go
+    /// on changing takes at most half of a processor's time. Returns false if the model shows nothing, because no
+    /// `Show…` was called.
     bool Refresh();
 
     /// Returns whether something is being read. `Loaded` or `Failed` tells when it no longer is.

@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <iterator>
+#include <numeric>
 #include <utility>
 
 namespace sync::models {
@@ -78,21 +79,19 @@ QVector<int> RowsIn(QVector<int> const& other, QVector<int> const& ids)
     QVector<int> rows(ids.size(), -1);
     if (other.isEmpty() || ids.isEmpty())
         return rows;
-    auto const sorted = [](QVector<int> const& list) {
-        std::vector<std::pair<int, int>> pairs;
-        pairs.reserve(static_cast<std::size_t>(list.size()));
-        for (int row = 0; row < list.size(); ++row)
-            pairs.emplace_back(list.at(row), row);
-        std::sort(pairs.begin(), pairs.end());
-        return pairs;
+    auto const rowsById = [](QVector<int> const& list) {
+        std::vector<int> order(static_cast<std::size_t>(list.size()));
+        std::iota(order.begin(), order.end(), 0);
+        std::sort(order.begin(), order.end(), [&list](int left, int right) { return list.at(left) < list.at(right); });
+        return order;
     };
-    std::vector<std::pair<int, int>> const theirs = sorted(other);
+    std::vector<int> const theirs = rowsById(other);
     auto next = theirs.begin();
-    for (auto const& [id, row] : sorted(ids)) {
-        while (next != theirs.end() && next->first < id)
+    for (int const row : rowsById(ids)) {
+        while (next != theirs.end() && other.at(*next) < ids.at(row))
             ++next;
-        if (next != theirs.end() && next->first == id)
-            rows[row] = next->second;
+        if (next != theirs.end() && other.at(*next) == ids.at(row))
+            rows[row] = *next;
     }
     return rows;
 }
@@ -105,6 +104,7 @@ std::vector<ListStep> StepsOfLargeLists(QVector<int> const& before, QVector<int>
     std::vector<Range> removed;
     QVector<int> kept; // rows in the new list, in the old order
     QVector<int> gone; // ids
+    kept.reserve(after.size());
     for (int row = 0; row < before.size(); ++row) {
         int const rowAfter = rowsAfter.at(row);
         if (rowAfter < 0) {
@@ -132,6 +132,7 @@ std::vector<ListStep> StepsOfLargeLists(QVector<int> const& before, QVector<int>
     }
     else {
         ListStep together{Kind::Arrange, first, 0, 0, {}, QVector<int>(before.size())};
+        together.ids.reserve(before.size());
         int stays = 0;
         int goes = keptCount;
         for (int row = 0; row < before.size(); ++row) {

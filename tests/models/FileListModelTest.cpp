@@ -564,6 +564,37 @@ TEST_F(AFileListModel, ShowsTheFirstRowsBeforeItHasReadTheOthers)
     EXPECT_EQ(inserted.count(), 2);
 }
 
+TEST_F(AFileListModel, TakesManyRowsInPartsBetweenWhichASlotMayAskForSomethingElse)
+{
+    constexpr int count = 600000;
+    constexpr int atOnce = 1 << 18;
+    std::vector<Row> rows;
+    for (int id = 1; id <= count; ++id)
+        rows.push_back({id});
+    auto const recording = std::make_shared<RecordingStore>();
+    recording->PlayRows(rows);
+    FileListModel model(recording);
+    std::vector<int> parts;
+    QObject::connect(&model, &FileListModel::rowsInserted, [&parts](QModelIndex const&, int first, int last) {
+        parts.push_back(last - first + 1);
+    });
+    model.ShowRoot(1);
+    Settle(model);
+    EXPECT_EQ(parts, (std::vector<int>{FirstRows, atOnce, atOnce, count - FirstRows - 2 * atOnce}));
+    ASSERT_EQ(model.rowCount(), count);
+    for (int row = 0; row < count; row += 1009)
+        EXPECT_EQ(model.FileId(model.index(row, 0)), row + 1);
+
+    recording->PlayRows(rows);
+    QObject::connect(&model, &FileListModel::rowsInserted, [&model] {
+        if (model.rowCount() > FirstRows)
+            model.ShowFolder(2);
+    });
+    model.ShowFolder(1);
+    Settle(model);
+    EXPECT_EQ(model.rowCount(), 0);
+}
+
 TEST_F(AFileListModel, ReadsOnceMoreForAllRefreshesDuringAReading)
 {
     AddFiles(3);
@@ -641,7 +672,10 @@ TEST_F(AFileListModel, ShowsWhatWasCommittedWhileARowWasRead)
     EXPECT_FALSE(model.index(0, 2).data().isValid());
     gate.WaitForArrival(); // with the row's values
     Run("UPDATE FileConfiguration SET name = 'after' WHERE id = :id"_q, {{":id", id}});
+    AddFile("another"_q);
+    QSignalSpy inserted(&model, &FileListModel::rowsInserted);
     EXPECT_TRUE(model.Refresh());
+    ASSERT_TRUE(inserted.wait(LongEnoughMsec)) << "the list comes before the row";
     gate.Open();
     Settle(model);
     EXPECT_EQ(model.index(0, 2).data(), "after"_q);
