@@ -1,5 +1,6 @@
 #include "config/FileLinksDocument.h"
 
+#include "config/IsoDate.h"
 #include "config/StoredDocument.h"
 #include "config/WrittenDocument.h"
 
@@ -19,13 +20,6 @@ const QString FileId = QStringLiteral("FileId");
 const QString RefId = QStringLiteral("RefId");
 const QString ServerFileId = QStringLiteral("ServerFileId");
 const QString Path = QStringLiteral("Path");
-
-QDateTime ToDate(QString const& text)
-{
-    QDateTime date = QDateTime::fromString(text, Qt::ISODate);
-    date.setTimeSpec(Qt::UTC);
-    return date;
-}
 
 void AppendIfValid(QList<FileLink>& links, FileLink const& link)
 {
@@ -92,7 +86,7 @@ QList<FileLink> ReadFileLinks(QString const& text, QDateTime& date)
     QDomDocument document;
     LoadStoredDocument(text, document);
     QDomElement const root = document.documentElement();
-    date = ToDate(root.attribute(FileDate));
+    date = ReadIsoDate(root.attribute(FileDate));
     for (QDomElement element = root.firstChildElement(); !element.isNull(); element = element.nextSiblingElement()) {
         FileLink link;
         link.fileId = element.attribute(FileId).toInt();
@@ -125,7 +119,7 @@ std::optional<QList<FileLink>> ReadWrittenFileLinks(QString const& text, QDateTi
     }
     if (!document.isAtEnd())
         return std::nullopt;
-    date = ToDate(dateText);
+    date = ReadIsoDate(dateText);
     return links;
 }
 

@@ -3,6 +3,7 @@
 #include "config/XmlLimits.h"
 
 #include <QDomDocument>
+#include <QRegularExpression>
 #include <QXmlDefaultHandler>
 #include <QXmlInputSource>
 #include <QXmlSimpleReader>
@@ -15,12 +16,40 @@ QT_WARNING_DISABLE_DEPRECATED
 
 namespace {
 
+constexpr uint LastUnit = 0xFFFF;
+
+/// Returns the reference to a character beyond 16 bits that begins there, as Qt 5 reads it: cut off to 16 bits, in the
+/// same number of digits. Returns an empty text if there is none.
+QString CutReferenceAt(QString const& text, int at)
+{
+    static QRegularExpression const pattern(QStringLiteral("&#(?:x([0-9A-Fa-f]{5,})|([0-9]{5,}));"));
+    auto const match =
+        pattern.match(text, at, QRegularExpression::NormalMatch, QRegularExpression::AnchoredMatchOption);
+    if (!match.hasMatch())
+        return {};
+    constexpr int hexadecimal = 1;
+    constexpr int decimal = 2;
+    int const form = match.capturedLength(hexadecimal) > 0 ? hexadecimal : decimal;
+    int const base = form == hexadecimal ? 16 : 10;
+    bool fits = false;
+    uint const character = match.captured(form).toUInt(&fits, base);
+    if (!fits || character <= LastUnit)
+        return {};
+    QString const digits =
+        QStringLiteral("%1").arg(character & LastUnit, int(match.capturedLength(form)), base, QLatin1Char('0'));
+    return match.captured().replace(match.captured(form), digits);
+}
+
 /// Hands out a text as long as it stays within the limits, and then ends it. So what is counted is what the reader
 /// reads, in one pass.
 class LimitedSource : public QXmlInputSource
 {
 public:
-    explicit LimitedSource(QString const& text) { setData(text); }
+    explicit LimitedSource(QString const& text)
+        : _text(text)
+    {
+        setData(text);
+    }
 
     /// The reader asks for the next character when it has accepted the one before.
     QChar next() override
@@ -28,6 +57,9 @@ public:
         if (!_isWithinLimits || !(_isWithinLimits = _limits.Take(_handedOut)))
             return QChar(EndOfDocument);
         _handedOut = QXmlInputSource::next();
+        if constexpr (QT_VERSION_MAJOR > 5)
+            CutReferences();
+        ++_position;
         return _handedOut;
     }
 
@@ -36,6 +68,21 @@ public:
     bool isInContent() const { return _limits.isInContent(); }
 
 private:
+    /// Replaces the character that is handed out if it is part of a reference that Qt 5 cuts off.
+    void CutReferences()
+    {
+        if (_handedOut == QLatin1Char('&') && _limits.takesReferences()) {
+            _cut = CutReferenceAt(_text, _position);
+            _cutAt = _position;
+        }
+        if (_position - _cutAt < _cut.size())
+            _handedOut = _cut.at(_position - _cutAt);
+    }
+
+    QString const _text;
+    int _position = 0;
+    QString _cut;
+    int _cutAt = 0;
     XmlLimits _limits;
     bool _isWithinLimits = true;
     QChar _handedOut = QChar(EndOfData); // no character at first, and none that counts

@@ -29,6 +29,9 @@ public:
     /// Whether the last character taken was in the content of an element, or outside the root element.
     bool isInContent() const { return _in == In::Content; }
 
+    /// Whether the reader replaces a reference that begins with the next character: in content and in quotes.
+    bool takesReferences() const { return isInContent() || _quote != 0; }
+
 private:
     /// The part of the document to which the next character belongs.
     enum class In
