@@ -5,6 +5,9 @@
 ///
 /// It must come before all other headers. CMake and pkg-config pass the option for that to everything that links
 /// `Tandry::Interfaces`; other builds include it first.
+///
+/// In every such source file the global namespace thus has the other functions of <unistd.h>: `link`, `read`, `pause`
+/// and more. Global variables and types of a client cannot have their names; what is in a namespace or class can.
 #if defined(__unix__) || defined(__APPLE__)
 #define sync sync_function_of_unistd
 #include <unistd.h>

@@ -6,6 +6,18 @@
 #include <cstdio>
 #include <unistd.h>
 
+/// A client's own names may be those of functions that <unistd.h> has.
+namespace client {
+
+int link = 1;
+
+int pause(int seconds)
+{
+    return seconds + link;
+}
+
+} // namespace client
+
 namespace {
 
 class Shell : public sync::interf::IRefreshNativeFileViewer
@@ -40,5 +52,6 @@ int main()
     good &= Check(sync::models::StoreWatcher::staticMetaObject.className() == QByteArray("sync::models::StoreWatcher"),
                   "a model's meta-object");
     good &= Check(getpid() > 0, "<unistd.h> works beside the namespace");
+    good &= Check(client::pause(2) == 3, "the client's own names are found");
     return good ? 0 : 1;
 }
