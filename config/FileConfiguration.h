@@ -31,9 +31,11 @@ enum FileSynchronizationStatus : int
     FileSyncStatusLinkDiscovered = 3,
 };
 
-/// Further state, in memory only; the client defines the meaning of the values.
+/// Further state, in memory only; the client defines the meaning of other values. Never renumber.
 enum FileSynchronizationSubStatus : int
 {
+    /// The sub-status of a new record, and of one that comes from a store.
+    FileSyncSubStatusNone = 0,
 };
 
 /// Option bits; the client defines the meaning of other bits. Never renumber.
@@ -41,6 +43,16 @@ enum FileSyncOption : int
 {
     FileSyncOptionNone = 0,
     FileSyncOptionRepathRequired = 64,
+};
+
+/// The user's rights to a file, as a set of bits: those of `FolderPrivileges`. Never renumber.
+enum FilePrivileges : int
+{
+    FilePrivilegeView = 1,
+    FilePrivilegeDownload = 2,
+    FilePrivilegeUpdate = 4,
+    FilePrivilegeDelete = 8,
+    FilePrivilegeShare = 16,
 };
 
 /// A file known to the client: one row of the table that its `fileType` names.
@@ -116,7 +128,7 @@ public:
     int parentFileId = -1;
     /// The server's id of the owner.
     QString ownerId;
-    /// The user's rights: 1 view, 2 download, 4 update, 8 delete, 16 share.
+    /// The user's rights, bits of `FilePrivileges`; all of them in a new record.
     int privileges = 31;
     /// The kind, and with it the table that the record is written to.
     FileConfigurationType fileType = FileConfigurationTypeFile;
@@ -139,7 +151,7 @@ private:
     friend struct TableColumns;
 
     FileSynchronizationStatus syncStatus = FileSyncStatusNotSynced;
-    FileSynchronizationSubStatus syncSubStatus = FileSynchronizationSubStatus(0);
+    FileSynchronizationSubStatus syncSubStatus = FileSyncSubStatusNone;
     bool syncStatusChanged = false;
 };
 

@@ -38,9 +38,11 @@ enum DriveType : int
 {
 };
 
-/// How a folder is synchronised; the client defines the meaning of the values.
+/// How a folder is synchronised; the client defines the meaning of other values.
 enum FolderSyncOption : int
 {
+    /// The option of a new record.
+    FolderSyncOptionNone = 0,
 };
 
 /// The user's rights to a folder, as a set of bits.
@@ -194,7 +196,7 @@ private:
     SynchronizationFolderOption folderOption = FolderOptionTopFilesOnly;
     FolderOperationType lastOperationType = FolderOperationType(0);
     DriveType syncDriveType = DriveType(0);
-    FolderSyncOption syncOption = FolderSyncOption(0);
+    FolderSyncOption syncOption = FolderSyncOptionNone;
     QString ownerId;
     FolderPrivileges privileges = FolderPrivileges(31);
     QString serverRoot;

@@ -2,9 +2,9 @@
 
 #include "config/FileLinksDocument.h"
 #include "config/FolderConfiguration.h"
+#include "config/PathRules.h"
 #include "config/file/FileColumns.h"
 #include "config/file/FileStatements.h"
-#include "config/folder/PathRules.h"
 #include "config/store/QueryColumns.h"
 #include "config/store/Rows.h"
 #include "config/store/StoreOperations.h"

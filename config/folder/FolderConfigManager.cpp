@@ -1,11 +1,12 @@
 #include "config/FolderConfigManager.h"
 
 #include "config/CommonConstants.h"
+#include "config/PathRules.h"
 #include "config/folder/FolderCaches.h"
 #include "config/folder/FolderColumns.h"
 #include "config/folder/FolderInRemoval.h"
 #include "config/folder/FolderStatements.h"
-#include "config/folder/PathRules.h"
+#include "config/folder/PathRelation.h"
 #include "config/store/QueryColumns.h"
 #include "config/store/Rows.h"
 #include "config/store/StoreOperations.h"

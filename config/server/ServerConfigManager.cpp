@@ -1,5 +1,6 @@
 #include "config/ServerConfigManager.h"
 
+#include "config/DefaultServerSetting.h"
 #include "config/server/ServerColumns.h"
 #include "config/server/ServerStatements.h"
 #include "config/store/QueryColumns.h"
@@ -81,9 +82,8 @@ ServerConfiguration ServerConfigManager::GetServerConfigByFileId(long long fileI
 
 ServerConfiguration ServerConfigManager::GetDefaultServerConfig()
 {
-    QSettings settings(QSettings::UserScope, QStringLiteral("Norvalis"), QStringLiteral("Norvalis Sync"));
-    settings.beginGroup(QStringLiteral("Tandry"));
-    return GetServerConfigById(settings.value(QStringLiteral("DefaultServerConfigurationId"), 1).toLongLong());
+    QSettings const settings(QSettings::UserScope, DefaultServerSetting::Organization, DefaultServerSetting::Application);
+    return GetServerConfigById(settings.value(DefaultServerSetting::Key, 1).toLongLong());
 }
 
 void ServerConfigManager::_PopulateServerConfig(sync::interf::IQSqlQueryWrapper* query,

@@ -1,4 +1,5 @@
 #include "config/FileConfiguration.h"
+#include "config/FolderConfiguration.h"
 #include "config/RecordColumns.h"
 #include "support/FileRecords.h"
 #include "support/QtPrinters.h"
@@ -29,6 +30,12 @@ static_assert(std::is_same_v<std::underlying_type_t<FileSyncOption>, int>);
 static_assert(FileConfigurationTypeFile == 0 && FileConfigurationTypeGenerated == 1 && FileConfigurationTypeBase == 2);
 static_assert(FileSyncStatusSyncing == 1 && FileSyncStatusNotSynced == 2 && FileSyncStatusLinkDiscovered == 3);
 static_assert(FileSyncOptionNone == 0 && FileSyncOptionRepathRequired == 64);
+static_assert(FileSyncSubStatusNone == 0);
+static_assert(std::is_same_v<std::underlying_type_t<FilePrivileges>, int>);
+// A client copies the rights of a folder to its files.
+static_assert(FilePrivilegeView == int(FolderPrivilegeView) && FilePrivilegeDownload == int(FolderPrivilegeDownload) &&
+              FilePrivilegeUpdate == int(FolderPrivilegeUpdate) && FilePrivilegeDelete == int(FolderPrivilegeDelete) &&
+              FilePrivilegeShare == int(FolderPrivilegeShare));
 
 TEST(FileConfiguration, DefaultRecordHasAllRightsAndIsNotSynced)
 {
@@ -93,10 +100,10 @@ struct PrivilegeCase
     int privileges;
 };
 
-class FilePrivileges : public testing::TestWithParam<PrivilegeCase>
+class FilePrivilegeWords : public testing::TestWithParam<PrivilegeCase>
 {};
 
-TEST_P(FilePrivileges, AreTheBitsOfTheKnownWords)
+TEST_P(FilePrivilegeWords, AreTheBitsOfTheKnownWords)
 {
     FileConfiguration file;
     file.setPrivileges(GetParam().text);
@@ -104,7 +111,7 @@ TEST_P(FilePrivileges, AreTheBitsOfTheKnownWords)
 }
 
 INSTANTIATE_TEST_SUITE_P(Texts,
-                         FilePrivileges,
+                         FilePrivilegeWords,
                          testing::Values(PrivilegeCase{"NullText", QString(), 0},
                                          PrivilegeCase{"EmptyText", QStringLiteral(""), 0},
                                          PrivilegeCase{"BlanksAlone", QStringLiteral("   "), 0},

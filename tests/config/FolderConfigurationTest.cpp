@@ -36,6 +36,7 @@ static_assert(std::is_same_v<std::underlying_type_t<FolderSyncOption>, int>);
 static_assert(std::is_same_v<std::underlying_type_t<FolderPrivileges>, int>);
 static_assert(FolderPrivilegeView == 1 && FolderPrivilegeDownload == 2 && FolderPrivilegeUpdate == 4 &&
               FolderPrivilegeDelete == 8 && FolderPrivilegeShare == 16);
+static_assert(FolderSyncOptionNone == 0);
 
 QDateTime LocalNoon()
 {

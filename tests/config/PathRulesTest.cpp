@@ -1,4 +1,4 @@
-#include "config/folder/PathRules.h"
+#include "config/PathRules.h"
 
 #include "support/QtPrinters.h"
 

@@ -1,5 +1,6 @@
 #include "config/ServerConfigManager.h"
 
+#include "config/DefaultServerSetting.h"
 #include "support/Conversation.h"
 #include "support/TemporarySettings.h"
 
@@ -17,6 +18,7 @@ namespace server_config_manager_test {
 namespace {
 
 using namespace tandry::test;
+using sync::config::DefaultServerSetting;
 using sync::config::ServerConfigManager;
 using sync::config::ServerConfiguration;
 
@@ -444,6 +446,15 @@ TEST_F(ServerConfigManagerConversation, DefaultServerThatDoesNotExistIsLookedFor
     settings.SetDefaultServer(42);
     ExpectDefault(manager.GetDefaultServerConfig());
     EXPECT_EQ(store->Executions().size(), 1U);
+}
+
+TEST_F(ServerConfigManagerConversation, DefaultServerIsReadFromTheSettingThatClientsWrite)
+{
+    QSettings client(QSettings::UserScope, DefaultServerSetting::Organization, DefaultServerSetting::Application);
+    client.setValue(DefaultServerSetting::Key, 42);
+    client.sync();
+    static_cast<void>(manager.GetDefaultServerConfig());
+    ExpectConversation(*store, {Read(SelectById, {{":id", 42LL}})});
 }
 
 TEST_F(ServerConfigManagerConversation, DefaultServerSettingOfAnotherGroupIsNotRead)

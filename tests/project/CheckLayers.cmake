@@ -35,7 +35,7 @@ set(statementDetails "database/(StatementDetails|sqlite/SqliteValue)\\.h")
 # Only the library's own readers can tell whether a document is broken, and its markers which files are temporary, so the
 # findings use them.
 layer(tools/findings PUBLIC_OF ${libraries}
-  SEES "config/(FileLinks|NameValue|Stored)Document\\.h" "config/(CommonConstants|folder/PathRules)\\.h" "QDom[A-Z].*" ${statementDetails})
+  SEES "config/(FileLinks|NameValue|Stored)Document\\.h" "config/CommonConstants\\.h" "QDom[A-Z].*" ${statementDetails})
 # What is in documents is replaced as the library would write it, except for its markers in names.
 layer(tools/carry PUBLIC_OF ${libraries}
   SEES "tools/findings/.*" "config/(FileLinks|NameValue|Stored)Document\\.h" "config/CommonConstants\\.h" "QDom[A-Z].*")

@@ -37,6 +37,7 @@ constexpr char const* OperationTime = "When the client last did something with i
 constexpr char const* OwnerId = "The owner, as the server calls it.";
 constexpr char const* ClientsNumber = "A number of the client's own.";
 
+/// The rights to folders and to files have the same bits.
 std::vector<NamedValue> const& Privileges()
 {
     static std::vector<NamedValue> const bits{

@@ -1,7 +1,7 @@
 #include "tools/findings/RootMove.h"
 
+#include "config/PathRules.h"
 #include "config/StoredDocument.h"
-#include "config/folder/PathRules.h"
 #include "interf/IQSqlQueryWrapper.h"
 #include "tools/findings/DiskEntry.h"
 #include "tools/findings/TableNames.h"

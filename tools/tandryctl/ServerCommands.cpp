@@ -6,6 +6,7 @@
 #include "RecordColumns.h"
 #include "Removal.h"
 #include "Text.h"
+#include "config/DefaultServerSetting.h"
 
 #include <QSet>
 #include <QSettings>
@@ -160,7 +161,9 @@ class DefaultServerSetting
 {
 public:
     DefaultServerSetting()
-        : _settings(QSettings::UserScope, QStringLiteral("Norvalis"), QStringLiteral("Norvalis Sync"))
+        : _settings(QSettings::UserScope,
+                    sync::config::DefaultServerSetting::Organization,
+                    sync::config::DefaultServerSetting::Application)
     {}
 
     QString text() const
@@ -173,7 +176,7 @@ public:
 
 private:
     QSettings _settings;
-    QString const _key = QStringLiteral("Tandry/DefaultServerConfigurationId");
+    QString const _key = sync::config::DefaultServerSetting::Key;
 };
 
 ExitStatus ShowDefault(Session& session)

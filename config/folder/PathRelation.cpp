@@ -1,18 +1,8 @@
-#include "config/folder/PathRules.h"
+#include "config/folder/PathRelation.h"
 
-#include <QDir>
+#include <QString>
 
 namespace sync::config {
-
-QString ReplacePathPrefix(QString path, QString const& oldPrefix, QString const& newPrefix)
-{
-    path = QDir::cleanPath(path);
-    if (!path.startsWith(oldPrefix))
-        return path;
-    if (path.size() != oldPrefix.size() && path.at(oldPrefix.size()) != QLatin1Char('/'))
-        return path;
-    return path.replace(0, oldPrefix.size(), newPrefix);
-}
 
 PathRelation RelateToFolder(QString const& path, QString const& folder)
 {

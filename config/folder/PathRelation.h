@@ -1,15 +1,8 @@
 #pragma once
 
-#include "config/TandryConfigurationExport.h"
-
 #include <QString>
 
 namespace sync::config {
-
-/// Returns the cleaned path with its leading folders `oldPrefix` replaced by `newPrefix`, or just the cleaned path if
-/// it does not lie in `oldPrefix`. Case matters. The prefixes are not cleaned: an `oldPrefix` that ends in a slash
-/// matches only itself and texts that continue with a second slash.
-TANDRY_CONFIGURATION_EXPORT QString ReplacePathPrefix(QString path, QString const& oldPrefix, QString const& newPrefix);
 
 /// The position of a path relative to a folder. Compares without case, and does not clean either text.
 enum class PathRelation
