@@ -1,5 +1,6 @@
 #include "config/DatabaseConfigurationManager.h"
 
+#include "config/MetaTypes.h"
 #include "config/NameValueDocument.h"
 #include "interf/IDatabaseFactory.h"
 
@@ -10,7 +11,9 @@ namespace sync::config {
 DatabaseConfigurationManager::DatabaseConfigurationManager(
     std::shared_ptr<sync::interf::factory::IDatabaseFactory> databaseFactory)
     : _databaseFactory(std::move(databaseFactory))
-{}
+{
+    RegisterMetaTypes();
+}
 
 DatabaseConfigurationManager::DatabaseConfigurationManager(DatabaseConfigurationManager const& other) = default;
 

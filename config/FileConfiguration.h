@@ -1,7 +1,9 @@
 #pragma once
 
 #include "config/FileLink.h"
+#include "config/RecordText.h"
 #include "config/TandryConfigurationExport.h"
+#include "interf/MetaTypeDeclaration.h"
 
 #include <QDateTime>
 #include <QList>
@@ -158,3 +160,9 @@ private:
 } // namespace sync::config
 
 Q_DECLARE_TYPEINFO(sync::config::FileConfiguration, Q_MOVABLE_TYPE);
+TANDRY_DECLARE_METATYPE(sync::config::FileConfiguration)
+TANDRY_DECLARE_METATYPE(sync::config::FileConfigurationType)
+TANDRY_DECLARE_METATYPE(sync::config::FileSynchronizationStatus)
+TANDRY_DECLARE_METATYPE(sync::config::FileSynchronizationSubStatus)
+TANDRY_DECLARE_METATYPE(sync::config::FileSyncOption)
+TANDRY_DECLARE_METATYPE(sync::config::FilePrivileges)

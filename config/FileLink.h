@@ -1,6 +1,8 @@
 #pragma once
 
+#include "config/RecordText.h"
 #include "config/TandryConfigurationExport.h"
+#include "interf/MetaTypeDeclaration.h"
 
 #include <QString>
 #include <QTypeInfo>
@@ -32,3 +34,4 @@ public:
 } // namespace sync::config
 
 Q_DECLARE_TYPEINFO(sync::config::FileLink, Q_MOVABLE_TYPE);
+TANDRY_DECLARE_METATYPE(sync::config::FileLink)

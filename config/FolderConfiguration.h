@@ -1,6 +1,8 @@
 #pragma once
 
+#include "config/RecordText.h"
 #include "config/TandryConfigurationExport.h"
+#include "interf/MetaTypeDeclaration.h"
 
 #include <QDateTime>
 #include <QMap>
@@ -210,6 +212,7 @@ private:
 
 } // namespace sync::config
 
+TANDRY_DECLARE_METATYPE(sync::config::FolderConfiguration)
 Q_DECLARE_METATYPE(sync::config::FolderSynchronizationStatus)
 Q_DECLARE_METATYPE(sync::config::SynchronizationFolderOption)
 Q_DECLARE_METATYPE(sync::config::FolderOperationType)

@@ -2,27 +2,16 @@
 
 #include <QString>
 #include <QStringList>
-#include <QVector>
-
-#include <array>
 
 namespace sync::config {
 
 namespace {
 
-const std::array<QString, 5> Words{QStringLiteral("view"),
-                                   QStringLiteral("download"),
-                                   QStringLiteral("update"),
-                                   QStringLiteral("delete"),
-                                   QStringLiteral("share")};
-
 int Privilege(QString const& text)
 {
-    int bit = 1;
-    for (QString const& word : Words) {
-        if (text.compare(word, Qt::CaseInsensitive) == 0)
-            return bit;
-        bit <<= 1;
+    for (NamedValue const& privilege : PrivilegeNames) {
+        if (text.compare(QLatin1String(privilege.name), Qt::CaseInsensitive) == 0)
+            return privilege.value;
     }
     return 0;
 }

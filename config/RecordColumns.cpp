@@ -21,6 +21,7 @@ RecordColumn<Record> Describe(Column const& described)
     traits.isReadOnly = (described.marks & column::GivenByStore) != 0 || !Column::isStored;
     traits.isReceived = (described.marks & column::NotCopied) == 0 && Column::isStored;
     traits.isSecret = (described.marks & column::Secret) != 0;
+    traits.valueNames = ValueNames(described.firstValue, described.endOfValues, Column::kind == ColumnKind::BitField);
     return {QLatin1String(described.name), Column::kind, traits, &Column::Get, &Column::Set};
 }
 

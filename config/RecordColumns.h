@@ -1,6 +1,7 @@
 #pragma once
 
 #include "config/TandryConfigurationExport.h"
+#include "config/ValueNames.h"
 
 #include <QString>
 #include <QVariant>
@@ -65,6 +66,7 @@ public:
         bool isReadOnly = false; ///< See `isReadOnly()`.
         bool isReceived = true;  ///< See `isReceived()`.
         bool isSecret = false;   ///< See `isSecret()`.
+        ValueNames valueNames;   ///< See `valueNames()`.
     };
 
     /// For the library, which creates the columns of each record.
@@ -87,6 +89,9 @@ public:
     bool isReceived() const { return _traits.isReceived; }
     /// Whether the value is a secret, which must not be shown or logged.
     bool isSecret() const { return _traits.isSecret; }
+    /// The names of the values of an enumeration or a bit field. Empty for other kinds, and if the client defines the
+    /// meaning of all values.
+    ValueNames const& valueNames() const { return _traits.valueNames; }
 
     /// Returns the record's value in the type of the column's kind; an invalid value for the account's
     /// "encryptedPassword".

@@ -1,6 +1,8 @@
 #pragma once
 
+#include "config/RecordText.h"
 #include "config/TandryConfigurationExport.h"
+#include "interf/MetaTypeDeclaration.h"
 
 #include <QDateTime>
 #include <QMetaType>
@@ -68,6 +70,7 @@ private:
 
 } // namespace sync::config
 
+TANDRY_DECLARE_METATYPE(sync::config::ScheduleEntry)
 Q_DECLARE_METATYPE(sync::config::SyncSchedule)
 #ifdef Q_MOC_RUN
 Q_DECLARE_METATYPE(SyncSchedule) // as spelled in the property, so that reading it by name registers the type

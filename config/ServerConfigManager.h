@@ -37,8 +37,8 @@ public:
     ServerConfiguration GetServerConfigByFolderId(long long folderId) override;
     ServerConfiguration GetServerConfigByFileId(long long fileId) override;
 
-    /// Reads the user's setting that `DefaultServerSetting` names on each call, and never writes it. Returns the default
-    /// record if no server has that id.
+    /// Reads the user's setting that `DefaultServerSetting` names on each call, and never writes it. Returns the
+    /// default record if no server has that id.
     ServerConfiguration GetDefaultServerConfig() override;
 
 private:

@@ -1,6 +1,8 @@
 #pragma once
 
+#include "config/RecordText.h"
 #include "config/TandryConfigurationExport.h"
+#include "interf/MetaTypeDeclaration.h"
 
 #include <QMap>
 #include <QObject>
@@ -64,3 +66,5 @@ private:
 };
 
 } // namespace sync::config
+
+TANDRY_DECLARE_METATYPE(sync::config::ServerConfiguration)

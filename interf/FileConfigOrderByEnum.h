@@ -1,5 +1,7 @@
 #pragma once
 
+#include "interf/MetaTypeDeclaration.h"
+
 namespace sync::interf {
 
 /// Sort order of a file listing, ascending, or descending with `Desc`. Any other value sorts like
@@ -33,3 +35,5 @@ enum FileConfigOrderByEnum : int
 };
 
 } // namespace sync::interf
+
+TANDRY_DECLARE_METATYPE(sync::interf::FileConfigOrderByEnum)

@@ -21,14 +21,13 @@ bool RecordRows::Column::hasText() const
 RecordRows::RecordRows(std::shared_ptr<IDatabaseFactory> factory, QString const& table, QVector<Column> const& columns)
     : _factory(std::move(factory))
     , _documents(_factory)
-    , _table(table)
     , _columns(columns)
 {
     QStringList names;
     for (Column const& column : _columns)
         names.append(column.name);
-    _select = QStringLiteral("SELECT %1 FROM %2 ").arg(names.join(QStringLiteral(", ")), _table);
-    _selectIds = QStringLiteral("SELECT id FROM %1 ").arg(_table);
+    _select = QStringLiteral("SELECT %1 FROM %2 ").arg(names.join(QStringLiteral(", ")), table);
+    _selectIds = QStringLiteral("SELECT id FROM %1 ").arg(table);
 }
 
 QHash<int, QByteArray> RecordRows::WithRoles(QHash<int, QByteArray> roles) const
@@ -60,7 +59,7 @@ QString RecordRows::Text(RecordRow const& row, int column) const
     Column const& described = _columns.at(column);
     QVariant const& value = row.values.at(column);
     if (described.hasText())
-        return DisplayText(_table, described.name, value.toInt());
+        return DisplayText(described.valueNames, value.toInt());
     if (described.kind == ColumnKind::Time)
         return QLocale().toString(value.toDateTime().toLocalTime(), QLocale::ShortFormat);
     if (described.kind != ColumnKind::Properties)

@@ -43,6 +43,7 @@ public:
     {
         QString name;
         sync::config::ColumnKind kind;
+        sync::config::ValueNames valueNames;
         /// The zone in which a record has the clock reading of a time.
         Qt::TimeSpec timeSpec = Qt::UTC;
 
@@ -90,7 +91,6 @@ private:
     std::shared_ptr<sync::interf::factory::IDatabaseFactory> _factory;
     /// Reads the documents of properties.
     sync::config::DatabaseConfigurationManager _documents;
-    QString _table;
     QVector<Column> _columns;
     QString _select;
     QString _selectIds;
@@ -106,7 +106,8 @@ RecordRows RecordRows::Of(std::shared_ptr<sync::interf::factory::IDatabaseFactor
         Record record;
         bool const isTime = column.kind() == sync::config::ColumnKind::Time &&
                             column.Set(record, QDateTime(QDate(2000, 1, 1), QTime(), Qt::UTC));
-        columns.append({column.name(), column.kind(), isTime ? column.Get(record).toDateTime().timeSpec() : Qt::UTC});
+        Qt::TimeSpec const timeSpec = isTime ? column.Get(record).toDateTime().timeSpec() : Qt::UTC;
+        columns.append({column.name(), column.kind(), column.valueNames(), timeSpec});
     }
     return RecordRows(std::move(factory), table, columns);
 }

@@ -2,6 +2,7 @@
 
 #include "config/FileLink.h"
 #include "config/RecordColumns.h"
+#include "config/ValueNames.h"
 #include "config/columns/ColumnValues.h"
 
 #include <QDateTime>
@@ -10,6 +11,7 @@
 #include <QString>
 #include <QVariant>
 
+#include <cstddef>
 #include <optional>
 #include <utility>
 
@@ -50,9 +52,18 @@ struct Named
         : name(columnName)
         , marks(columnMarks)
     {}
+    /// A column with values that have names.
+    template <std::size_t Count>
+    constexpr Named(char const* columnName, NamedValue const (&values)[Count])
+        : name(columnName)
+        , firstValue(values)
+        , endOfValues(values + Count)
+    {}
 
     char const* name;
-    unsigned marks;
+    unsigned marks = NoMarks;
+    NamedValue const* firstValue = nullptr;
+    NamedValue const* endOfValues = nullptr;
 };
 
 template <class Record, class Value>

@@ -82,7 +82,8 @@ ServerConfiguration ServerConfigManager::GetServerConfigByFileId(long long fileI
 
 ServerConfiguration ServerConfigManager::GetDefaultServerConfig()
 {
-    QSettings const settings(QSettings::UserScope, DefaultServerSetting::Organization, DefaultServerSetting::Application);
+    QSettings const settings(
+        QSettings::UserScope, DefaultServerSetting::Organization, DefaultServerSetting::Application);
     return GetServerConfigById(settings.value(DefaultServerSetting::Key, 1).toLongLong());
 }
 

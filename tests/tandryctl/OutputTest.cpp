@@ -158,7 +158,8 @@ TEST_F(OutputTest, UtcTimesHaveTheirZoneInEveryClock)
 
 TEST_F(OutputTest, NamedValueHasItsNameInPlainAndIsANumberInJson)
 {
-    tandry::findings::ValueNames const names(tandry::findings::ValueNames::Form::Enumeration, {{7, "done well", ""}});
+    static constexpr sync::config::NamedValue Values[] = {{7, "done well"}};
+    tandry::findings::ValueNames const names(sync::config::ValueNames(Values, Values + 1, false));
     Columns<Thing> columns{{"id", Shown::Always, [](Thing const& thing) { return thing.id; }}};
     columns.first().names = &names;
     QVector<Thing> const things{{7, {}, {}}, {8, {}, {}}};

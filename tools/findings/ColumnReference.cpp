@@ -22,7 +22,8 @@ namespace {
 struct Description
 {
     char const* meaning;
-    std::vector<NamedValue> values = {};
+    /// What the named values mean.
+    std::map<int, char const*> values = {};
 };
 
 using Descriptions = std::map<std::string, Description>;
@@ -38,15 +39,15 @@ constexpr char const* OwnerId = "The owner, as the server calls it.";
 constexpr char const* ClientsNumber = "A number of the client's own.";
 
 /// The rights to folders and to files have the same bits.
-std::vector<NamedValue> const& Privileges()
+std::map<int, char const*> const& Privileges()
 {
-    static std::vector<NamedValue> const bits{
-        {0, "none", "No right at all."},
-        {FolderPrivilegeView, "view", "See that it is there."},
-        {FolderPrivilegeDownload, "download", "Fetch it from the server."},
-        {FolderPrivilegeUpdate, "update", "Change it."},
-        {FolderPrivilegeDelete, "delete", "Remove it."},
-        {FolderPrivilegeShare, "share", "Give others access to it."},
+    static std::map<int, char const*> const bits{
+        {0, "No right at all."},
+        {FolderPrivilegeView, "See that it is there."},
+        {FolderPrivilegeDownload, "Fetch it from the server."},
+        {FolderPrivilegeUpdate, "Change it."},
+        {FolderPrivilegeDelete, "Remove it."},
+        {FolderPrivilegeShare, "Give others access to it."},
     };
     return bits;
 }
@@ -100,16 +101,16 @@ Descriptions FolderDescriptions()
         {"serverPath", {ServerPath}},
         {"syncStatus",
          {"State of the synchronisation.",
-          {{FolderStatusInitial, "initial", "As a new record has it."},
-           {FolderStatusOutOfSync, "out of sync", "To be synchronised."},
-           {FolderStatusPlaced, "placed", "Recorded by its path alone."}}}},
+          {{FolderStatusInitial, "As a new record has it."},
+           {FolderStatusOutOfSync, "To be synchronised."},
+           {FolderStatusPlaced, "Recorded by its path alone."}}}},
         {"nameValueProperties", {OwnProperties}},
         {"parentId", {"The folder above; 0 for a root, -1 for a folder without a place."}},
         {"lastOperationTime", {OperationTime}},
         {"lastSyncTime", {"When the client last synchronised it."}},
         {"folderOption",
          {"The part of a root that is synchronised.",
-          {{FolderOptionTopFilesOnly, "top files only", "Where honoured, only the files directly in the root."}}}},
+          {{FolderOptionTopFilesOnly, "Where honoured, only the files directly in the root."}}}},
         {"lastOperationType", {ClientsNumber}},
         {"syncDriveType", {ClientsNumber}},
         {"rootId", {"The root's id; a root has its own."}},
@@ -135,9 +136,9 @@ Descriptions FileDescriptions()
         {"lastModifiedDateTime", {"When the content last changed."}},
         {"syncStatus",
          {"State of the synchronisation.",
-          {{FileSyncStatusSyncing, "syncing", "Being synchronised."},
-           {FileSyncStatusNotSynced, "not synced", "New or changed, to be synchronised."},
-           {FileSyncStatusLinkDiscovered, "link discovered", "Recorded because a link leads to it."}}}},
+          {{FileSyncStatusSyncing, "Being synchronised."},
+           {FileSyncStatusNotSynced, "New or changed, to be synchronised."},
+           {FileSyncStatusLinkDiscovered, "Recorded because a link leads to it."}}}},
         {"lastOperationType", {ClientsNumber}},
         {"size", {"In bytes."}},
         {"nameValueProperties", {OwnProperties}},
@@ -145,16 +146,14 @@ Descriptions FileDescriptions()
         {"rootFolderId", {"The root's id."}},
         {"syncOption",
          {"Options.",
-          {{FileSyncOptionNone, "none", "No option."},
-           {FileSyncOptionRepathRequired,
-            "repath required",
-            "The path is to be set anew; other machines get it too."}}}},
+          {{FileSyncOptionNone, "No option."},
+           {FileSyncOptionRepathRequired, "The path is to be set anew; other machines get it too."}}}},
         {"parentFileId", {"For a generated file, the file that it was made from; else -1."}},
         {"fileType",
          {"Kind of file, one for each of the three tables.",
-          {{FileConfigurationTypeFile, "file", "In FileConfiguration."},
-           {FileConfigurationTypeGenerated, "generated", "In GeneratedFileConfiguration."},
-           {FileConfigurationTypeBase, "base", "In BaseFileConfiguration."}}}},
+          {{FileConfigurationTypeFile, "In FileConfiguration."},
+           {FileConfigurationTypeGenerated, "In GeneratedFileConfiguration."},
+           {FileConfigurationTypeBase, "In BaseFileConfiguration."}}}},
         {"ownerId", {OwnerId}},
         {"privileges", {"The user's rights.", Privileges()}},
         {"productConfigurationId", {ProductId}},
@@ -179,11 +178,7 @@ Descriptions ScheduleDescriptions()
 
 DescribedColumn Describe(QString const& name, ColumnKind kind, Description const& description)
 {
-    DescribedColumn column{name, kind, QLatin1String(description.meaning), std::nullopt};
-    if (!description.values.empty())
-        column.names.emplace(kind == ColumnKind::BitField ? ValueNames::Form::Bits : ValueNames::Form::Enumeration,
-                             description.values);
-    return column;
+    return {name, kind, QLatin1String(description.meaning), std::nullopt};
 }
 
 template <class Record>
@@ -192,8 +187,10 @@ DescribedTables Describe(QStringList const& tables, Descriptions const& descript
     DescribedTables described{tables, {}};
     for (RecordColumn<Record> const& column : RecordColumns<Record>()) {
         auto const found = descriptions.find(column.name().toStdString());
-        described.columns.push_back(
-            Describe(column.name(), column.kind(), found == descriptions.end() ? Description{""} : found->second));
+        Description const description = found == descriptions.end() ? Description{""} : found->second;
+        described.columns.push_back(Describe(column.name(), column.kind(), description));
+        if (!column.valueNames().isEmpty())
+            described.columns.back().names.emplace(column.valueNames(), description.values);
     }
     return described;
 }

@@ -1,7 +1,5 @@
 #include "tools/findings/ValueNames.h"
 
-#include <utility>
-
 namespace tandry::findings {
 
 namespace {
@@ -13,21 +11,22 @@ QString AsOneWord(QString name)
 
 } // namespace
 
-ValueNames::ValueNames(Form form, std::vector<NamedValue> values)
-    : _form(form)
-    , _values(std::move(values))
-{}
+ValueNames::ValueNames(sync::config::ValueNames names, std::map<int, char const*> const& meanings)
+    : _names(names)
+{
+    for (sync::config::NamedValue const& named : _names) {
+        auto const meaning = meanings.find(named.value);
+        _values.push_back({named.value, named.name, meaning == meanings.end() ? "" : meaning->second});
+    }
+}
 
 QString ValueNames::InWords(int value) const
 {
-    if (_form == Form::Bits && value != 0)
-        return _BitsInWords(value);
-    for (NamedValue const& named : _values) {
-        if (named.value == value)
-            return _form == Form::Bits ? QLatin1String(named.name)
-                                       : QStringLiteral("%1 %2").arg(value).arg(QLatin1String(named.name));
-    }
-    return QString::number(value);
+    QStringList const words = _names.Of(value);
+    if (words.isEmpty())
+        return QString::number(value);
+    QString const text = words.join(QStringLiteral(", "));
+    return _names.areBits() ? text : QStringLiteral("%1 %2").arg(value).arg(text);
 }
 
 std::optional<int> ValueNames::Find(QString const& name) const
@@ -45,21 +44,6 @@ QStringList ValueNames::Words() const
     for (NamedValue const& named : _values)
         words.append(AsOneWord(QLatin1String(named.name)));
     return words;
-}
-
-QString ValueNames::_BitsInWords(int bits) const
-{
-    QStringList words;
-    auto unnamed = static_cast<unsigned>(bits);
-    for (NamedValue const& named : _values) {
-        auto const bit = static_cast<unsigned>(named.value);
-        if ((unnamed & bit) != 0)
-            words.append(QLatin1String(named.name));
-        unnamed &= ~bit;
-    }
-    if (unnamed != 0)
-        words.append(QString::number(unnamed));
-    return words.join(QStringLiteral(", "));
 }
 
 } // namespace tandry::findings

@@ -1,8 +1,11 @@
 #pragma once
 
+#include "config/ValueNames.h"
+
 #include <QString>
 #include <QStringList>
 
+#include <map>
 #include <optional>
 #include <vector>
 
@@ -17,19 +20,13 @@ struct NamedValue
     char const* meaning;
 };
 
-/// The names of a column's values. Values without a name belong to the client and are shown as numbers.
+/// The library's names of a column's values, and what they mean. Values without a name belong to the client and are
+/// shown as numbers.
 class ValueNames
 {
 public:
-    enum class Form
-    {
-        /// One of the values.
-        Enumeration,
-        /// Any of the bits; the value 0 may have a name of its own.
-        Bits
-    };
-
-    ValueNames(Form form, std::vector<NamedValue> values);
+    /// `meanings` has a sentence for each value with a name.
+    explicit ValueNames(sync::config::ValueNames names, std::map<int, char const*> const& meanings = {});
 
     std::vector<NamedValue> const& values() const { return _values; }
 
@@ -44,9 +41,7 @@ public:
     QStringList Words() const;
 
 private:
-    QString _BitsInWords(int bits) const;
-
-    Form _form;
+    sync::config::ValueNames _names;
     std::vector<NamedValue> _values;
 };
 
