@@ -1,8 +1,11 @@
-include(GenerateExportHeader)
+# In the build tree too, clients include headers as <tandry/config/...>.
+set(TANDRY_BUILD_INCLUDEDIR "${PROJECT_BINARY_DIR}/generated/include")
+file(MAKE_DIRECTORY "${TANDRY_BUILD_INCLUDEDIR}")
+file(CREATE_LINK "${PROJECT_SOURCE_DIR}" "${TANDRY_BUILD_INCLUDEDIR}/tandry" SYMBOLIC)
 
 # tandry_library(<name> FOLDER <folder> SOURCES <file>... [HEADERS <file>...] [EXPORT <set>])
 #
-# A shared library Tandry<name> with the alias Tandry::<name> and an export header <folder>/Tandry<name>Export.h.
+# A shared library Tandry<name> with the alias Tandry::<name>; Tandry<name>Export.h in its folder says what it exports.
 # HEADERS are the public ones, installed below TANDRY_INCLUDEDIR/<folder>; all other headers stay in the source tree. EXPORT
 # is for a library that is packaged apart from the others.
 function(tandry_library name)
@@ -11,20 +14,16 @@ function(tandry_library name)
   if(NOT arg_EXPORT)
     set(arg_EXPORT TandryTargets)
   endif()
-  set(generated "${PROJECT_BINARY_DIR}/generated")
+  list(APPEND arg_HEADERS ${target}Export.h)
 
   add_library(${target} SHARED ${arg_SOURCES} ${arg_HEADERS})
   add_library(Tandry::${name} ALIAS ${target})
 
-  string(TOUPPER ${name} upper)
-  generate_export_header(${target}
-    EXPORT_MACRO_NAME TANDRY_${upper}_EXPORT
-    EXPORT_FILE_NAME "${generated}/${arg_FOLDER}/${target}Export.h")
-
   target_include_directories(${target} PUBLIC
     "$<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}>"
-    "$<BUILD_INTERFACE:${generated}>"
-    "$<INSTALL_INTERFACE:${TANDRY_INCLUDEDIR}>")
+    "$<BUILD_INTERFACE:${TANDRY_BUILD_INCLUDEDIR}>"
+    "$<INSTALL_INTERFACE:${TANDRY_INCLUDEDIR}>"
+    "$<INSTALL_INTERFACE:${TANDRY_INCLUDEDIR_ABOVE}>")
   target_compile_features(${target} PUBLIC cxx_std_17)
   if(NOT TANDRY_SANITIZE AND NOT TANDRY_COVERAGE)
     # The check of the binary interface reads the layouts of classes in the debug information.
@@ -39,10 +38,10 @@ function(tandry_library name)
   if(TANDRY_INSTALL)
     install(TARGETS ${target} EXPORT ${arg_EXPORT}
       LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT Runtime NAMELINK_COMPONENT Development)
-    install(FILES ${arg_HEADERS} "${generated}/${arg_FOLDER}/${target}Export.h"
+    install(FILES ${arg_HEADERS}
       DESTINATION ${TANDRY_INCLUDEDIR}/${arg_FOLDER} COMPONENT Development)
   endif()
 
   list(TRANSFORM arg_HEADERS PREPEND "${arg_FOLDER}/")
-  set_property(GLOBAL APPEND PROPERTY TANDRY_PUBLIC_HEADERS ${arg_HEADERS} "${arg_FOLDER}/${target}Export.h")
+  set_property(GLOBAL APPEND PROPERTY TANDRY_PUBLIC_HEADERS ${arg_HEADERS})
 endfunction()

@@ -21,7 +21,6 @@ function(tandry_pkg_config library)
   if(TANDRY_SUFFIX)
     string(APPEND arg_DESCRIPTION ", for Qt ${TANDRY_QT}")
   endif()
-  cmake_path(GET TANDRY_INCLUDEDIR PARENT_PATH includeDir)
   list(JOIN arg_REQUIRES ", " requires)
   list(JOIN arg_CFLAGS " " cflags)
   file(RELATIVE_PATH prefixFromHere "${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig" "${CMAKE_INSTALL_PREFIX}")
@@ -35,7 +34,7 @@ endfunction()
 tandry_pkg_config(Interfaces
   DESCRIPTION "Abstract interfaces of a folder-synchronisation client's configuration store"
   REQUIRES "Qt${TANDRY_QT}Core >= ${TANDRY_QT_MINIMUM}"
-  CFLAGS -I\${includedir}/tandry -include interf/UnistdWithoutSync.h -fPIC)
+  CFLAGS -I\${includedir}/tandry -I\${includedir} -include tandry/interf/UnistdWithoutSync.h -fPIC)
 tandry_pkg_config(Database
   DESCRIPTION "Configuration store of a folder-synchronisation client in an SQLite file"
   REQUIRES "tandry-interfaces${TANDRY_SUFFIX} = ${PROJECT_VERSION}")

@@ -22,10 +22,12 @@ macro(tandry_find_qt)
   find_package(Qt${TANDRY_QT} ${TANDRY_QT_MINIMUM} REQUIRED COMPONENTS ${ARGN})
 endmacro()
 
+# Clients include headers as "config/..." and as <tandry/config/...>.
 set(TANDRY_INCLUDEDIR "${CMAKE_INSTALL_INCLUDEDIR}/tandry")
 if(TANDRY_SUFFIX)
   set(TANDRY_INCLUDEDIR "${CMAKE_INSTALL_INCLUDEDIR}/tandry${TANDRY_SUFFIX}/tandry")
 endif()
+cmake_path(GET TANDRY_INCLUDEDIR PARENT_PATH TANDRY_INCLUDEDIR_ABOVE)
 set(TANDRY_PACKAGE_DIR "${CMAKE_INSTALL_LIBDIR}/cmake/Tandry${TANDRY_SUFFIX}")
 
 string(REPLACE "Qt${TANDRY_QT}::" "" TANDRY_QT_COMPONENTS "${TANDRY_QT_XML}")

@@ -1,9 +1,9 @@
 #pragma once
 
-#include "config/AuthenticationConfiguration.h"
-#include "config/DatabaseConfigurationManager.h"
-#include "config/TandryConfigurationExport.h"
-#include "interf/IAuthenticationConfigManager.h"
+#include "../interf/IAuthenticationConfigManager.h"
+#include "AuthenticationConfiguration.h"
+#include "DatabaseConfigurationManager.h"
+#include "TandryConfigurationExport.h"
 
 #include <QString>
 #include <QVector>

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "config/RecordText.h"
-#include "config/TandryConfigurationExport.h"
-#include "interf/MetaTypeDeclaration.h"
+#include "../interf/MetaTypeDeclaration.h"
+#include "RecordText.h"
+#include "TandryConfigurationExport.h"
 
 #include <QMap>
 #include <QObject>

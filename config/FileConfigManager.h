@@ -1,10 +1,10 @@
 #pragma once
 
-#include "config/DatabaseConfigurationManager.h"
-#include "config/FileConfiguration.h"
-#include "config/FileLink.h"
-#include "config/TandryConfigurationExport.h"
-#include "interf/IFileConfigManager.h"
+#include "../interf/IFileConfigManager.h"
+#include "DatabaseConfigurationManager.h"
+#include "FileConfiguration.h"
+#include "FileLink.h"
+#include "TandryConfigurationExport.h"
 
 #include <QDateTime>
 #include <QList>

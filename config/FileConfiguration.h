@@ -1,9 +1,9 @@
 #pragma once
 
-#include "config/FileLink.h"
-#include "config/RecordText.h"
-#include "config/TandryConfigurationExport.h"
-#include "interf/MetaTypeDeclaration.h"
+#include "../interf/MetaTypeDeclaration.h"
+#include "FileLink.h"
+#include "RecordText.h"
+#include "TandryConfigurationExport.h"
 
 #include <QDateTime>
 #include <QList>

@@ -1,9 +1,9 @@
 #pragma once
 
-#include "config/DatabaseConfigurationManager.h"
-#include "config/FolderConfiguration.h"
-#include "config/TandryConfigurationExport.h"
-#include "interf/IFolderConfigManager.h"
+#include "../interf/IFolderConfigManager.h"
+#include "DatabaseConfigurationManager.h"
+#include "FolderConfiguration.h"
+#include "TandryConfigurationExport.h"
 
 #include <QDateTime>
 #include <QVector>

@@ -1,12 +1,12 @@
 #pragma once
 
-#include "config/AuthenticationConfigManager.h"
-#include "config/FileConfigManager.h"
-#include "config/FolderConfigManager.h"
-#include "config/ProductConfigManager.h"
-#include "config/ScheduleEntryManager.h"
-#include "config/ServerConfigManager.h"
-#include "config/TandryConfigurationExport.h"
+#include "AuthenticationConfigManager.h"
+#include "FileConfigManager.h"
+#include "FolderConfigManager.h"
+#include "ProductConfigManager.h"
+#include "ScheduleEntryManager.h"
+#include "ServerConfigManager.h"
+#include "TandryConfigurationExport.h"
 
 #include <memory>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "config/TandryConfigurationExport.h"
+#include "TandryConfigurationExport.h"
 
 #include <QString>
 

@@ -1,9 +1,9 @@
 #pragma once
 
-#include "config/DatabaseConfigurationManager.h"
-#include "config/ProductConfiguration.h"
-#include "config/TandryConfigurationExport.h"
-#include "interf/IProductConfigManager.h"
+#include "../interf/IProductConfigManager.h"
+#include "DatabaseConfigurationManager.h"
+#include "ProductConfiguration.h"
+#include "TandryConfigurationExport.h"
 
 #include <QString>
 #include <QVector>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "config/TandryConfigurationExport.h"
-#include "config/ValueNames.h"
+#include "TandryConfigurationExport.h"
+#include "ValueNames.h"
 
 #include <QString>
 #include <QVariant>

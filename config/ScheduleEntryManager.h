@@ -1,9 +1,9 @@
 #pragma once
 
-#include "config/DatabaseConfigurationManager.h"
-#include "config/ScheduleEntry.h"
-#include "config/TandryConfigurationExport.h"
-#include "interf/IScheduleEntryManager.h"
+#include "../interf/IScheduleEntryManager.h"
+#include "DatabaseConfigurationManager.h"
+#include "ScheduleEntry.h"
+#include "TandryConfigurationExport.h"
 
 #include <QVector>
 

@@ -1,9 +1,9 @@
 #pragma once
 
-#include "config/DatabaseConfigurationManager.h"
-#include "config/ServerConfiguration.h"
-#include "config/TandryConfigurationExport.h"
-#include "interf/IServerConfigManager.h"
+#include "../interf/IServerConfigManager.h"
+#include "DatabaseConfigurationManager.h"
+#include "ServerConfiguration.h"
+#include "TandryConfigurationExport.h"
 
 #include <QString>
 

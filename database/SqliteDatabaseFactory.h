@@ -1,11 +1,11 @@
 #pragma once
 
-#include "database/Compaction.h"
-#include "database/OpenOptions.h"
-#include "database/StoreChanges.h"
-#include "database/StoreError.h"
-#include "database/StoreFactory.h"
-#include "database/TandryDatabaseExport.h"
+#include "Compaction.h"
+#include "OpenOptions.h"
+#include "StoreChanges.h"
+#include "StoreError.h"
+#include "StoreFactory.h"
+#include "TandryDatabaseExport.h"
 
 #include <QString>
 #include <QStringList>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "database/TandryDatabaseExport.h"
+#include "TandryDatabaseExport.h"
 
 /// Settings of SQLite that apply to the whole process. The library leaves them to the program.
 namespace sync::database {

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "database/StoreError.h"
-#include "database/TandryDatabaseExport.h"
+#include "StoreError.h"
+#include "TandryDatabaseExport.h"
 
 #include <QStringList>
 #include <QtGlobal>

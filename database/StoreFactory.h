@@ -1,9 +1,9 @@
 #pragma once
 
-#include "database/StoreChanges.h"
-#include "database/StoreError.h"
-#include "database/TandryDatabaseExport.h"
-#include "interf/IDatabaseFactory.h"
+#include "../interf/IDatabaseFactory.h"
+#include "StoreChanges.h"
+#include "StoreError.h"
+#include "TandryDatabaseExport.h"
 
 #include <memory>
 #include <optional>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "database/TandryDatabaseExport.h"
+#include "TandryDatabaseExport.h"
 
 #include <QtGlobal>
 

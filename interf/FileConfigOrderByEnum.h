@@ -1,6 +1,6 @@
 #pragma once
 
-#include "interf/MetaTypeDeclaration.h"
+#include "MetaTypeDeclaration.h"
 
 namespace sync::interf {
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "interf/FileConfigOrderByEnum.h"
-#include "interf/TandryInterfacesExport.h"
+#include "FileConfigOrderByEnum.h"
+#include "TandryInterfacesExport.h"
 
 #include <QObject>
 #include <QString>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "interf/TandryInterfacesExport.h"
+#include "TandryInterfacesExport.h"
 
 #include <QObject>
 #include <QString>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "database/StoreError.h"
+#include "../database/StoreError.h"
 
 #include <QFuture>
 

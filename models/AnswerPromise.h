@@ -1,6 +1,6 @@
 #pragma once
 
-#include "models/Answer.h"
+#include "Answer.h"
 
 #if QT_VERSION < QT_VERSION_CHECK(6, 0, 0)
 #include <QFutureInterface>

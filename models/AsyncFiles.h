@@ -1,10 +1,10 @@
 #pragma once
 
-#include "config/FileConfiguration.h"
-#include "config/FileLink.h"
-#include "interf/FileConfigOrderByEnum.h"
-#include "models/Answer.h"
-#include "models/TandryModelsExport.h"
+#include "../config/FileConfiguration.h"
+#include "../config/FileLink.h"
+#include "../interf/FileConfigOrderByEnum.h"
+#include "Answer.h"
+#include "TandryModelsExport.h"
 
 #include <QString>
 #include <QVector>

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "config/FolderConfiguration.h"
-#include "models/Answer.h"
-#include "models/TandryModelsExport.h"
+#include "../config/FolderConfiguration.h"
+#include "Answer.h"
+#include "TandryModelsExport.h"
 
 #include <QString>
 #include <QVector>

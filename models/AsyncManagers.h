@@ -1,12 +1,12 @@
 #pragma once
 
-#include "config/Managers.h"
-#include "database/StoreError.h"
-#include "models/Answer.h"
-#include "models/AnswerPromise.h"
-#include "models/AsyncFiles.h"
-#include "models/AsyncFolders.h"
-#include "models/TandryModelsExport.h"
+#include "../config/Managers.h"
+#include "../database/StoreError.h"
+#include "Answer.h"
+#include "AnswerPromise.h"
+#include "AsyncFiles.h"
+#include "AsyncFolders.h"
+#include "TandryModelsExport.h"
 
 #include <QtGlobal>
 

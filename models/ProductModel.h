@@ -1,7 +1,7 @@
 #pragma once
 
-#include "models/RecordTableModel.h"
-#include "models/TandryModelsExport.h"
+#include "RecordTableModel.h"
+#include "TandryModelsExport.h"
 
 #include <memory>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "models/TandryModelsExport.h"
+#include "TandryModelsExport.h"
 
 #include <QAbstractTableModel>
 #include <QByteArray>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "database/StoreError.h"
-#include "models/TandryModelsExport.h"
+#include "../database/StoreError.h"
+#include "TandryModelsExport.h"
 
 #include <QObject>
 #include <QStringList>

@@ -1,10 +1,10 @@
 #pragma once
 
-#include "database/OpenOptions.h"
-#include "database/StoreChanges.h"
-#include "database/StoreError.h"
-#include "database/StoreFactory.h"
-#include "postgres/TandryPostgresExport.h"
+#include "../database/OpenOptions.h"
+#include "../database/StoreChanges.h"
+#include "../database/StoreError.h"
+#include "../database/StoreFactory.h"
+#include "TandryPostgresExport.h"
 
 #include <QString>
 

@@ -22,8 +22,8 @@
 namespace meta_types_test {
 
 using namespace sync::config;
-using tandry::test::RecordingStore;
 using tandry::test::MetaTypeNamed;
+using tandry::test::RecordingStore;
 using tandry::test::operator""_q;
 
 /// A client's object, whose signals have records as arguments.

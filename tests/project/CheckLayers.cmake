@@ -1,6 +1,6 @@
 # Fails when a file below ROOT includes a header that its folder may not see, or when one of the PUBLIC headers (paths as
-# they are included) includes one that is not public and therefore missing from an installed package. QT_CORE is the folder
-# with the headers of Qt Core.
+# they are included) includes one that is not public and therefore missing from an installed package, or includes one by a
+# path that does not begin at its own folder. QT_CORE is the folder with the headers of Qt Core.
 cmake_minimum_required(VERSION 3.25)
 
 # Every folder sees itself, the standard library, the system and Qt Core, a new one too. The rest are exceptions.
@@ -45,7 +45,7 @@ layer(examples QT PUBLIC_OF ${libraries})
 # A plugin, which nothing links with.
 layer(qml QT PUBLIC_OF ${libraries})
 # Installed, and built with the client's GoogleTest.
-layer(tests/storesuite SEES "storesuite/.*" "gtest/.*" PUBLIC_OF ${libraries})
+layer(tests/storesuite BESIDE SEES "gtest/.*" PUBLIC_OF ${libraries})
 layer(tests/package SEES "storesuite/.*" PUBLIC_OF ${libraries})
 # Tests and benchmarks reach for whatever they test and measure.
 layer(tests SEES ".*")
@@ -121,9 +121,24 @@ foreach(file IN LISTS files)
     else()
       set(quoted FALSE)
     endif()
+    # An installed header that names another one by its path alone might get a client's own file of that path.
+    set(named "${header}")
+    set(byPathAlone FALSE)
+    if(file IN_LIST PUBLIC AND quoted)
+      if(header IN_LIST PUBLIC)
+        set(byPathAlone TRUE)
+      endif()
+      cmake_path(GET file PARENT_PATH own)
+      cmake_path(SET header NORMALIZE "${own}/${header}")
+    elseif(NOT quoted AND header MATCHES "^tandry/(.+)$")
+      set(header "${CMAKE_MATCH_1}")
+      set(quoted TRUE)
+    endif()
     sees("${folder}" "${file}" "${header}" ${quoted} allowed)
-    if(NOT allowed)
-      list(APPEND wrong "${file}: ${header}")
+    if(byPathAlone)
+      list(APPEND wrong "${file}: ${named}, which is not named from the file's own folder")
+    elseif(NOT allowed)
+      list(APPEND wrong "${file}: ${named}")
     elseif(file IN_LIST PUBLIC AND header MATCHES "^(core|interf|database|config|models|postgres)/"
            AND NOT header IN_LIST PUBLIC)
       list(APPEND wrong "${file}: ${header}, which is not installed")

@@ -1,9 +1,9 @@
 #pragma once
 
-#include "config/Managers.h"
-#include "database/TransactionalScope.h"
-#include "storesuite/RecordValues.h"
-#include "storesuite/StoreSuiteFixture.h"
+#include "RecordValues.h"
+#include "StoreSuiteFixture.h"
+#include <tandry/config/Managers.h>
+#include <tandry/database/TransactionalScope.h>
 
 #include <optional>
 #include <string>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "storesuite/StoreSuiteFixture.h"
+#include "StoreSuiteFixture.h"
 
 #include <algorithm>
 #include <vector>

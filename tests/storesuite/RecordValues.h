@@ -1,12 +1,12 @@
 #pragma once
 
-#include "config/AuthenticationConfiguration.h"
-#include "config/FileConfiguration.h"
-#include "config/FolderConfiguration.h"
-#include "config/ProductConfiguration.h"
-#include "config/RecordColumns.h"
-#include "config/ScheduleEntry.h"
-#include "config/ServerConfiguration.h"
+#include <tandry/config/AuthenticationConfiguration.h>
+#include <tandry/config/FileConfiguration.h>
+#include <tandry/config/FolderConfiguration.h>
+#include <tandry/config/ProductConfiguration.h>
+#include <tandry/config/RecordColumns.h>
+#include <tandry/config/ScheduleEntry.h>
+#include <tandry/config/ServerConfiguration.h>
 
 #include <QDateTime>
 #include <QString>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "storesuite/RecordValues.h"
-#include "storesuite/StoreSuiteFixture.h"
+#include "RecordValues.h"
+#include "StoreSuiteFixture.h"
 
 #include <QDateTime>
 #include <QStringList>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "database/TransactionalScope.h"
-#include "storesuite/StoreSuiteFixture.h"
+#include "StoreSuiteFixture.h"
+#include <tandry/database/TransactionalScope.h>
 
 #include <stdexcept>
 

@@ -1,12 +1,12 @@
 #pragma once
 
-#include "storesuite/ClientTransactionSuite.h"
-#include "storesuite/ManagerSuite.h"
-#include "storesuite/QuerySuite.h"
-#include "storesuite/SchemaSuite.h"
-#include "storesuite/ScopeSuite.h"
-#include "storesuite/StoreUnderTest.h"
-#include "storesuite/ValueSuite.h"
+#include "ClientTransactionSuite.h"
+#include "ManagerSuite.h"
+#include "QuerySuite.h"
+#include "SchemaSuite.h"
+#include "ScopeSuite.h"
+#include "StoreUnderTest.h"
+#include "ValueSuite.h"
 
 /// \file
 /// GoogleTest cases for what the managers require of a store.

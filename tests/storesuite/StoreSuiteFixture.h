@@ -1,10 +1,10 @@
 #pragma once
 
-#include "interf/IDatabaseFactory.h"
-#include "interf/IQSqlDatabaseWrapper.h"
-#include "interf/IQSqlQueryWrapper.h"
-#include "storesuite/Statements.h"
-#include "storesuite/StoreUnderTest.h"
+#include "Statements.h"
+#include "StoreUnderTest.h"
+#include <tandry/interf/IDatabaseFactory.h>
+#include <tandry/interf/IQSqlDatabaseWrapper.h>
+#include <tandry/interf/IQSqlQueryWrapper.h>
 
 #include <gtest/gtest.h>
 

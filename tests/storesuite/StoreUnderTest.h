@@ -1,6 +1,6 @@
 #pragma once
 
-#include "interf/IDatabaseFactory.h"
+#include <tandry/interf/IDatabaseFactory.h>
 
 #include <functional>
 #include <memory>
