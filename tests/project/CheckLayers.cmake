@@ -41,7 +41,7 @@ layer(tools/carry PUBLIC_OF ${libraries}
   SEES "tools/findings/.*" "config/(FileLinks|NameValue|Stored)Document\\.h" "config/CommonConstants\\.h" "QDom[A-Z].*")
 layer(tools/tandryctl BESIDE QT SEES "CLI/.*" ${statementDetails} "tools/(carry|findings)/.*" PUBLIC_OF ${libraries})
 layer(tools/viewer QT SEES "tools/findings/.*" PUBLIC_OF ${libraries})
-layer(examples QT PUBLIC_OF ${libraries})
+layer(examples BESIDE QT PUBLIC_OF ${libraries})
 # A plugin, which nothing links with.
 layer(qml QT PUBLIC_OF ${libraries})
 # Installed, and built with the client's GoogleTest.

@@ -4,8 +4,8 @@
 #include "database/TransactionalScope.h"
 #include "interf/IQSqlDatabaseWrapper.h"
 #include "interf/IQSqlQueryWrapper.h"
+#include "own_store/QtSqlDatabaseFactory.h"
 #include "storesuite/Statements.h"
-#include "support/QtSqlDatabaseFactory.h"
 
 #include <QDateTime>
 #include <QMap>
@@ -16,6 +16,7 @@
 
 namespace tandry::test {
 
+using own_store::QtSqlDatabaseFactory;
 using sync::database::TransactionalScope;
 using sync::interf::IQSqlDatabaseWrapper;
 using sync::interf::IQSqlQueryWrapper;

@@ -1,6 +1,6 @@
 #include "storesuite/StoreSuite.h"
 #include "database/SqliteDatabaseFactory.h"
-#include "support/QtSqlDatabaseFactory.h"
+#include "own_store/QtSqlDatabaseFactory.h"
 
 #include <QTemporaryDir>
 
@@ -44,7 +44,7 @@ private:
 class QtSqlStore : public FileStore
 {
 public:
-    std::shared_ptr<IDatabaseFactory> Open() override { return tandry::test::QtSqlDatabaseFactory::Open(Path()); }
+    std::shared_ptr<IDatabaseFactory> Open() override { return own_store::QtSqlDatabaseFactory::Open(Path()); }
 };
 
 } // namespace

@@ -1,4 +1,4 @@
-#include "support/QtSqlDatabaseFactory.h"
+#include "QtSqlDatabaseFactory.h"
 
 #include "config/RecordColumns.h"
 #include "database/ScopeParticipant.h"
@@ -16,7 +16,7 @@
 
 #include <utility>
 
-namespace tandry::test {
+namespace own_store {
 
 using namespace sync::config;
 using sync::database::TransactionalScope;
@@ -295,4 +295,4 @@ std::shared_ptr<sync::interf::IQSqlQueryWrapper> QtSqlDatabaseFactory::CreateQue
     return std::make_shared<QtSqlQueryWrapper>(_connection);
 }
 
-} // namespace tandry::test
+} // namespace own_store

@@ -6,12 +6,12 @@
 
 #include <memory>
 
-namespace tandry::test {
+namespace own_store {
 
 class QtSqlConnection;
 
-/// A minimal store over Qt SQL. It shares no code with the project's own store, so that the store suite does not test
-/// peculiarities of that one.
+/// A minimal store over Qt SQL, which passes the store suite. It shares no code with the project's own store, so that
+/// the suite does not test peculiarities of that one.
 ///
 /// For one thread. It stores dates as ISO texts and prepares a statement for each query; the file is an SQLite database
 /// with SQLite's default settings.
@@ -33,4 +33,4 @@ private:
     std::shared_ptr<QtSqlConnection> _connection;
 };
 
-} // namespace tandry::test
+} // namespace own_store
