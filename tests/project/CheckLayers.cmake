@@ -39,7 +39,10 @@ layer(tools/findings PUBLIC_OF ${libraries}
 # What is in documents is replaced as the library would write it, except for its markers in names.
 layer(tools/carry PUBLIC_OF ${libraries}
   SEES "tools/findings/.*" "config/(FileLinks|NameValue|Stored)Document\\.h" "config/CommonConstants\\.h" "QDom[A-Z].*")
-layer(tools/tandryctl BESIDE QT SEES "CLI/.*" ${statementDetails} "tools/(carry|findings)/.*" PUBLIC_OF ${libraries})
+# The store on PostgreSQL is no part of every build.
+layer(tools/tandryctl BESIDE QT
+  SEES "CLI/.*" ${statementDetails} "postgres/PostgresDatabaseFactory\\.h" "tools/(carry|findings)/.*"
+  PUBLIC_OF ${libraries})
 layer(tools/viewer QT SEES "tools/findings/.*" PUBLIC_OF ${libraries})
 layer(examples BESIDE QT PUBLIC_OF ${libraries})
 # A plugin, which nothing links with.

@@ -103,6 +103,7 @@ TEST_F(DryRunTest, PrintsWhatEachCommandPrintsAndChangesNothing)
         {"backup"_q, "--keep"_q, "1"_q, At("more")},
         {"restore"_q, At("copy.db")},
         {"recover"_q, At("copy.db"), "--to"_q, At("recovered.db")},
+        {"copy"_q, "--from"_q, StorePath(), "--to"_q, At("copied.db")},
         {"import"_q, At("export.jsonl")},
     };
     QSet<QString> covered;

@@ -14,7 +14,7 @@ using namespace sync::config;
 
 namespace {
 
-constexpr char const* AllRows = "1";
+constexpr char const* AllRows = "TRUE";
 constexpr char const* RootsOnly = "parentId = 0";
 
 QString const Roots = QStringLiteral("roots");

@@ -44,11 +44,12 @@ JsonValue const* Find(JsonValue const& object, QString const& key)
 class Import::Lines
 {
 public:
-    Lines(std::shared_ptr<IDatabaseFactory> store, QIODevice& device, std::vector<PathMap> maps)
+    Lines(std::shared_ptr<IDatabaseFactory> store, QIODevice& device, std::vector<PathMap> maps, IdRecord idRecord)
         : _store(std::move(store))
         , _statements(_store)
         , _device(device)
         , _maps(std::move(maps))
+        , _idRecord(idRecord)
     {}
 
     ImportFault const& fault() const { return _fault; }
@@ -178,9 +179,10 @@ private:
             bool const isDefault = qstrcmp(table->table, findings::Schedules) == 0;
             qlonglong const rows =
                 _statements
-                    .Value(QStringLiteral("SELECT count(*) FROM (SELECT 1 FROM %1 %2 LIMIT 1)")
+                    .Value(QStringLiteral("SELECT count(*) FROM (SELECT 1 FROM %1 %2 LIMIT 1) AS first")
                                .arg(QLatin1String(table->table),
-                                    isDefault ? QStringLiteral("WHERE folderConfigurationId IS NOT 0") : QString()))
+                                    isDefault ? QStringLiteral("WHERE folderConfigurationId IS DISTINCT FROM 0")
+                                              : QString()))
                     .toLongLong();
             if (rows > 0)
                 found.append(table->records);
@@ -193,11 +195,28 @@ private:
         if (_SectionOf(findings::Schedules) != nullptr)
             _statements.Write(QStringLiteral("DELETE FROM Schedules"));
         for (Section& section : _sections)
+            _TakeIds(section);
+        return _statements.works() || _FailInStore();
+    }
+
+    /// Gives the section the ids behind all that its table has given.
+    void _TakeIds(Section& section)
+    {
+        QString const table = QString::fromLatin1(section.table->table);
+        if (_idRecord == IdRecord::SqliteSequence) {
             section.idsBefore = _statements
                                     .Value(QStringLiteral("SELECT max(seq) FROM sqlite_sequence WHERE name = :name"),
-                                           {{":name", QString::fromLatin1(section.table->table)}})
+                                           {{":name", table}})
                                     .toLongLong();
-        return _statements.works() || _FailInStore();
+            return;
+        }
+        QString const sequence = table.toLower() + QStringLiteral("_id_seq");
+        section.idsBefore =
+            _statements.Value(QStringLiteral("SELECT CASE WHEN is_called THEN last_value ELSE 0 END FROM ") + sequence)
+                .toLongLong();
+        if (section.count > 0 && section.count <= std::numeric_limits<qint32>::max() - section.idsBefore)
+            static_cast<void>(_statements.Value(QStringLiteral("SELECT setval('%1', :last)").arg(sequence),
+                                                {{":last", section.idsBefore + section.count}}));
     }
 
     bool _WriteSections(CarryProgress const& progress)
@@ -314,6 +333,7 @@ private:
     StoreStatements _statements;
     QIODevice& _device;
     PathMaps const _maps;
+    IdRecord const _idRecord;
     std::vector<Section> _sections;
     bool _withSecrets = false;
     qint64 _lineNumber = 0;
@@ -321,8 +341,8 @@ private:
     ImportFault _fault;
 };
 
-Import::Import(std::shared_ptr<IDatabaseFactory> store, QIODevice& device, std::vector<PathMap> maps)
-    : _lines(std::make_unique<Lines>(std::move(store), device, std::move(maps)))
+Import::Import(std::shared_ptr<IDatabaseFactory> store, QIODevice& device, std::vector<PathMap> maps, IdRecord idRecord)
+    : _lines(std::make_unique<Lines>(std::move(store), device, std::move(maps), idRecord))
 {}
 
 Import::~Import() = default;

@@ -16,6 +16,15 @@ struct ImportFault
     QString reason;
 };
 
+/// How a store keeps the highest id that a table has given.
+enum class IdRecord
+{
+    /// In SQLite's table `sqlite_sequence`, which inserts with an id of their own raise too.
+    SqliteSequence,
+    /// In a sequence of PostgreSQL, which inserts with an id of their own leave as it is.
+    ServerSequence
+};
+
 /// Puts the records of an export into an empty store: one without records, except for the default schedule.
 ///
 /// All records or none: they are written in one client transaction. They get ids above all that the store has given, in
@@ -26,7 +35,8 @@ public:
     /// The device must outlive this object.
     Import(std::shared_ptr<sync::interf::factory::IDatabaseFactory> store,
            QIODevice& device,
-           std::vector<PathMap> maps);
+           std::vector<PathMap> maps,
+           IdRecord idRecord = IdRecord::SqliteSequence);
     ~Import();
 
     /// Reads the first line. Returns nothing on failure.

@@ -500,7 +500,7 @@ private:
             }
             _statements.Read(
                 QStringLiteral("SELECT id, clientPath, fileLinks FROM FileConfiguration WHERE fileLinks "
-                               "<> '' AND instr(fileLinks, :id) > 0 ORDER BY id"),
+                               "<> '' AND fileLinks LIKE '%' || :id || '%' ORDER BY id"),
                 {{":id", QString::number(file.id)}},
                 [&](IQSqlQueryWrapper& row) {
                     QDateTime date;

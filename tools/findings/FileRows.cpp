@@ -173,7 +173,7 @@ QString FileRows::_Where() const
     if (_conditions.root)
         where += QStringLiteral(" AND rootFolderId = :root");
     if (_conditions.status)
-        where += QStringLiteral(" AND ifnull(syncStatus, 0) = :status"); // a record has 0 for NULL
+        where += QStringLiteral(" AND coalesce(syncStatus, 0) = :status"); // a record has 0 for NULL
     if (_conditions.name)
         where += QStringLiteral(" AND name GLOB :name");
     return where;

@@ -5,6 +5,7 @@
 #include "FindingColumns.h"
 #include "NewFile.h"
 #include "Progress.h"
+#include "ServerStore.h"
 #include "StatColumns.h"
 #include "StoreFailure.h"
 #include "Text.h"
@@ -105,7 +106,7 @@ void Check(SqliteDatabaseFactory const& store)
 RecordCounts Fill(BundledStore& bundled, Session& session)
 {
     QString error;
-    auto const snapshot = Snapshot::Take(*session.store(), error);
+    auto const snapshot = Snapshot::Take(*session.fileStore(), error);
     if (snapshot == nullptr)
         throw Failure(FailureCode::StoreFailed, OneLine(error), QLatin1String(BundledStore::UseAnotherTemporaryFolder));
     Pseudonyms pseudonyms;
@@ -128,7 +129,7 @@ QByteArray FindingsIn(BundledStore const& bundled)
 /// What 'stat' says of the real store, without its path.
 QByteArray FactsIn(Session& session)
 {
-    StoreFacts facts = session.Checked(FactsOf(session.store()));
+    StoreFacts facts = session.Checked(FactsOf(session.fileStore()));
     facts.path = QString();
     return JsonOf(StatColumns(true), QVector<StoreFacts>{facts});
 }
@@ -187,6 +188,7 @@ void AddBundleCommand(Command& top)
             "them. Ids, numbers, sizes and times stay, and which names differ in case or Unicode form only. With it\n"
             "come the output of 'doctor' and 'stat', and versions.")
         .Example("bundle ~/report.tar", "attach the file to a report")
+        .OnlyOnFiles(CopyToAFile)
         .Run(StoreAccess::Read, [file](Session& session) { return RunBundle(session, *file); });
 }
 

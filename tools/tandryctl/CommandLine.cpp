@@ -3,6 +3,7 @@
 #include "Failure.h"
 #include "Interruption.h"
 #include "NearestWord.h"
+#include "ServerStore.h"
 #include "StandardOutput.h"
 #include "StoreFailure.h"
 #include "Text.h"
@@ -28,9 +29,12 @@ namespace {
 
 constexpr int HelpColumn = 34;
 constexpr char const* ExamplesTitle = "Examples:\n";
+constexpr char const* StoreOption = "--store";
 
 std::string Name(std::string const& argument)
 {
+    if (IsOnServer(QString::fromStdString(argument)))
+        return "the URI of a store"; // it may contain a password
     return QuotedBytes(QByteArray::fromStdString(argument)).toStdString();
 }
 
@@ -323,6 +327,12 @@ Command& Command::DryRun()
     return Flag("--dry-run", _line->_options.dryRun, "Print what would change, and change nothing");
 }
 
+Command& Command::OnlyOnFiles(char const* instead)
+{
+    _insteadOnServer = instead;
+    return *this;
+}
+
 Command& Command::Example(char const* line, char const* purpose)
 {
     std::string footer = _app->get_footer();
@@ -367,10 +377,11 @@ void Command::Run(std::function<StoreAccess()> access, std::function<ExitStatus(
 {
     _app->footer(_app->get_footer() +
                  "\nAll commands accept the options of 'tandryctl --help' too, such as --store, --json and --yes.");
-    _app->final_callback([line = _line, access = std::move(access), action = std::move(action)] {
-        // Run after parsing, so that its failures are not caught as errors of the parser.
-        line->_chosen = CommandLine::ChosenCommand{access(), action};
-    });
+    _app->final_callback(
+        [line = _line, access = std::move(access), action = std::move(action), instead = _insteadOnServer] {
+            // Run after parsing, so that its failures are not caught as errors of the parser.
+            line->_chosen = CommandLine::ChosenCommand{access(), action, instead};
+        });
 }
 
 CommandLine::CommandLine()
@@ -383,8 +394,11 @@ CommandLine::CommandLine()
     // CLI11 would ignore a variable that is empty.
     if (qEnvironmentVariableIsSet(StoreVariable))
         _options.storePath = qEnvironmentVariable(StoreVariable);
-    AddText(*_app, "--store", _options.storePath, "The store file; by default $TANDRY_STORE, or the user's own store")
-        ->type_name("FILE");
+    AddText(*_app,
+            StoreOption,
+            _options.storePath,
+            "The store file, or the URI of a profile; by default $TANDRY_STORE, or the user's own store")
+        ->type_name("STORE");
     _app->add_flag("--json", _options.json, "Print JSON: an array of objects, or an object for an error");
     _app->add_flag("--utc", _options.utc, "Print times in UTC, as JSON always has them, instead of in local time");
     AddNumber(*_app,
@@ -487,8 +501,22 @@ QString CommandLine::_ErrorText(CLI::ParseError const& error) const
            DidYouMean(word.section(QLatin1Char('='), 0, 0), isOption ? OptionsOf(command) : SubcommandsOf(command));
 }
 
+/// Throws if the common options name a store that they or the command cannot take.
+void CommandLine::_CheckStoreName() const
+{
+    if (_chosen->access == StoreAccess::None || !_options.storePath || !IsOnServer(*_options.storePath))
+        return;
+    if (_app->get_option(StoreOption)->count() > 0)
+        RefusePassword(*_options.storePath);
+    if (_chosen->insteadOnServer != nullptr)
+        throw Failure(FailureCode::WrongUsage,
+                      QStringLiteral("this command works on store files, and the store is on a server"),
+                      QLatin1String(_chosen->insteadOnServer));
+}
+
 ExitStatus CommandLine::_RunChosen()
 {
+    _CheckStoreName();
     Session session(_options, _chosen->access);
     try {
         ExitStatus const status = _chosen->action(session);

@@ -76,6 +76,9 @@ public:
     /// `Session::isDryRun`.
     Command& DryRun();
 
+    /// Refuses stores on a server. `instead` says what to do with those, without a full stop.
+    Command& OnlyOnFiles(char const* instead);
+
     /// Adds an example to the help: a command line without the program's name.
     Command& Example(char const* line, char const* purpose);
     /// Adds a paragraph to the help, behind the options. Call it before `Example`.
@@ -100,6 +103,8 @@ private:
 
     CommandLine* _line;
     CLI::App* _app;
+    /// Null if the command takes a store on a server.
+    char const* _insteadOnServer = nullptr;
 };
 
 /// The program's command line: the common options and the tree of commands.
@@ -127,12 +132,14 @@ private:
     {
         StoreAccess access;
         std::function<ExitStatus(Session&)> action;
+        char const* insteadOnServer;
     };
 
     ExitStatus _Report(Failure const& failure) const;
     ExitStatus _Print(CLI::Success const& help) const;
     QString _ErrorText(CLI::ParseError const& error) const;
     ExitStatus _RunAndReport();
+    void _CheckStoreName() const;
     ExitStatus _RunChosen();
 
     std::unique_ptr<CLI::App> _app;

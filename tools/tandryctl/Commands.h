@@ -7,6 +7,7 @@ class Command;
 // One function for each family of commands, defined in the family's source file. It adds the commands to `top`.
 
 void AddBundleCommand(Command& top);
+void AddCopyCommand(Command& top);
 void AddDiffCommand(Command& top);
 void AddExplainCommand(Command& top);
 void AddExportCommand(Command& top);

@@ -3,6 +3,7 @@
 #include "Failure.h"
 #include "FindingColumns.h"
 #include "Progress.h"
+#include "ServerStore.h"
 #include "Text.h"
 
 #include "tools/findings/Findings.h"
@@ -74,7 +75,7 @@ ExitStatus Examine(Session& session)
     std::optional<std::vector<Finding>> findings;
     {
         Progress progress(QStringLiteral("looking"), "kinds", qint64(FindingKinds().size()));
-        findings = tandry::findings::FindAll(session.store(), [&progress] { progress.Advance(); });
+        findings = tandry::findings::FindAll(session.fileStore(), [&progress] { progress.Advance(); });
     }
     session.CheckWritten(findings.has_value());
 
@@ -116,7 +117,7 @@ ExitStatus Fix(Session& session, FindingKind const& kind)
                       QStringLiteral("%1 cannot be fixed by this command").arg(QLatin1String(kind.code)),
                       QLatin1String(kind.remedy));
     auto const report =
-        tandry::findings::Fix(session.store(), kind, session.isDryRun() ? FixMode::DryRun : FixMode::BackUpAndFix);
+        tandry::findings::Fix(session.fileStore(), kind, session.isDryRun() ? FixMode::DryRun : FixMode::BackUpAndFix);
     session.CheckWritten(report.has_value());
 
     static Columns<FixReport> const columns{
@@ -171,6 +172,7 @@ void AddDoctorCommand(Command& top)
         .Example("doctor", "look at the user's own store")
         .Example("doctor --json", "the same for a program, with all rows")
         .Example("doctor --fix twin", "merge rows that stand twice")
+        .OnlyOnFiles(CopyToAFile)
         .Run([fix] { return *fix ? StoreAccess::Write : StoreAccess::Read; },
              [fix](Session& session) {
                  return *fix ? Fix(session, FindingKinds()[std::size_t(**fix)]) : Examine(session);

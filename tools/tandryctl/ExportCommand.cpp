@@ -3,22 +3,16 @@
 #include "Commands.h"
 #include "Failure.h"
 #include "NewFile.h"
-#include "Progress.h"
+#include "RecordTransfer.h"
 #include "StandardOutput.h"
-#include "StoreFailure.h"
 #include "Text.h"
 
-#include "database/SqliteDatabaseFactory.h"
 #include "tools/carry/CarriedTables.h"
-#include "tools/carry/Export.h"
-#include "tools/carry/Snapshot.h"
 
 namespace tandryctl {
 
 using tandry::carry::ChosenRecords;
-using tandry::carry::Export;
 using tandry::carry::RecordCounts;
-using tandry::carry::Snapshot;
 
 namespace {
 
@@ -71,31 +65,13 @@ ExitStatus RunExport(Session& session, Arguments const& arguments)
     if (arguments.file)
         file = std::make_unique<NewFile>(*arguments.file);
 
-    QString error;
-    auto const snapshot = Snapshot::Take(*session.store(), error);
-    if (snapshot == nullptr)
-        throw Failure(
-            FailureCode::StoreFailed,
-            OneLine(error),
-            QStringLiteral("name a folder with room for a copy of the store in the environment variable TMPDIR"));
-    auto const check = [&] {
-        if (auto const storeError = snapshot->store()->LastError())
-            throw StoreFailure(*storeError);
-    };
-    Export exporting(snapshot->store(), {records, arguments.withSecrets});
-    std::optional<RecordCounts> const counts = exporting.Prepare();
-    check();
-    {
-        Progress progress(QStringLiteral("exporting"), "records", SumOf(*counts));
-        bool const isWritten =
-            exporting.Write(file ? file->device() : standardOutput, [&progress] { progress.Advance(); });
-        check();
-        if (!isWritten)
-            throw file ? file->failure() : standardOutput.failure();
-    }
+    QIODevice& device = file ? file->device() : standardOutput;
+    RecordCounts const counts = ExportRecords(session, {records, arguments.withSecrets}, device, [&] {
+        return file ? file->failure() : standardOutput.failure();
+    });
     if (file) {
         file->Finish();
-        Report(session, {*arguments.file, *counts});
+        Report(session, {*arguments.file, counts});
     }
     else if (!standardOutput.Settle()) {
         throw standardOutput.failure();

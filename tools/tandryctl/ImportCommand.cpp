@@ -2,12 +2,8 @@
 #include "CommandLine.h"
 #include "Commands.h"
 #include "Failure.h"
-#include "Progress.h"
-#include "StoreFailure.h"
+#include "RecordTransfer.h"
 #include "Text.h"
-
-#include "database/SqliteDatabaseFactory.h"
-#include "tools/carry/Import.h"
 
 #include <QFile>
 
@@ -15,8 +11,6 @@
 
 namespace tandryctl {
 
-using tandry::carry::Import;
-using tandry::carry::ImportFault;
 using tandry::carry::PathMap;
 using tandry::carry::RecordCounts;
 
@@ -54,23 +48,6 @@ std::vector<PathMap> MapsOf(QStringList const& texts)
     return maps;
 }
 
-/// Throws the failure of an import.
-[[noreturn]] void ThrowFault(Session& session, QString const& file, ImportFault const& fault)
-{
-    if (fault.reason.isNull())
-        session.CheckWritten(false);
-    if (fault.line == 0)
-        throw Failure(FailureCode::Conflict,
-                      fault.reason,
-                      QStringLiteral("import into a new store: name one with --store that does not exist yet"));
-    QString place = QStringLiteral("line %1 of %2").arg(QString::number(fault.line), file);
-    if (!fault.field.isNull())
-        place += QStringLiteral(", key %1").arg(Quoted(fault.field));
-    throw Failure(FailureCode::UnusableFile,
-                  QStringLiteral("%1: %2; nothing was imported").arg(place, fault.reason),
-                  QStringLiteral("mend the line, or export the records again"));
-}
-
 void Open(QFile& file, QString const& name)
 {
     if (name == QLatin1String(StandardInput) ? file.open(stdin, QIODevice::ReadOnly) : file.open(QIODevice::ReadOnly))
@@ -88,16 +65,7 @@ ExitStatus RunImport(Session& session, Arguments const& arguments)
     bool const isInput = arguments.file == QLatin1String(StandardInput);
     QString const name = isInput ? QStringLiteral("standard input") : Quoted(arguments.file);
 
-    Import importing(session.store(), file, maps);
-    ImportFault fault;
-    std::optional<RecordCounts> const counts = importing.Prepare(fault);
-    if (!counts)
-        ThrowFault(session, name, fault);
-    {
-        Progress progress(QStringLiteral("importing"), "records", SumOf(*counts));
-        if (!importing.Write(fault, [&progress] { progress.Advance(); }))
-            ThrowFault(session, name, fault);
-    }
+    ImportedRecords const imported = ImportRecords(session, file, name, maps);
 
     static Columns<Imported> const columns{
         {"file", Shown::Always, [](Imported const& i) { return i.file; }},
@@ -105,16 +73,16 @@ ExitStatus RunImport(Session& session, Arguments const& arguments)
         {"movedPaths", Shown::Always, [](Imported const& i) { return i.movedPaths; }},
     };
     QVector<Line> lines;
-    for (auto const& [records, count] : *counts) {
+    for (auto const& [records, count] : imported.counts) {
         if (count > 0)
             lines.append({records, count});
     }
     session.output().PrintLines(lines);
     QString sentence = QStringLiteral("imported %1 into the store %2")
-                           .arg(Counted(SumOf(*counts), "record", "records"), Quoted(session.storePath()));
+                           .arg(Counted(SumOf(imported.counts), "record", "records"), Quoted(session.storePath()));
     if (!maps.empty())
-        sentence += QStringLiteral("; %1 moved").arg(Counted(importing.movedPaths(), "path was", "paths were"));
-    session.output().Report(sentence, columns, Imported{arguments.file, *counts, importing.movedPaths()});
+        sentence += QStringLiteral("; %1 moved").arg(Counted(imported.movedPaths, "path was", "paths were"));
+    session.output().Report(sentence, columns, Imported{arguments.file, imported.counts, imported.movedPaths});
     return ExitStatus::Done;
 }
 

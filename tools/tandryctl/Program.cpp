@@ -9,7 +9,8 @@ void DeclareCommands(CommandLine& commandLine)
 {
     Command top = commandLine.TopLevel();
     top.Remark("The store is the file given with --store, or else in the environment variable TANDRY_STORE, or else\n"
-               "tandry.db in the user's data folder. 'tandryctl COMMAND --help' describes a command.\n\n"
+               "tandry.db in the user's data folder. In place of a file, the URI of a profile on a server of\n"
+               "PostgreSQL can be given. 'tandryctl COMMAND --help' describes a command.\n\n"
                "Exit status: 0 success; 1 nothing found, or a problem found; 2 wrong usage; 3 the store failed,\n"
                "or the output could not be written.")
         .Example("--store ~/try.db init", "create a store")
@@ -22,6 +23,7 @@ void DeclareCommands(CommandLine& commandLine)
     AddRecoverCommand(top);
     AddExportCommand(top);
     AddImportCommand(top);
+    AddCopyCommand(top);
     AddBundleCommand(top);
     AddRootCommands(top);
     AddFolderCommands(top);

@@ -60,6 +60,7 @@ void AddRestoreCommand(Command& top)
                 "journal beside it, under its name with '.replaced' appended. Fails if a program has the store open,\n"
                 "so close the client first. If it is interrupted, run it again.")
         .Example("restore ~/backups/monday.db", "restore the user's own store")
+        .OnlyOnFiles("put a dump of the profile back with 'pg_restore' or 'psql'")
         .Run(StoreAccess::Replace, [backup](Session& session) { return Restore(session, *backup); });
 }
 

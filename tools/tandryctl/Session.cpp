@@ -1,6 +1,6 @@
 #include "Session.h"
 
-#include "Failure.h"
+#include "ServerStore.h"
 #include "StoreCopy.h"
 #include "StoreFailure.h"
 #include "StoreQueries.h"
@@ -9,6 +9,7 @@
 
 #include "database/AbsolutePath.h"
 #include "database/SqliteDatabaseFactory.h"
+#include "tools/carry/Snapshot.h"
 #include "tools/findings/StoreAdvice.h"
 #include "tools/findings/StoreLocation.h"
 
@@ -27,6 +28,7 @@ using sync::database::OpenMode;
 using sync::database::OpenOptions;
 using sync::database::SqliteDatabaseFactory;
 using sync::database::StoreError;
+using sync::database::StoreFactory;
 using tandry::findings::PrivateCopy;
 
 namespace {
@@ -49,7 +51,7 @@ PlainForm PlainFormOf(SessionOptions const& options)
     return form;
 }
 
-OpenOptions OptionsFor(StoreAccess access, std::optional<int> waitSeconds)
+OpenOptions OpenOptionsFor(StoreAccess access, std::optional<int> waitSeconds)
 {
     constexpr int mostSeconds = std::numeric_limits<int>::max() / 1000;
     OpenOptions options;
@@ -90,15 +92,27 @@ OutputFormat FormatOf(SessionOptions const& options)
 }
 
 Session::Session(SessionOptions const& options, StoreAccess access)
-    : _storePath(access == StoreAccess::None ? QString() : StorePathOf(options))
-    , _waitSeconds(options.waitSeconds)
-    , _yes(options.yes || options.dryRun)
+    : _options(options)
+    , _storePath(access == StoreAccess::None ? QString() : StorePathOf(options))
     , _dryRun(options.dryRun ? std::make_unique<QTemporaryDir>() : nullptr)
     , _output(_stdout, FormatOf(options), PlainFormOf(options))
 {
     if (access == StoreAccess::None)
         return;
+    if (IsOnServer(_storePath))
+        _OpenOnServer(access);
+    else
+        _OpenFile(access);
+    if (_store == nullptr)
+        return;
+    _managers.emplace(_store);
+    _queries = std::make_unique<StoreQueries>(_store, isOnServer() ? OriginRecords::NotKept : OriginRecords::Kept);
+}
 
+Session::~Session() = default;
+
+void Session::_OpenFile(StoreAccess access)
+{
     QString error;
     QString path = sync::database::AbsolutePath(_storePath, &error);
     if (path.isNull())
@@ -107,28 +121,82 @@ Session::Session(SessionOptions const& options, StoreAccess access)
     bool const exists = file.exists() || file.isSymLink();
     if (!exists && access != StoreAccess::Create && access != StoreAccess::Replace)
         ThrowNoStore(_storePath);
-    if (!exists && !options.storePath && !isDryRun())
+    if (!exists && !_options.storePath && !isDryRun())
         QDir().mkpath(file.absolutePath()); // if this fails, opening the store reports it
     _isNew = !exists;
     if (access == StoreAccess::Replace)
         return;
 
     StoreError openError;
-    _store = isDryRun() ? SqliteDatabaseFactory::Open(_CopyForDryRun(exists), openError)
-                        : SqliteDatabaseFactory::Open(_storePath, openError, OptionsFor(access, _waitSeconds));
-    if (!_store && access == StoreAccess::Read && PrivateCopy::IsNeededAfter(openError.kind))
+    _fileStore = isDryRun()
+                     ? SqliteDatabaseFactory::Open(_CopyForDryRun(exists), openError)
+                     : SqliteDatabaseFactory::Open(_storePath, openError, OpenOptionsFor(access, _options.waitSeconds));
+    if (!_fileStore && access == StoreAccess::Read && PrivateCopy::IsNeededAfter(openError.kind))
         _OpenPrivateCopy(openError);
-    else if (!_store)
+    else if (!_fileStore)
         throw StoreFailure(openError);
+    _store = _fileStore;
 
-    for (QString const& warning : _store->openingWarnings())
+    for (QString const& warning : _fileStore->openingWarnings())
         PrintWarning(QStringLiteral("warning: ") + OneLine(warning));
-
-    _managers.emplace(_store);
-    _queries = std::make_unique<StoreQueries>(_store);
 }
 
-Session::~Session() = default;
+void Session::_OpenOnServer(StoreAccess access)
+{
+    if (isDryRun())
+        throw Failure(FailureCode::WrongUsage,
+                      QStringLiteral("--dry-run tries a command on a copy of the store's file, and this store is on a "
+                                     "server"),
+                      QLatin1String(CopyToAFile));
+    StoreError error;
+    OpenOptions options = OpenOptionsFor(access, _options.waitSeconds);
+    ServerStore opened;
+    if (access == StoreAccess::Create) {
+        // Whether it is there already tells whether this creates it.
+        options.mode = OpenMode::OpenExisting;
+        opened = OpenOnServer(_storePath, options, error);
+        _isNew = opened.store == nullptr;
+        options.mode = OpenMode::OpenOrCreate;
+    }
+    if (opened.store == nullptr)
+        opened = OpenOnServer(_storePath, options, error);
+    if (opened.store == nullptr)
+        throw StoreFailure(error, {}, StorePlace::Server);
+    _store = opened.store;
+    _storePath = opened.name;
+}
+
+std::unique_ptr<Session> Session::OpenOther(QString const& store, StoreAccess access, bool onCopy) const
+{
+    SessionOptions options = _options;
+    options.storePath = store;
+    options.dryRun = onCopy;
+    try {
+        return std::make_unique<Session>(options, access);
+    }
+    catch (Failure const& failure) {
+        throw failure.InOtherStore(store);
+    }
+}
+
+std::shared_ptr<StoreFactory> Session::State()
+{
+    if (isOnServer()) {
+        StoreError error;
+        ServerStore const state = OpenStateOnServer(StorePathOf(_options), error);
+        if (state.store == nullptr)
+            throw StoreFailure(error, {}, StorePlace::Server);
+        return state.store;
+    }
+    QString error;
+    _snapshot = tandry::carry::Snapshot::Take(*_fileStore, error);
+    if (_snapshot == nullptr)
+        throw Failure(
+            FailureCode::StoreFailed,
+            OneLine(error),
+            QStringLiteral("name a folder with room for a copy of the store in the environment variable TMPDIR"));
+    return _snapshot->store();
+}
 
 QString Session::_CopyForDryRun(bool exists)
 {
@@ -141,7 +209,8 @@ QString Session::_CopyForDryRun(bool exists)
     if (!exists)
         return path;
     StoreError error;
-    auto const store = SqliteDatabaseFactory::Open(_storePath, error, OptionsFor(StoreAccess::Read, _waitSeconds));
+    auto const store =
+        SqliteDatabaseFactory::Open(_storePath, error, OpenOptionsFor(StoreAccess::Read, _options.waitSeconds));
     if (!store && PrivateCopy::IsNeededAfter(error.kind)) {
         _copy = CopyPrivately(_storePath, error.kind);
         return _copy->path();
@@ -157,9 +226,15 @@ void Session::_OpenPrivateCopy(StoreError const& reason)
 {
     _copy = CopyPrivately(_storePath, reason.kind);
     StoreError error;
-    _store = SqliteDatabaseFactory::Open(_copy->path(), error, OptionsFor(StoreAccess::Write, _waitSeconds));
-    if (!_store)
+    _fileStore =
+        SqliteDatabaseFactory::Open(_copy->path(), error, OpenOptionsFor(StoreAccess::Write, _options.waitSeconds));
+    if (!_fileStore)
         throw StoreFailure(error);
+}
+
+Failure Session::FailureOf(StoreError const& error, QString const& hintForOther) const
+{
+    return StoreFailure(error, hintForOther, isOnServer() ? StorePlace::Server : StorePlace::File);
 }
 
 void Session::CheckWritten(bool written, QString const& hintForOther)
@@ -168,12 +243,12 @@ void Session::CheckWritten(bool written, QString const& hintForOther)
     if (!written)
         throw Failure(FailureCode::StoreFailed,
                       QStringLiteral("the store %1 failed and reported no reason").arg(Quoted(_storePath)),
-                      See("check"));
+                      isOnServer() ? QStringLiteral("see what the server's log says") : See("check"));
 }
 
 void Session::Announce(QString const& line)
 {
-    if (_yes && _output.format() == OutputFormat::Plain)
+    if (_AsksNothing() && _output.format() == OutputFormat::Plain)
         _output.PrintLine(line);
     else
         PrintWarning(line);
@@ -181,7 +256,7 @@ void Session::Announce(QString const& line)
 
 Consent Session::AskFor(QString const& question) const
 {
-    if (_yes)
+    if (_AsksNothing())
         return Consent::Given;
     if (!CanAsk())
         return Consent::CannotAsk;
@@ -205,13 +280,13 @@ void Session::ConfirmRemoval(QString const& what)
 
 void Session::Backup(QString const& path)
 {
-    CheckWritten(isDryRun() ? _store->DryRunBackup(path) : _store->Backup(path),
+    CheckWritten(isDryRun() ? _fileStore->DryRunBackup(path) : _fileStore->Backup(path),
                  QStringLiteral("give a name that is not taken, in a folder that you may write"));
 }
 
 QStringList Session::FindDamage()
 {
-    std::optional<QStringList> const damage = _store->FindDamage();
+    std::optional<QStringList> const damage = _fileStore->FindDamage();
     CheckWritten(damage.has_value());
     return *damage;
 }
@@ -225,7 +300,7 @@ void Session::Flush()
 void Session::_ThrowIfStoreFailed(QString const& hintForOther)
 {
     if (auto const error = _store->LastError())
-        throw StoreFailure(*error, hintForOther);
+        throw FailureOf(*error, hintForOther);
 }
 
 ClientTransaction::ClientTransaction(Session& session)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Failure.h"
 #include "Output.h"
 #include "StandardOutput.h"
 
@@ -14,8 +15,13 @@
 
 namespace sync::database {
 class SqliteDatabaseFactory;
+class StoreFactory;
 struct StoreError;
 } // namespace sync::database
+
+namespace tandry::carry {
+class Snapshot;
+}
 
 namespace tandry::findings {
 class PrivateCopy;
@@ -67,8 +73,8 @@ struct SessionOptions
     bool dryRun = false;
 };
 
-/// Returns the store's file as the options name it. Refuses an empty name, usually an unset variable of a script: a
-/// command must not change the user's own store then.
+/// Returns the store's file or URI as the options name it; a URI may contain a password. Refuses an empty name, usually
+/// an unset variable of a script: a command must not change the user's own store then.
 QString StorePathOf(SessionOptions const& options);
 
 OutputFormat FormatOf(SessionOptions const& options);
@@ -84,9 +90,12 @@ public:
     Session(SessionOptions const& options, StoreAccess access);
     ~Session();
 
+    /// The store's name for messages: its file's path or, on a server, host, database and profile.
     QString const& storePath() const { return _storePath; }
-    /// How long to wait for a lock of another program; nothing for the library's own time.
-    std::optional<int> waitSeconds() const { return _waitSeconds; }
+    /// Whether the store is on a server, and not in a file.
+    bool isOnServer() const { return _store != nullptr && _fileStore == nullptr; }
+    /// Opens another store for the same command, a copy of it with `onCopy`. Throws a failure that names the store.
+    std::unique_ptr<Session> OpenOther(QString const& store, StoreAccess access, bool onCopy) const;
     /// Whether the command may change nothing. The store is then a private copy; everything else is up to the command.
     bool isDryRun() const { return _dryRun != nullptr; }
     /// Returns whether this session has created the store.
@@ -99,7 +108,11 @@ public:
     sync::config::ProductConfigManager& products() { return *_managers->products; }
     sync::config::ScheduleEntryManager& schedules() { return *_managers->schedules; }
     /// For what goes over the whole store.
-    std::shared_ptr<sync::database::SqliteDatabaseFactory> const& store() { return _store; }
+    std::shared_ptr<sync::database::StoreFactory> const& store() { return _store; }
+    /// The same with the operations of a file. Only for commands that are declared with `Command::OnlyOnFiles`.
+    std::shared_ptr<sync::database::SqliteDatabaseFactory> const& fileStore() { return _fileStore; }
+    /// Returns one state of the store, which does not change while others write. Throws on failure.
+    std::shared_ptr<sync::database::StoreFactory> State();
     /// Queries that no manager offers.
     StoreQueries& queries() { return *_queries; }
     Output& output() { return _output; }
@@ -111,6 +124,9 @@ public:
         _ThrowIfStoreFailed();
         return answer;
     }
+
+    /// Returns the failure of a command for an error of the store. `hintForOther` is for `StoreFailure`.
+    Failure FailureOf(sync::database::StoreError const& error, QString const& hintForOther = {}) const;
 
     /// Throws if an operation has returned false, or if its commit has failed. `hintForOther` is for `StoreFailure`.
     void CheckWritten(bool written, QString const& hintForOther = {});
@@ -137,21 +153,26 @@ public:
 private:
     Q_DISABLE_COPY_MOVE(Session)
 
+    void _OpenFile(StoreAccess access);
+    void _OpenOnServer(StoreAccess access);
     void _OpenPrivateCopy(sync::database::StoreError const& reason);
+    bool _AsksNothing() const { return _options.yes || isDryRun(); }
     void _ThrowIfStoreFailed(QString const& hintForOther = {});
 
     /// Copies the store, if there is one, to a temporary folder. Returns the path of the copy.
     QString _CopyForDryRun(bool exists);
 
-    QString const _storePath;
-    std::optional<int> const _waitSeconds;
-    bool const _yes;
+    SessionOptions const _options;
+    QString _storePath;
     std::unique_ptr<QTemporaryDir> _dryRun;
     bool _isNew = false;
     StandardOutput _stdout;
     Output _output;
     std::unique_ptr<tandry::findings::PrivateCopy> _copy;
-    std::shared_ptr<sync::database::SqliteDatabaseFactory> _store;
+    /// Null on a server.
+    std::shared_ptr<sync::database::SqliteDatabaseFactory> _fileStore;
+    std::shared_ptr<sync::database::StoreFactory> _store;
+    std::unique_ptr<tandry::carry::Snapshot> _snapshot;
     std::optional<sync::config::Managers> _managers;
     std::unique_ptr<StoreQueries> _queries;
 };

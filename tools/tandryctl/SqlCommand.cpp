@@ -121,6 +121,7 @@ void AddSqlCommand(Command& top)
                  "count files by their status")
         .Example("sql --csv 'SELECT clientPath, size FROM FileConfiguration ORDER BY size DESC LIMIT 100'",
                  "print the largest files for a spreadsheet")
+        .OnlyOnFiles("use psql, after 'SET search_path TO tandry_NAME'")
         .Run(StoreAccess::Read, [arguments](Session& session) { return Sql(session, *arguments); });
 }
 

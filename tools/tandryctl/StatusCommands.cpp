@@ -128,7 +128,7 @@ ExitStatus Stat(Session& session)
         {"rows", Shown::Always, [](ObjectSize const& o) { return o.rows; }},
         {"name", Shown::Always, [](ObjectSize const& o) { return o.name; }},
     };
-    StoreFacts const facts = session.Checked(FactsOf(session.store()));
+    StoreFacts const facts = session.Checked(FactsOf(session.fileStore()));
     bool const isJson = session.output().format() == OutputFormat::Json;
     session.output().Show(StatColumns(isJson), facts);
     if (!isJson) {
@@ -153,6 +153,7 @@ void AddStatusCommands(Command& top)
         .Remark("Shows the store's file, its version and journal mode, the bytes of the file and its log, the free\n"
                 "pages, and the rows and bytes of each table and index, the largest first. Reads the whole store.")
         .Example("stat", "find out what makes a store large")
+        .OnlyOnFiles("ask the server, with pg_total_relation_size for each table of the schema tandry_NAME")
         .Run(StoreAccess::Read, Stat);
 }
 

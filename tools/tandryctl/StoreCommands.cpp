@@ -173,7 +173,7 @@ ExitStatus Compact(Session& session)
     };
     std::optional<Progress> progress;
     qint64 done = 0;
-    auto const sizes = session.store()->Compact([&](qint64 pages, qint64 ofPages) {
+    auto const sizes = session.fileStore()->Compact([&](qint64 pages, qint64 ofPages) {
         if (!progress)
             progress.emplace(QStringLiteral("compacting"), "pages", ofPages);
         progress->Advance(pages - done);
@@ -212,7 +212,7 @@ void AddStoreCommands(Command& top)
         .Remark(
             "Creates the store with its complete schema, readable and writable by its owner only. Keeps an existing\n"
             "store and its records, and upgrades one that an older version has written. Without --store, the store\n"
-            "is in the user's data folder.")
+            "is in the user's data folder. With the URI of a profile, creates the profile's schema on the server.")
         .Example("init", "create the user's own store")
         .Example("--store /tmp/try.db init", "create a store to experiment with")
         .Run(StoreAccess::Create, Init);
@@ -232,6 +232,7 @@ void AddStoreCommands(Command& top)
             "and files that are no stores, are never deleted.")
         .Example("backup ~/backups/monday.db", "copy the user's own store")
         .Example("backup --keep 7 --yes ~/backups", "the same from a timer every day, for a week")
+        .OnlyOnFiles("dump the profile with 'pg_dump --schema=tandry_NAME', or use 'tandryctl export'")
         .Run(StoreAccess::Read, [backup](Session& session) { return Backup(session, *backup); });
     top.Add("compact", "Give the space of removed rows back to the disk")
         .Remark(
@@ -241,10 +242,12 @@ void AddStoreCommands(Command& top)
             "store is as it was.")
         .Example("compact", "compact the user's own store")
         .Example("compact --dry-run", "see what it would gain")
+        .OnlyOnFiles("the server does it by itself, or with 'VACUUM (FULL)'")
         .Run(StoreAccess::Write, Compact);
     top.Add("check", "Check the store for damage")
         .Remark("Reads the whole store and changes nothing. Lists the damage it finds; the exit status is then 1.")
         .Example("check", "check the user's own store")
+        .OnlyOnFiles("check the server's files with 'pg_amcheck'; the profile's tables are checked at each opening")
         .Run(StoreAccess::Read, Check);
 }
 

@@ -1,14 +1,13 @@
 #include "StoreDiff.h"
 
 #include "Failure.h"
+#include "ServerStore.h"
 #include "Session.h"
-#include "StoreFailure.h"
 #include "StreamedTable.h"
 #include "TableWords.h"
 #include "Text.h"
 
-#include "database/SqliteDatabaseFactory.h"
-#include "tools/carry/Snapshot.h"
+#include "database/StoreFactory.h"
 #include "tools/findings/JsonText.h"
 #include "tools/findings/StoreComparison.h"
 #include "tools/findings/TableNames.h"
@@ -16,7 +15,6 @@
 namespace tandryctl {
 
 using sync::database::StoreError;
-using tandry::carry::Snapshot;
 using tandry::findings::ColumnDifference;
 using tandry::findings::RecordDifference;
 using tandry::findings::StoreComparison;
@@ -77,40 +75,23 @@ QByteArray JsonLine(RecordDifference const& difference)
     return json;
 }
 
-/// Opens a copy of a store.
-std::unique_ptr<Session> OpenCopy(QString const& storePath, std::optional<int> waitSeconds)
-{
-    SessionOptions options;
-    options.storePath = storePath;
-    options.waitSeconds = waitSeconds;
-    options.dryRun = true;
-    try {
-        return std::make_unique<Session>(options, StoreAccess::Read);
-    }
-    catch (Failure const& failure) {
-        throw failure.InOtherStore(storePath);
-    }
-}
-
 } // namespace
 
 ExitStatus DiffStores(Session& session, QString const& otherStore)
 {
     constexpr qint64 differencesBetweenFlushes = 1000;
-    auto const other = OpenCopy(otherStore, session.waitSeconds());
-    QString error;
-    auto const snapshot = Snapshot::Take(*session.store(), error);
-    if (snapshot == nullptr)
-        throw Failure(
-            FailureCode::StoreFailed,
-            OneLine(error),
-            QStringLiteral("name a folder with room for a copy of the store in the environment variable TMPDIR"));
+    if (session.isOnServer() || IsOnServer(otherStore))
+        throw Failure(FailureCode::WrongUsage,
+                      QStringLiteral("stores are compared as files, and one of these is on a server"),
+                      QLatin1String(CopyToAFile));
+    auto const other = session.OpenOther(otherStore, StoreAccess::Read, true);
+    auto const state = session.State();
 
     Output& output = session.output();
     bool const isJson = output.format() == OutputFormat::Json;
     qint64 count = 0;
     StreamedTable table(TableColumns(), output.plainForm());
-    StoreComparison comparison(snapshot->store(), other->store());
+    StoreComparison comparison(state, other->store());
     bool const worked = comparison.Compare([&](RecordDifference const& difference) {
         if (isJson)
             output.PrintText(QString::fromUtf8((count == 0 ? "[\n" : ",\n") + JsonLine(difference)));
@@ -120,8 +101,8 @@ ExitStatus DiffStores(Session& session, QString const& otherStore)
             session.Flush(); // ends the command when its output cannot be written
     });
     if (!worked) {
-        auto const storeError = snapshot->store()->LastError();
-        throw StoreFailure(storeError ? *storeError : other->store()->LastError().value_or(StoreError()));
+        auto const storeError = state->LastError();
+        throw session.FailureOf(storeError ? *storeError : other->store()->LastError().value_or(StoreError()));
     }
     if (isJson)
         output.PrintText(QLatin1String(count == 0 ? "[]\n" : "\n]\n"));

@@ -1,5 +1,6 @@
 #include "StoreFailure.h"
 
+#include "ServerStore.h"
 #include "Text.h"
 
 #include "database/AbsolutePath.h"
@@ -50,6 +51,33 @@ QString HintOn(StoreErrorKind kind)
     return kind == StoreErrorKind::Locked ? advice + QStringLiteral(", or wait longer with --wait SECONDS") : advice;
 }
 
+/// What to do about an error of a store on a server, where it is something else than with a file.
+QString HintOnServer(StoreErrorKind kind)
+{
+    switch (kind) {
+    case StoreErrorKind::Full:
+        return QStringLiteral("have space freed on the server, then try again");
+    case StoreErrorKind::ReadOnly:
+        return QStringLiteral("have the role allowed to write, or do what the reason says, then try again");
+    case StoreErrorKind::Damaged:
+        return QStringLiteral("have the server's administrator look at the schema, and put a dump of it in its place");
+    case StoreErrorKind::Moved:
+        return QStringLiteral("see who removed the profile, then try again");
+    case StoreErrorKind::Refused:
+        return QStringLiteral("see what the server's log says");
+    case StoreErrorKind::OutcomeUnknown:
+        return QStringLiteral("look what is on record and repeat only what is missing");
+    case StoreErrorKind::NewerVersion:
+        return QStringLiteral("use the tandryctl of the newer program");
+    case StoreErrorKind::ConnectionLost:
+        return QStringLiteral("see that the server runs, can be reached from here and takes this user, then try again");
+    case StoreErrorKind::Other:
+        return QStringLiteral("create the profile with 'tandryctl init', or do what the reason says");
+    default:
+        return HintOn(kind);
+    }
+}
+
 QString NameOf(LockHolder const& holder)
 {
     if (holder.processId <= 0)
@@ -60,15 +88,19 @@ QString NameOf(LockHolder const& holder)
 
 } // namespace
 
-Failure StoreFailure(StoreError const& error, QString const& hintForOther)
+Failure StoreFailure(StoreError const& error, QString const& hintForOther, StorePlace place)
 {
     FailureCode const code = CodeOf(error.kind);
+    if (place == StorePlace::Server)
+        return {code, OneLine(error.text), HintOnServer(error.kind)};
     bool const isReplaced = code == FailureCode::StoreFailed && !hintForOther.isNull();
     return {code, OneLine(error.text), isReplaced ? hintForOther : HintOn(error.kind)};
 }
 
 Failure WithLockHolders(Failure const& failure, QString const& storePath)
 {
+    if (IsOnServer(storePath))
+        return failure;
     QStringList names;
     for (LockHolder const& holder : tandry::findings::FindLockHolders(sync::database::AbsolutePath(storePath)))
         names.append(NameOf(holder));

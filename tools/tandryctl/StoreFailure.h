@@ -8,12 +8,21 @@ struct StoreError;
 
 namespace tandryctl {
 
+/// Where a store is.
+enum class StorePlace
+{
+    File,
+    Server
+};
+
 /// Returns the failure of a command whose store failed, with what to do about this kind of error. `hintForOther`
 /// replaces the hint for errors of the kind `Other` where the command knows more.
-Failure StoreFailure(sync::database::StoreError const& error, QString const& hintForOther = {});
+Failure StoreFailure(sync::database::StoreError const& error,
+                     QString const& hintForOther = {},
+                     StorePlace place = StorePlace::File);
 
-/// Returns the failure of a command whose store is locked, with the processes that hold the lock. The calling process
-/// must have closed the store.
+/// Returns the failure of a command whose store is locked, with the processes that hold the lock on its file. The
+/// calling process must have closed the store.
 Failure WithLockHolders(Failure const& failure, QString const& storePath);
 
 } // namespace tandryctl

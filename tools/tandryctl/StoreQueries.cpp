@@ -13,8 +13,9 @@ using sync::config::RecordColumn;
 using sync::config::RecordColumns;
 using sync::config::ScheduleEntry;
 
-StoreQueries::StoreQueries(std::shared_ptr<sync::interf::factory::IDatabaseFactory> store)
+StoreQueries::StoreQueries(std::shared_ptr<sync::interf::factory::IDatabaseFactory> store, OriginRecords origins)
     : _store(std::move(store))
+    , _origins(origins)
 {}
 
 int StoreQueries::CountReferences(char const* table, char const* column, int id)
@@ -25,9 +26,9 @@ int StoreQueries::CountReferences(char const* table, char const* column, int id)
 
 int StoreQueries::CountReferencesToTree(char const* table, char const* column, int folderId)
 {
-    return _Count(QStringLiteral("WITH RECURSIVE tree(id) AS (SELECT :id UNION SELECT folder.id FROM "
+    return _Count(QStringLiteral("WITH RECURSIVE tree(id) AS (SELECT CAST(:id AS bigint) UNION SELECT folder.id FROM "
                                  "FolderConfiguration AS folder JOIN tree ON folder.parentId = tree.id) "
-                                 "SELECT count(*) FROM %1 WHERE %2 IN tree")
+                                 "SELECT count(*) FROM %1 WHERE %2 IN (SELECT id FROM tree)")
                       .arg(QLatin1String(table), QLatin1String(column)),
                   folderId);
 }
@@ -85,6 +86,8 @@ int StoreQueries::AddSchedule(ScheduleEntry const& schedule)
 QHash<int, FolderOrigin> StoreQueries::FolderOrigins()
 {
     QHash<int, FolderOrigin> origins;
+    if (_origins == OriginRecords::NotKept)
+        return origins;
     auto const query = _store->CreateQuery();
     static_cast<void>(
         query->prepare(QStringLiteral("SELECT folderConfigurationId, fileSystem, inode FROM FolderFileSystem")));
@@ -97,6 +100,8 @@ QHash<int, FolderOrigin> StoreQueries::FolderOrigins()
 
 bool StoreQueries::SetFolderOrigin(int folderId, std::optional<FolderOrigin> const& origin)
 {
+    if (_origins == OriginRecords::NotKept)
+        return true;
     QString const folder = QStringLiteral(":folder");
     auto const removal = _store->CreateQuery();
     static_cast<void>(
@@ -117,6 +122,8 @@ bool StoreQueries::SetFolderOrigin(int folderId, std::optional<FolderOrigin> con
 
 bool StoreQueries::RemoveOriginsOfMissingFolders()
 {
+    if (_origins == OriginRecords::NotKept)
+        return true;
     auto const query = _store->CreateQuery();
     static_cast<void>(query->prepare(QStringLiteral(
         "DELETE FROM FolderFileSystem WHERE folderConfigurationId NOT IN (SELECT id FROM FolderConfiguration)")));

@@ -27,13 +27,20 @@ struct ProductRemainder
     QVariant nameValueProperties;
 };
 
+/// Whether a store keeps the file systems of folders. A profile on a server does not: each machine has its own.
+enum class OriginRecords
+{
+    Kept,
+    NotKept
+};
+
 /// Statements that no manager offers, through the store's public interface.
 ///
 /// Like the managers, returns the same for a miss and for a failure; the store's `LastError` tells which.
 class StoreQueries
 {
 public:
-    explicit StoreQueries(std::shared_ptr<sync::interf::factory::IDatabaseFactory> store);
+    StoreQueries(std::shared_ptr<sync::interf::factory::IDatabaseFactory> store, OriginRecords origins);
 
     /// Returns the number of rows of the table that have this id in the column. Table and column names are not escaped.
     int CountReferences(char const* table, char const* column, int id);
@@ -54,11 +61,11 @@ public:
     /// Adds a row with the values of the record and returns its id, or -1 if the store has failed.
     int AddSchedule(sync::config::ScheduleEntry const& schedule);
 
-    /// Returns the folders whose file system is on record, with it.
+    /// Returns the folders whose file system is on record, with it; none if the store does not keep them.
     QHash<int, FolderOrigin> FolderOrigins();
 
-    /// Records the file system of a folder, or forgets it if there is none to record. Returns false if the store has
-    /// failed.
+    /// Records the file system of a folder, or forgets it if there is none to record. Does nothing if the store does
+    /// not keep them. Returns false if the store has failed.
     [[nodiscard]] bool SetFolderOrigin(int folderId, std::optional<FolderOrigin> const& origin);
 
     /// Forgets the file systems of folders that are no longer on record. Returns false if the store has failed.
@@ -69,6 +76,7 @@ private:
     int _Count(QString const& statement, int id);
 
     std::shared_ptr<sync::interf::factory::IDatabaseFactory> const _store;
+    OriginRecords const _origins;
 };
 
 } // namespace tandryctl

@@ -2,7 +2,6 @@
 #include "Commands.h"
 #include "Failure.h"
 #include "Interruption.h"
-#include "StoreFailure.h"
 #include "TableWords.h"
 #include "Terminal.h"
 #include "Text.h"
@@ -178,7 +177,9 @@ private:
 /// Throws if the session reads a copy of the store, which never changes.
 void CheckIsStoreItself(Session& session)
 {
-    if (session.store()->path() != sync::database::AbsolutePath(session.storePath()))
+    if (session.isOnServer())
+        return;
+    if (session.fileStore()->path() != sync::database::AbsolutePath(session.storePath()))
         throw Failure(FailureCode::StoreRefused,
                       QStringLiteral("only a copy of the store %1 can be read, which does not change")
                           .arg(Quoted(session.storePath())),
@@ -199,6 +200,15 @@ bool PrintChanges(Session& session, RowStates& states, ChangePrinter& printer)
     return isComplete;
 }
 
+/// Prints the changes of a store that does not tell of commits until a signal comes.
+void LookUntilInterrupted(Session& session, RowStates& states, milliseconds interval, ChangePrinter& printer)
+{
+    while (!Interruption::IsRequested()) {
+        static_cast<void>(PrintChanges(session, states, printer));
+        Sleep(-1, interval);
+    }
+}
+
 /// Prints the changes until a signal comes.
 void WatchUntilInterrupted(
     Session& session, StoreChanges& changes, RowStates& states, milliseconds interval, ChangePrinter& printer)
@@ -208,7 +218,7 @@ void WatchUntilInterrupted(
     while (!Interruption::IsRequested()) {
         StoreChanges::Sight const sight = changes.Look();
         if (sight.error)
-            throw StoreFailure(*sight.error);
+            throw session.FailureOf(*sight.error);
         hasChanged = hasChanged || !sight.tables.isEmpty();
         SteadyClock::time_point const now = SteadyClock::now();
         if (hasChanged && now >= nextLook) {
@@ -232,14 +242,17 @@ ExitStatus Watch(Session& session, Arguments const& arguments)
     CheckIsStoreItself(session);
     Interruption const interruption;
     auto const changes = session.store()->WatchChanges(); // before the first look, so that no commit falls in between
-    session.CheckWritten(changes != nullptr);
+    session.CheckWritten(changes != nullptr || session.isOnServer());
     RowStates states(session.store());
     session.CheckWritten(states.Look([](RowChange const&) {}));
     PrintNote(QStringLiteral("watching %1; Ctrl-C ends it").arg(Quoted(session.storePath())));
 
     ChangePrinter printer(session.output(), states);
     std::chrono::seconds const interval(arguments.interval.value_or(DefaultIntervalSeconds));
-    WatchUntilInterrupted(session, *changes, states, interval, printer);
+    if (changes != nullptr)
+        WatchUntilInterrupted(session, *changes, states, interval, printer);
+    else
+        LookUntilInterrupted(session, states, interval, printer);
     printer.PrintSummary();
     Interruption::TakeAsHandled();
     return ExitStatus::Done;
@@ -256,7 +269,8 @@ void AddWatchCommand(Command& top)
             "Prints records that are added or removed, or whose status changes, whichever program writes, with the\n"
             "time at which it was seen. What has changed and changed back between two looks is not seen. A look reads\n"
             "all ids and statuses and keeps them, 8 bytes for each record. Between looks no lock is held, and while\n"
-            "nobody writes nothing is read. Ctrl-C ends it with a summary; --json prints one object per line.")
+            "nobody writes nothing is read, except from a profile that does not tell of commits, which is read at\n"
+            "each interval. Ctrl-C ends it with a summary; --json prints one object per line.")
         .Example("watch", "see what a client does with its store")
         .Example("watch --json --interval 10", "the same for a program, and for a large store")
         .Run(StoreAccess::Read, [arguments](Session& session) { return Watch(session, *arguments); });
