@@ -109,6 +109,15 @@ TEST(ViewerProgram, PrintsHelpAndVersionWithoutADisplay)
     }
 }
 
+TEST(ViewerProgram, SaysByItsStatusThatItsOutputWasLost)
+{
+    QProcess process;
+    process.setStandardOutputFile("/dev/full"_q);
+    process.start(QStringLiteral(TANDRY_VIEWER_PROGRAM), {"--help"_q});
+    ASSERT_TRUE(process.waitForFinished());
+    EXPECT_EQ(process.exitCode(), 3);
+}
+
 TEST(ViewerProgram, ReportsWrongUsageInOneLine)
 {
     QTemporaryDir const folder;

@@ -18,7 +18,6 @@ namespace {
 
 using namespace tandry::test;
 using tandry::viewer::DetailsView;
-using tandry::viewer::OpenedStore;
 using tandry::viewer::OpenForViewing;
 using tandry::viewer::StoreView;
 

@@ -69,7 +69,7 @@ QString HelpText()
                                        "\n"
                                        "Qt's own options, such as -style and -platform, are taken too.\n"
                                        "\n"
-                                       "Exit status: 0 success; 2 wrong usage.\n");
+                                       "Exit status: 0 success; 2 wrong usage; 3 the output could not be written.\n");
 }
 
 } // namespace tandry::viewer

@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <iostream>
 #include <memory>
 
 namespace {
@@ -19,6 +20,7 @@ using tandry::viewer::MainWindow;
 
 constexpr int Done = 0;
 constexpr int WrongUsage = 2;
+constexpr int Failed = 3;
 
 /// Whether the program only prints something, which takes no display.
 bool NeedsNoWindow(int argc, char** argv)
@@ -40,9 +42,11 @@ std::unique_ptr<QCoreApplication> MakeApplication(int& argc, char** argv)
     return std::make_unique<QApplication>(argc, argv);
 }
 
-void Print(FILE* file, QString const& text)
+/// Returns the exit status.
+int Print(QString const& text)
 {
-    std::fputs(text.toUtf8().constData(), file);
+    bool const isPrinted = std::fputs(text.toUtf8().constData(), stdout) >= 0 && std::fflush(stdout) == 0;
+    return isPrinted ? Done : Failed;
 }
 
 } // namespace
@@ -61,13 +65,11 @@ int main(int argc, char** argv)
     CommandLine const line(QCoreApplication::arguments().mid(1));
     switch (line.request) {
     case CommandLine::Request::PrintHelp:
-        Print(stdout, tandry::viewer::HelpText());
-        return Done;
+        return Print(tandry::viewer::HelpText());
     case CommandLine::Request::PrintVersion:
-        Print(stdout, QStringLiteral("tandry-viewer " TANDRY_VIEWER_VERSION "\n"));
-        return Done;
+        return Print(QStringLiteral("tandry-viewer " TANDRY_VIEWER_VERSION "\n"));
     case CommandLine::Request::Refuse:
-        Print(stderr, QStringLiteral("tandry-viewer: %1; see 'tandry-viewer --help'\n").arg(line.fault));
+        std::cerr << "tandry-viewer: " << line.fault.toStdString() << "; see 'tandry-viewer --help'\n";
         return WrongUsage;
     case CommandLine::Request::ShowStore:
         break;
