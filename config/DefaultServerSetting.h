@@ -4,6 +4,17 @@
 
 namespace sync::config {
 
+namespace setting {
+
+/// Returns a literal, whose length Qt 5 counts in a way that only some compilers do at compile time.
+template <int Size>
+constexpr QLatin1String Literal(char const (&text)[Size])
+{
+    return QLatin1String(text, Size - 1);
+}
+
+} // namespace setting
+
 /// The user's setting that `ServerConfigManager::GetDefaultServerConfig` reads: the id of a server, 1 if it is missing.
 /// The libraries never write it. A client that lets the user choose the default server does, with
 ///
@@ -12,11 +23,11 @@ namespace sync::config {
 struct DefaultServerSetting
 {
     /// The organization of the settings.
-    static constexpr QLatin1String Organization{"Norvalis"};
+    static constexpr QLatin1String Organization = setting::Literal("Norvalis");
     /// The application of the settings.
-    static constexpr QLatin1String Application{"Norvalis Sync"};
+    static constexpr QLatin1String Application = setting::Literal("Norvalis Sync");
     /// The key of the setting, with its group.
-    static constexpr QLatin1String Key{"Tandry/DefaultServerConfigurationId"};
+    static constexpr QLatin1String Key = setting::Literal("Tandry/DefaultServerConfigurationId");
 };
 
 } // namespace sync::config
