@@ -38,9 +38,9 @@ TEST(ATaskThread, RunsTasksInTheirOrderOnOneThread)
 
 TEST(ATaskThread, StartsAnotherOneWhenItIsBusy)
 {
-    TaskThreads threads(2);
     std::promise<void> first;
     std::promise<void> second;
+    TaskThreads threads(2);
     threads.Start([&] { second.get_future().wait(); });
     threads.Start([&] { first.set_value(); });
     first.get_future().wait();

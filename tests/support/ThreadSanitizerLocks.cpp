@@ -14,9 +14,13 @@
 
 /// Qt frees its data for a foreign thread with the last object that the thread created, such as a record in a cached
 /// listing, and counts the references with an atomic in its own library. The project has no wait conditions itself.
+/// It passes events and queued calls from one thread to another under a mutex there, and counts who holds a call.
 extern "C" Q_DECL_EXPORT char const* __tsan_default_suppressions()
 {
-    return "race:QWaitCondition::\n";
+    return "race:QWaitCondition::\n"
+           "race:QCoreApplicationPrivate::sendPostedEvents\n"
+           "race:QMetaCallEvent::\n"
+           "race:QtPrivate::QFunctorSlotObject\n";
 }
 
 namespace {
