@@ -5,10 +5,11 @@
 namespace sync::config {
 
 /// Registers the records, links and enumerations, and vectors and lists of records, with Qt's meta-type system, under
-/// their names with namespaces. Queued calls by name, `QMetaMethod::returnType` and QML then know them.
+/// their names with namespaces. Queued calls by name, queued connections by `SIGNAL` and `SLOT`,
+/// `QMetaMethod::returnType` and QML then know them.
 ///
 /// The constructors of managers call this. A program calls it only if it looks types up by name before it has made a
-/// manager. Any thread may call it, and more than once. `QVariant` and queued signals of known type need no
+/// manager. Any thread may call it, and more than once. `QVariant` and queued connections by member function need no
 /// registration.
 TANDRY_CONFIGURATION_EXPORT void RegisterMetaTypes();
 
