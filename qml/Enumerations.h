@@ -27,6 +27,12 @@ public:
     };
     Q_ENUM(SynchronizationFolderOption)
 
+    enum FolderSyncOption
+    {
+        FolderSyncOptionNone = sync::config::FolderSyncOptionNone,
+    };
+    Q_ENUM(FolderSyncOption)
+
     enum FolderPrivileges
     {
         FolderPrivilegeView = sync::config::FolderPrivilegeView,
@@ -53,12 +59,28 @@ public:
     };
     Q_ENUM(FileSynchronizationStatus)
 
+    enum FileSynchronizationSubStatus
+    {
+        FileSyncSubStatusNone = sync::config::FileSyncSubStatusNone,
+    };
+    Q_ENUM(FileSynchronizationSubStatus)
+
     enum FileSyncOption
     {
         FileSyncOptionNone = sync::config::FileSyncOptionNone,
         FileSyncOptionRepathRequired = sync::config::FileSyncOptionRepathRequired,
     };
     Q_ENUM(FileSyncOption)
+
+    enum FilePrivileges
+    {
+        FilePrivilegeView = sync::config::FilePrivilegeView,
+        FilePrivilegeDownload = sync::config::FilePrivilegeDownload,
+        FilePrivilegeUpdate = sync::config::FilePrivilegeUpdate,
+        FilePrivilegeDelete = sync::config::FilePrivilegeDelete,
+        FilePrivilegeShare = sync::config::FilePrivilegeShare,
+    };
+    Q_ENUM(FilePrivileges)
 };
 
 } // namespace sync::qml

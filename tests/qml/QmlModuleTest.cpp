@@ -6,10 +6,12 @@
 #include "support/StoreFixture.h"
 
 #include <QAbstractItemModel>
+#include <QDir>
 #include <QFile>
 #include <QMetaProperty>
 #include <QQmlApplicationEngine>
 #include <QQmlComponent>
+#include <QRegularExpression>
 #include <QSignalSpy>
 #include <QTest>
 #include <QWindow>
@@ -171,13 +173,44 @@ TEST_F(TheQmlModule, SaysWhyAStoreCannotBeOpened)
     EXPECT_EQ(Property("error"), ""_q);
 }
 
-TEST_F(TheQmlModule, HasTheNamesOfValues)
+/// The values of all enumerations in the headers of the records, by name.
+std::map<QString, int> ValuesOfRecords()
 {
-    Make("property var values: [Tandry.FolderStatusOutOfSync, Tandry.FolderOptionTopFilesOnly,"
-         " Tandry.FolderPrivilegeShare, Tandry.FileConfigurationTypeBase, Tandry.FileSyncStatusLinkDiscovered,"
-         " Tandry.FileSyncOptionRepathRequired]"_q);
+    static QRegularExpression const enumeration("^enum \\w+ : int$(.*?)^};$"_q,
+                                                QRegularExpression::MultilineOption |
+                                                    QRegularExpression::DotMatchesEverythingOption);
+    static QRegularExpression const value("^ +(\\w+) = (\\d+),$"_q, QRegularExpression::MultilineOption);
+    std::map<QString, int> values;
+    QDir const headers(QStringLiteral(TANDRY_RECORD_HEADERS));
+    for (QString const& name : headers.entryList({"*.h"_q})) {
+        QFile header(headers.filePath(name));
+        EXPECT_TRUE(header.open(QIODevice::ReadOnly)) << name.toStdString();
+        QString const text = QString::fromUtf8(header.readAll());
+        for (auto bodies = enumeration.globalMatch(text); bodies.hasNext();) {
+            QString const body = bodies.next().captured(1);
+            for (auto found = value.globalMatch(body); found.hasNext();) {
+                auto const match = found.next();
+                values[match.captured(1)] = match.captured(2).toInt();
+            }
+        }
+    }
+    return values;
+}
+
+TEST_F(TheQmlModule, HasTheNamesOfAllValuesOfRecords)
+{
+    std::map<QString, int> const expected = ValuesOfRecords();
+    for (QString const& name : {"FolderStatusOutOfSync"_q, "FileSyncOptionRepathRequired"_q, "FilePrivilegeShare"_q})
+        ASSERT_EQ(expected.count(name), 1U) << name.toStdString() << " was not found in the headers";
+    QStringList terms;
+    for (auto const& [name, number] : expected)
+        terms.append("Tandry."_q + name);
+    Make("property var values: [%1]"_q.arg(terms.join(", "_q)));
     QVariantList const values = Property("values").toList();
-    EXPECT_EQ(values, (QVariantList{2, 1, 16, 2, 3, 64}));
+    ASSERT_EQ(static_cast<std::size_t>(values.size()), expected.size());
+    int place = 0;
+    for (auto const& [name, number] : expected)
+        EXPECT_EQ(values.at(place++), QVariant(number)) << name.toStdString();
 }
 
 TEST_F(TheQmlModule, ShowsRowsOfTheStoreAndThoseThatComeLater)
