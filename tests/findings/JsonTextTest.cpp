@@ -59,7 +59,7 @@ TEST(JsonText, EveryCodeUnitIsWrittenAsTheDocumentWritesIt)
 
 TEST(JsonText, CharactersBeyondTheFirstPlaneAreWrittenAsTheDocumentWritesThem)
 {
-    for (uint character : {0x10000U, 0x1f600U, 0xfffffU, 0x10ffffU}) {
+    for (char32_t character : {0x10000U, 0x1f600U, 0xfffffU, 0x10ffffU}) {
         QString const text = QString::fromUcs4(&character, 1);
         EXPECT_EQ(OfString(text), OfDocument(text));
         EXPECT_EQ(OfString(text), "\"" + text.toUtf8() + "\"");
