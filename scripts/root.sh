@@ -21,6 +21,8 @@ _remove_roots() {
 # make_root NAME RELEASE [ARCHITECTURE]: a system of Debian's essential packages and apt, in $roots/NAME.
 make_root() {
     local root=$roots/$1 release=$2 architecture=${3:-$(dpkg --print-architecture)}
+    arch-test "$architecture" >/dev/null ||
+        die "this machine does not run $architecture; the package qemu-user-static lets it emulate others"
     say "making a minimal $release $architecture"
     debootstrap --variant=minbase --arch="$architecture" "$release" "$root" ${DEBIAN_MIRROR:+"$DEBIAN_MIRROR"} >"$root.log" 2>&1 || {
         tail -n 5 "$root.log" >&2
