@@ -16,7 +16,7 @@ function(tandry_with_threads result)
 endfunction()
 
 # tandry_test(<name> [PROCESSES] SOURCES <file>... [LIBRARIES <target>...] [ALONE <pattern>...] [SLOW <pattern>...]
-#   [TIMEOUT <seconds>])
+#   [TIMEOUT <seconds>] [APPLICATION <class>])
 #
 # A test program. CTest runs each suite in one process, its cases in random order: a failed run prints the seed, and
 # GTEST_RANDOM_SEED repeats it. A case that ALONE matches, because it changes its process, has one to itself. Cases that
@@ -25,10 +25,12 @@ endfunction()
 # or their suite's are what runs under the thread sanitizer. With PROCESSES, for a program that starts many processes, all
 # cases are labelled `processes`: the address sanitizer's run leaves them out and does not build the program.
 #
+# APPLICATION names the class of Qt's application object where that is not QCoreApplication, for tests with windows.
+#
 # The time zone is one with summer time, so that a conversion where there should be none shows, and the hash seed is
 # fixed.
 function(tandry_test name)
-  cmake_parse_arguments(PARSE_ARGV 1 arg "PROCESSES" "TIMEOUT" "SOURCES;LIBRARIES;ALONE;SLOW")
+  cmake_parse_arguments(PARSE_ARGV 1 arg "PROCESSES" "APPLICATION;TIMEOUT" "SOURCES;LIBRARIES;ALONE;SLOW")
   if(NOT arg_TIMEOUT)
     set(arg_TIMEOUT 120)
   endif()
@@ -53,6 +55,15 @@ function(tandry_test name)
   endif()
   add_executable(${name} ${arg_SOURCES})
   target_link_libraries(${name} PRIVATE TandryTestSupport ${arg_LIBRARIES})
+  set(environment TZ=Europe/Paris QT_HASH_SEED=0 QT_LOGGING_RULES= LC_ALL=C.UTF-8 GTEST_BRIEF=1 GTEST_SHUFFLE=1)
+  if(arg_APPLICATION)
+    list(APPEND environment ${TANDRY_WINDOW_ENVIRONMENT})
+    set(main "${PROJECT_SOURCE_DIR}/tests/support/TestMain.cpp")
+    target_sources(${name} PRIVATE "${main}")
+    set_source_files_properties("${main}" PROPERTIES
+      COMPILE_DEFINITIONS TANDRY_TEST_APPLICATION=${arg_APPLICATION}
+      SKIP_UNITY_BUILD_INCLUSION ON)
+  endif()
   if(NOT arg_SLOW STREQUAL ".")
     add_dependencies(quick_tests ${name})
   endif()
@@ -77,7 +88,7 @@ tandry_suites(${name} PATH [[$<TARGET_FILE:${name}>]] SUITES_OF ${suites}
   SLOW ${arg_SLOW}
   PROPERTIES
     TIMEOUT ${arg_TIMEOUT}
-    ENVIRONMENT \"TZ=Europe/Paris;QT_HASH_SEED=0;QT_LOGGING_RULES=;LC_ALL=C.UTF-8;GTEST_BRIEF=1;GTEST_SHUFFLE=1\")
+    ENVIRONMENT \"${environment}\")
 ")
   set_property(DIRECTORY APPEND PROPERTY TEST_INCLUDE_FILES "${CMAKE_CURRENT_BINARY_DIR}/${name}_suites.cmake")
 endfunction()

@@ -1,4 +1,10 @@
-#include <QCoreApplication>
+// The kind of application that a program's tests need; `tandry_test` sets it.
+#ifndef TANDRY_TEST_APPLICATION
+#define TANDRY_TEST_APPLICATION QCoreApplication
+#endif
+
+#include <QtGlobal>
+#include QT_STRINGIFY(TANDRY_TEST_APPLICATION)
 
 #include <gmock/gmock.h>
 
@@ -19,6 +25,12 @@ extern "C" Q_DECL_EXPORT int fdatasync(int)
 int main(int argc, char** argv)
 {
     testing::InitGoogleMock(&argc, argv);
-    QCoreApplication const application(argc, argv);
+    // Windows get neither a screen nor a graphics card.
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    qputenv("QT_QUICK_BACKEND", "software");
+#if QT_VERSION_MAJOR == 5
+    QCoreApplication::setAttribute(Qt::AA_EnableHighDpiScaling);
+#endif
+    TANDRY_TEST_APPLICATION const application(argc, argv);
     return RUN_ALL_TESTS();
 }
