@@ -8,7 +8,9 @@
 #include "models/StoreWatcher.h"
 #include "models/TaskThreads.h"
 
+#include <QCoreApplication>
 #include <QElapsedTimer>
+#include <QEvent>
 #include <QModelIndexList>
 #include <QSet>
 #include <QStringList>
@@ -241,9 +243,11 @@ private:
     void TakeList(std::shared_ptr<List> const& list, std::vector<ListStep> steps, std::size_t next = 0)
     {
         while (next < steps.size()) {
+            ListStep& step = steps[next];
+            if (step.kind == ListStep::Kind::Remove)
+                PaintWhatWaits();
             if (list != _list) // a slot may ask for something else
                 return;
-            ListStep& step = steps[next];
             if (step.ids.size() > ManyRows && step.kind == ListStep::Kind::Insert) {
                 Step({ListStep::Kind::Insert, step.first, 0, 0, step.ids.mid(0, ManyRows), {}});
                 step.first += ManyRows;
@@ -267,6 +271,10 @@ private:
         ReadRows();
         TellIfLoaded();
     }
+
+    /// Has views paint what they still have to paint. The header of a QTableView that does so after rows went, and
+    /// before it is laid out, may be scrolled to a place that is gone; it then paints all rows that are left.
+    static void PaintWhatWaits() { QCoreApplication::sendPostedEvents(nullptr, QEvent::UpdateRequest); }
 
     /// The next reading begins after as long as this one has taken.
     void FinishList() { _pause->start(static_cast<int>(_listTimer.elapsed())); }
