@@ -39,17 +39,16 @@ layer(tools/findings PUBLIC_OF ${libraries}
 # What is in documents is replaced as the library would write it, except for its markers in names.
 layer(tools/carry PUBLIC_OF ${libraries}
   SEES "tools/findings/.*" "config/(FileLinks|NameValue|Stored)Document\\.h" "config/CommonConstants\\.h" "QDom[A-Z].*")
-# The store on PostgreSQL is no part of every build.
-layer(tools/tandryctl BESIDE QT
-  SEES "CLI/.*" ${statementDetails} "postgres/PostgresDatabaseFactory\\.h" "tools/(carry|findings)/.*"
-  PUBLIC_OF ${libraries})
+layer(tools/tandryctl BESIDE QT SEES "CLI/.*" ${statementDetails} "tools/(carry|findings)/.*" PUBLIC_OF ${libraries})
+# A module, so that the tool needs nothing of PostgreSQL.
+layer(tools/tandryctl/server SEES "postgres/PostgresDatabaseFactory\\.h" "tools/tandryctl/ServerStore\\.h")
 layer(tools/viewer QT SEES "tools/findings/.*" PUBLIC_OF ${libraries})
 layer(examples BESIDE QT PUBLIC_OF ${libraries})
 # A plugin, which nothing links with.
 layer(qml QT PUBLIC_OF ${libraries})
 # Installed, and built with the client's GoogleTest.
 layer(tests/storesuite BESIDE SEES "gtest/.*" PUBLIC_OF ${libraries})
-layer(tests/package SEES "storesuite/.*" PUBLIC_OF ${libraries})
+layer(tests/package SEES "storesuite/.*" "postgres/PostgresDatabaseFactory\\.h" PUBLIC_OF ${libraries})
 # Tests and benchmarks reach for whatever they test and measure.
 layer(tests SEES ".*")
 layer(benchmarks SEES ".*")

@@ -1,40 +1,51 @@
 #include "ServerStore.h"
 
 #include "Failure.h"
+#include "server/ServerModule.h"
 
-#include "database/OpenOptions.h"
-#include "database/StoreError.h"
 #include "database/StoreFactory.h"
-#ifdef TANDRYCTL_HAS_POSTGRES
-#include "postgres/PostgresDatabaseFactory.h"
-#endif
+
+#include <QCoreApplication>
+#include <QLibrary>
 
 namespace tandryctl {
 
 using sync::database::OpenOptions;
 using sync::database::StoreError;
 
+namespace {
+
+ServerModule LoadModule()
+{
+    QLibrary library(QCoreApplication::applicationDirPath() + QStringLiteral("/" TANDRYCTL_SERVER_MODULE));
+    auto const functions = reinterpret_cast<decltype(&TandryctlServerModule)>(library.resolve("TandryctlServerModule"));
+    if (functions == nullptr)
+        throw Failure(FailureCode::WrongUsage,
+                      QStringLiteral("the store is on a server, and the module of tandryctl for such stores cannot be "
+                                     "loaded: %1")
+                          .arg(library.errorString()),
+                      QStringLiteral("install the package tandryctl-postgres, or build Tandry with "
+                                     "-DTANDRY_BUILD_POSTGRES=ON; or name a file"));
+    return functions();
+}
+
+/// The module is loaded at the first call and stays, as stores of it do.
+ServerModule const& Module()
+{
+    static ServerModule const module = LoadModule();
+    return module;
+}
+
+} // namespace
+
 bool IsOnServer(QString const& store)
 {
     return store.startsWith(QLatin1String("postgresql://")) || store.startsWith(QLatin1String("postgres://"));
 }
 
-#ifdef TANDRYCTL_HAS_POSTGRES
-
-using sync::database::PostgresDatabaseFactory;
-
-namespace {
-
-ServerStore Named(std::shared_ptr<PostgresDatabaseFactory> const& factory)
-{
-    return {factory, factory != nullptr ? factory->name() : QString()};
-}
-
-} // namespace
-
 void RefusePassword(QString const& store)
 {
-    if (IsOnServer(store) && PostgresDatabaseFactory::HasPassword(store))
+    if (IsOnServer(store) && Module().hasPassword(store))
         throw Failure(FailureCode::WrongUsage,
                       QStringLiteral("the store's URI contains a password, and every user of this machine can read "
                                      "command lines"),
@@ -44,43 +55,12 @@ void RefusePassword(QString const& store)
 
 ServerStore OpenOnServer(QString const& uri, OpenOptions const& options, StoreError& error)
 {
-    return Named(PostgresDatabaseFactory::Open(uri, error, options));
+    return Module().open(uri, options, error);
 }
 
 ServerStore OpenStateOnServer(QString const& uri, StoreError& error)
 {
-    return Named(PostgresDatabaseFactory::OpenState(uri, error));
+    return Module().openState(uri, error);
 }
-
-#else
-
-namespace {
-
-[[noreturn]] void ThrowWithoutPostgres()
-{
-    throw Failure(FailureCode::WrongUsage,
-                  QStringLiteral("the store is on a server, and this tandryctl was built without PostgreSQL"),
-                  QStringLiteral("build it with -DTANDRY_BUILD_POSTGRES=ON, or name a file"));
-}
-
-} // namespace
-
-void RefusePassword(QString const& store)
-{
-    if (IsOnServer(store))
-        ThrowWithoutPostgres();
-}
-
-ServerStore OpenOnServer(QString const&, OpenOptions const&, StoreError&)
-{
-    ThrowWithoutPostgres();
-}
-
-ServerStore OpenStateOnServer(QString const&, StoreError&)
-{
-    ThrowWithoutPostgres();
-}
-
-#endif
 
 } // namespace tandryctl

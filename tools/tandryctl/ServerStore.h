@@ -29,7 +29,7 @@ bool IsOnServer(QString const& store);
 /// Throws if the URI of a profile contains a password. Every user of the machine can read command lines.
 void RefusePassword(QString const& store);
 
-/// Opens a profile. Returns no store on failure, and sets `error`. Throws if the program was built without PostgreSQL.
+/// Opens a profile. Returns no store on failure, and sets `error`. Throws if the module for PostgreSQL is missing.
 ServerStore
 OpenOnServer(QString const& uri, sync::database::OpenOptions const& options, sync::database::StoreError& error);
 
