@@ -1,5 +1,5 @@
 #include "database/SqliteDatabaseFactory.h"
-#include "reliability/WritingLoop.h"
+#include "reliability/StoreForWriting.h"
 #include "support/ChildProcess.h"
 #include "support/QtPrinters.h"
 #include "support/RawStore.h"
@@ -41,7 +41,8 @@ TEST_P(KilledProcessTest, LosesNoAcknowledgedWriteAndLeavesNoPartialOne)
         auto const writerSeed = static_cast<unsigned>(random());
         ChildProcess writer([&] {
             close(ends[0]);
-            return WriteUntilFailure(path, writerSeed, fdopen(ends[1], "w"));
+            return WriteUntilFailure(
+                SqliteDatabaseFactory::Open(path), folder.path(), writerSeed, fdopen(ends[1], "w"));
         });
         close(ends[1]);
         std::FILE* const pipeEnd = fdopen(ends[0], "r");

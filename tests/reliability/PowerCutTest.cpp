@@ -1,5 +1,5 @@
 #include "database/SqliteDatabaseFactory.h"
-#include "reliability/WritingLoop.h"
+#include "reliability/StoreForWriting.h"
 #include "support/FaultyFiles.h"
 #include "support/QtPrinters.h"
 #include "support/StoreFixture.h"
@@ -45,7 +45,9 @@ TEST_P(PowerCut, LosesNoAcknowledgedWriteAndLeavesNoPartialOne)
         UnflushedWrites writes;
         files.Tell(&writes);
         files.Fail(100 + int(random() % 3000), SQLITE_IOERR, AllOperations, true);
-        EXPECT_EQ(WriteUntilFailure(path, unsigned(random()), reportFile.get()), 1);
+        EXPECT_EQ(
+            WriteUntilFailure(SqliteDatabaseFactory::Open(path), place.path(), unsigned(random()), reportFile.get()),
+            1);
         ASSERT_TRUE(files.Recover());
         files.Tell(nullptr);
         writes.CutPower(random);

@@ -4,6 +4,7 @@
 #include "database/TransactionalScope.h"
 #include "interf/IQSqlDatabaseWrapper.h"
 #include "interf/IQSqlQueryWrapper.h"
+#include "reliability/WritingLoop.h"
 #include "support/ChildProcess.h"
 #include "support/QtPrinters.h"
 #include "support/Queries.h"
@@ -149,10 +150,7 @@ TEST_P(SharedStore, CachedListingOfAnotherThreadDoesNotWaitForAScopeThatHasWritt
 TEST_P(SharedStore, WritingProcessesLoseNothingAndAreNeverRefused)
 {
     constexpr int Processes = 4;
-    bool isNumber = false;
-    int writes = qEnvironmentVariableIntValue("TANDRY_SOAK_WRITES", &isNumber); // 5,000 in a soak
-    if (!isNumber)
-        writes = 100;
+    int const writes = SoakNumber("TANDRY_SOAK_WRITES", 100);
     QString const path = StorePath();
     store.reset(); // no store may be open when a process forks
     {

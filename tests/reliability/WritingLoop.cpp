@@ -6,9 +6,6 @@
 #include "support/RawStore.h"
 
 #include <QFile>
-#include <QFileInfo>
-
-#include <gtest/gtest.h>
 
 #include <array>
 #include <functional>
@@ -18,7 +15,7 @@
 namespace tandry::test {
 
 using namespace sync::config;
-using sync::database::SqliteDatabaseFactory;
+using sync::database::StoreFactory;
 
 namespace {
 
@@ -121,14 +118,14 @@ std::vector<QByteArray> Differences(RowStates const& expected, RowStates const& 
 class Writer
 {
 public:
-    Writer(std::shared_ptr<SqliteDatabaseFactory> const& store, unsigned seed, std::FILE* report)
+    Writer(std::shared_ptr<StoreFactory> const& store, QString const& place, unsigned seed, std::FILE* report)
         : _store(store)
-        , _directory(QFileInfo(store->path()).absolutePath())
+        , _directory(place)
         , _report(report)
         , _random(seed)
         , _managers(store)
     {
-        QObject::connect(store.get(), &SqliteDatabaseFactory::CommitFailed, store.get(), [this] { _isLost = true; });
+        QObject::connect(store.get(), &StoreFactory::CommitFailed, store.get(), [this] { _isLost = true; });
     }
 
     bool Step()
@@ -368,8 +365,8 @@ private:
         });
     }
 
-    std::shared_ptr<SqliteDatabaseFactory> const _store;
-    /// The directory of the store and of the linked files.
+    std::shared_ptr<StoreFactory> const _store;
+    /// The directory of the linked files.
     QString const _directory;
     std::FILE* _report;
     std::mt19937 _random;
@@ -381,30 +378,26 @@ private:
 
 } // namespace
 
-int Rounds()
+int SoakNumber(char const* variable, int otherwise)
 {
     bool isNumber = false;
-    int const rounds = qEnvironmentVariableIntValue("TANDRY_SOAK_ROUNDS", &isNumber);
-    return isNumber ? rounds : 30;
+    int const number = qEnvironmentVariableIntValue(variable, &isNumber);
+    return isNumber ? number : otherwise;
 }
 
-RowStates MakeStoreForWriting(QString const& path, sync::database::JournalMode mode)
+int Rounds(int otherwise)
 {
-    sync::database::OpenOptions options;
-    options.journalMode = mode;
-    EXPECT_NE(SqliteDatabaseFactory::Open(path, nullptr, options), nullptr);
-    // The parent of a generated file is an id of a file or of a generated file. The writer uses both, so their ids must
-    // differ.
-    RawStore(path).Run("INSERT INTO sqlite_sequence VALUES ('GeneratedFileConfiguration', 1000000)"_q);
-    return ReadRows(path);
+    return SoakNumber("TANDRY_SOAK_ROUNDS", otherwise);
 }
 
-int WriteUntilFailure(QString const& path, unsigned seed, std::FILE* report)
+int WriteUntilFailure(std::shared_ptr<StoreFactory> const& store,
+                      QString const& place,
+                      unsigned seed,
+                      std::FILE* report)
 {
-    std::shared_ptr<SqliteDatabaseFactory> const store = SqliteDatabaseFactory::Open(path);
     if (store == nullptr)
         return 1;
-    Writer writer(store, seed, report);
+    Writer writer(store, place, seed, report);
     while (writer.Step()) {
     }
     return 1;

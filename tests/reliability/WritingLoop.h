@@ -1,12 +1,13 @@
 #pragma once
 
-#include "database/SqliteDatabaseFactory.h"
+#include "database/StoreFactory.h"
 
 #include <QByteArray>
 #include <QString>
 
 #include <cstdio>
 #include <map>
+#include <memory>
 #include <optional>
 #include <utility>
 #include <vector>
@@ -32,15 +33,19 @@ struct PlannedWrite
     std::vector<RowChange> changes;
 };
 
-/// Returns the number of interruptions in a test: 30, or the value of TANDRY_SOAK_ROUNDS.
-int Rounds();
-
-/// Creates a store for `WriteUntilFailure` and returns its rows.
-RowStates MakeStoreForWriting(QString const& path, sync::database::JournalMode mode);
+/// Returns the value of an environment variable, by which a soak makes a test longer, or `otherwise`.
+int SoakNumber(char const* variable, int otherwise);
+/// Returns the number of interruptions in a test: the value of TANDRY_SOAK_ROUNDS, or `otherwise`.
+int Rounds(int otherwise = 30);
 
 /// Writes through all managers until a call fails or a commit is lost, and returns 1 then. Writes each call to `report`
-/// before it starts and after it has returned true; returns 1 if `report` cannot be written.
-int WriteUntilFailure(QString const& path, unsigned seed, std::FILE* report);
+/// before it starts and after it has returned true; returns 1 if `report` cannot be written or the store is null. Files
+/// that links lead to are created in the folder `place`. Files and generated files must have different ids: the parent
+/// of a generated file is either, and the writer uses both.
+int WriteUntilFailure(std::shared_ptr<sync::database::StoreFactory> const& store,
+                      QString const& place,
+                      unsigned seed,
+                      std::FILE* report);
 
 /// Reads the report of a process that runs `WriteUntilFailure`: its acknowledged writes, and the pending one.
 class WriterReport

@@ -20,11 +20,6 @@ namespace {
 
 constexpr std::size_t LengthBytes = 4;
 
-QString FolderIn(QString const& uri)
-{
-    return uri.section(QStringLiteral("host="), 1).section(QLatin1Char('&'), 0, 0);
-}
-
 sockaddr_un AddressIn(QString const& folder)
 {
     sockaddr_un address = {};
@@ -108,7 +103,7 @@ CuttingProxy::~CuttingProxy()
 QString CuttingProxy::Uri(QString const& profile) const
 {
     QString uri = PostgresServer::Shared().Uri(profile);
-    return uri.replace(FolderIn(uri), _folder.path());
+    return uri.replace(PostgresServer::Shared().host(), _folder.path());
 }
 
 void CuttingProxy::CutAt(int request, Cut cut)
@@ -119,7 +114,7 @@ void CuttingProxy::CutAt(int request, Cut cut)
 
 void CuttingProxy::Accept()
 {
-    sockaddr_un const address = AddressIn(FolderIn(PostgresServer::Shared().Uri(QString())));
+    sockaddr_un const address = AddressIn(PostgresServer::Shared().host());
     for (;;) {
         int const client = ::accept4(_listener, nullptr, nullptr, SOCK_CLOEXEC);
         if (client < 0)

@@ -4,10 +4,13 @@
 #include <QFile>
 #include <QStandardPaths>
 
+#include <poll.h>
 #include <pwd.h>
+#include <sys/inotify.h>
 #include <unistd.h>
 
 #include <csignal>
+#include <utility>
 
 namespace tandry::test {
 
@@ -34,7 +37,8 @@ QString PostgresServer::ProgramFolder()
     return found.isEmpty() ? QString() : QFileInfo(found).canonicalPath();
 }
 
-PostgresServer::PostgresServer()
+PostgresServer::PostgresServer(QStringList settings, PostgresServer const* primary)
+    : _settings(std::move(settings))
 {
     if (ProgramFolder().isNull()) {
         _problem = QStringLiteral("PostgreSQL is not installed (Debian: apt-get install postgresql)");
@@ -47,13 +51,22 @@ PostgresServer::PostgresServer()
             return;
         }
     }
-    if (Run(QStringLiteral("initdb"),
-            {QStringLiteral("--pgdata=%1/data").arg(_folder.path()),
-             QStringLiteral("--username=tandry"),
-             QStringLiteral("--auth=trust"),
-             QStringLiteral("--encoding=UTF8"),
-             QStringLiteral("--locale=C.UTF-8"),
-             QStringLiteral("--no-sync")}))
+    QString const dataFolder = QStringLiteral("--pgdata=") + DataFolder();
+    bool const hasData = primary == nullptr ? Run(QStringLiteral("initdb"),
+                                                  {dataFolder,
+                                                   QStringLiteral("--username=tandry"),
+                                                   QStringLiteral("--auth=trust"),
+                                                   QStringLiteral("--encoding=UTF8"),
+                                                   QStringLiteral("--locale=C.UTF-8"),
+                                                   QStringLiteral("--no-sync")})
+                                            : Run(QStringLiteral("pg_basebackup"),
+                                                  {dataFolder,
+                                                   QStringLiteral("--host=") + primary->host(),
+                                                   QStringLiteral("--username=tandry"),
+                                                   QStringLiteral("--checkpoint=fast"),
+                                                   QStringLiteral("--write-recovery-conf"),
+                                                   QStringLiteral("--no-sync")});
+    if (hasData)
         Start();
 }
 
@@ -70,8 +83,7 @@ PostgresServer& PostgresServer::Shared()
 
 QString PostgresServer::Uri(QString const& profile, QString const& parameters) const
 {
-    QString uri =
-        QStringLiteral("postgresql://tandry@/postgres?host=%1&tandry_profile=%2").arg(_folder.path(), profile);
+    QString uri = QStringLiteral("postgresql://tandry@/postgres?host=%1&tandry_profile=%2").arg(host(), profile);
     return parameters.isEmpty() ? uri : uri + QLatin1Char('&') + parameters;
 }
 
@@ -103,23 +115,41 @@ bool PostgresServer::Run(QString const& program, QStringList const& arguments)
 
 void PostgresServer::Start()
 {
-    // What the server acknowledged survives its end without flushes too; only a power cut would show them.
-    QStringList arguments{
-        QStringLiteral("-D"), _folder.path() + QStringLiteral("/data"), QStringLiteral("-k"), _folder.path()};
-    for (char const* setting : {"listen_addresses=", "fsync=off", "shared_buffers=16MB", "max_connections=60"})
-        arguments << QStringLiteral("-c") << QString::fromUtf8(setting);
-    _problem = QStringLiteral("the server does not start");
-    if (!Run(QStringLiteral("postgres"), arguments))
-        return;
-    QByteArray log;
-    while (!log.contains("ready to accept connections")) {
-        if (!_server.waitForReadyRead(60'000)) {
-            _problem += QStringLiteral(": ") + QString::fromUtf8(log);
-            return;
-        }
-        log += _server.readAll();
-    }
+    // What the server acknowledged survives its end without flushes too; only a power cut would show them. A standby
+    // asks for its primary at once rather than after 5 seconds.
+    QStringList settings{QStringLiteral("listen_addresses="),
+                         QStringLiteral("fsync=off"),
+                         QStringLiteral("shared_buffers=16MB"),
+                         QStringLiteral("max_connections=60"),
+                         QStringLiteral("wal_retrieve_retry_interval=20ms")};
+    QStringList arguments{QStringLiteral("-D"), DataFolder(), QStringLiteral("-k"), host()};
+    for (QString const& setting : settings + _settings)
+        arguments << QStringLiteral("-c") << setting;
+    // Nobody reads a pipe while the tests run, and a server whose log does not flow off stops.
+    _server.setStandardOutputFile(LogFile());
     _problem = QString();
+    if (!Run(QStringLiteral("postgres"), arguments) || !WaitUntilReady())
+        _problem = QStringLiteral("the server does not start: ") + QString::fromUtf8(Log());
+}
+
+QByteArray PostgresServer::Log() const
+{
+    QFile file(LogFile());
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+/// Also true for a standby, which is ready for reading only.
+bool PostgresServer::WaitUntilReady() const
+{
+    constexpr int TimeoutMsec = 60'000;
+    auto const isReady = [this] { return Log().contains("is ready to accept"); };
+    pollfd changes{::inotify_init1(IN_CLOEXEC), POLLIN, 0};
+    ::inotify_add_watch(changes.fd, QFile::encodeName(LogFile()).constData(), IN_MODIFY);
+    char events[4096];
+    while (!isReady() && ::poll(&changes, 1, TimeoutMsec) > 0 && ::read(changes.fd, events, sizeof events) > 0) {
+    }
+    ::close(changes.fd);
+    return isReady();
 }
 
 void PostgresServer::Crash()

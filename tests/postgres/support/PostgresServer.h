@@ -2,6 +2,7 @@
 
 #include <QProcess>
 #include <QString>
+#include <QStringList>
 #include <QTemporaryDir>
 
 namespace tandry::test {
@@ -11,7 +12,9 @@ namespace tandry::test {
 class PostgresServer
 {
 public:
-    PostgresServer();
+    /// Starts a server with these settings, such as "max_connections=300". With a primary, it is a standby with a copy
+    /// of its data, and gets what the primary writes from now on.
+    explicit PostgresServer(QStringList settings = {}, PostgresServer const* primary = nullptr);
     ~PostgresServer();
     PostgresServer(PostgresServer const&) = delete;
     PostgresServer& operator=(PostgresServer const&) = delete;
@@ -25,19 +28,26 @@ public:
     /// Returns why there is no server; null if it runs.
     QString const& problem() const { return _problem; }
 
+    /// Returns the folder with the socket, which stands for a host in a URI.
+    QString host() const { return _folder.path(); }
     /// Returns the URI of a profile; parameters such as "sslmode=disable" may follow.
     QString Uri(QString const& profile, QString const& parameters = {}) const;
     /// Returns a profile's name that no other call of the process returns.
     static QString NewProfile();
 
     void Start();
-    /// Ends the server as a crash would: it writes nothing any more.
+    /// Ends the server as a crash would, like `pg_ctl stop -m immediate`: it writes nothing any more.
     void Crash();
 
 private:
     bool Run(QString const& program, QStringList const& arguments);
+    bool WaitUntilReady() const;
+    QByteArray Log() const;
+    QString DataFolder() const { return _folder.filePath(QStringLiteral("data")); }
+    QString LogFile() const { return _folder.filePath(QStringLiteral("log")); }
 
     QTemporaryDir _folder;
+    QStringList const _settings;
     QString _problem;
     QProcess _server;
 };
