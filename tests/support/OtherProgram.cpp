@@ -8,7 +8,7 @@ namespace tandry::test {
 
 OtherProgram::OtherProgram(QString const& store, QStringList const& command)
 {
-    _process.setProcessChannelMode(QProcess::ForwardedChannels);
+    _process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
     _process.start(QStringLiteral(TANDRY_OTHER_PROGRAM), QStringList{store} + command);
     EXPECT_TRUE(_process.waitForStarted(-1)) << _process.errorString().toStdString();
 }
@@ -18,8 +18,14 @@ OtherProgram::~OtherProgram()
     Wait();
 }
 
+void OtherProgram::WaitForLock()
+{
+    EXPECT_TRUE(_process.waitForReadyRead(-1)) << "it could not lock the file";
+}
+
 int OtherProgram::Wait()
 {
+    _process.closeWriteChannel();
     _process.waitForFinished(-1);
     return _process.exitStatus() == QProcess::NormalExit ? _process.exitCode() : -SIGKILL;
 }

@@ -8,6 +8,7 @@
 #include <QCoreApplication>
 #include <QFile>
 
+#include <cstdio>
 #include <cstdlib>
 #include <memory>
 
@@ -55,6 +56,21 @@ int RunWithSqlite(QString const& path, char const* statements, int count = 1)
     return code == SQLITE_OK ? 0 : 1;
 }
 
+int Lock(QString const& path)
+{
+    sqlite3* handle = nullptr;
+    int code = sqlite3_open_v2(QFile::encodeName(path).constData(), &handle, SQLITE_OPEN_READWRITE, nullptr);
+    if (code == SQLITE_OK)
+        code = sqlite3_exec(handle, "BEGIN EXCLUSIVE", nullptr, nullptr, nullptr);
+    if (code == SQLITE_OK) {
+        std::puts("locked");
+        std::fflush(stdout);
+        std::getchar(); // ends when the test closes the pipe
+    }
+    sqlite3_close(handle);
+    return code == SQLITE_OK ? 0 : 1;
+}
+
 } // namespace
 
 int main(int argc, char** argv)
@@ -69,6 +85,8 @@ int main(int argc, char** argv)
         AddAndExit(path);
     if (command == QStringLiteral("run"))
         return Run(path, arguments.value(3));
+    if (command == QStringLiteral("lock"))
+        return Lock(path);
     if (command == QStringLiteral("take-over"))
         return RunWithSqlite(path, "PRAGMA locking_mode = EXCLUSIVE; BEGIN EXCLUSIVE; CREATE TABLE a (b); COMMIT");
     if (command == QStringLiteral("add-with-sqlite"))

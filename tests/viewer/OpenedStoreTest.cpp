@@ -2,6 +2,7 @@
 
 #include "ViewerFixture.h"
 #include "support/FolderContents.h"
+#include "support/OtherProgram.h"
 #include "support/Queries.h"
 #include "support/ReleasedStores.h"
 #include "tools/findings/PrivateCopy.h"
@@ -76,6 +77,22 @@ TEST_F(ViewedStore, OfANewerVersionIsRefused)
     store.reset();
     RawStore(StorePath()).Run("PRAGMA user_version = 99"_q);
     ExpectWords(OpenForViewing(StorePath()), "The store has a newer version"_q, StorePath(), "tandryctl restore"_q);
+}
+
+TEST_F(ViewedStore, ThatAnotherProgramHasLockedNamesTheProgram)
+{
+    store.reset();
+    RawStore(StorePath()).Run("PRAGMA journal_mode = DELETE"_q);
+    OtherProgram other(StorePath(), {"lock"_q});
+    other.WaitForLock();
+    sync::database::OpenOptions options;
+    options.busyTimeoutMsec = 0;
+    ExpectWords(OpenForViewing(StorePath(), options),
+                "The store is locked"_q,
+                ". Process %1 (tandry_other_pr) holds the lock."_q.arg(other.processId()),
+                "Try again when the other program has finished"_q);
+    EXPECT_EQ(other.Wait(), 0);
+    EXPECT_NE(OpenForViewing(StorePath()).store, nullptr);
 }
 
 TEST_F(ViewedStore, ThatIsAFolderIsRefused)

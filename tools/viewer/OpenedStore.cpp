@@ -2,6 +2,7 @@
 
 #include "database/AbsolutePath.h"
 #include "database/SqliteDatabaseFactory.h"
+#include "tools/findings/LockHolders.h"
 #include "tools/findings/PrivateCopy.h"
 #include "tools/findings/StoreAdvice.h"
 #include "tools/viewer/Sentence.h"
@@ -17,6 +18,7 @@ using sync::database::OpenOptions;
 using sync::database::SqliteDatabaseFactory;
 using sync::database::StoreError;
 using sync::database::StoreErrorKind;
+using tandry::findings::LockHolder;
 using tandry::findings::PrivateCopy;
 
 namespace {
@@ -65,7 +67,21 @@ public:
     {
         opened.heading = HeadingOf(error.kind);
         opened.reason = ToSentence(error.text);
+        if (error.kind == StoreErrorKind::Locked) {
+            for (LockHolder const& holder : findings::FindLockHolders(opened.path))
+                opened.reason += QLatin1Char(' ') + ToSentence(Name(holder));
+        }
         opened.advice = ToSentence(findings::AdviceOn(error.kind));
+    }
+
+    static QString Name(LockHolder const& holder)
+    {
+        if (holder.processId <= 0)
+            return tr("A process that is not visible from here holds the lock");
+        if (holder.program.isEmpty())
+            return tr("Process %1 holds the lock").arg(holder.processId);
+        return tr("Process %1 (%2) holds the lock")
+            .arg(QString::number(holder.processId), QString::fromUtf8(holder.program));
     }
 
     static void DescribeFailedCopy(OpenedStore& opened, StoreErrorKind kind, QString const& error)
@@ -103,7 +119,7 @@ void OpenCopy(OpenedStore& opened, StoreErrorKind reason)
 
 } // namespace
 
-OpenedStore OpenForViewing(QString const& path)
+OpenedStore OpenForViewing(QString const& path, OpenOptions options)
 {
     OpenedStore opened;
     opened.path = path;
@@ -121,7 +137,6 @@ OpenedStore OpenForViewing(QString const& path)
         Words::DescribeMissing(opened);
         return opened;
     }
-    OpenOptions options;
     options.mode = OpenMode::ReadOnly;
     StoreError openError;
     opened.store = SqliteDatabaseFactory::Open(absolute, openError, options);

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "database/OpenOptions.h"
+
 #include <QString>
 #include <QStringList>
 
@@ -34,7 +36,7 @@ struct OpenedStore
 };
 
 /// Opens a store for reading, or a private copy of it. Changes no byte of the store. Any thread may call it; it takes
-/// as long as the copy, or as another program holds a lock.
-OpenedStore OpenForViewing(QString const& path);
+/// as long as the copy, or as another program holds a lock, for which it waits as long as the options say.
+OpenedStore OpenForViewing(QString const& path, sync::database::OpenOptions options = {});
 
 } // namespace tandry::viewer
