@@ -1,7 +1,9 @@
 #include "ToolFixture.h"
 
+#include "support/FolderContents.h"
 #include "support/RawStore.h"
 
+#include <QDir>
 #include <QFile>
 #include <QJsonArray>
 
@@ -91,6 +93,136 @@ TEST_F(DiffCommandTest, RootsAreComparedOneByOneOrTogether)
     EXPECT_EQ(Changes({"3"_q}), QStringList{"added file q/x"_q});
     EXPECT_EQ(Changes(), QStringList({"added file r/y"_q, "added file q/x"_q}));
     EXPECT_EQ(Run({"diff"_q, "7"_q}).status, 1);
+}
+
+TEST_F(DiffCommandTest, RecordsOfARemovedTreeAreListedOneByOneInTheOrderOfTheirPaths)
+{
+    for (char const* name : {"r/f/g/h", "r/f/g-h", "r/f-g"})
+        MakeDirectory(QString::fromUtf8(name));
+    for (char const* name : {"r/f/g/h/x", "r/f/g.txt", "r/f-g/y"})
+        WriteFile(QString::fromUtf8(name));
+    RunSuccessfully({"scan"_q});
+    ASSERT_TRUE(QDir(At("r/f")).removeRecursively());
+    EXPECT_EQ(Changes(),
+              QStringList({"removed folder r/f"_q,
+                           "removed file r/f/b"_q,
+                           "removed folder r/f/g"_q,
+                           "removed folder r/f/g-h"_q,
+                           "removed file r/f/g.txt"_q,
+                           "removed folder r/f/g/h"_q,
+                           "removed file r/f/g/h/x"_q}));
+}
+
+TEST_F(DiffCommandTest, EntryOfAnotherKindIsAddedAndRemoved)
+{
+    ASSERT_TRUE(QFile::remove(At("r/a")));
+    MakeDirectory("r/a"_q);
+    WriteFile("r/a/c"_q);
+    ASSERT_TRUE(QDir(At("r/f")).removeRecursively());
+    WriteFile("r/f"_q);
+    EXPECT_EQ(Changes(),
+              QStringList({"added folder r/a"_q,
+                           "removed file r/a"_q,
+                           "added file r/a/c"_q,
+                           "added file r/f"_q,
+                           "removed folder r/f"_q,
+                           "removed file r/f/b"_q}));
+}
+
+TEST_F(DiffCommandTest, OnlyTheFirstOfRecordsWithTheSamePathCounts)
+{
+    RawStore(StorePath())
+        .Run("INSERT INTO FileConfiguration (clientPath, rootFolderId, size) SELECT clientPath, 1, size + 1"
+             " FROM FileConfiguration ORDER BY id DESC;"
+             "INSERT INTO FolderConfiguration (clientPath, rootId) SELECT clientPath, 1 FROM FolderConfiguration"
+             " WHERE id = 2"_q);
+    EXPECT_EQ(Changes(), QStringList());
+    ASSERT_TRUE(QDir(At("r/f")).removeRecursively());
+    EXPECT_EQ(Changes(), QStringList({"removed folder r/f"_q, "removed file r/f/b"_q}));
+}
+
+TEST_F(DiffCommandTest, RecordsAreComparedByTheirPathsWhateverTheirFolders)
+{
+    RawStore(StorePath())
+        .Run("DELETE FROM FolderConfiguration WHERE id = 2; UPDATE FileConfiguration SET folderConfigurationId = 77;"
+             "INSERT INTO FileConfiguration (clientPath, rootFolderId) VALUES ('%1/r/none/x', 1), ('%1/x', 1);"
+             "INSERT INTO FolderConfiguration (clientPath, rootId) VALUES ('%1/r/F', 1), ('%1/r/f/', 1)"_q.arg(
+                 folder.path()));
+    EXPECT_EQ(Changes(),
+              QStringList({"removed folder r/F"_q,
+                           "added folder r/f"_q,
+                           "removed folder r/f/"_q,
+                           "removed file r/none/x"_q,
+                           "removed file x"_q}));
+}
+
+TEST_F(DiffCommandTest, OddNamesAreComparedAsTheyAreRead)
+{
+    // The last two differ in UTF-16 in the other order than in UTF-8.
+    QStringList const names{"A"_q,
+                            "a\nb"_q,
+                            "a b"_q,
+                            QString::fromUtf8("cafe\u0301"),
+                            QString::fromUtf8("caf\u00e9"),
+                            QString::fromUtf8("\U0001F600"),
+                            QString::fromUtf8("\uffff")};
+    for (QString const& name : names) {
+        MakeDirectory("r/n/"_q + name);
+        WriteFile("r/n/"_q + name + "/x"_q);
+        WriteFile("r/m"_q + name);
+    }
+    QStringList added;
+    for (QString const& name : names)
+        added << "added file r/m"_q + name;
+    added << "added folder r/n"_q;
+    for (QString const& name : names)
+        added << "added folder r/n/"_q + name << "added file r/n/%1/x"_q.arg(name);
+    EXPECT_EQ(Changes(), added);
+    RunSuccessfully({"scan"_q});
+    EXPECT_EQ(Changes(), QStringList());
+
+    RawStore(StorePath())
+        .Run("INSERT INTO FileConfiguration (clientPath, rootFolderId)"
+             " VALUES (CAST(x'%1ff' AS TEXT), 1), (CAST(x'%1eda080' AS TEXT), 1)"_q.arg(
+                 QString::fromLatin1((folder.path() + "/r/"_q).toUtf8().toHex())));
+    WriteFile(QString::fromUtf8("r/\ufffd"));
+    EXPECT_EQ(Changes().size(), 2) << "a name with U+FFFD is that of the record whose last byte is no UTF-8";
+}
+
+TEST_F(DiffCommandTest, MemoryDoesNotGrowWithTheRecordsOrTheDifferences)
+{
+    RawStore(StorePath())
+        .Run(
+            "WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < 60000) INSERT INTO"
+            " FileConfiguration (clientPath, rootFolderId) SELECT printf('%1/r/%0250d/%d', i % 600, i), 1 FROM n;"
+            "WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < 20000) INSERT INTO"
+            " FolderConfiguration (clientPath, rootId) SELECT printf('%1/r/%0250d', i), 1 FROM n"_q.arg(folder.path()));
+    // The paths alone have 40 MiB as texts of two bytes a character.
+    for (QStringList const& format : {QStringList{"--json"_q}, QStringList{}}) {
+        RunResult const ran =
+            RunInShell("> '%1'"_q.arg(At("out")), QStringList{"diff"_q} + format, "ulimit -d 40000; "_q);
+        EXPECT_EQ(ran.status, 1) << ran.err.toStdString();
+        QByteArray const out = tandry::test::ReadFile(At("out"));
+        EXPECT_EQ(out.count("removed"), 80000);
+        EXPECT_EQ(out.count('\n'), format.isEmpty() ? 80001 : 80002) << "with the heading or the brackets";
+    }
+}
+
+TEST_F(DiffCommandTest, RecordsForWhichTheTemporaryFolderHasNoRoomEndIt)
+{
+    RawStore(StorePath())
+        .Run("WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < 20000) INSERT INTO"
+             " FileConfiguration (clientPath, rootFolderId) SELECT printf('/%0300d', i), 1 FROM n"_q);
+    RunResult const ran =
+        RunWithoutStore({"--store"_q, StorePath(), "diff"_q}, {"TMPDIR="_q + StorePath()}); // no folder
+    EXPECT_EQ(ran.status, 3);
+    EXPECT_TRUE(ran.out.isEmpty());
+    EXPECT_TRUE(ran.err.contains(StorePath() + "' cannot hold"_q)) << ran.err.toStdString();
+    EXPECT_TRUE(ran.err.contains("TMPDIR"_q)) << ran.err.toStdString();
+
+    MakeDirectory("tmp"_q);
+    EXPECT_EQ(RunWithoutStore({"--store"_q, StorePath(), "diff"_q}, {"TMPDIR="_q + At("tmp")}).status, 1);
+    EXPECT_TRUE(QDir(At("tmp")).isEmpty());
 }
 
 TEST_F(DiffCommandTest, MissingRootIsAProblemAndItsRecordsAreNotRemoved)

@@ -4,12 +4,12 @@
 #include "config/NameValueDocument.h"
 #include "interf/IQSqlQueryWrapper.h"
 #include "tools/findings/JsonText.h"
+#include "tools/findings/PagedRows.h"
 #include "tools/findings/TableNames.h"
 
 #include <QDateTime>
 
 #include <algorithm>
-#include <limits>
 #include <utility>
 
 namespace tandry::findings {
@@ -21,8 +21,6 @@ using sync::config::FindRecordColumn;
 using sync::interf::IQSqlQueryWrapper;
 
 namespace {
-
-constexpr int RowsOfAPage = 1000;
 
 char const* TableOf(FileConfigurationType type)
 {
@@ -162,7 +160,9 @@ void FileRows::Read(std::function<void(Row const&)> const& take, std::optional<i
 qint64 FileRows::Count()
 {
     QString const statement = QStringLiteral("SELECT count(*) FROM %1 WHERE ").arg(QLatin1String(_table)) + _Where();
-    return _statements.Value(statement, _Values(FirstId)).toLongLong();
+    StoreStatements::Values values = _Values();
+    values.emplace_back(":firstId", PagedRows<Row>::FirstId);
+    return _statements.Value(statement, values).toLongLong();
 }
 
 QString FileRows::_Where() const
@@ -179,9 +179,9 @@ QString FileRows::_Where() const
     return where;
 }
 
-StoreStatements::Values FileRows::_Values(qint64 firstId) const
+StoreStatements::Values FileRows::_Values() const
 {
-    StoreStatements::Values values{{":firstId", firstId}};
+    StoreStatements::Values values;
     if (_conditions.folder)
         values.emplace_back(":folder", *_conditions.folder);
     if (_conditions.root)
@@ -205,33 +205,10 @@ void FileRows::_ReadPages(QVector<FileColumn const*> const& columns,
                           std::function<void(qint64 id, Row& row)> const& take,
                           std::optional<int> limit)
 {
-    struct NumberedRow
-    {
-        qint64 id;
-        Row row;
-    };
-    QString const statement = _Select(columns) + QStringLiteral(" WHERE %1 ORDER BY id LIMIT :limit").arg(_Where());
-    std::vector<NumberedRow> page(RowsOfAPage);
-    qint64 firstId = FirstId;
-    qint64 left = limit ? *limit : std::numeric_limits<qint64>::max();
-    bool isLast = false;
-    while (!isLast && left > 0) {
-        qint64 const wanted = std::min(left, qint64(RowsOfAPage));
-        StoreStatements::Values values = _Values(firstId);
-        values.emplace_back(":limit", wanted);
-        std::size_t read = 0;
-        _statements.Read(statement, values, [&](IQSqlQueryWrapper& query) {
-            page[read].id = query.value(0).toLongLong();
-            TakeRow(query, columns, page[read].row);
-            ++read;
-        });
-        for (std::size_t i = 0; i < read; ++i)
-            take(page[i].id, page[i].row);
-        left -= static_cast<qint64>(read);
-        isLast = static_cast<qint64>(read) < wanted || page[read - 1].id == std::numeric_limits<qint64>::max();
-        if (!isLast)
-            firstId = page[read - 1].id + 1;
-    }
+    PagedRows<Row> const rows(_Select(columns) + QStringLiteral(" WHERE %1 ORDER BY id LIMIT :limit").arg(_Where()),
+                              _Values(),
+                              [&](IQSqlQueryWrapper& query, Row& row) { TakeRow(query, columns, row); });
+    rows.Read(_statements, take, limit);
 }
 
 } // namespace tandry::findings

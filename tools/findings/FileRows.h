@@ -9,7 +9,6 @@
 #include <QVector>
 
 #include <functional>
-#include <limits>
 #include <memory>
 #include <optional>
 #include <vector>
@@ -31,9 +30,7 @@ using FileColumn = sync::config::RecordColumn<sync::config::FileConfiguration>;
 
 /// Reads some columns of files, whatever their number, in ascending order of ids unless another order is asked for.
 ///
-/// A manager's listing returns all records at once. This reads pages and lets the store go before it hands out their
-/// rows: memory does not grow with the rows, and a reader that pauses, such as a pager, locks no writer out. So rows
-/// that change meanwhile are returned as they were before or as they are after.
+/// A manager's listing returns all records at once. This reads pages, as `PagedRows` describes.
 ///
 /// Belongs to a thread, like the connection of the store.
 class FileRows
@@ -61,11 +58,8 @@ public:
     bool works() const { return _statements.works(); }
 
 private:
-    /// Where a page begins: no id is less.
-    static constexpr qint64 FirstId = std::numeric_limits<qint64>::min();
-
     QString _Where() const;
-    StoreStatements::Values _Values(qint64 firstId) const;
+    StoreStatements::Values _Values() const;
     QString _Select(QVector<FileColumn const*> const& columns) const;
     void _ReadPages(QVector<FileColumn const*> const& columns,
                     std::function<void(qint64 id, Row& row)> const& take,

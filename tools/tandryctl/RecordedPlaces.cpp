@@ -19,10 +19,11 @@ QString RecordedPlaces::DifferenceFromRecord(QString const& path, FolderOrigin c
     if (path != rootPath && origins.contains(rootPath) && hasRecordsBelow(path))
         return QStringLiteral("was recorded without a mount and is now on ") + place;
     // From a version that remembered no file systems.
-    if (path == rootPath && records > 0 &&
-        QDir(rootPath).isEmpty(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot))
-        return QStringLiteral("is empty, though it has ") + Counted(records, "record", "records");
-    return {};
+    bool const isEmptyRoot = path == rootPath && QDir(rootPath).isEmpty(QDir::AllEntries | QDir::Hidden | QDir::System |
+                                                                        QDir::NoDotAndDotDot);
+    qint64 const records = isEmptyRoot ? countRecords() : 0;
+    return records == 0 ? QString()
+                        : QStringLiteral("is empty, though it has ") + Counted(records, "record", "records");
 }
 
 QString RecordedPlaces::MissingMountPoint(QString const& path) const

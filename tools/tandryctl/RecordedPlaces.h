@@ -17,8 +17,8 @@ struct RecordedPlaces
     QString rootPath;
     /// By the path of the folder.
     QMap<QString, FolderOrigin> origins;
-    /// The records below the root.
-    qint64 records = 0;
+    /// Returns the number of records below the root.
+    std::function<qint64()> countRecords;
     /// Returns whether there are records below a path.
     std::function<bool(QString const& path)> hasRecordsBelow;
 

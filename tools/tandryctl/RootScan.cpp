@@ -71,6 +71,7 @@ RootScan::RootScan(Session& session, FolderConfiguration const& root, ScanOption
     , _rootPlace(FolderPlace::Of(_rootPath))
 {
     _recorded.rootPath = _rootPath;
+    _recorded.countRecords = [this] { return _recordsBefore; };
     _recorded.hasRecordsBelow = [this](QString const& path) { return _HasRecordsBelow(path); };
 }
 
@@ -110,7 +111,7 @@ void RootScan::_LoadRecords()
         if (!_files.contains(file.clientPath))
             _files.insert(file.clientPath, {file.id, file.folderConfigurationId, file.size, file.lastModifiedDateTime});
     }
-    _recorded.records = _folders.size() - 1 + _files.size();
+    _recordsBefore = _folders.size() - 1 + _files.size();
 
     auto const origins = _session.Checked(_session.queries().FolderOrigins());
     for (auto folder = _folders.cbegin(); folder != _folders.cend() && !origins.isEmpty(); ++folder) {
@@ -349,7 +350,7 @@ bool RootScan::_LiesInIncomplete(QString const& path) const
 bool RootScan::_IsPruningConfirmed(PlannedPruning const& planned, GeneratedFiles const& generated)
 {
     auto const count = qint64(planned.files.size() + planned.folders.size());
-    bool const isMuch = _recorded.records >= FewRecords && count * 100 > _recorded.records * _options.maxPrune;
+    bool const isMuch = _recordsBefore >= FewRecords && count * 100 > _recordsBefore * _options.maxPrune;
     if (!isMuch && generated.count() == 0)
         return true;
 
@@ -359,7 +360,7 @@ bool RootScan::_IsPruningConfirmed(PlannedPruning const& planned, GeneratedFiles
                             Counted(qint64(planned.folders.size()), "folder", "folders"),
                             root,
                             QString::number(count),
-                            QString::number(_recorded.records));
+                            QString::number(_recordsBefore));
     if (generated.count() > 0)
         what += QStringLiteral(", and delete %1 from the disk")
                     .arg(Counted(generated.count(), "generated file", "generated files"));

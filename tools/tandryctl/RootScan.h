@@ -160,7 +160,8 @@ private:
 
     QHash<QString, KnownFolder> _folders;
     QHash<QString, KnownFile> _files;
-    /// The places of folders on record, and the number of records before the scan.
+    /// The number of records before the scan.
+    qint64 _recordsBefore = 0;
     RecordedPlaces _recorded;
     /// Those that are to be recorded, or forgotten.
     std::vector<std::pair<QString, std::optional<FolderOrigin>>> _newOrigins;

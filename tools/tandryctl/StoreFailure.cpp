@@ -97,6 +97,11 @@ Failure StoreFailure(StoreError const& error, QString const& hintForOther, Store
     return {code, OneLine(error.text), isReplaced ? hintForOther : HintOn(error.kind)};
 }
 
+QString AdviceOnTemporaryFolder()
+{
+    return QStringLiteral("name another folder, with enough room, in the environment variable TMPDIR");
+}
+
 Failure WithLockHolders(Failure const& failure, QString const& storePath)
 {
     if (IsOnServer(storePath))

@@ -21,6 +21,9 @@ Failure StoreFailure(sync::database::StoreError const& error,
                      QString const& hintForOther = {},
                      StorePlace place = StorePlace::File);
 
+/// Returns what to do where the temporary folder cannot hold what a command puts there.
+QString AdviceOnTemporaryFolder();
+
 /// Returns the failure of a command whose store is locked, with the processes that hold the lock on its file. The
 /// calling process must have closed the store.
 Failure WithLockHolders(Failure const& failure, QString const& storePath);

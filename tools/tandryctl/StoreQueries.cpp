@@ -4,6 +4,8 @@
 #include "config/ScheduleEntry.h"
 #include "interf/IDatabaseFactory.h"
 #include "interf/IQSqlQueryWrapper.h"
+#include "tools/findings/PagedRows.h"
+#include "tools/findings/StoreStatements.h"
 
 #include <utility>
 
@@ -12,6 +14,8 @@ namespace tandryctl {
 using sync::config::RecordColumn;
 using sync::config::RecordColumns;
 using sync::config::ScheduleEntry;
+using tandry::findings::PagedRows;
+using tandry::findings::StoreStatements;
 
 StoreQueries::StoreQueries(std::shared_ptr<sync::interf::factory::IDatabaseFactory> store, OriginRecords origins)
     : _store(std::move(store))
@@ -81,6 +85,18 @@ int StoreQueries::AddSchedule(ScheduleEntry const& schedule)
             query->bindValue(QLatin1Char(':') + column.name(), column.Get(schedule));
     }
     return query->exec() ? query->lastInsertId().toInt() : -1;
+}
+
+bool StoreQueries::ReadFoldersOf(int rootId, std::function<void(int id, QString const& clientPath)> const& take)
+{
+    StoreStatements statements(_store);
+    PagedRows<QString> const paths(
+        QStringLiteral("SELECT id, clientPath FROM FolderConfiguration WHERE rootId = :root AND id >= :firstId "
+                       "ORDER BY id LIMIT :limit"),
+        {{":root", rootId}},
+        [](sync::interf::IQSqlQueryWrapper& query, QString& path) { path = query.value(1).toString(); });
+    paths.Read(statements, [&take](qint64 id, QString const& path) { take(int(id), path); });
+    return statements.works();
 }
 
 QHash<int, FolderOrigin> StoreQueries::FolderOrigins()

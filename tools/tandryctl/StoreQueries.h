@@ -7,6 +7,7 @@
 #include <QVariant>
 #include <QVector>
 
+#include <functional>
 #include <memory>
 #include <optional>
 
@@ -60,6 +61,10 @@ public:
 
     /// Adds a row with the values of the record and returns its id, or -1 if the store has failed.
     int AddSchedule(sync::config::ScheduleEntry const& schedule);
+
+    /// Calls `take` with the id and the path of each folder of a root, the root's own included, in ascending order of
+    /// ids. Memory does not grow with them. Returns false if the store has failed.
+    [[nodiscard]] bool ReadFoldersOf(int rootId, std::function<void(int id, QString const& clientPath)> const& take);
 
     /// Returns the folders whose file system is on record, with it; none if the store does not keep them.
     QHash<int, FolderOrigin> FolderOrigins();
