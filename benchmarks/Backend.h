@@ -20,21 +20,20 @@ namespace sync::benchmarks {
 enum class BackendKind
 {
     Managers,
-    /// SQLite's C interface at its fastest: statements stay prepared, text is read as UTF-8, columns by number.
+    /// The database's C interface at its fastest: statements stay prepared, text is read as UTF-8, columns by number.
     ByHand,
     /// Qt SQL with one query object per statement, prepared once.
     QtSqlReused,
     /// Qt SQL with a query object constructed and prepared for each call.
     QtSqlPerCall,
+    /// The managers on SQLite, beside those on a server.
+    ManagersOnFile,
 };
-
-inline constexpr std::array BackendKinds{
-    BackendKind::Managers, BackendKind::ByHand, BackendKind::QtSqlReused, BackendKind::QtSqlPerCall};
 
 /// The name in results and file names.
 inline QString NameOf(BackendKind kind)
 {
-    constexpr std::array names{"managers", "by hand", "Qt SQL reused", "Qt SQL per call"};
+    constexpr std::array names{"managers", "by hand", "Qt SQL reused", "Qt SQL per call", "managers on SQLite"};
     return QLatin1String(names.at(std::size_t(kind)));
 }
 
@@ -89,8 +88,5 @@ public:
 private:
     Q_DISABLE_COPY_MOVE(Backend)
 };
-
-/// Opens the store at this path.
-std::unique_ptr<Backend> OpenBackend(BackendKind kind, QString const& path);
 
 } // namespace sync::benchmarks

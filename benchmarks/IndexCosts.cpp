@@ -3,9 +3,9 @@
 #include "benchmarks/Failure.h"
 #include "benchmarks/Report.h"
 #include "benchmarks/Runner.h"
-#include "benchmarks/SampleStore.h"
 #include "benchmarks/SqlBackend.h"
 #include "benchmarks/SqliteApi.h"
+#include "benchmarks/SqliteSampleStore.h"
 
 #include <QFile>
 
@@ -50,7 +50,7 @@ struct Variant
     std::vector<double> microseconds = {};
 };
 
-Variant MakeVariant(SampleStore::Part const& dropped, int rows, QString const& original)
+Variant MakeVariant(SqliteSampleStore::Part const& dropped, int rows, QString const& original)
 {
     QString const path = original + QLatin1Char('-') + dropped.name;
     Require(QFile::copy(original, path), "copying a sample store failed");
@@ -90,12 +90,12 @@ template <class Kind>
 QString Lines(QString const& directory, int rows, int repetitions)
 {
     SampleRecords const samples = Kind::Samples(rows);
-    SampleStore store(directory, samples);
+    SqliteSampleStore store(directory, samples);
     QString const table = QLatin1String(Kind::table);
 
     Variant whole = MakeVariant({table, table, store.BytesOf(table)}, rows, store.path());
     std::vector<Variant> variants;
-    for (SampleStore::Part const& part : store.Parts())
+    for (SqliteSampleStore::Part const& part : store.Parts())
         if (part.table == table && part.isIndex())
             variants.push_back(MakeVariant(part, rows, store.path()));
 
@@ -130,8 +130,8 @@ QString IndexCosts(QString const& directory, int rows, int repetitions)
                 QStringLiteral("bytes of a row"),
                 QStringLiteral("insert µs"),
                 QStringLiteral("index's share µs")) +
-           Lines<Files>(directory, rows, repetitions) + Lines<Folders>(directory, rows, repetitions) + Environment() +
-           QLatin1Char('\n');
+           Lines<Files>(directory, rows, repetitions) + Lines<Folders>(directory, rows, repetitions) +
+           Environment(MakeSqliteEngine(directory)->version()) + QLatin1Char('\n');
 }
 
 } // namespace sync::benchmarks

@@ -4,9 +4,9 @@
 #include "benchmarks/Failure.h"
 #include "benchmarks/ManagersBackend.h"
 #include "benchmarks/SampleRecords.h"
-#include "benchmarks/SampleStore.h"
 #include "benchmarks/SqlBackend.h"
 #include "benchmarks/SqliteApi.h"
+#include "benchmarks/SqliteSampleStore.h"
 #include "database/SqliteProcess.h"
 
 #include <QString>
@@ -119,7 +119,7 @@ void CountAll(QString const& directory,
               SampleRecords const& records,
               std::vector<Operation> const& operations)
 {
-    SampleStore store(directory, records);
+    SqliteSampleStore store(directory, records);
     QString const path = store.CopyFor(kind);
     std::unique_ptr<Backend> const backend =
         kind == BackendKind::ByHand ? std::make_unique<SqlBackend<SqliteApi>>(path) : OpenManagersBackend(path);

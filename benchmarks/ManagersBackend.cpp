@@ -12,36 +12,24 @@ namespace sync::benchmarks {
 namespace {
 
 using namespace sync::config;
-using sync::database::SqliteDatabaseFactory;
-
-std::shared_ptr<SqliteDatabaseFactory> OpenExisting(QString const& path)
-{
-    QString error;
-    sync::database::OpenOptions options;
-    options.mode = sync::database::OpenMode::OpenExisting;
-    auto factory = SqliteDatabaseFactory::Open(path, &error, options);
-    if (!factory)
-        Fail(error);
-    return factory;
-}
 
 class ManagersBackend : public Backend
 {
 public:
-    explicit ManagersBackend(QString const& path)
-        : _path(path)
-        , _managers(std::in_place, OpenExisting(path))
+    explicit ManagersBackend(StoreOpener open)
+        : _open(std::move(open))
+        , _managers(std::in_place, _open())
     {}
-    ManagersBackend(QString path, Managers managers)
-        : _path(std::move(path))
+    ManagersBackend(StoreOpener open, Managers managers)
+        : _open(std::move(open))
         , _managers(std::move(managers))
     {}
 
-    std::unique_ptr<Backend> ForThread() override { return std::make_unique<ManagersBackend>(_path, *_managers); }
+    std::unique_ptr<Backend> ForThread() override { return std::make_unique<ManagersBackend>(_open, *_managers); }
     void Reopen() override
     {
         _managers.reset();
-        _managers.emplace(OpenExisting(_path));
+        _managers.emplace(_open());
     }
 
     void Begin() override { Require(_managers->files->transaction(), "transaction() failed"); }
@@ -138,15 +126,20 @@ public:
     }
 
 private:
-    QString const _path;
+    StoreOpener const _open;
     std::optional<Managers> _managers;
 };
 
 } // namespace
 
+std::unique_ptr<Backend> OpenManagersBackend(StoreOpener open)
+{
+    return std::make_unique<ManagersBackend>(std::move(open));
+}
+
 std::unique_ptr<Backend> OpenManagersBackend(QString const& path)
 {
-    return std::make_unique<ManagersBackend>(path);
+    return OpenManagersBackend([path] { return OpenExisting<sync::database::SqliteDatabaseFactory>(path); });
 }
 
 } // namespace sync::benchmarks

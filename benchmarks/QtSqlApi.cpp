@@ -4,6 +4,9 @@
 #include "benchmarks/Failure.h"
 
 #include <QSqlError>
+#include <QStringList>
+#include <QUrl>
+#include <QUrlQuery>
 
 #include <atomic>
 
@@ -23,22 +26,41 @@ QString NewConnectionName()
     Fail(QStringLiteral("Qt SQL: ") + error.text());
 }
 
+QSqlDatabase Connect(QString const& store, QString const& connection)
+{
+    QUrl const uri(store);
+    bool const isProfile = uri.scheme() == QLatin1String("postgresql");
+    QSqlDatabase database =
+        QSqlDatabase::addDatabase(isProfile ? QStringLiteral("QPSQL") : QStringLiteral("QSQLITE"), connection);
+    QStringList settings = ConnectionPragmas();
+    if (isProfile) {
+        database.setHostName(uri.host());
+        database.setPort(uri.port());
+        database.setUserName(uri.userName());
+        database.setDatabaseName(uri.path().mid(1));
+        settings = QStringList{QStringLiteral("SET search_path TO tandry_") +
+                               QUrlQuery(uri).queryItemValue(QStringLiteral("tandry_profile"))};
+    }
+    else {
+        database.setDatabaseName(store);
+    }
+    if (!database.open())
+        FailWith(database.lastError());
+    for (QString const& setting : settings) {
+        QSqlQuery query(database);
+        if (!query.exec(setting))
+            FailWith(query.lastError());
+    }
+    return database;
+}
+
 } // namespace
 
 template <Prepare When>
-QtSqlApi<When>::QtSqlApi(QString const& path)
+QtSqlApi<When>::QtSqlApi(QString const& store)
     : _connection(NewConnectionName())
-    , _database(QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), _connection))
-{
-    _database.setDatabaseName(path);
-    if (!_database.open())
-        FailWith(_database.lastError());
-    for (QString const& pragma : ConnectionPragmas()) {
-        QSqlQuery query(_database);
-        if (!query.exec(pragma))
-            FailWith(query.lastError());
-    }
-}
+    , _database(Connect(store, _connection))
+{}
 
 template <Prepare When>
 QtSqlApi<When>::~QtSqlApi()

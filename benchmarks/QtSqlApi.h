@@ -27,8 +27,8 @@ template <Prepare When>
 class QtSqlApi
 {
 public:
-    /// Opens the store with the library's pragmas.
-    explicit QtSqlApi(QString const& path);
+    /// Opens a file with the library's pragmas, or a profile by its URI.
+    explicit QtSqlApi(QString const& store);
     ~QtSqlApi();
 
     /// One execution of a statement; its end finishes the query.

@@ -7,8 +7,6 @@
 #include <QJsonObject>
 #include <QSysInfo>
 
-#include <sqlite3.h>
-
 #include <thread>
 
 namespace sync::benchmarks {
@@ -37,19 +35,20 @@ QJsonObject ToObject(Measurement const& measurement)
 
 } // namespace
 
-QString Environment()
+QString Environment(QString const& database)
 {
-    return QStringLiteral("%1, %2 cores; %3; %4; GCC %5, Qt %6, SQLite %7")
+    return QStringLiteral("%1, %2 cores; %3; %4; GCC %5, Qt %6, %7")
         .arg(Processor())
         .arg(std::thread::hardware_concurrency())
         .arg(QDate::currentDate().toString(Qt::ISODate),
              QSysInfo::prettyProductName(),
              QLatin1String(__VERSION__),
              QLatin1String(qVersion()),
-             QLatin1String(sqlite3_libversion()));
+             database);
 }
 
-QByteArray ToJson(std::vector<Result> const& results, Clock clock, QMap<int, double> const& bytesOfFileRow)
+QByteArray
+ToJson(Engine const& engine, std::vector<Result> const& results, Clock clock, QMap<int, double> const& bytesOfFileRow)
 {
     QJsonArray array;
     for (Result const& result : results) {
@@ -65,7 +64,8 @@ QByteArray ToJson(std::vector<Result> const& results, Clock clock, QMap<int, dou
     for (auto row = bytesOfFileRow.begin(); row != bytesOfFileRow.end(); ++row)
         bytes[QString::number(row.key())] = row.value();
     QJsonObject const whole{
-        {QStringLiteral("environment"), Environment()},
+        {QStringLiteral("engine"), engine.name()},
+        {QStringLiteral("environment"), Environment(engine.version())},
         {QStringLiteral("clock"), clock == Clock::Elapsed ? QStringLiteral("elapsed") : QStringLiteral("processor")},
         {QStringLiteral("unit"), QStringLiteral("microseconds of one operation")},
         {QStringLiteral("results"), array},

@@ -47,10 +47,10 @@ QStringList ColumnsOf(Record const& record)
     return columns.texts;
 }
 
-QStringList ReadSamples(BackendKind kind, SampleStore& store)
+QStringList ReadSamples(BackendKind kind, Engine const& engine, SampleStore& store)
 {
     constexpr int samples = 20;
-    auto const backend = OpenBackend(kind, store.CopyFor(kind));
+    auto const backend = engine.Open(kind, store.CopyFor(kind));
     QStringList texts;
     for (int choice = 0; choice < samples; ++choice) {
         texts += ColumnsOf(backend->FolderById(1 + Scattered(choice, store.records().folderCount())));
@@ -90,12 +90,46 @@ qint64 ResetPeakMemory()
     return ProcessStatus("VmRSS:");
 }
 
+/// A backend and its stores; there is more than one where a case says so.
 struct Turn
 {
     BackendKind kind;
-    QString path;
-    std::unique_ptr<Backend> backend = nullptr;
+    QStringList stores;
+    std::vector<std::unique_ptr<Backend>> backends = {};
+
+    void Open(Engine const& engine)
+    {
+        for (QString const& store : stores)
+            backends.push_back(engine.Open(kind, store));
+    }
+    void Reset(Case const& benchmark, Engine const& engine) const
+    {
+        for (QString const& store : stores)
+            if (benchmark.reset)
+                engine.Execute(store, *benchmark.reset);
+    }
+    void Run(Case const& benchmark) const
+    {
+        for (auto const& backend : backends)
+            benchmark.run(*backend);
+    }
 };
+
+/// Whether the backend takes part in the case.
+bool TakesPart(BackendKind kind, Case const& benchmark)
+{
+    switch (kind) {
+    case BackendKind::Managers:
+    case BackendKind::ByHand:
+        return true;
+    case BackendKind::QtSqlReused:
+    case BackendKind::QtSqlPerCall:
+        return benchmark.includesQtSql;
+    case BackendKind::ManagersOnFile:
+        return benchmark.stores == 1;
+    }
+    return false;
+}
 
 } // namespace
 
@@ -115,11 +149,11 @@ double MedianRatio(Result const& result, BackendKind numerator, BackendKind deno
     return Median(std::move(ratios));
 }
 
-void RequireSameRecords(SampleStore& store)
+void RequireSameRecords(Engine const& engine, SampleStore& store)
 {
-    QStringList const expected = ReadSamples(BackendKind::Managers, store);
-    for (BackendKind const kind : BackendKinds) {
-        QStringList const texts = ReadSamples(kind, store);
+    QStringList const expected = ReadSamples(BackendKind::Managers, engine, store);
+    for (BackendKind const kind : engine.kinds()) {
+        QStringList const texts = ReadSamples(kind, engine, store);
         for (int i = 0; i < expected.size(); ++i)
             if (texts.value(i) != expected[i])
                 Fail(QStringLiteral("%1 reads \"%2\" where the managers read \"%3\"")
@@ -127,24 +161,26 @@ void RequireSameRecords(SampleStore& store)
     }
 }
 
-Result Run(Case const& benchmark, SampleStore& store, int repetitions, Clock clock)
+Result Run(Case const& benchmark, Engine const& engine, SampleStore& store, int repetitions, Clock clock)
 {
-    Result result{benchmark.workload, benchmark.rows, benchmark.operations, benchmark.limit, {}};
+    Result result{benchmark.workload, benchmark.rows, benchmark.operations * benchmark.stores, benchmark.limit, {}};
     std::vector<Turn> turns;
-    for (BackendKind const kind : BackendKinds)
-        if (benchmark.includesQtSql || kind == BackendKind::Managers || kind == BackendKind::ByHand)
-            turns.push_back({kind, store.CopyFor(kind)});
+    for (BackendKind const kind : engine.kinds())
+        if (TakesPart(kind, benchmark))
+            turns.push_back(
+                {kind, benchmark.stores > 1 ? store.Copies(benchmark.stores) : QStringList{store.CopyFor(kind)}});
 
     benchmark.prepare(0);
     for (Turn& turn : turns) {
-        benchmark.reset(turn.path);
+        turn.Reset(benchmark, engine);
         qint64 const memory = ResetPeakMemory();
-        turn.backend = OpenBackend(turn.kind, turn.path);
-        benchmark.run(*turn.backend);
+        turn.Open(engine);
+        turn.Run(benchmark);
         if (memory > 0)
             result.measurements[turn.kind].peakBytes = std::max<qint64>(0, ProcessStatus("VmHWM:") - memory);
     }
 
+    double const operations = double(benchmark.operations) * benchmark.stores;
     double filled = 0;
     auto const addPass = [&](int pass) {
         return benchmark.canRepeatMore && filled < SecondsToFill && pass <= MaximumPasses;
@@ -152,11 +188,11 @@ Result Run(Case const& benchmark, SampleStore& store, int repetitions, Clock clo
     for (int pass = 1; pass <= repetitions || addPass(pass); ++pass) {
         benchmark.prepare(pass);
         for (Turn& turn : turns) {
-            benchmark.reset(turn.path);
+            turn.Reset(benchmark, engine);
             double const start = Seconds(clock);
-            benchmark.run(*turn.backend);
+            turn.Run(benchmark);
             double const seconds = Seconds(clock) - start;
-            result.measurements[turn.kind].microseconds.push_back(seconds * 1e6 / double(benchmark.operations));
+            result.measurements[turn.kind].microseconds.push_back(seconds * 1e6 / operations);
             filled += seconds;
         }
         std::rotate(turns.begin(), turns.begin() + 1, turns.end());

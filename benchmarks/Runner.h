@@ -1,6 +1,6 @@
 #pragma once
 
-#include "benchmarks/SampleStore.h"
+#include "benchmarks/Engine.h"
 #include "benchmarks/Workloads.h"
 
 #include <QString>
@@ -42,10 +42,10 @@ double MedianRatio(Result const& result, BackendKind numerator, BackendKind deno
 
 /// Ends the program unless all backends read the same records from the store, in every column: otherwise they would not
 /// do the same work.
-void RequireSameRecords(SampleStore& store);
+void RequireSameRecords(Engine const& engine, SampleStore& store);
 
 /// Runs a case on copies of a sample store. A first pass warms up and measures memory. In each of the following passes,
 /// `repetitions` or more for short ones, the backends take turns, and each pass starts with another backend.
-Result Run(Case const& benchmark, SampleStore& store, int repetitions, Clock clock);
+Result Run(Case const& benchmark, Engine const& engine, SampleStore& store, int repetitions, Clock clock);
 
 } // namespace sync::benchmarks

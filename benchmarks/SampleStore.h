@@ -4,51 +4,40 @@
 #include "benchmarks/SampleRecords.h"
 
 #include <QString>
-#include <QTemporaryDir>
-
-#include <map>
-#include <vector>
+#include <QStringList>
 
 namespace sync::benchmarks {
 
-/// A store made by the library and filled with samples, and one copy of it per backend. Its destructor removes the
-/// files.
+/// A store made by the library and filled with samples, and copies of it. The destructor removes them.
+///
+/// A store is named by what opens it: a file's path, or the URI of a profile.
 class SampleStore
 {
 public:
-    /// A table or an index.
-    struct Part
-    {
-        QString name;
-        /// The table that an index belongs to, or the table itself.
-        QString table;
-        /// In the store's file.
-        qint64 bytes = 0;
-
-        bool isIndex() const { return name != table; }
-    };
-
-    /// Makes and fills the store in a new folder below `directory`. Times of durable writes need a real disk there.
-    SampleStore(QString const& directory, SampleRecords const& records);
+    explicit SampleStore(SampleRecords const& records)
+        : _records(records)
+    {}
+    virtual ~SampleStore() = default;
 
     SampleRecords const& records() const { return _records; }
-    QString path() const;
-    /// Returns the size of the store's file.
-    qint64 bytes() const;
 
-    std::vector<Part> Parts() const;
+    /// Returns the size of the store.
+    virtual qint64 bytes() const = 0;
     /// Returns the size of a table with all its indices.
-    qint64 BytesOf(QString const& table) const;
+    virtual qint64 BytesOf(QString const& table) const = 0;
 
-    /// Returns the path of the backend's copy; makes the copy at the first call and after `RemoveCopies`.
-    QString CopyFor(BackendKind kind);
+    /// Returns the backend's copy; makes it at the first call and after `RemoveCopies`.
+    virtual QString CopyFor(BackendKind kind) = 0;
     /// Removes the copies, which must not be open.
-    void RemoveCopies();
+    virtual void RemoveCopies() = 0;
+
+    /// Returns so many copies, which backends that only read can share.
+    virtual QStringList Copies(int count) = 0;
 
 private:
-    QTemporaryDir _directory;
-    SampleRecords _records;
-    std::map<BackendKind, QString> _copies;
+    Q_DISABLE_COPY_MOVE(SampleStore)
+
+    SampleRecords const _records;
 };
 
 } // namespace sync::benchmarks

@@ -68,8 +68,8 @@ inline const StatementText ProductByKey(config::product_sql::GetByServerIdAndCon
 
 } // namespace text
 
-/// Runs the managers' statements without the managers, through SQLite's C interface or Qt SQL. Records are bound and
-/// filled by the library's lists of columns, which the compiler resolves.
+/// Runs the managers' statements without the managers, through a database's C interface or Qt SQL. Records are bound
+/// and filled by the library's lists of columns, which the compiler resolves.
 ///
 /// `Api` is a connection: it opens the store at a path, its `Use` returns a statement that is ready to bind and run,
 /// and it has `Begin` and `Commit`.

@@ -2,7 +2,6 @@
 
 #include "benchmarks/Failure.h"
 #include "benchmarks/RecordId.h"
-#include "benchmarks/SqliteApi.h"
 #include "config/folder/FolderColumns.h"
 
 #include <QStringList>
@@ -31,18 +30,6 @@ constexpr int ManyRows = 1'000'000;
 int WritesPerTransaction(int rows)
 {
     return std::clamp(2 * rows, 2000, 4000);
-}
-
-/// Runs the statements on the store in one transaction of another connection and empties the log, so that every backend
-/// starts with an empty one.
-void ExecuteOn(QString const& path, QStringList const& statements)
-{
-    SqliteApi api(path);
-    api.Begin();
-    for (QString const& statement : statements)
-        api.Execute(statement);
-    api.Commit();
-    api.Execute(QStringLiteral("PRAGMA wal_checkpoint(TRUNCATE)"));
 }
 
 /// A case that calls `step` with one key after the other. `makeKey` is called with a number that no other pass gets.
@@ -84,7 +71,7 @@ Case EachWrite(QString const& workload, qint64 rows, int operations, MakeKey mak
     Case each = Each(workload, rows, operations, makeKey, step);
     each.changesStore = true;
     each.limit = 1.1;
-    each.reset = [](QString const& path) { ExecuteOn(path, {}); };
+    each.reset = QStringList();
     return each;
 }
 
@@ -193,9 +180,8 @@ std::vector<Case> CasesOf(SampleRecords const& records)
     auto const update = std::mem_fn(Kind::Update);
     // So that each pass starts with the same number of rows.
     auto const withoutAdded = [=](Case each) {
-        each.reset = [=](QString const& path) {
-            ExecuteOn(path, {QStringLiteral("DELETE FROM %1 WHERE id > %2").arg(QLatin1String(Kind::table)).arg(rows)});
-        };
+        each.reset =
+            QStringList{QStringLiteral("DELETE FROM %1 WHERE id > %2").arg(QLatin1String(Kind::table)).arg(rows)};
         return each;
     };
 
@@ -283,14 +269,10 @@ Case StatusOfFolders(SampleRecords const& records)
                                           operations,
                                           folderId,
                                           std::mem_fn(&Backend::SyncingToNotSynced)));
-    status.reset = [=](QString const& path) {
-        QStringList statements;
-        for (int number = 0; number < operations; ++number)
-            statements.append(QStringLiteral("UPDATE FileConfiguration SET syncStatus = 1 "
-                                             "WHERE folderConfigurationId = %1 AND id % 5 = 1")
-                                  .arg(folderId(number)));
-        ExecuteOn(path, statements);
-    };
+    for (int number = 0; number < operations; ++number)
+        status.reset->append(QStringLiteral("UPDATE FileConfiguration SET syncStatus = 1 "
+                                            "WHERE folderConfigurationId = %1 AND id % 5 = 1")
+                                 .arg(folderId(number)));
     return status;
 }
 
@@ -445,6 +427,24 @@ Suite TreesSuite(int passes)
 }
 
 } // namespace
+
+Suite ManyStoresSuite(QVector<int> const& counts, int files)
+{
+    constexpr int perStore = 20; // always as many, since the first ones after another store's find other caches
+    SampleRecords const records = SampleRecords::OfFiles(files);
+    std::vector<Case> cases;
+    for (int const count : counts) {
+        cases.push_back(EachRead(
+            QStringLiteral("files: look-up by path, profiles: %1").arg(count),
+            files,
+            perStore,
+            [=](int choice) { return records.FilePath(Scattered(choice, files)); },
+            [](Backend& backend, QString const& path) { RequireFound(backend.FileByPath(path).id); }));
+        cases.back().stores = count;
+        cases.back().includesQtSql = false;
+    }
+    return {records, cases};
+}
 
 std::vector<Suite> AllSuites(QVector<int> const& sizes, int passes)
 {

@@ -4,9 +4,11 @@
 #include "benchmarks/SampleRecords.h"
 
 #include <QString>
+#include <QStringList>
 #include <QVector>
 
 #include <functional>
+#include <optional>
 #include <vector>
 
 namespace sync::benchmarks {
@@ -16,7 +18,7 @@ struct Case
 {
     QString workload;
     qint64 rows = 0;
-    /// Per pass.
+    /// Per pass and store.
     qint64 operations = 1;
     /// The target: the time of the managers as a multiple of the time by hand. 0 means no target.
     double limit = 0;
@@ -26,11 +28,15 @@ struct Case
     bool includesQtSql = true;
     /// Whether the store has work for more passes than requested.
     bool canRepeatMore = true;
+    /// With more than one, a case that only reads runs on so many copies of the store, one after the other; all of them
+    /// are open.
+    int stores = 1;
 
     /// Makes the keys of a pass. Called once per pass, not measured.
     std::function<void(int pass)> prepare = [](int) {};
-    /// Restores the backend's store at this path before each measurement, not measured.
-    std::function<void(QString const& path)> reset = [](QString const&) {};
+    /// Statements that restore a store before each measurement, not measured. A list without statements makes the
+    /// backends start alike after writes.
+    std::optional<QStringList> reset;
     /// Measured.
     std::function<void(Backend&)> run;
 
@@ -46,5 +52,8 @@ struct Suite
 
 /// Returns all cases for these numbers of rows. Each case runs at most `passes` times unless it can repeat more.
 std::vector<Suite> AllSuites(QVector<int> const& sizes, int passes);
+
+/// Returns look-ups on so many stores of so many files.
+Suite ManyStoresSuite(QVector<int> const& counts, int files);
 
 } // namespace sync::benchmarks

@@ -1,6 +1,5 @@
 #include "postgres/support/PostgresServer.h"
 
-#include <QDir>
 #include <QFile>
 #include <QStandardPaths>
 
@@ -37,8 +36,9 @@ QString PostgresServer::ProgramFolder()
     return found.isEmpty() ? QString() : QFileInfo(found).canonicalPath();
 }
 
-PostgresServer::PostgresServer(QStringList settings, PostgresServer const* primary)
-    : _settings(std::move(settings))
+PostgresServer::PostgresServer(QStringList settings, PostgresServer const* primary, QString const& parentFolder)
+    : _folder(parentFolder + QStringLiteral("/server-XXXXXX"))
+    , _settings(std::move(settings))
 {
     if (ProgramFolder().isNull()) {
         _problem = QStringLiteral("PostgreSQL is not installed (Debian: apt-get install postgresql)");

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QDir>
 #include <QProcess>
 #include <QString>
 #include <QStringList>
@@ -13,8 +14,10 @@ class PostgresServer
 {
 public:
     /// Starts a server with these settings, such as "max_connections=300". With a primary, it is a standby with a copy
-    /// of its data, and gets what the primary writes from now on.
-    explicit PostgresServer(QStringList settings = {}, PostgresServer const* primary = nullptr);
+    /// of its data, and gets what the primary writes from now on. The server's folder lies in `parentFolder`.
+    explicit PostgresServer(QStringList settings = {},
+                            PostgresServer const* primary = nullptr,
+                            QString const& parentFolder = QDir::tempPath());
     ~PostgresServer();
     PostgresServer(PostgresServer const&) = delete;
     PostgresServer& operator=(PostgresServer const&) = delete;

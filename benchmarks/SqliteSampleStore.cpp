@@ -1,13 +1,9 @@
-#include "benchmarks/SampleStore.h"
+#include "benchmarks/SqliteSampleStore.h"
 
 #include "benchmarks/Failure.h"
-#include "benchmarks/SqlBackend.h"
+#include "benchmarks/Filling.h"
 #include "benchmarks/SqliteApi.h"
-#include "config/AuthenticationConfigManager.h"
-#include "config/ProductConfigManager.h"
-#include "config/ServerConfigManager.h"
 #include "database/SqliteDatabaseFactory.h"
-#include "database/TransactionalScope.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -23,26 +19,13 @@ const StatementText SizesOfParts(QStringLiteral("SELECT s.name, m.tbl_name, sum(
                                                 "JOIN sqlite_schema m ON m.name = s.name GROUP BY s.name "
                                                 "ORDER BY s.name"));
 
-template <class Manager, class Record>
-void AddAll(std::shared_ptr<sync::interf::factory::IDatabaseFactory> const& factory, Record (*sample)(int))
-{
-    Manager manager(factory);
-    for (int number = 0; number < SampleRecords::AccountRows; ++number) {
-        Record record = sample(number);
-        Require(manager.Add(record), "filling a sample store failed");
-    }
-}
-
 void Make(QString const& path)
 {
     QString error;
     auto const factory = sync::database::SqliteDatabaseFactory::Open(path, &error);
     if (!factory)
         Fail(error);
-    sync::database::TransactionalScope const scope;
-    AddAll<config::ServerConfigManager>(factory, &SampleRecords::Server);
-    AddAll<config::AuthenticationConfigManager>(factory, &SampleRecords::Account);
-    AddAll<config::ProductConfigManager>(factory, &SampleRecords::Product);
+    AddAccounts(factory);
 }
 
 /// Fills the store without journal and flushes, which would only cost time here.
@@ -51,16 +34,7 @@ void Fill(QString const& path, SampleRecords const& records)
     SqlBackend<SqliteApi> backend(path);
     backend.api().Execute(QStringLiteral("PRAGMA journal_mode = OFF; PRAGMA synchronous = OFF;"
                                          "PRAGMA cache_size = -1000000"));
-    backend.Begin();
-    for (int number = 0; number < records.folderCount(); ++number) {
-        config::FolderConfiguration folder = records.Folder(number);
-        backend.AddFolder(folder);
-    }
-    for (int number = 0; number < records.fileCount(); ++number) {
-        config::FileConfiguration file = records.File(number);
-        backend.InsertFile(file);
-    }
-    backend.Commit();
+    AddRecords(backend, records);
     backend.api().Execute(QStringLiteral("PRAGMA journal_mode = WAL"));
 }
 
@@ -74,27 +48,27 @@ void FlushFileSystem(QString const& path)
 
 } // namespace
 
-SampleStore::SampleStore(QString const& directory, SampleRecords const& records)
-    : _directory(directory + QStringLiteral("/benchmark-XXXXXX"))
-    , _records(records)
+SqliteSampleStore::SqliteSampleStore(QString const& directory, SampleRecords const& records)
+    : SampleStore(records)
+    , _directory(directory + QStringLiteral("/benchmark-XXXXXX"))
 {
     if (!_directory.isValid())
         Fail(_directory.errorString());
     Make(path());
-    Fill(path(), _records);
+    Fill(path(), records);
 }
 
-QString SampleStore::path() const
+QString SqliteSampleStore::path() const
 {
     return _directory.filePath(QStringLiteral("sample.store"));
 }
 
-qint64 SampleStore::bytes() const
+qint64 SqliteSampleStore::bytes() const
 {
     return QFileInfo(path()).size();
 }
 
-std::vector<SampleStore::Part> SampleStore::Parts() const
+std::vector<SqliteSampleStore::Part> SqliteSampleStore::Parts() const
 {
     std::vector<Part> parts;
     SqliteApi api(path());
@@ -104,7 +78,7 @@ std::vector<SampleStore::Part> SampleStore::Parts() const
     return parts;
 }
 
-qint64 SampleStore::BytesOf(QString const& table) const
+qint64 SqliteSampleStore::BytesOf(QString const& table) const
 {
     qint64 bytes = 0;
     for (Part const& part : Parts())
@@ -113,18 +87,31 @@ qint64 SampleStore::BytesOf(QString const& table) const
     return bytes;
 }
 
-QString SampleStore::CopyFor(BackendKind kind)
+QString SqliteSampleStore::CopyFor(BackendKind kind)
 {
     auto const known = _copies.find(kind);
     if (known != _copies.end())
         return known->second;
-    QString const copy = _directory.filePath(NameOf(kind) + QStringLiteral(".store"));
-    Require(QFile::copy(path(), copy), "copying a sample store failed");
-    FlushFileSystem(copy);
-    return _copies[kind] = copy;
+    return _copies[kind] = _Copy(NameOf(kind));
 }
 
-void SampleStore::RemoveCopies()
+QStringList SqliteSampleStore::Copies(int count)
+{
+    QStringList copies;
+    for (int number = 0; number < count; ++number)
+        copies.append(_Copy(QStringLiteral("copy %1").arg(number)));
+    return copies;
+}
+
+QString SqliteSampleStore::_Copy(QString const& name) const
+{
+    QString const copy = _directory.filePath(name + QStringLiteral(".store"));
+    Require(QFile::copy(path(), copy), "copying a sample store failed");
+    FlushFileSystem(copy);
+    return copy;
+}
+
+void SqliteSampleStore::RemoveCopies()
 {
     for (auto const& [kind, copy] : _copies)
         for (char const* suffix : {"", "-wal", "-shm"})
