@@ -37,6 +37,8 @@ protected:
             ADD_FAILURE() << "the store has an error: " << store->LastError()->text.toStdString();
     }
 
+    QString const& profile() const { return _profile; }
+
     /// Returns the URI.
     QString StorePath() const { return PostgresServer::Shared().Uri(_profile); }
 
