@@ -97,7 +97,8 @@ TEST_F(PostgresRoles, AnotherUsersRecordsCanNeitherBeReadNorWritten)
                                   "SET ROLE ada",
                                   "SELECT nextval('tandry_ada.serverconfiguration_id_seq')",
                                   "CREATE SCHEMA tandry_more",
-                                  "SELECT tandryadmin.profiles()"})
+                                  "SELECT tandryadmin.profiles()",
+                                  "SELECT tandryadmin.upgrade_profiles()"})
         EXPECT_EQ(StateOf("bob", QString::fromUtf8(statement)), NoRight) << statement;
 }
 
@@ -136,6 +137,64 @@ TEST_F(PostgresRoles, ProfilesAreListedWithOwnerVersionAndSize)
     EXPECT_GT(rows[0][3].toLongLong(), 100'000);
     EXPECT_EQ(rows[1], (QVector<QVariant>{QStringLiteral("new"), QStringLiteral("bob"), QVariant(), 0LL}));
     Admin().Run(QStringLiteral("DROP SCHEMA tandry_new"));
+}
+
+TEST_F(PostgresRoles, AllOlderProfilesAreUpgradedEachCompletelyOrNotAtAll)
+{
+    Admin().Run(QStringLiteral("CREATE DATABASE upgraded"));
+    auto const inDatabase = [](QString uri) {
+        return uri.replace(QStringLiteral("/postgres?"), QStringLiteral("/upgraded?"));
+    };
+    ServerRawStore admin(inDatabase(PostgresServer::Shared().Uri(QStringLiteral("administrator"))));
+    admin.Run(QString::fromUtf8(ReadFile(QStringLiteral(TANDRY_ADMIN_SQL))));
+    for (char const* profile : {"older", "damaged", "newer", "unopened"}) {
+        QString const name = QString::fromUtf8(profile);
+        admin.Run(QStringLiteral("SELECT tandryadmin.create_profile('%1', 'ada')").arg(name));
+        if (name == QStringLiteral("unopened"))
+            continue;
+        auto const store = PostgresDatabaseFactory::Open(inDatabase(Uri("ada", profile)));
+        ASSERT_NE(store, nullptr);
+        EXPECT_TRUE(AddServer(*store, name));
+    }
+    auto const outcomes = [&] {
+        QStringList texts;
+        for (auto const& row : admin.Rows(QStringLiteral(
+                 "SELECT profile, version, bytes > 100000, outcome FROM tandryadmin.upgrade_profiles()")))
+            texts.append(QStringLiteral("%1 %2 %3 %4")
+                             .arg(row[0].toString(), row[1].toString(), row[2].toString(), row[3].toString()));
+        return texts;
+    };
+    admin.Run(QStringLiteral("UPDATE tandry_newer.tandry_version SET version = 9"));
+    EXPECT_EQ(outcomes(),
+              (QStringList{QStringLiteral("damaged 1 t up to date"),
+                           QStringLiteral("newer 9 t refused: a newer version than 1"),
+                           QStringLiteral("older 1 t up to date"),
+                           QStringLiteral("unopened  f not opened yet")}));
+
+    // Two steps of which the second one fails in a profile that has its column already.
+    admin.Run(QStringLiteral(
+        "INSERT INTO tandryadmin.upgrades VALUES (1, 'ALTER TABLE ServerConfiguration ADD first text;"
+        "UPDATE ServerConfiguration SET first = current_user'), (2, 'ALTER TABLE ServerConfiguration ADD second text');"
+        "ALTER TABLE tandry_damaged.ServerConfiguration ADD second text"));
+    QStringList const upgraded = outcomes();
+    ASSERT_EQ(upgraded.size(), 4);
+    EXPECT_TRUE(upgraded[0].startsWith(QStringLiteral("damaged 1 t failed: ")) &&
+                upgraded[0].contains(QStringLiteral("already exists")))
+        << upgraded[0].toStdString();
+    EXPECT_EQ(upgraded[1], QStringLiteral("newer 9 t refused: a newer version than 3"));
+    EXPECT_EQ(upgraded[2], QStringLiteral("older 3 t upgraded from version 1"));
+    EXPECT_EQ(upgraded[3], QStringLiteral("unopened  f not opened yet"));
+    EXPECT_EQ(admin.Value(QStringLiteral("SELECT alias || first FROM tandry_older.ServerConfiguration")),
+              QStringLiteral("olderada"))
+        << "steps have the rights of the profile's owner";
+    EXPECT_EQ(admin.Value(QStringLiteral("SELECT version FROM tandry_damaged.tandry_version")), 1);
+    EXPECT_EQ(admin.Value(QStringLiteral("SELECT count(*) FROM pg_attribute WHERE attname = 'first' AND attrelid = "
+                                         "'tandry_damaged.ServerConfiguration'::regclass")),
+              0);
+
+    StoreError error;
+    EXPECT_EQ(PostgresDatabaseFactory::Open(inDatabase(Uri("ada", "older")), error), nullptr);
+    EXPECT_EQ(error.kind, StoreErrorKind::NewerVersion) << error.text.toStdString();
 }
 
 TEST_F(PostgresRoles, DumpOfOneProfileIsRestoredInAnotherDatabase)
