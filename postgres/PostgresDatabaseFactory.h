@@ -29,7 +29,8 @@ class PostgresStore;
 /// fails because the connection was lost has the kind `ConnectionLost`; outside of transactions a read is repeated once
 /// on a new connection before. A lost connection rolls an open transaction back. If it is lost during a commit, the
 /// store connects again and asks whether the commit has happened; if the server does not tell, the kind is
-/// `OutcomeUnknown`. The next operation connects again.
+/// `OutcomeUnknown`. The next operation connects again. Where the URI sets `statement_timeout`, an answer that takes
+/// twice as long means that the connection is lost.
 class TANDRY_POSTGRES_EXPORT PostgresDatabaseFactory : public StoreFactory,
                                                        public std::enable_shared_from_this<PostgresDatabaseFactory>
 {

@@ -80,20 +80,11 @@ Failure TakeOwnParameters(QByteArray& uri, ServerAddress& address)
     return {};
 }
 
-QByteArray Value(ServerAddress const& address, char const* keyword)
-{
-    for (auto const& [key, value] : address.parameters) {
-        if (key == keyword)
-            return value;
-    }
-    return {};
-}
-
 /// The hosts of the URI or, if it names none, of the environment.
 QByteArray Hosts(ServerAddress const& address)
 {
     for (char const* keyword : {"hostaddr", "host"}) {
-        if (QByteArray const hosts = Value(address, keyword); !hosts.isEmpty())
+        if (QByteArray const hosts = address.Value(keyword); !hosts.isEmpty())
             return hosts;
     }
     for (char const* variable : {"PGHOSTADDR", "PGHOST"}) {
@@ -114,6 +105,13 @@ bool IsThisMachine(QByteArray const& hosts)
 }
 
 } // namespace
+
+QByteArray ServerAddress::Value(QByteArray const& keyword) const
+{
+    auto const found = std::find_if(
+        parameters.begin(), parameters.end(), [&](auto const& parameter) { return parameter.first == keyword; });
+    return found == parameters.end() ? QByteArray() : found->second;
+}
 
 Failure ServerAddress::Parse(QString const& uri, ServerAddress& address)
 {
@@ -136,25 +134,25 @@ Failure ServerAddress::Parse(QString const& uri, ServerAddress& address)
         if (option->val != nullptr)
             address.parameters.emplace_back(option->keyword, option->val);
     }
-    address.password = Value(address, "password");
+    address.password = address.Value("password");
 
     for (auto const& [keyword, value] : Defaults) {
-        if (Value(address, keyword).isEmpty())
+        if (address.Value(keyword).isEmpty())
             address.parameters.emplace_back(keyword, value);
     }
     QByteArray const hosts = Hosts(address);
-    if (Value(address, "sslmode").isEmpty() && (hosts.isEmpty() || !IsThisMachine(hosts)))
+    if (address.Value("sslmode").isEmpty() && (hosts.isEmpty() || !IsThisMachine(hosts)))
         address.parameters.emplace_back("sslmode", "verify-full");
     address.parameters.emplace_back("client_encoding", "UTF8");
 
-    QByteArray const service = Value(address, "service");
+    QByteArray const service = address.Value("service");
     QString const host = hosts.isEmpty() && !service.isEmpty() ? QStringLiteral("service ") + QString::fromUtf8(service)
                                                                : QString::fromUtf8(hosts);
-    QByteArray const port = Value(address, "port");
+    QByteArray const port = address.Value("port");
     address.name = QStringLiteral("postgresql://%1%2/%3 (%4)")
                        .arg(host,
                             port.isEmpty() ? QString() : QLatin1Char(':') + QString::fromUtf8(port),
-                            QString::fromUtf8(Value(address, "dbname")),
+                            QString::fromUtf8(address.Value("dbname")),
                             address.name);
     return {};
 }

@@ -25,6 +25,9 @@ struct ServerAddress
 
     /// Reads a URI. No error quotes the URI, since it may contain a password.
     static Failure Parse(QString const& uri, ServerAddress& address);
+
+    /// The value of one of libpq's keywords; empty if the URI has none and there is no default.
+    QByteArray Value(QByteArray const& keyword) const;
 };
 
 } // namespace sync::database

@@ -6,6 +6,8 @@
 #include <atomic>
 #include <utility>
 
+#include <poll.h>
+
 namespace sync::database {
 
 namespace {
@@ -19,6 +21,18 @@ constexpr std::size_t Capacity = 160;
 /// each command of a transaction takes the place of the unnamed statement.
 constexpr int LongestText = 4096;
 constexpr char const* LongStatement = "long";
+
+/// A server that has not answered after this multiple of its `statement_timeout` cannot be reached.
+constexpr int AnswerFactor = 2;
+constexpr int MillisecondsPerSecond = 1000;
+
+/// The rules by which a connection of TCP is taken for dead, and the server's settings for the same.
+constexpr std::pair<char const*, char const*> DeadConnectionRules[] = {
+    {"keepalives_idle", "tcp_keepalives_idle"},
+    {"keepalives_interval", "tcp_keepalives_interval"},
+    {"keepalives_count", "tcp_keepalives_count"},
+    {"tcp_user_timeout", "tcp_user_timeout"},
+};
 
 std::atomic<int> limit{32};
 std::atomic<int> openHandles{0};
@@ -92,6 +106,7 @@ Failure ServerHandle::Open()
     }
     PQsetNoticeProcessor(
         _connection.get(), [](void*, char const*) {}, nullptr);
+    _answerLimitMsec = _address.Value("connect_timeout").toLongLong() * MillisecondsPerSecond;
     return ApplySettings();
 }
 
@@ -100,22 +115,28 @@ Failure ServerHandle::ApplySettings()
     bool const isReadOnly = _options.mode == OpenMode::ReadOnly;
     QByteArray const schema = Quoted(_address.schema);
     // A lock timeout of 0 would wait for ever.
-    QByteArray const settings =
+    QByteArray settings =
         "SET search_path TO " + schema + ", pg_temp;SET lock_timeout TO " +
         QByteArray::number(std::max(_options.busyTimeoutMsec, 1)) +
         ";SET default_transaction_isolation TO 'read committed';SET default_transaction_read_only TO " +
         (isReadOnly ? "on" : "off") +
-        ";SET standard_conforming_strings TO on;SET extra_float_digits TO 1;SET bytea_output TO hex;"
-        "SELECT current_setting('synchronous_commit'), oid, CASE WHEN pg_is_in_recovery() THEN '' ELSE "
-        "left(pg_walfile_name(pg_current_wal_lsn()), 8) END FROM (SELECT 1) one LEFT JOIN pg_catalog.pg_namespace ON "
-        "nspname = " +
-        Literal(_address.schema);
+        ";SET standard_conforming_strings TO on;SET extra_float_digits TO 1;SET bytea_output TO hex;";
+    // Else a server would keep the lock of a client whose machine is gone for two hours.
+    for (auto const& [keyword, setting] : DeadConnectionRules)
+        settings += QByteArray("SET ") + setting + " TO " +
+                    QByteArray::number(std::max(_address.Value(keyword).toInt(), 0)) + ';';
+    settings += "SELECT current_setting('synchronous_commit'), oid, CASE WHEN pg_is_in_recovery() THEN '' ELSE "
+                "left(pg_walfile_name(pg_current_wal_lsn()), 8) END, CAST(1000 * extract(epoch FROM "
+                "CAST(current_setting('statement_timeout') AS interval)) AS bigint) FROM (SELECT 1) one LEFT JOIN "
+                "pg_catalog.pg_namespace ON nspname = " +
+                Literal(_address.schema);
     Result result;
     if (Failure failure = Execute(settings, result))
         return failure;
     _synchronousCommit = PQgetvalue(result.get(), 0, 0);
     _schema = QByteArray(PQgetvalue(result.get(), 0, 1)).toUInt();
     _timeline = PQgetvalue(result.get(), 0, 2);
+    _answerLimitMsec = AnswerFactor * QByteArray(PQgetvalue(result.get(), 0, 3)).toLongLong();
     return {};
 }
 
@@ -134,15 +155,59 @@ bool ServerHandle::isUsable() const
 /// If libpq could not send a statement, it may report this before it notices that the connection is lost.
 Failure ServerHandle::Describe(PGresult const* result, ServerMessage message, QString const& statement)
 {
+    if (_isLate)
+        return MakeServerError(ServerState::ConnectionLost,
+                               name() +
+                                   QStringLiteral(": the connection to the server was lost (no answer within %1 ms)")
+                                       .arg(_answerLimitMsec),
+                               statement);
     StoreError error = DescribeResult(result, name(), message, statement);
     if (error.kind == StoreErrorKind::ConnectionLost)
         _isLost = true;
     return error;
 }
 
+QDeadlineTimer ServerHandle::AnswerDeadline() const
+{
+    return _answerLimitMsec > 0 ? QDeadlineTimer(_answerLimitMsec) : QDeadlineTimer(QDeadlineTimer::Forever);
+}
+
+/// Returns null after the last result of a command; also if the server is late, and then the connection is lost.
+Result ServerHandle::NextResult(QDeadlineTimer const& deadline)
+{
+    // With encryption there may be an answer though the socket has no more bytes.
+    constexpr qint64 LongestWaitMsec = 100;
+    PGconn* const connection = _connection.get();
+    while (!deadline.isForever() && PQisBusy(connection) == 1 && PQsocket(connection) >= 0) {
+        if (deadline.hasExpired()) {
+            _isLate = _isLost = true;
+            return nullptr;
+        }
+        pollfd socket{PQsocket(connection), POLLIN, 0};
+        ::poll(&socket, 1, static_cast<int>(std::min(deadline.remainingTime(), LongestWaitMsec)));
+        if (PQconsumeInput(connection) != 1)
+            break; // the next call tells the reason
+    }
+    return Result(PQgetResult(connection));
+}
+
+/// The result of the last of the commands that were sent; null if there is no whole answer.
+Result ServerHandle::LastResult(bool isSent)
+{
+    if (!isSent)
+        return nullptr;
+    QDeadlineTimer const deadline = AnswerDeadline();
+    Result last;
+    while (Result next = NextResult(deadline))
+        last = std::move(next);
+    if (_isLate)
+        last.reset();
+    return last;
+}
+
 Failure ServerHandle::Execute(QByteArray const& statements, Result& result)
 {
-    result.reset(PQexec(_connection.get(), statements.constData()));
+    result = LastResult(PQsendQuery(_connection.get(), statements.constData()) == 1);
     return IsGood(result.get()) ? Failure() : Describe(result.get(), ServerMessage::Show);
 }
 
@@ -274,20 +339,14 @@ Failure ServerHandle::Prepare(StatementText const& statement)
         _longText.clear();
     }
     Result result;
-    Failure failure;
-    PGconn* const connection = _connection.get();
-    char const* const text = statement.serverText().constData();
-    if (isInTransaction()) {
-        failure = RunInSavepoint([&] { return PQsendPrepare(connection, place.name.constData(), text, 0, nullptr); },
-                                 ServerMessage::Show, // no value is bound yet
-                                 statement.text(),
-                                 result);
-    }
-    else {
-        result.reset(PQprepare(connection, place.name.constData(), text, 0, nullptr));
-        if (!IsGood(result.get()))
-            failure = Describe(result.get(), ServerMessage::Show, statement.text());
-    }
+    Failure failure = RunCommand(
+        [&] {
+            return PQsendPrepare(
+                _connection.get(), place.name.constData(), statement.serverText().constData(), 0, nullptr);
+        },
+        ServerMessage::Show, // no value is bound yet
+        statement.text(),
+        result);
     if (!failure)
         NotePrepared(statement, place);
     return failure;
@@ -302,24 +361,28 @@ Failure ServerHandle::Run(StatementText const& statement, BoundValues const& val
     texts.reserve(values.size());
     for (std::optional<QByteArray> const& value : values)
         texts.push_back(value ? value->constData() : nullptr);
-    PGconn* const connection = _connection.get();
-    int const count = static_cast<int>(texts.size());
-
-    Failure failure;
-    if (isInTransaction()) {
-        auto const send = [&] {
-            return PQsendQueryPrepared(connection, place.name.constData(), count, texts.data(), nullptr, nullptr, 0);
-        };
-        failure = RunInSavepoint(send, ServerMessage::Hide, statement.text(), result);
-    }
-    else {
-        result.reset(PQexecPrepared(connection, place.name.constData(), count, texts.data(), nullptr, nullptr, 0));
-        if (!IsGood(result.get()))
-            failure = Describe(result.get(), ServerMessage::Hide, statement.text());
-    }
+    auto const send = [&] {
+        return PQsendQueryPrepared(_connection.get(),
+                                   place.name.constData(),
+                                   static_cast<int>(texts.size()),
+                                   texts.data(),
+                                   nullptr,
+                                   nullptr,
+                                   0);
+    };
+    Failure failure = RunCommand(send, ServerMessage::Hide, statement.text(), result);
     if (!failure && !statement.isReading())
         _changes += QByteArray(PQcmdTuples(result.get())).toLongLong();
     return failure;
+}
+
+Failure
+ServerHandle::RunCommand(std::function<int()> const& send, ServerMessage message, QString const& text, Result& result)
+{
+    if (isInTransaction())
+        return RunInSavepoint(send, message, text, result);
+    result = LastResult(send() == 1);
+    return IsGood(result.get()) ? Failure() : Describe(result.get(), message, text);
 }
 
 Failure ServerHandle::RunInSavepoint(std::function<int()> const& send,
@@ -338,8 +401,9 @@ Failure ServerHandle::RunInSavepoint(std::function<int()> const& send,
         failure = Describe(nullptr, ServerMessage::Hide, text);
     // Reads up to the answer to the last message, or until the connection is lost.
     bool isSynchronised = false;
-    for (int answer = 0; !isSynchronised && PQstatus(connection) == CONNECTION_OK && isSent;) {
-        Result next(PQgetResult(connection));
+    QDeadlineTimer const deadline = AnswerDeadline();
+    for (int answer = 0; !isSynchronised && PQstatus(connection) == CONNECTION_OK && isSent && !_isLate;) {
+        Result next = NextResult(deadline);
         if (next == nullptr) {
             ++answer;
             continue;

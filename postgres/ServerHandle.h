@@ -8,6 +8,7 @@
 #include <libpq-fe.h>
 
 #include <QByteArray>
+#include <QDeadlineTimer>
 #include <QSet>
 #include <QString>
 
@@ -99,8 +100,13 @@ private:
     void NotePrepared(StatementText const& statement, Place const& place);
     bool isInTransaction() const { return PQtransactionStatus(_connection.get()) != PQTRANS_IDLE; }
     /// Runs a command inside a transaction and undoes it alone if it fails, in one round trip if it does not.
+    /// Runs a command. If it fails inside a transaction, only the command itself is undone.
+    Failure RunCommand(std::function<int()> const& send, ServerMessage message, QString const& text, Result& result);
     Failure
     RunInSavepoint(std::function<int()> const& send, ServerMessage message, QString const& text, Result& result);
+    QDeadlineTimer AnswerDeadline() const;
+    Result NextResult(QDeadlineTimer const& deadline);
+    Result LastResult(bool isSent);
     Failure SettleCommit();
     std::optional<bool> HasCommitted(QByteArray const& transaction);
     void Close() noexcept;
@@ -111,6 +117,9 @@ private:
     std::unique_ptr<PGconn, CloseConnection> _connection;
     bool _isCounted = false;
     bool _isLost = false;
+    /// How long the server may take to answer; 0 if there is no limit.
+    qint64 _answerLimitMsec = 0;
+    bool _isLate = false;
     QByteArray _synchronousCommit;
     Oid _schema = InvalidOid;
     /// The history of the server, in which a number of a transaction is used once. Empty on a standby.

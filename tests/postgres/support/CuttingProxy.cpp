@@ -76,6 +76,13 @@ void DropAnswer(int server)
     }
 }
 
+/// Reads until the other side closes the connection.
+void DropAllOf(int socket)
+{
+    for (std::string bytes; Receive(socket, bytes);)
+        bytes.clear();
+}
+
 } // namespace
 
 CuttingProxy::CuttingProxy()
@@ -100,9 +107,9 @@ CuttingProxy::~CuttingProxy()
         ::close(socket);
 }
 
-QString CuttingProxy::Uri(QString const& profile) const
+QString CuttingProxy::Uri(QString const& profile, QString const& parameters) const
 {
-    QString uri = PostgresServer::Shared().Uri(profile);
+    QString uri = PostgresServer::Shared().Uri(profile, parameters);
     return uri.replace(PostgresServer::Shared().host(), _folder.path());
 }
 
@@ -146,14 +153,14 @@ void CuttingProxy::Relay(int client, int server)
             isOpen = Receive(server, answer) && Send(client, answer);
         }
         if (isOpen && sockets[0].revents != 0)
-            isOpen = Receive(client, pending) && PassRequests(pending, isStarted, server);
+            isOpen = Receive(client, pending) && PassRequests(pending, isStarted, client, server);
     }
     ::shutdown(client, SHUT_RDWR);
     ::shutdown(server, SHUT_RDWR);
 }
 
 /// Passes the whole messages on. Returns false if the connection is to be cut.
-bool CuttingProxy::PassRequests(std::string& bytes, bool& isStarted, int server)
+bool CuttingProxy::PassRequests(std::string& bytes, bool& isStarted, int client, int server)
 {
     for (std::size_t length = MessageBytes(bytes, isStarted); length > 0 && length <= bytes.size();
          length = MessageBytes(bytes, isStarted)) {
@@ -163,15 +170,26 @@ bool CuttingProxy::PassRequests(std::string& bytes, bool& isStarted, int server)
         bool const cuts = isRequest && ++_requests == _cutAt;
         isStarted = true; // the first message has no type
         if (cuts) {
-            if (_cut == Cut::BeforeAnswer && Send(server, message))
-                DropAnswer(server);
             _cutAt = 0;
+            Interfere(message, client, server);
             return false;
         }
         if (!Send(server, message))
             return false;
     }
     return true;
+}
+
+void CuttingProxy::Interfere(std::string const& request, int client, int server)
+{
+    Cut const cut = _cut;
+    if (cut == Cut::RequestLate)
+        DropAllOf(client);
+    bool const passes = cut != Cut::BeforeRequest && cut != Cut::RequestSwallowed;
+    if (passes && Send(server, request))
+        DropAnswer(server);
+    if (cut == Cut::RequestSwallowed || cut == Cut::AnswerSwallowed)
+        DropAllOf(client);
 }
 
 } // namespace tandry::test

@@ -10,8 +10,8 @@
 
 namespace tandry::test {
 
-/// Stands between the store and the shared server, and cuts a connection at a request. A request is what the server
-/// answers: a simple query, or a series of messages that ends with a Sync.
+/// Stands between the store and the shared server, and cuts a connection at a request, or has it hang there. A request
+/// is what the server answers: a simple query, or a series of messages that ends with a Sync.
 class CuttingProxy
 {
 public:
@@ -21,6 +21,12 @@ public:
         BeforeRequest,
         /// The server carries the request out, and its answer is lost.
         BeforeAnswer,
+        /// The server does not get the request, and the client gets no sign of that.
+        RequestSwallowed,
+        /// The server carries the request out, and the client gets neither its answer nor a sign.
+        AnswerSwallowed,
+        /// The server gets the request after the client has given the connection up.
+        RequestLate,
     };
 
     CuttingProxy();
@@ -29,7 +35,7 @@ public:
     CuttingProxy& operator=(CuttingProxy const&) = delete;
 
     /// The URI of a profile, by way of the proxy.
-    QString Uri(QString const& profile) const;
+    QString Uri(QString const& profile, QString const& parameters = {}) const;
 
     /// Cuts the connection whose request is the `request`-th from now on, once.
     void CutAt(int request, Cut cut);
@@ -44,7 +50,8 @@ public:
 private:
     void Accept();
     void Relay(int client, int server);
-    bool PassRequests(std::string& bytes, bool& isStarted, int server);
+    bool PassRequests(std::string& bytes, bool& isStarted, int client, int server);
+    void Interfere(std::string const& request, int client, int server);
 
     QTemporaryDir _folder;
     std::atomic<int> _requests{0};
