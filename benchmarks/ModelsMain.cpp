@@ -9,20 +9,17 @@
 // memory. What a view takes alone is measured with a model that has the same text in all cells.
 
 #include "benchmarks/Failure.h"
+#include "benchmarks/FileTree.h"
+#include "benchmarks/WindowTimes.h"
 #include "database/SqliteDatabaseFactory.h"
 #include "interf/IQSqlDatabaseWrapper.h"
-#include "interf/IQSqlQueryWrapper.h"
 #include "models/FileListModel.h"
 #include "models/FolderTreeModel.h"
 #include "models/StoreWatcher.h"
 
 #include <QAbstractTableModel>
-#include <QApplication>
-#include <QEventLoop>
-#include <QFile>
 #include <QHeaderView>
 #include <QProcess>
-#include <QScrollBar>
 #include <QStringList>
 #include <QTableView>
 #include <QTemporaryDir>
@@ -33,16 +30,11 @@
 #include <algorithm>
 #include <cstdio>
 #include <functional>
-#include <initializer_list>
 #include <iterator>
 #include <memory>
-#include <random>
-#include <utility>
 #include <vector>
 
 #include <malloc.h>
-#include <time.h>
-#include <unistd.h>
 
 namespace {
 
@@ -52,169 +44,10 @@ using sync::models::FileListModel;
 using sync::models::FolderTreeModel;
 using sync::models::StoreWatcher;
 
-constexpr int FilesOfFolder = 1000;
 constexpr int WriterPauseMsec = 50;
-constexpr int Steps = 300;
 constexpr int NameColumn = 2;
 /// What a list usually shows: name, path, change, status and size.
 constexpr int ShownColumns[] = {NameColumn, 3, 7, 8, 10};
-
-/// How long something took, in milliseconds, and how much of that the thread ran.
-struct Time
-{
-    double msecs = 0;
-    double ownMsecs = 0;
-};
-
-class Stopwatch
-{
-public:
-    Time Elapsed() const
-    {
-        return {double(Now(CLOCK_MONOTONIC) - _begin) / 1e6, double(Now(CLOCK_THREAD_CPUTIME_ID) - _ownBegin) / 1e6};
-    }
-
-private:
-    static qint64 Now(clockid_t clock)
-    {
-        timespec time{};
-        ::clock_gettime(clock, &time);
-        return qint64(time.tv_sec) * 1000000000 + time.tv_nsec;
-    }
-
-    qint64 _begin = Now(CLOCK_MONOTONIC);
-    qint64 _ownBegin = Now(CLOCK_THREAD_CPUTIME_ID);
-};
-
-/// An application that records how long it takes to handle each event.
-class TimedApplication : public QApplication
-{
-public:
-    using QApplication::QApplication;
-
-    bool notify(QObject* receiver, QEvent* event) override
-    {
-        if (_depth > 0)
-            return QApplication::notify(receiver, event);
-        ++_depth;
-        Stopwatch const watch;
-        bool const result = QApplication::notify(receiver, event);
-        events.push_back(watch.Elapsed());
-        --_depth;
-        return result;
-    }
-
-    std::vector<Time> events;
-
-private:
-    int _depth = 0;
-};
-
-TimedApplication& Application()
-{
-    return *static_cast<TimedApplication*>(QCoreApplication::instance());
-}
-
-Time Longest()
-{
-    Time longest;
-    for (Time const& time : Application().events) {
-        longest.msecs = std::max(longest.msecs, time.msecs);
-        longest.ownMsecs = std::max(longest.ownMsecs, time.ownMsecs);
-    }
-    return longest;
-}
-
-void Print(QString const& what, std::vector<Time> const& times)
-{
-    Require(!times.empty(), "nothing was measured");
-    auto const print = [&](char const* kind, double Time::*part) {
-        std::vector<double> msecs;
-        msecs.reserve(times.size());
-        for (Time const& time : times)
-            msecs.push_back(time.*part);
-        std::sort(msecs.begin(), msecs.end());
-        std::printf(" %s: longest %7.2f, 99%% %7.2f, median %6.2f;",
-                    kind,
-                    msecs.back(),
-                    msecs[msecs.size() * 99 / 100],
-                    msecs[msecs.size() / 2]);
-    };
-    std::printf("%-40s", qPrintable(what));
-    print("ms", &Time::msecs);
-    print("ms running", &Time::ownMsecs);
-    std::printf(" of %zu\n", times.size());
-    static_cast<void>(std::fflush(stdout));
-}
-
-/// Handles events until the condition holds.
-void WaitFor(std::function<bool()> const& holds)
-{
-    while (!holds())
-        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
-}
-
-void HandleEventsFor(int msecs)
-{
-    QEventLoop loop;
-    QTimer::singleShot(msecs, &loop, &QEventLoop::quit);
-    loop.exec();
-}
-
-std::shared_ptr<SqliteDatabaseFactory> Open(QString const& path)
-{
-    QString error;
-    std::shared_ptr<SqliteDatabaseFactory> store = SqliteDatabaseFactory::Open(path, &error);
-    if (store == nullptr)
-        Fail(error);
-    return store;
-}
-
-void Run(SqliteDatabaseFactory& store,
-         QString const& statement,
-         std::initializer_list<std::pair<char const*, int>> values)
-{
-    auto const query = store.CreateQuery();
-    Require(query->prepare(statement), "a statement was refused");
-    for (auto const& [placeholder, value] : values)
-        query->bindValue(QString::fromLatin1(placeholder), value);
-    if (!query->exec())
-        Fail(query->lastError());
-}
-
-/// One root with folders of a thousand files each.
-void Fill(QString const& path, int files)
-{
-    std::shared_ptr<SqliteDatabaseFactory> const store = Open(path);
-    auto const transaction = store->CreateDatabase();
-    Require(transaction->transaction(), "the store cannot be filled");
-    Run(*store,
-        QStringLiteral("INSERT INTO FolderConfiguration (name, clientPath, serverPath, parentId, rootId, syncStatus) "
-                       "VALUES ('Documents', '/home/ada/Documents', '/Documents', 0, 1, 3)"),
-        {});
-    Run(*store,
-        QStringLiteral(
-            "WITH RECURSIVE n(i) AS (SELECT 0 UNION ALL SELECT i + 1 FROM n WHERE i + 1 < :count) "
-            "INSERT INTO FolderConfiguration (name, clientPath, serverPath, parentId, rootId, syncStatus) "
-            "SELECT 'Project ' || i, '/home/ada/Documents/Project ' || i, '/Documents/Project ' || i, 1, 1, 3 "
-            "FROM n"),
-        {{":count", std::max(1, files / FilesOfFolder)}});
-    Run(*store,
-        QStringLiteral(
-            "WITH RECURSIVE n(i) AS (SELECT 0 UNION ALL SELECT i + 1 FROM n WHERE i + 1 < :count) "
-            "INSERT INTO FileConfiguration (folderConfigurationId, name, clientPath, serverPath, checkSum, "
-            "createdDateTime, "
-            "lastModifiedDateTime, syncStatus, lastOperationType, size, rootFolderId, syncOption, parentFileId, "
-            "fileType, "
-            "privileges, productConfigurationId, serverFileId, serverFileVersionId, checkSumMD5) "
-            "SELECT 2 + i / 1000, name, '/home/ada/Documents/Project ' || (i / 1000) || '/' || name, "
-            "'/Documents/Project ' || (i / 1000) || '/' || name, printf('%064d', i), 1700000000000 + i, "
-            "1700000000000 + i * 7919 % 1000003, 1 + i % 97 / 48, 0, i * 7919 % 1000003, 1, 0, -1, 0, 31, -1, "
-            "'file-' || i, 'version-' || i, printf('%032d', i) "
-            "FROM (SELECT i, 'Letter ' || (i * 7919 % 1000003) || ' to the printer.odt' AS name FROM n)"),
-        {{":count", files}});
-    Require(transaction->commit(), "the store cannot be filled");
-}
 
 /// The other process: adds, removes and changes a few files in each commit.
 int Write(QString const& path, int commits)
@@ -239,47 +72,9 @@ int Write(QString const& path, int commits)
     return 0;
 }
 
-qint64 BytesInMemory()
-{
-    QFile file(QStringLiteral("/proc/self/statm"));
-    Require(file.open(QIODevice::ReadOnly), "the memory cannot be read");
-    return file.readAll().split(' ').value(1).toLongLong() * ::sysconf(_SC_PAGESIZE);
-}
-
 void PrintMemory(char const* what, qint64 before)
 {
     std::printf("%-40s %.1f MiB\n", what, double(BytesInMemory() - before) / (1024 * 1024));
-}
-
-/// Measures steps of scrolling, each until its rows have been painted with values.
-void MeasureSteps(QString const& what, QAbstractItemView& view, std::function<void(int step)> const& scroll)
-{
-    std::vector<Time> times;
-    for (int step = 0; step < Steps; ++step) {
-        Application().events.clear();
-        QTimer::singleShot(0, &view, [&] { scroll(step); });
-        HandleEventsFor(0);
-        WaitFor([&view] {
-            QModelIndex const top = view.indexAt(QPoint(2, 2));
-            return top.siblingAtColumn(0).data().isValid();
-        });
-        HandleEventsFor(0); // paints
-        times.push_back(Longest());
-    }
-    Print(what, times);
-}
-
-void MeasureScrolling(QString const& kind, QAbstractItemView& view)
-{
-    QScrollBar& bar = *view.verticalScrollBar();
-    std::mt19937 random(1); // NOLINT(cert-msc32-c,cert-msc51-cpp): the same places in every run
-    bar.setValue(0);
-    MeasureSteps(kind + QStringLiteral(": scrolling by pages"), view, [&](int) {
-        bar.triggerAction(QScrollBar::SliderPageStepAdd);
-    });
-    MeasureSteps(kind + QStringLiteral(": scrolling by jumps"), view, [&](int) {
-        bar.setValue(std::uniform_int_distribution<int>(0, bar.maximum())(random));
-    });
 }
 
 /// Measures what happens until the model has read everything.
