@@ -14,6 +14,8 @@
 #include <QDebug>
 #include <QVariantMap>
 
+#include <utility>
+
 namespace record_text_test {
 namespace {
 
@@ -54,23 +56,17 @@ TEST(RecordText, TextsAreQuoted)
     EXPECT_TRUE(RecordText(folder).contains("name=\"a\\\"b\\nc\", "_q)) << qPrintable(RecordText(folder));
 }
 
-TEST(RecordText, PasswordOfAnAccountIsHidden)
+TEST(RecordText, SecretsAreHidden)
 {
     AuthenticationConfiguration account;
-    account.setUserName("ada"_q);
     account.setPassword("Marker"_q);
-    QString const text = RecordText(account);
-    EXPECT_TRUE(text.contains("userName=\"ada\", encryptedPassword=***, "_q)) << qPrintable(text);
-    EXPECT_FALSE(text.contains("Marker"_q)) << qPrintable(text);
-}
-
-TEST(RecordText, SecretOfAProductIsHidden)
-{
     ProductConfiguration product;
     product.setConsumerSecret("Marker"_q);
-    QString const text = RecordText(product);
-    EXPECT_TRUE(text.contains("consumerSecret=***, "_q)) << qPrintable(text);
-    EXPECT_FALSE(text.contains("Marker"_q)) << qPrintable(text);
+    for (auto const& [text, hidden] : {std::pair(RecordText(account), ", encryptedPassword=***, "_q),
+                                       std::pair(RecordText(product), "consumerSecret=***, "_q)}) {
+        EXPECT_TRUE(text.contains(hidden)) << qPrintable(text);
+        EXPECT_FALSE(text.contains("Marker"_q)) << qPrintable(text);
+    }
 }
 
 TEST(RecordText, PasswordInAUrlIsHidden)
