@@ -223,20 +223,35 @@ void SortDistinctRows(Tokens const& tokens, Edits& edits)
     edits.push_back({EndOf(tokens), EndOf(tokens), order});
 }
 
+// Together these make a regular expression of a pattern that stands between them. The pattern is taken apart into sets,
+// whose parts are "^" or nothing and the members, and other characters, the third part. A set that does not end matches
+// nothing. A range whose end is smaller than its beginning is its beginning alone.
+QString const BeforePattern = QStringLiteral(R"sql((SELECT '^(?:' || string_agg(
+    CASE part[3] WHEN '*' THEN '.*' WHEN '?' THEN '.' WHEN '[' THEN '(?!)' ELSE coalesce(
+        regexp_replace(part[3], '[].+(){}|$\\^[-]', '\\\&'),
+        '[' || part[1] || (SELECT string_agg(
+            regexp_replace(left(member[1], 1), '[].+(){}|$\\^[-]', '\\\&') ||
+            CASE WHEN length(member[1]) = 3 AND left(member[1], 1) <= right(member[1], 1) COLLATE "C"
+                THEN '-' || regexp_replace(right(member[1], 1), '[].+(){}|$\\^[-]', '\\\&') ELSE '' END, '' ORDER BY place)
+            FROM regexp_matches(part[2], '[^]]-.|.', 'g') WITH ORDINALITY AS members(member, place)) || ']',
+        left(pattern, 0)) END, '' ORDER BY place) || ')$'
+    FROM (SELECT CAST()sql");
+QString const AfterPattern = QStringLiteral(R"sql( AS text) AS pattern) AS patterns
+    LEFT JOIN LATERAL regexp_matches(pattern, '\[(\^|(?!\^))(.[^]]*)\]|(.)', 'g')
+        WITH ORDINALITY AS parts(part, place) ON TRUE))sql");
+
 /// PostgreSQL has regular expressions in place of GLOB.
 void ReplaceGlob(Tokens const& tokens, Edits& edits)
 {
     for (std::size_t glob = 1; glob + 1 < tokens.size(); ++glob) {
         if (!tokens.Is(glob, "GLOB"))
             continue;
-        int const patternEnd = tokens[glob + 1].end;
-        edits.push_back({tokens[glob].begin,
+        bool const isNegated = tokens.Is(glob - 1, "NOT");
+        edits.push_back({tokens[isNegated ? glob - 1 : glob].begin,
                          tokens[glob].end,
-                         QStringLiteral("~ ('^(?:' || replace(replace(regexp_replace(regexp_replace(CAST(")});
-        edits.push_back({patternEnd,
-                         patternEnd,
-                         QStringLiteral(R"( AS text), '([.+(){}|$\\])', '\\\1', 'g'), '(?<!\[)\^', '\\^', 'g'))"
-                                        R"(, '*', '.*'), '?', '.') || ')$'))")});
+                         (isNegated ? QStringLiteral("!~ ") : QStringLiteral("~ ")) + BeforePattern});
+        int const patternEnd = tokens[glob + 1].end;
+        edits.push_back({patternEnd, patternEnd, AfterPattern});
     }
 }
 

@@ -1,4 +1,5 @@
 #include "config/FolderConfigManager.h"
+#include "database/SqliteDatabaseFactory.h"
 #include "database/StoreError.h"
 #include "database/TransactionalScope.h"
 #include "interf/IQSqlDatabaseWrapper.h"
@@ -202,6 +203,35 @@ TEST_F(PostgresConnections, ChangedRowKeepsItsPlaceInAListing)
     EXPECT_EQ(ids, (std::vector<QVariant>{1LL, 2LL, 3LL}));
 }
 
+/// The pairs of a text and a pattern that match. The patterns are "[" with up to four of the characters that sets give
+/// a meaning to.
+std::vector<QVariant> MatchesOfSets(StoreFactory& factory)
+{
+    QStringList patterns{QStringLiteral("[")};
+    for (int pattern = 0; patterns.at(pattern).size() < 5; ++pattern) {
+        for (char const character : {'a', '-', '[', ']', '^'})
+            patterns.append(patterns.at(pattern) + QLatin1Char(character));
+    }
+    QStringList rows;
+    for (QString const& pattern : qAsConst(patterns)) {
+        for (char const text : {'a', '-', ']', '^'})
+            rows.append(QStringLiteral("('%1', '%2')").arg(QLatin1Char(text)).arg(pattern));
+    }
+    return Column(factory,
+                  QStringLiteral("SELECT column1 || ' ' || column2 FROM (VALUES %1) AS pairs "
+                                 "WHERE column1 GLOB column2 ORDER BY column2, column1")
+                      .arg(rows.join(QStringLiteral(", "))));
+}
+
+TEST_F(PostgresConnections, SetsOfGlobMatchAsInSqlite)
+{
+    auto const file = SqliteDatabaseFactory::Open(folder.filePath(QStringLiteral("store.db")));
+    ASSERT_NE(file, nullptr);
+    std::vector<QVariant> const matches = MatchesOfSets(*file);
+    EXPECT_GT(matches.size(), 100U);
+    EXPECT_EQ(MatchesOfSets(*store), matches);
+}
+
 TEST_F(PostgresConnections, GlobMatchesAsInSqlite)
 {
     struct Row
@@ -220,6 +250,19 @@ TEST_F(PostgresConnections, GlobMatchesAsInSqlite)
              Row{"rat", "[abc]at", false},
              Row{"rat", "[^abc]at", true},
              Row{"f7", "f[0-9]", true},
+             Row{".", "[*]", false},
+             Row{"*", "[*]", true},
+             Row{".", "[?]", false},
+             Row{"x.y", "x[.]y", true},
+             Row{"a", "[[:alpha:]]", false},
+             Row{"p]", "[[:alpha:]]", true},
+             Row{"\\", "[\\]", true},
+             Row{"d", "[\\d]", true},
+             Row{"7", "[\\d]", false},
+             Row{"é", "[à-ü]", true},
+             Row{"né", "?é", true},
+             Row{"", "", true},
+             Row{"a", "", false},
              Row{"a+b(c){d}|$^", "a+b(c){d}|$^", true},
              Row{"aab", "a+b", false},
              Row{"back\\slash", "back\\slash", true},
