@@ -7,6 +7,7 @@
 #include <utility>
 
 #include <poll.h>
+#include <sys/socket.h>
 
 namespace sync::database {
 
@@ -181,6 +182,8 @@ Result ServerHandle::NextResult(QDeadlineTimer const& deadline)
     while (!deadline.isForever() && PQisBusy(connection) == 1 && PQsocket(connection) >= 0) {
         if (deadline.hasExpired()) {
             _isLate = _isLost = true;
+            // The server undoes what has begun and frees its locks, though this object may stay until its next use.
+            ::shutdown(PQsocket(connection), SHUT_RDWR);
             return nullptr;
         }
         pollfd socket{PQsocket(connection), POLLIN, 0};

@@ -64,8 +64,6 @@ protected:
 
     CuttingProxy proxy;
     std::shared_ptr<PostgresDatabaseFactory> store;
-
-private:
     QString const _profile = PostgresServer::NewProfile();
 };
 
@@ -80,6 +78,20 @@ TEST_F(SlowNetwork, WriteThatIsSwallowedIsToldAsLostAfterTwiceTheStatementTimeou
         << store->LastError()->text.toStdString();
     EXPECT_TRUE(AddServer(*store, "c"_q));
     EXPECT_EQ(OnServer(), (QStringList{"a"_q, "c"_q}));
+}
+
+TEST_F(SlowNetwork, LockOfATransactionThatIsGivenUpIsFreeAtOnce)
+{
+    auto const database = store->CreateDatabase();
+    ASSERT_TRUE(database->transaction());
+    ASSERT_TRUE(AddServer(*store, "a"_q));
+    proxy.CutAt(1, Cut::RequestSwallowed);
+    EXPECT_FALSE(AddServer(*store, "b"_q));
+    auto const other = PostgresDatabaseFactory::Open(PostgresServer::Shared().Uri(_profile));
+    ASSERT_NE(other, nullptr);
+    EXPECT_TRUE(AddServer(*other, "c"_q)) << "the first store has done nothing since";
+    EXPECT_FALSE(database->commit());
+    EXPECT_EQ(OnServer(), QStringList{"c"_q});
 }
 
 TEST_F(SlowNetwork, ReadWhoseAnswerIsSwallowedIsRepeated)
