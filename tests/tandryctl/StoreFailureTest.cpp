@@ -83,6 +83,16 @@ TEST(StoreFailure, TakesTheCommandsHintOnlyForOtherErrors)
     EXPECT_NE(StoreFailure(ErrorOf(StoreErrorKind::Full), "give another name"_q).hint(), "give another name"_q);
 }
 
+TEST(StoreFailure, OfACopyNamesTheTemporaryFolderForItsFaultsAlone)
+{
+    for (KindRow const& row : Kinds) {
+        Failure const failure = CopyFailure(ErrorOf(row.kind));
+        bool const isFoldersFault = row.kind == StoreErrorKind::Full || row.kind == StoreErrorKind::ReadOnly;
+        EXPECT_EQ(failure.hint(), isFoldersFault ? AdviceOnTemporaryFolder() : StoreFailure(ErrorOf(row.kind)).hint());
+        EXPECT_EQ(failure.code(), isFoldersFault ? FailureCode::StoreFailed : row.code);
+    }
+}
+
 TEST(StoreFailure, KeepsItsMessageOnOneLine)
 {
     StoreError error = ErrorOf(StoreErrorKind::Other);

@@ -7,6 +7,8 @@
 namespace tandry::carry {
 
 using sync::database::SqliteDatabaseFactory;
+using sync::database::StoreError;
+using sync::database::StoreErrorKind;
 
 Snapshot::Snapshot()
     : _folder(QDir::temp().filePath(QStringLiteral("tandry-snapshot-XXXXXX")))
@@ -14,18 +16,21 @@ Snapshot::Snapshot()
 
 Snapshot::~Snapshot() = default;
 
-std::unique_ptr<Snapshot> Snapshot::Take(SqliteDatabaseFactory& store, QString& error)
+std::unique_ptr<Snapshot> Snapshot::Take(SqliteDatabaseFactory& store, StoreError& error)
 {
     std::unique_ptr<Snapshot> snapshot(new Snapshot);
     if (!snapshot->_folder.isValid()) {
-        error = QStringLiteral("%1 cannot hold a copy of the store: %2")
-                    .arg(QDir::tempPath(), snapshot->_folder.errorString());
+        error.kind = StoreErrorKind::ReadOnly;
+        error.text = QStringLiteral("%1 cannot hold a copy of the store: %2")
+                         .arg(QDir::tempPath(), snapshot->_folder.errorString());
         return nullptr;
     }
     QString const path = snapshot->_folder.filePath(QStringLiteral("store.db"));
-    if (!store.Backup(path, &error))
+    if (!store.Backup(path)) {
+        error = store.LastError().value_or(error);
         return nullptr;
-    snapshot->_store = SqliteDatabaseFactory::Open(path, &error);
+    }
+    snapshot->_store = SqliteDatabaseFactory::Open(path, error);
     return snapshot->_store == nullptr ? nullptr : std::move(snapshot);
 }
 

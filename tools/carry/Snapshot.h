@@ -7,7 +7,8 @@
 
 namespace sync::database {
 class SqliteDatabaseFactory;
-}
+struct StoreError;
+} // namespace sync::database
 
 namespace tandry::carry {
 
@@ -16,8 +17,10 @@ namespace tandry::carry {
 class Snapshot
 {
 public:
-    /// Returns null on failure; `error` then says why.
-    static std::unique_ptr<Snapshot> Take(sync::database::SqliteDatabaseFactory& store, QString& error);
+    /// Returns null on failure; `error` then says why. Its kind is `Full` or `ReadOnly` if the temporary folder is the
+    /// reason.
+    static std::unique_ptr<Snapshot> Take(sync::database::SqliteDatabaseFactory& store,
+                                          sync::database::StoreError& error);
 
     ~Snapshot();
 

@@ -10,6 +10,7 @@
 
 namespace tandry::findings {
 
+using sync::database::StoreError;
 using sync::database::StoreErrorKind;
 
 namespace {
@@ -35,8 +36,8 @@ std::vector<Stamp> StampsOf(QString const& store)
     return stamps;
 }
 
-/// Returns null if all files were copied.
-QString CopyParts(QString const& from, QString const& to)
+/// Returns false on failure; `error` then says why.
+bool CopyParts(QString const& from, QString const& to, StoreError& error)
 {
     for (char const* part : Parts) {
         QString const target = to + QLatin1String(part);
@@ -44,12 +45,16 @@ QString CopyParts(QString const& from, QString const& to)
         QFile file(from + QLatin1String(part));
         if (!file.exists())
             continue;
-        if (!file.copy(target))
-            return file.errorString();
+        bool const isReadable = file.open(QIODevice::ReadOnly);
+        if (!isReadable || !file.copy(target)) {
+            error.kind = isReadable ? StoreErrorKind::Full : StoreErrorKind::Other;
+            error.text = file.errorString();
+            return false;
+        }
         // The copy has the rights of the file, which may be for reading only.
         QFile::setPermissions(target, QFile::ReadOwner | QFile::WriteOwner);
     }
-    return {};
+    return true;
 }
 
 } // namespace
@@ -63,16 +68,17 @@ PrivateCopy::PrivateCopy()
     : _folder(QDir::temp().filePath(QStringLiteral("tandry-copy-XXXXXX")))
 {}
 
-std::unique_ptr<PrivateCopy> PrivateCopy::Make(QString const& storePath, QString& error)
+std::unique_ptr<PrivateCopy> PrivateCopy::Make(QString const& storePath, StoreError& error)
 {
     constexpr int Attempts = 5;
-    auto const fail = [&](QString const& reason) {
-        error = QStringLiteral("%1 cannot be copied to %2: %3").arg(storePath, QDir::tempPath(), reason);
+    auto const fail = [&](StoreErrorKind kind, QString const& reason) {
+        error.kind = kind;
+        error.text = QStringLiteral("%1 cannot be copied to %2: %3").arg(storePath, QDir::tempPath(), reason);
         return nullptr;
     };
     std::unique_ptr<PrivateCopy> copy(new PrivateCopy);
     if (!copy->_folder.isValid())
-        return fail(copy->_folder.errorString());
+        return fail(StoreErrorKind::ReadOnly, copy->_folder.errorString());
     // SQLite puts log and journal beside the file that a symbolic link leads to.
     QString const store = QFileInfo(storePath).canonicalFilePath();
     for (int attempt = 0; attempt < Attempts; ++attempt) {
@@ -81,14 +87,14 @@ std::unique_ptr<PrivateCopy> PrivateCopy::Make(QString const& storePath, QString
         for (Stamp const& stamp : before)
             bytes += qMax<qint64>(stamp.size, 0);
         if (QStorageInfo(copy->_folder.path()).bytesAvailable() < bytes)
-            return fail(QStringLiteral("it needs %1 bytes there").arg(bytes));
-        QString const reason = CopyParts(store, copy->path());
-        if (!reason.isNull())
-            return fail(reason);
+            return fail(StoreErrorKind::Full, QStringLiteral("it needs %1 bytes there").arg(bytes));
+        StoreError copyError;
+        if (!CopyParts(store, copy->path(), copyError))
+            return fail(copyError.kind, copyError.text);
         if (StampsOf(store) == before)
             return copy;
     }
-    return fail(QStringLiteral("a program is writing to it"));
+    return fail(StoreErrorKind::Locked, QStringLiteral("a program is writing to it"));
 }
 
 } // namespace tandry::findings

@@ -17,8 +17,9 @@ namespace tandry::findings {
 class PrivateCopy
 {
 public:
-    /// Returns null on failure; `error` then names the file and the reason.
-    static std::unique_ptr<PrivateCopy> Make(QString const& storePath, QString& error);
+    /// Returns null on failure; `error` then names the file and the reason. Its kind is `Full` or `ReadOnly` if the
+    /// temporary folder is the reason, and `Locked` if a program is writing to the store.
+    static std::unique_ptr<PrivateCopy> Make(QString const& storePath, sync::database::StoreError& error);
 
     /// Whether a store that could not be opened for reading, for this reason, can be read from a copy.
     static bool IsNeededAfter(sync::database::StoreErrorKind reason);

@@ -18,6 +18,7 @@
 #include "tools/findings/StoreStatements.h"
 
 #include <QBuffer>
+#include <QDir>
 #include <QFile>
 #include <QSysInfo>
 #include <QTemporaryDir>
@@ -25,6 +26,8 @@
 namespace tandryctl {
 
 using sync::database::SqliteDatabaseFactory;
+using sync::database::StoreError;
+using sync::database::StoreErrorKind;
 using tandry::carry::Pseudonyms;
 using tandry::carry::RecordCounts;
 using tandry::carry::Snapshot;
@@ -75,15 +78,14 @@ class BundledStore
 public:
     BundledStore()
     {
-        QString error = _folder.errorString();
+        StoreError error;
+        error.kind = StoreErrorKind::ReadOnly;
+        error.text = QStringLiteral("%1 cannot hold the bundle: %2").arg(QDir::tempPath(), _folder.errorString());
         if (_folder.isValid())
-            _store = SqliteDatabaseFactory::Open(path(), &error);
+            _store = SqliteDatabaseFactory::Open(path(), error);
         if (_store == nullptr)
-            throw Failure(FailureCode::StoreFailed, OneLine(error), QLatin1String(UseAnotherTemporaryFolder));
+            throw CopyFailure(error);
     }
-
-    static constexpr char const* UseAnotherTemporaryFolder =
-        "name a folder with room for two copies of the store in the environment variable TMPDIR";
 
     QString path() const { return _folder.filePath(QStringLiteral("store.db")); }
     std::shared_ptr<SqliteDatabaseFactory> const& store() const { return _store; }
@@ -105,16 +107,17 @@ void Check(SqliteDatabaseFactory const& store)
 /// Fills the store, and returns the number of records.
 RecordCounts Fill(BundledStore& bundled, Session& session)
 {
-    QString error;
+    StoreError error;
     auto const snapshot = Snapshot::Take(*session.fileStore(), error);
     if (snapshot == nullptr)
-        throw Failure(FailureCode::StoreFailed, OneLine(error), QLatin1String(BundledStore::UseAnotherTemporaryFolder));
+        throw CopyFailure(error);
     Pseudonyms pseudonyms;
     Progress progress(QStringLiteral("replacing"), "records");
     auto const counts = tandry::carry::CopyWithPseudonyms(
         snapshot->store(), bundled.store(), pseudonyms, [&progress] { progress.Advance(); });
     Check(*snapshot->store());
-    Check(*bundled.store());
+    if (auto const bundledError = bundled.store()->LastError())
+        throw CopyFailure(*bundledError);
     return *counts;
 }
 

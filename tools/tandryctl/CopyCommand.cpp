@@ -4,6 +4,7 @@
 #include "Failure.h"
 #include "RecordTransfer.h"
 #include "ServerStore.h"
+#include "StoreFailure.h"
 #include "Text.h"
 
 #include <QDir>
@@ -45,7 +46,7 @@ public:
     {
         return {FailureCode::UnusableFile,
                 QStringLiteral("%1 cannot hold the records: %2").arg(QDir::tempPath(), OneLine(_file.errorString())),
-                QStringLiteral("name a folder with room for them in the environment variable TMPDIR")};
+                AdviceOnTemporaryFolder()};
     }
 
     void Rewind()

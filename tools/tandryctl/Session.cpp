@@ -28,6 +28,7 @@ using sync::database::OpenMode;
 using sync::database::OpenOptions;
 using sync::database::SqliteDatabaseFactory;
 using sync::database::StoreError;
+using sync::database::StoreErrorKind;
 using sync::database::StoreFactory;
 using tandry::findings::PrivateCopy;
 
@@ -188,27 +189,25 @@ std::shared_ptr<StoreFactory> Session::State()
             throw StoreFailure(error, {}, StorePlace::Server);
         return state.store;
     }
-    QString error;
+    StoreError error;
     _snapshot = tandry::carry::Snapshot::Take(*_fileStore, error);
     if (_snapshot == nullptr)
-        throw Failure(
-            FailureCode::StoreFailed,
-            OneLine(error),
-            QStringLiteral("name a folder with room for a copy of the store in the environment variable TMPDIR"));
+        throw CopyFailure(error);
     return _snapshot->store();
 }
 
 QString Session::_CopyForDryRun(bool exists)
 {
-    if (!_dryRun->isValid())
-        throw Failure(FailureCode::UnusableFile,
-                      QStringLiteral("the dry run has no temporary folder for its copy of the store: %1")
-                          .arg(OneLine(_dryRun->errorString())),
-                      QStringLiteral("set TMPDIR to a folder that you may write"));
+    StoreError error;
+    if (!_dryRun->isValid()) {
+        error.kind = StoreErrorKind::ReadOnly;
+        error.text =
+            QStringLiteral("%1 cannot hold a copy of the store: %2").arg(QDir::tempPath(), _dryRun->errorString());
+        throw CopyFailure(error);
+    }
     QString path = _dryRun->filePath(QStringLiteral("store.db"));
     if (!exists)
         return path;
-    StoreError error;
     auto const store =
         SqliteDatabaseFactory::Open(_storePath, error, OpenOptionsFor(StoreAccess::Read, _options.waitSeconds));
     if (!store && PrivateCopy::IsNeededAfter(error.kind)) {
@@ -218,7 +217,7 @@ QString Session::_CopyForDryRun(bool exists)
     if (!store)
         throw StoreFailure(error);
     if (!store->Backup(path))
-        throw StoreFailure(*store->LastError());
+        throw CopyFailure(*store->LastError());
     return path;
 }
 

@@ -102,6 +102,17 @@ QString AdviceOnTemporaryFolder()
     return QStringLiteral("name another folder, with enough room, in the environment variable TMPDIR");
 }
 
+Failure CopyFailure(StoreError const& error)
+{
+    switch (error.kind) {
+    case StoreErrorKind::Full:
+    case StoreErrorKind::ReadOnly: // the store itself is only read
+        return {FailureCode::StoreFailed, OneLine(error.text), AdviceOnTemporaryFolder()};
+    default:
+        return StoreFailure(error);
+    }
+}
+
 Failure WithLockHolders(Failure const& failure, QString const& storePath)
 {
     if (IsOnServer(storePath))

@@ -101,18 +101,17 @@ public:
 
 void OpenCopy(OpenedStore& opened, StoreErrorKind reason)
 {
-    QString error;
+    StoreError error;
     opened.copy = PrivateCopy::Make(opened.path, error);
     if (opened.copy == nullptr) {
-        Words::DescribeFailedCopy(opened, reason, error);
+        Words::DescribeFailedCopy(opened, reason, error.text);
         return;
     }
     OpenOptions options;
     options.mode = OpenMode::OpenExisting;
-    StoreError openError;
-    opened.store = SqliteDatabaseFactory::Open(opened.copy->path(), openError, options);
+    opened.store = SqliteDatabaseFactory::Open(opened.copy->path(), error, options);
     if (opened.store == nullptr)
-        Words::DescribeFailure(opened, openError);
+        Words::DescribeFailure(opened, error);
     else
         opened.remarks.append(Words::RemarkOnCopy(reason));
 }
