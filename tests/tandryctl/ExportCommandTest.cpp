@@ -201,6 +201,12 @@ TEST_F(ExportCommandTest, ReadsAStoreThatAnotherProgramWritesOrAnOlderOneAndChan
     EXPECT_EQ(tandry::test::ReadFile(At("older.db")), before);
 }
 
+TEST_F(ExportCommandTest, DashIsStandardOutputAsItIsStandardInputOfAnImport)
+{
+    EXPECT_EQ(RunSuccessfully({"export"_q, "-"_q}), RunSuccessfully({"export"_q}));
+    EXPECT_FALSE(QFile::exists("-"_q));
+}
+
 TEST_F(ExportCommandTest, LeavesNothingInTheTemporaryFolder)
 {
     MakeDirectory("tmp"_q);

@@ -62,7 +62,7 @@ ExitStatus RunExport(Session& session, Arguments const& arguments)
     QStringList const records = RecordsOf(arguments);
     std::unique_ptr<NewFile> file;
     StandardOutput standardOutput;
-    if (arguments.file)
+    if (arguments.file && *arguments.file != QLatin1String("-"))
         file = std::make_unique<NewFile>(*arguments.file);
 
     QIODevice& device = file ? file->device() : standardOutput;
@@ -85,7 +85,7 @@ void AddExportCommand(Command& top)
 {
     auto const arguments = std::make_shared<Arguments>();
     top.Add("export", "Write the records to a file that another store can import")
-        .OptionalArgument("FILE", arguments->file, "The new file; standard output without it")
+        .OptionalArgument("FILE", arguments->file, "The new file; standard output without it, or for -")
         .Option("--only",
                 arguments->only,
                 "KINDS",
