@@ -10,7 +10,6 @@
 #include "support/FolderContents.h"
 #include "support/QtPrinters.h"
 #include "support/Queries.h"
-#include "support/RawStore.h"
 
 #include <gtest/gtest.h>
 
@@ -22,9 +21,7 @@ namespace {
 
 using namespace sync::config;
 using namespace sync::interf;
-using sync::database::JournalMode;
-using sync::database::OpenOptions;
-using sync::database::SqliteDatabaseFactory;
+using sync::database::StoreFactory;
 
 /// Ids of rows in the script's store.
 constexpr int RootId = 1;
@@ -185,7 +182,9 @@ ProductConfiguration Product(char const* key)
     return product;
 }
 
-void Fill(Managers& managers)
+} // namespace
+
+void FillScriptStore(Managers& managers)
 {
     auto const addFolder = [&](FolderConfiguration folder) { EXPECT_TRUE(managers.folders->Add(folder)); };
     auto const addFile = [&](FileConfiguration file) { EXPECT_TRUE(managers.files->Add(file)); };
@@ -221,8 +220,6 @@ void Fill(Managers& managers)
     addFile(Base(At("/base")));
     WriteFile(At("/linked"), "a link leads here");
 }
-
-} // namespace
 
 std::vector<ReadingOperation> const& ReadingOperations()
 {
@@ -475,7 +472,7 @@ std::vector<WritingOperation> const& WritingOperations()
         {"IFileConfigManager::RemoveGeneratedFileConfigurationsByRootFolderId",
          [](Managers& m, auto&) { return m.files->RemoveGeneratedFileConfigurationsByRootFolderId(RootId); }},
         {"IFileConfigManager::RemoveGeneratedFileConfigurationsByRootFolderIdAndSyncStatus",
-         [](Managers& m, SqliteDatabaseFactory& store) {
+         [](Managers& m, StoreFactory& store) {
              EXPECT_FALSE(m.files->RemoveGeneratedFileConfigurationsByRootFolderIdAndSyncStatus(
                  RootId, FileSyncStatusNotSynced));
              return !store.LastError();
@@ -558,72 +555,41 @@ std::vector<WritingOperation> const& WritingOperations()
     return operations;
 }
 
-namespace {
-
-/// Returns a statement that selects a key and all columns of each row of each table.
-QString const& RowStatement()
+testing::AssertionResult MatchesOutcome(WritingOperation const& operation,
+                                        OperationOutcome const& outcome,
+                                        RowTexts const& before,
+                                        RowTexts const& after,
+                                        RowTexts const& found)
 {
-    static QString const statement = [] {
-        QTemporaryDir folder;
-        QString const path = folder.filePath(QStringLiteral("store.db"));
-        WriteFile(path, ScriptStore(JournalMode::Rollback));
-        RawStore raw(path);
-        QStringList statements;
-        for (auto const& table : raw.Rows(QStringLiteral(
-                 "SELECT name FROM sqlite_schema WHERE type = 'table' AND name NOT LIKE 'sqlite%' ORDER BY name"))) {
-            QString const name = table.value(0).toString();
-            QStringList columns;
-            for (auto const& column : raw.Rows(QStringLiteral("SELECT name FROM pragma_table_info('%1')").arg(name)))
-                columns.append(QStringLiteral("quote(%1)").arg(column.value(0).toString()));
-            statements.append(QStringLiteral("SELECT '%1 ' || id, %2 FROM %1")
-                                  .arg(name, columns.join(QStringLiteral(" || ',' || "))));
-        }
-        return statements.join(QStringLiteral(" UNION ALL "));
-    }();
-    return statement;
+    if (!outcome.answer && !outcome.hasError)
+        return testing::AssertionFailure() << "false without an error";
+    if (operation.failing == Failing::AllOrNothing && outcome.isUnknown && Same(after, found, "kept"))
+        return testing::AssertionSuccess();
+    if (operation.failing == Failing::AllOrNothing || (outcome.succeeded() && !outcome.hasError))
+        return Same(outcome.succeeded() ? after : before, found, outcome.succeeded() ? "succeeded" : "failed");
+
+    // Writes before the failure stay, so each row is as before or as after the operation.
+    for (QString const& key : before.keys() + after.keys() + found.keys()) {
+        bool const mayBeAnother = operation.failing == Failing::PartsAndMore && !before.contains(key);
+        bool const isAsBefore = found.contains(key) == before.contains(key) && found[key] == before[key];
+        bool const isAsAfter = found.contains(key) == after.contains(key) && found[key] == after[key];
+        if (!isAsBefore && !isAsAfter && !mayBeAnother)
+            return testing::AssertionFailure()
+                   << key.toStdString() << " is neither as before nor as after: " << found[key].toStdString();
+    }
+    return testing::AssertionSuccess();
 }
 
-} // namespace
-
-RowTexts RowsOf(SqliteDatabaseFactory& store)
+testing::AssertionResult Same(RowTexts const& expected, RowTexts const& found, char const* what)
 {
-    RowTexts rows;
-    auto const query = Prepared(store, RowStatement());
-    EXPECT_TRUE(query->exec()) << query->lastError().toStdString();
-    while (query->next())
-        rows.insert(query->value(0).toString(), query->value(1).toString());
-    return rows;
-}
-
-RowTexts RowsOnDisk(QString const& path)
-{
-    RawStore raw(path);
-    EXPECT_EQ(raw.Value(QStringLiteral("PRAGMA integrity_check")).toString(), QStringLiteral("ok"));
-    RowTexts rows;
-    for (auto const& row : raw.Rows(RowStatement()))
-        rows.insert(row.value(0).toString(), row.value(1).toString());
-    return rows;
-}
-
-QByteArray const& ScriptStore(JournalMode journalMode)
-{
-    auto const make = [](JournalMode mode) {
-        QTemporaryDir folder;
-        QString const path = folder.filePath(QStringLiteral("store.db"));
-        OpenOptions options;
-        options.journalMode = mode;
-        {
-            auto const store = SqliteDatabaseFactory::Open(path, nullptr, options);
-            Managers managers(store);
-            Fill(managers);
-            EXPECT_FALSE(store->LastError());
-        }
-        RawStore(path).Run(QStringLiteral("UPDATE AuthenticationConfiguration SET encryptedPassword = 'of old'"));
-        return ReadFile(path);
-    };
-    static QByteArray const withLog = make(JournalMode::WriteAheadLog);
-    static QByteArray const withJournal = make(JournalMode::Rollback);
-    return journalMode == JournalMode::WriteAheadLog ? withLog : withJournal;
+    for (QString const& key : expected.keys() + found.keys()) {
+        QString const wanted = expected.value(key, QStringLiteral("no row"));
+        QString const is = found.value(key, QStringLiteral("no row"));
+        if (is != wanted)
+            return testing::AssertionFailure() << what << ": " << key.toStdString() << " is " << is.toStdString()
+                                               << " instead of " << wanted.toStdString();
+    }
+    return testing::AssertionSuccess();
 }
 
 } // namespace tandry::test

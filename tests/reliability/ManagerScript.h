@@ -1,14 +1,14 @@
 #pragma once
 
 #include "config/Managers.h"
-#include "database/SqliteDatabaseFactory.h"
+#include "database/StoreFactory.h"
 
-#include <QByteArray>
+#include <gtest/gtest.h>
+
 #include <QMap>
 #include <QString>
 #include <QStringList>
 
-#include <memory>
 #include <vector>
 
 namespace tandry::test {
@@ -42,7 +42,7 @@ struct WritingOperation
 {
     char const* name;
     /// Runs the operation and returns its result; if that is always the same, whether the store has no error.
-    bool (*run)(Managers&, sync::database::SqliteDatabaseFactory&);
+    bool (*run)(Managers&, sync::database::StoreFactory&);
     Failing failing = Failing::AllOrNothing;
     bool usesStore = true;
 };
@@ -51,14 +51,32 @@ struct WritingOperation
 std::vector<ReadingOperation> const& ReadingOperations();
 std::vector<WritingOperation> const& WritingOperations();
 
+/// Adds the rows that the operations are for to an empty store: a few pages of a file, with one listing that needs
+/// several of them.
+void FillScriptStore(Managers& managers);
+
 /// The rows of all tables as texts, by table and id.
 using RowTexts = QMap<QString, QString>;
-/// Reads the rows through the store.
-RowTexts RowsOf(sync::database::SqliteDatabaseFactory& store);
-/// Reads the rows of a closed store with SQLite. Fails the test if the file is damaged.
-RowTexts RowsOnDisk(QString const& path);
 
-/// Returns the file of a store with rows for the operations: a few pages, with one listing that needs several of them.
-QByteArray const& ScriptStore(sync::database::JournalMode journalMode);
+/// The result of an operation that may have failed.
+struct OperationOutcome
+{
+    bool answer = false;
+    bool hasError = false;
+    bool commitFailed = false;
+    bool isUnknown = false;
+
+    bool succeeded() const { return answer && !commitFailed; }
+};
+
+/// Compares the rows in the store with the result of an operation.
+testing::AssertionResult MatchesOutcome(WritingOperation const& operation,
+                                        OperationOutcome const& outcome,
+                                        RowTexts const& before,
+                                        RowTexts const& after,
+                                        RowTexts const& found);
+
+/// Compares rows, and names the first that differs; `what` goes in front.
+testing::AssertionResult Same(RowTexts const& expected, RowTexts const& found, char const* what);
 
 } // namespace tandry::test

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "reliability/ManagerScript.h"
+#include "reliability/ScriptStore.h"
 #include "support/FolderContents.h"
 #include "support/QtPrinters.h"
 #include "support/Queries.h"
@@ -105,54 +106,7 @@ protected:
         return RowsOnDisk(StorePath());
     }
 
-    /// The result of an operation that may have failed.
-    struct Outcome
-    {
-        bool answer = false;
-        bool hasError = false;
-        bool commitFailed = false;
-        bool isUnknown = false;
-
-        bool succeeded() const { return answer && !commitFailed; }
-    };
-
-    /// Compares the rows in the store with the result of an operation.
-    static testing::AssertionResult MatchesOutcome(WritingOperation const& operation,
-                                                   Outcome const& outcome,
-                                                   RowTexts const& before,
-                                                   RowTexts const& after,
-                                                   RowTexts const& found)
-    {
-        if (!outcome.answer && !outcome.hasError)
-            return testing::AssertionFailure() << "false without an error";
-        if (operation.failing == Failing::AllOrNothing && outcome.isUnknown && Same(after, found, "kept"))
-            return testing::AssertionSuccess();
-        if (operation.failing == Failing::AllOrNothing || (outcome.succeeded() && !outcome.hasError))
-            return Same(outcome.succeeded() ? after : before, found, outcome.succeeded() ? "succeeded" : "failed");
-
-        // Writes before the failure stay, so each row is as before or as after the operation.
-        for (QString const& key : before.keys() + after.keys() + found.keys()) {
-            bool const mayBeAnother = operation.failing == Failing::PartsAndMore && !before.contains(key);
-            bool const isAsBefore = found.contains(key) == before.contains(key) && found[key] == before[key];
-            bool const isAsAfter = found.contains(key) == after.contains(key) && found[key] == after[key];
-            if (!isAsBefore && !isAsAfter && !mayBeAnother)
-                return testing::AssertionFailure()
-                       << key.toStdString() << " is neither as before nor as after: " << found[key].toStdString();
-        }
-        return testing::AssertionSuccess();
-    }
-
-    static testing::AssertionResult Same(RowTexts const& expected, RowTexts const& found, char const* what)
-    {
-        for (QString const& key : expected.keys() + found.keys()) {
-            QString const wanted = expected.value(key, QStringLiteral("no row"));
-            QString const is = found.value(key, QStringLiteral("no row"));
-            if (is != wanted)
-                return testing::AssertionFailure() << what << ": " << key.toStdString() << " is " << is.toStdString()
-                                                   << " instead of " << wanted.toStdString();
-        }
-        return testing::AssertionSuccess();
-    }
+    using Outcome = OperationOutcome;
 
     /// Adds a row, to show that the store works.
     void Probe()
