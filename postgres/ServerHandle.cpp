@@ -177,7 +177,7 @@ QDeadlineTimer ServerHandle::AnswerDeadline() const
 Result ServerHandle::NextResult(QDeadlineTimer const& deadline)
 {
     // With encryption there may be an answer though the socket has no more bytes.
-    constexpr qint64 LongestWaitMsec = 100;
+    constexpr qint64 longestWaitMsec = 100;
     PGconn* const connection = _connection.get();
     while (!deadline.isForever() && PQisBusy(connection) == 1 && PQsocket(connection) >= 0) {
         if (deadline.hasExpired()) {
@@ -187,7 +187,7 @@ Result ServerHandle::NextResult(QDeadlineTimer const& deadline)
             return nullptr;
         }
         pollfd socket{PQsocket(connection), POLLIN, 0};
-        ::poll(&socket, 1, static_cast<int>(std::min(deadline.remainingTime(), LongestWaitMsec)));
+        ::poll(&socket, 1, static_cast<int>(std::min(deadline.remainingTime(), longestWaitMsec)));
         if (PQconsumeInput(connection) != 1)
             break; // the next call tells the reason
     }
