@@ -192,6 +192,40 @@ TEST_F(ToolOnServer, WatchPrintsTheChangesOfAProfile)
     EXPECT_TRUE(watching.waitForFinished(TimeoutMsec));
 }
 
+TEST_F(ToolOnServer, NoticesAreSwitchedAndShown)
+{
+    OnServer({"init"_q});
+    auto const shown = [this](char const* state) {
+        return QStringLiteral("notices of commits to '%1' are %2\n").arg(name, QString::fromUtf8(state));
+    };
+    auto const triggers = [this] {
+        return ServerRawStore(uri)
+            .Value(QStringLiteral("SELECT count(*) FROM pg_trigger t JOIN pg_class c ON c.oid = tgrelid WHERE NOT "
+                                  "tgisinternal AND relnamespace = 'tandry_%1'::regnamespace")
+                       .arg(profile))
+            .toInt();
+    };
+    EXPECT_EQ(OnServer(Words("notices show")), shown("off"));
+    EXPECT_EQ(OnServer(Words("notices on")), shown("on"));
+    EXPECT_EQ(OnServer(Words("notices on")), shown("on"));
+    EXPECT_EQ(OnServer(Words("notices show")), shown("on"));
+    EXPECT_GT(triggers(), 0);
+    EXPECT_TRUE(OnServer(Words("notices show --json")).contains("\"notices\":true"_q));
+    EXPECT_EQ(OnServer(Words("notices off")), shown("off"));
+    EXPECT_EQ(OnServer(Words("notices show")), shown("off"));
+    EXPECT_EQ(triggers(), 0);
+}
+
+TEST_F(ToolOnServer, NoticesAreNotForFiles)
+{
+    Init();
+    for (char const* command : {"notices on", "notices off", "notices show"}) {
+        RunResult const ran = RunOn(StorePath(), Words(command));
+        EXPECT_EQ(ran.status, 2) << command;
+        EXPECT_TRUE(ran.err.contains("files need no notices"_q)) << ran.err.toStdString();
+    }
+}
+
 // Passwords.
 
 TEST_F(ToolOnServer, PasswordOnTheCommandLineIsRefusedAndOneInTheEnvironmentIsTakenAndNeverShown)

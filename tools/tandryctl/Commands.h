@@ -22,6 +22,7 @@ void AddFolderCommands(Command& top);
 void AddFileCommands(Command& top);
 void AddScanCommand(Command& top);
 void AddListCommands(Command& top);
+void AddNoticesCommands(Command& top);
 void AddPathCommands(Command& top);
 void AddServerCommands(Command& top);
 void AddAccountCommands(Command& top);

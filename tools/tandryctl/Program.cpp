@@ -34,6 +34,7 @@ void DeclareCommands(CommandLine& commandLine)
     AddStatusCommands(top);
     AddSqlCommand(top);
     AddWatchCommand(top);
+    AddNoticesCommands(top);
     AddPathCommands(top);
     AddExplainCommand(top);
     AddServerCommands(top);

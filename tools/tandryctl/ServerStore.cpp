@@ -12,6 +12,7 @@ namespace tandryctl {
 
 using sync::database::OpenOptions;
 using sync::database::StoreError;
+using sync::database::StoreFactory;
 
 namespace {
 
@@ -61,6 +62,11 @@ ServerStore OpenOnServer(QString const& uri, OpenOptions const& options, StoreEr
 ServerStore OpenStateOnServer(QString const& uri, StoreError& error)
 {
     return Module().openState(uri, error);
+}
+
+bool SetNoticesOnServer(StoreFactory& profile, bool on)
+{
+    return Module().setNotices(profile, on);
 }
 
 } // namespace tandryctl

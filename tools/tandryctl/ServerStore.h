@@ -36,4 +36,7 @@ OpenOnServer(QString const& uri, sync::database::OpenOptions const& options, syn
 /// Opens a profile for reading as it is at this moment: it does not show what is written meanwhile.
 ServerStore OpenStateOnServer(QString const& uri, sync::database::StoreError& error);
 
+/// Switches the notices of a profile. Returns false on failure.
+bool SetNoticesOnServer(sync::database::StoreFactory& profile, bool on);
+
 } // namespace tandryctl

@@ -5,6 +5,7 @@
 using sync::database::OpenOptions;
 using sync::database::PostgresDatabaseFactory;
 using sync::database::StoreError;
+using sync::database::StoreFactory;
 
 namespace tandryctl {
 
@@ -25,11 +26,17 @@ ServerStore OpenState(QString const& uri, StoreError& error)
     return Named(PostgresDatabaseFactory::OpenState(uri, error));
 }
 
+/// All stores of the module have this factory.
+bool SetNotices(StoreFactory& profile, bool on)
+{
+    return static_cast<PostgresDatabaseFactory&>(profile).SetNotices(on);
+}
+
 } // namespace
 
 } // namespace tandryctl
 
 tandryctl::ServerModule TandryctlServerModule()
 {
-    return {PostgresDatabaseFactory::HasPassword, tandryctl::Open, tandryctl::OpenState};
+    return {PostgresDatabaseFactory::HasPassword, tandryctl::Open, tandryctl::OpenState, tandryctl::SetNotices};
 }

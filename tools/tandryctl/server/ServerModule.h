@@ -15,6 +15,7 @@ struct ServerModule
                         sync::database::OpenOptions const& options,
                         sync::database::StoreError& error);
     ServerStore (*openState)(QString const& uri, sync::database::StoreError& error);
+    bool (*setNotices)(sync::database::StoreFactory& profile, bool on);
 };
 
 } // namespace tandryctl
