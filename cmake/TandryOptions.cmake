@@ -41,11 +41,15 @@ if(PROJECT_IS_TOP_LEVEL)
   if(CMAKE_CXX_COMPILER_ID MATCHES "Clang")
     add_compile_options(-Wno-gnu-zero-variadic-macro-arguments) # Qt's logging macros
   endif()
-  if(CMAKE_UNITY_BUILD)
-    # Among sources that are compiled at once the first ones count as headers, and their names reach into the next ones. The
-    # preset dev compiles each source alone, with these warnings.
-    add_compile_options(-Wno-subobject-linkage -Wno-shadow)
-  endif()
+endif()
+# The preset dev compiles each source alone, with the warnings that this takes away: among sources that are compiled at once
+# the first ones count as headers, and their names reach into the next ones.
+macro(tandry_join_sources)
+  set(CMAKE_UNITY_BUILD ON)
+  add_compile_options(-Wno-shadow $<$<CXX_COMPILER_ID:GNU>:-Wno-subobject-linkage>)
+endmacro()
+if(CMAKE_UNITY_BUILD)
+  tandry_join_sources()
 endif()
 if(TANDRY_WARNINGS_AS_ERRORS)
   add_compile_options(-Werror)
