@@ -90,7 +90,8 @@ public:
 
     /// Sets the action. It gets a session whose store was opened as `access` says.
     void Run(StoreAccess access, std::function<ExitStatus(Session&)> action);
-    /// The same for a command whose options decide how the store is opened. One that may write must call `DryRun`.
+    /// The same for a command whose options decide how the store is opened, but without --dry-run. One that may write
+    /// to a file must call `DryRun`.
     void Run(std::function<StoreAccess()> access, std::function<ExitStatus(Session&)> action);
 
 private:

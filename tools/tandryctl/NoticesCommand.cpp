@@ -56,6 +56,7 @@ ExitStatus Show(Session& session)
 
 void AddNoticesCommands(Command& top)
 {
+    // These have no --dry-run, which tries a command on the copy of a file.
     Command notices = top.Add("notices", "Have a profile on a server tell of commits");
     notices.Add("on", "Switch the notices on, for all clients")
         .Remark(
@@ -63,10 +64,10 @@ void AddNoticesCommands(Command& top)
             "and commits wait for each other. Any user of the database can hear the names of the tables that\n"
             "are written to. Only the profile's owner can switch.")
         .Example("--store postgresql://db.example/tandry?tandry_profile=ada notices on", "of Ada's profile")
-        .Run(StoreAccess::Write, [](Session& session) { return Switch(session, true); });
+        .Run([] { return StoreAccess::Write; }, [](Session& session) { return Switch(session, true); });
     notices.Add("off", "Switch them off")
         .Example("--store postgresql://db.example/tandry?tandry_profile=ada notices off", "of Ada's profile")
-        .Run(StoreAccess::Write, [](Session& session) { return Switch(session, false); });
+        .Run([] { return StoreAccess::Write; }, [](Session& session) { return Switch(session, false); });
     notices.Add("show", "Show whether they are on")
         .Example("--store postgresql://db.example/tandry?tandry_profile=ada notices show", "of Ada's profile")
         .Run(StoreAccess::Read, Show);
