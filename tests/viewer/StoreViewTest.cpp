@@ -33,7 +33,9 @@ protected:
 
     void Show()
     {
-        view = std::make_unique<StoreView>(OpenForViewing(StorePath()));
+        auto const opened = OpenForViewing(StorePath());
+        ASSERT_NE(opened.store, nullptr) << opened.reason.toStdString();
+        view = std::make_unique<StoreView>(opened);
         roots = Find<QTableView>(*view, "Roots"_q);
         folders = Find<QTreeView>(*view, "Folders"_q);
         files = Find<QTableView>(*view, "Files"_q);

@@ -4,8 +4,9 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QStorageInfo>
 
+#include <filesystem>
+#include <system_error>
 #include <vector>
 
 namespace tandry::findings {
@@ -25,6 +26,14 @@ struct Stamp
 
     bool operator==(Stamp const& other) const { return size == other.size && modified == other.modified; }
 };
+
+/// What a folder has room for, or no limit if nobody tells; the copying tells then. QStorageInfo knows only what the
+/// list of mounts has, which in a changed root has nothing.
+quint64 AvailableBytes(QString const& folder)
+{
+    std::error_code error;
+    return std::filesystem::space(QFile::encodeName(folder).toStdString(), error).available; // all bits on failure
+}
 
 std::vector<Stamp> StampsOf(QString const& store)
 {
@@ -86,7 +95,7 @@ std::unique_ptr<PrivateCopy> PrivateCopy::Make(QString const& storePath, StoreEr
         qint64 bytes = 0;
         for (Stamp const& stamp : before)
             bytes += qMax<qint64>(stamp.size, 0);
-        if (QStorageInfo(copy->_folder.path()).bytesAvailable() < bytes)
+        if (AvailableBytes(copy->_folder.path()) < quint64(bytes))
             return fail(StoreErrorKind::Full, QStringLiteral("it needs %1 bytes there").arg(bytes));
         StoreError copyError;
         if (!CopyParts(store, copy->path(), copyError))
