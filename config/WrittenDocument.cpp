@@ -21,7 +21,7 @@ bool BelongsToName(ushort unit)
 
 /// How many units the character of XML takes that begins here; 0 if none does. Line feeds and tabs are the caller's,
 /// and a carriage return is none, as XML has readers make a line feed of it. A program may have Qt's documents drop
-/// invalid characters, which to them are all that take two units.
+/// invalid characters, which to those of most Qts are all that take two units.
 int UnitsOfCharacter(ushort const* at, ushort const* end)
 {
     if (*at < 0x20 || *at > 0xFFFD)

@@ -336,9 +336,10 @@ TEST_F(NameValueProperties, LoseTheCharactersThatTheProgramHasQtDrop)
     QString const text = Write({{"k"_q, "a\U0001F4C4b"_q}});
     QDomImplementation::setInvalidDataPolicy(QDomImplementation::DropInvalidChars);
     Properties const properties = Read(text);
+    // Most of Qt 5 takes all characters of two units for invalid, and the last ones of 5.15 do not.
+    QString const kept = QDomDocument().createTextNode("a\U0001F4C4b"_q).data();
     QDomImplementation::setInvalidDataPolicy(QDomImplementation::AcceptInvalidChars);
-    // To Qt 5, all characters that take two units are invalid.
-    EXPECT_EQ(properties, (Properties{{"k"_q, QT_VERSION_MAJOR == 5 ? "ab"_q : "a\U0001F4C4b"_q}}));
+    EXPECT_EQ(properties, (Properties{{"k"_q, kept}}));
     EXPECT_EQ(Read(text), (Properties{{"k"_q, "a\U0001F4C4b"_q}}));
 }
 
