@@ -5,6 +5,7 @@
 #include "config/FolderConfiguration.h"
 #include "config/RecordColumns.h"
 #include "support/RawStore.h"
+#include "tools/tandryctl/Text.h"
 
 #include <QFile>
 #include <QJsonDocument>
@@ -432,6 +433,68 @@ TEST_F(ListCommandsTest, TableFitsTheTerminal)
     }
     EXPECT_TRUE(RunOnScreen(onStore + command + QStringList{"--width"_q, "0"_q}, {40, {}}).out.contains(name));
     EXPECT_FALSE(RunSuccessfully(command + QStringList{"--width"_q, "40"_q}).contains(name));
+}
+
+TEST_F(ListCommandsTest, EveryListingFitsANarrowTerminal)
+{
+    Sql("INSERT INTO ServerConfiguration (alias, davUrl, webServiceUrl) VALUES ('Company', "
+        "'https://files.example.org/',"
+        " 'https://services.example.org/');"
+        "INSERT INTO AuthenticationConfiguration (domain, userName, serverId) VALUES ('example.org', 'ada.lovelace', "
+        "1);"
+        "INSERT INTO ProductConfiguration (name, consumerKey, serverId) VALUES ('Synchroniser', 'a-long-key', 1);"
+        "INSERT INTO FolderConfiguration (id, name, clientPath, serverPath, parentId, rootId, authenticationId,"
+        " syncStatus) VALUES (1, 'Documents', '/home/ada/Documents', '/documents', 0, 1, 1, 2);"
+        "INSERT INTO FileConfiguration (clientPath, name, size, syncStatus, lastModifiedDateTime) VALUES"
+        " ('/home/ada/Documents/summer.txt', 'summer.txt', 123456, 2, 1719828000123);"
+        "INSERT INTO Schedules (folderConfigurationId, startTime, expireTime, syncScheduleType, syncInterval)"
+        " VALUES (1, 1719828000000, 1719828000000, 2, 15);"_q);
+    QVector<QStringList> const listings{{"list"_q, "roots"_q},
+                                        {"list"_q, "folders"_q},
+                                        {"list"_q, "files"_q},
+                                        {"list"_q, "files"_q, "--utc"_q},
+                                        {"list"_q, "schedules"_q},
+                                        {"server"_q, "list"_q},
+                                        {"account"_q, "list"_q},
+                                        {"product"_q, "list"_q}};
+    for (QStringList const& listing : listings) {
+        for (int const columns : {40, 60, 80}) {
+            RunResult const ran = RunOnScreen(onStore + listing, {columns, {"NO_COLOR=1"_q}});
+            EXPECT_EQ(ran.status, 0);
+            for (QString const& line : ran.out.split("\r\n"_q)) {
+                bool const isNote = line.startsWith("tandryctl: "_q);
+                EXPECT_TRUE(isNote || tandryctl::DisplayWidth(line) <= columns) << line.toStdString();
+            }
+        }
+    }
+}
+
+TEST_F(ListCommandsTest, TableThatIsTooWideShortensTimesAndThenLeavesItsLastColumnsOut)
+{
+    Sql("INSERT INTO FileConfiguration (clientPath, size, syncStatus, lastModifiedDateTime)"
+        " VALUES ('/home/ada/Documents/summer.txt', 123456, 2, 1719828000123);"_q);
+    QStringList const command = onStore + QStringList{"list"_q, "files"_q, "--utc"_q};
+    auto const lines = [&](int columns) {
+        return RunOnScreen(command, {columns, {"NO_COLOR=1"_q}}).out.split("\r\n"_q);
+    };
+    EXPECT_EQ(lines(90).at(1), "2 not synced   1  /home/ada/Documents/summer.txt  2024-07-01T10:00:00.123Z  123456"_q);
+    EXPECT_TRUE(lines(66).at(1).endsWith("  2024-07-01T10:00:00.123Z  123456"_q)) << lines(66).at(1).toStdString();
+    EXPECT_TRUE(lines(60).at(1).endsWith("  2024-07-01T10:00  123456"_q)) << lines(60).at(1).toStdString();
+    EXPECT_TRUE(lines(50).at(1).endsWith("  2024-07-01  123456"_q)) << lines(50).at(1).toStdString();
+
+    QStringList const narrow = lines(40);
+    EXPECT_EQ(narrow.at(1), "2 not synced   1  /home/ada/…/summer.txt"_q);
+    EXPECT_EQ(narrow.at(2),
+              "tandryctl: the table is too wide for lastModifiedDateTime and size; --width 0 shows all columns"_q);
+    QString const chosen =
+        RunOnScreen(command + QStringList{"--columns"_q, "syncStatus,lastModifiedDateTime,size,id"_q},
+                    {20, {"NO_COLOR=1"_q}})
+            .out;
+    EXPECT_TRUE(chosen.contains("2 not synced  2024-07-01  123456   1"_q)) << chosen.toStdString();
+    EXPECT_FALSE(RunOnScreen(command + QStringList{"--quiet"_q}, {40, {"NO_COLOR=1"_q}}).out.contains("too wide"_q));
+    EXPECT_EQ(Run({"list"_q, "files"_q, "--utc"_q, "--width"_q, "40"_q}).out.count(QLatin1Char('\n')), 2);
+    EXPECT_TRUE(RunSuccessfully({"list"_q, "files"_q, "--utc"_q}).contains("  2024-07-01T10:00:00.123Z  123456\n"_q))
+        << "where there is no terminal";
 }
 
 TEST_F(ListCommandsTest, NamesThatDifferInTheirUnicodeFormLookDifferent)

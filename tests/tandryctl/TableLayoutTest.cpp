@@ -6,6 +6,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 using namespace tandryctl;
 using namespace tandry::test;
 
@@ -102,6 +104,50 @@ TEST(TableLayout, NamesOfColumnsGiveWayBeforeTextsBecomeUnreadable)
     QStringList const lines = LaidOut(columns, {{"1234567"_q, QString(50, QLatin1Char('x'))}}, 40);
     EXPECT_EQ(lines.at(0), "folder…ationId  path"_q);
     EXPECT_EQ(DisplayWidth(lines.at(1)), 40);
+}
+
+TEST(TableLayout, LastColumnsThatMayBeLeftOutAreLeftOutOneByOne)
+{
+    QVector<TableLayout::Column> const columns{
+        {"a"_q, CellWidth::Full, 0, true}, {"b"_q, CellWidth::Full, 0, true}, {"c"_q, CellWidth::Full, 0, true}};
+    auto const leftOut = [&](int width) {
+        TableLayout layout(columns, width);
+        layout.Measure(RowOf({"12345"_q, "1234"_q, "123"_q}));
+        EXPECT_EQ(layout.LeftOut(), QStringList()) << "as long as nothing is printed";
+        layout.Fit();
+        EXPECT_LE(DisplayWidth(layout.Line(RowOf({"12345"_q, "1234"_q, "123"_q}))), std::max(width, 5));
+        return layout.LeftOut();
+    };
+    EXPECT_EQ(leftOut(16), QStringList());
+    EXPECT_EQ(leftOut(15), QStringList{"c"_q});
+    EXPECT_EQ(leftOut(11), QStringList{"c"_q});
+    EXPECT_EQ(leftOut(10), QStringList({"b"_q, "c"_q}));
+    EXPECT_EQ(leftOut(1), QStringList({"b"_q, "c"_q})) << "one column stays";
+}
+
+TEST(TableLayout, ColumnsBeforeOneThatMustStayAreNotLeftOut)
+{
+    QVector<TableLayout::Column> const columns{
+        {"a"_q, CellWidth::Full, 0, true}, {"b"_q, CellWidth::Full, 0, true}, {"c"_q, CellWidth::Full}};
+    EXPECT_EQ(LaidOut(columns, {{"12345"_q, "1234"_q, "123"_q}}, 10).at(1), "12345  1234  123"_q);
+}
+
+TEST(TableLayout, TimesAreShortenedToTheMinuteAndThenToTheDay)
+{
+    QVector<TableLayout::Column> const columns{{"time"_q, CellWidth::Full}, {"path"_q, CellWidth::MayBeShortened}};
+    TableRow const row{{"2024-07-01T10:00:00.123Z"_q, false, Style::None, true}, {QString(50, QLatin1Char('x'))}};
+    auto const lineOf = [&](int width) {
+        TableLayout layout(columns, width);
+        layout.Measure(row);
+        layout.Fit();
+        return layout.Line(row);
+    };
+    EXPECT_TRUE(lineOf(76).startsWith("2024-07-01T10:00:00.123Z  "_q));
+    EXPECT_EQ(lineOf(38), "2024-07-01T10:00:00.123Z  xxxxx…xxxxxx"_q) << "texts give way first";
+    EXPECT_EQ(lineOf(37), "2024-07-01T10:00  xxxxxxxxx…xxxxxxxxx"_q) << "and get the room that times leave";
+    EXPECT_EQ(lineOf(30), "2024-07-01T10:00  xxxxx…xxxxxx"_q);
+    EXPECT_EQ(lineOf(29), "2024-07-01  xxxxxxxx…xxxxxxxx"_q);
+    EXPECT_EQ(lineOf(20), "2024-07-01  xxxxx…xxxxxx"_q) << "no further";
 }
 
 TEST(TableLayout, TableThatFitsIsNotChanged)

@@ -66,6 +66,7 @@ Columns<Record> PrintedColumns(Columns<Record> const& columns, ListOptions const
         for (int const position : ColumnsNamed(*options.columns, NamesOf(columns))) {
             printed.append(columns.at(position));
             printed.last().shown = Shown::Always;
+            printed.last().mayBeLeftOut = false;
         }
         return printed;
     }

@@ -35,6 +35,11 @@ bool IsNumber(QVariant const& value)
     return value.userType() == QMetaType::Int || value.userType() == QMetaType::LongLong;
 }
 
+bool IsTime(QVariant const& value)
+{
+    return value.userType() == QMetaType::QDateTime;
+}
+
 } // namespace
 
 QString CellText(QVariant const& value, Clock clock)
@@ -131,6 +136,7 @@ void Output::_AddRow(QVector<QVariant> const& values, QVector<Style> const& styl
     }
     if (isFirst) {
         _layout.Fit();
+        _leftOut = _layout.LeftOut();
         PrintLine(_layout.Header(_plain.headingStyle()));
     }
     PrintLine(_layout.Line(_TableRow(values, styles)));
@@ -141,7 +147,10 @@ TableRow Output::_TableRow(QVector<QVariant> const& values, QVector<Style> const
     TableRow row;
     row.reserve(values.size());
     for (int i = 0; i < values.size(); ++i)
-        row.append({CellText(values.at(i), _plain.clock), IsNumber(values.at(i)), styles.value(i, Style::None)});
+        row.append({CellText(values.at(i), _plain.clock),
+                    IsNumber(values.at(i)),
+                    styles.value(i, Style::None),
+                    IsTime(values.at(i))});
     return row;
 }
 

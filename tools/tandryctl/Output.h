@@ -7,6 +7,7 @@
 
 #include <QIODevice>
 #include <QString>
+#include <QStringList>
 #include <QVariant>
 #include <QVector>
 
@@ -85,6 +86,8 @@ struct Column
     /// What a value stands out for; null if none does.
     Style (*style)(QVariant const& value) = nullptr;
     CellWidth cellWidth = CellWidth::Full;
+    /// Whether a table that is too wide may leave the column out, if it is the last one.
+    bool mayBeLeftOut = false;
 };
 
 template <class Record>
@@ -135,7 +138,7 @@ public:
         for (Column<Record> const& column : columns) {
             if (_format == OutputFormat::Json || column.shown == Shown::Always) {
                 shown.append(column);
-                headings.append({column.name, column.cellWidth});
+                headings.append({column.name, column.cellWidth, 0, column.mayBeLeftOut});
             }
         }
         QVector<QVariant> values(shown.size());
@@ -173,6 +176,11 @@ public:
         if (rows == 0)
             ListNothing();
     }
+
+    /// Returns the names of the columns that the last table has left out because it was too wide.
+    QStringList const& leftOut() const { return _leftOut; }
+    /// Notes such columns of a table that a command has laid out itself.
+    void SetLeftOut(QStringList const& columns) { _leftOut = columns; }
 
     /// Prints a listing without rows: an empty array in JSON, nothing in plain format.
     void ListNothing();
@@ -247,6 +255,7 @@ private:
     TableLayout _layout;
     QVector<Key> _keys;
     qint64 _rows = 0;
+    QStringList _leftOut;
     bool _failed = false;
     QByteArray _buffer;
 };

@@ -47,6 +47,7 @@ Columns<Record> TableColumns(Names always, PropertiesPrinted properties = Proper
         columns.last().names = tandry::findings::NamesOfValues<Record>(column.name());
         if (column.kind() == ColumnKind::Text)
             columns.last().cellWidth = CellWidth::MayBeShortened;
+        columns.last().mayBeLeftOut = column.name() != QLatin1String("clientPath");
     }
     return columns;
 }
@@ -141,6 +142,7 @@ Columns<FileRows::Row> FileRowColumns(Columns<FileConfiguration> const& columns)
         ofRows.last().names = column.names;
         ofRows.last().style = column.style;
         ofRows.last().cellWidth = column.cellWidth;
+        ofRows.last().mayBeLeftOut = column.mayBeLeftOut;
     }
     return ofRows;
 }

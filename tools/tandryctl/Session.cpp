@@ -294,6 +294,11 @@ void Session::Flush()
 {
     if (!_output.Flush() || !_stdout.Settle())
         throw _stdout.failure();
+    if (_output.leftOut().isEmpty())
+        return;
+    PrintNote(QStringLiteral("the table is too wide for %1; --width 0 shows all columns")
+                  .arg(JoinWithAnd(_output.leftOut())));
+    _output.SetLeftOut({});
 }
 
 void Session::_ThrowIfStoreFailed(QString const& hintForOther)

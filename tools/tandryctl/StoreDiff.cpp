@@ -41,7 +41,7 @@ QVector<TableLayout::Column> TableColumns()
     return {{QStringLiteral("change"), CellWidth::Full, int(longestChange.size())},
             {QStringLiteral("kind"), CellWidth::Full, int(longestKind.size())},
             {QStringLiteral("name"), CellWidth::MayBeShortened},
-            {QStringLiteral("columns"), CellWidth::MayBeShortened}};
+            {QStringLiteral("columns"), CellWidth::MayBeShortened, 0, true}};
 }
 
 TableRow RowOf(RecordDifference const& difference)
@@ -108,6 +108,7 @@ ExitStatus DiffStores(Session& session, QString const& otherStore)
         output.PrintText(QLatin1String(count == 0 ? "[]\n" : "\n]\n"));
     else
         output.PrintText(table.End());
+    output.SetLeftOut(table.LeftOut());
     if (count > 0)
         return ExitStatus::NothingFound;
     output.PrintLine(QStringLiteral("the stores have the same records"));

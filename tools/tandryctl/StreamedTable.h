@@ -21,6 +21,8 @@ public:
     QString Add(TableRow const& row);
     /// Returns the lines that are left; nothing if there was no row.
     QString End();
+    /// Returns the names of the columns that do not fit, once the widths are known.
+    QStringList LeftOut() const { return _layout.LeftOut(); }
 
 private:
     QString _Release();

@@ -3,6 +3,7 @@
 #include "Style.h"
 
 #include <QString>
+#include <QStringList>
 #include <QVector>
 
 #include <optional>
@@ -24,6 +25,8 @@ struct TableCell
     /// Numbers are never shortened.
     bool isNumber = false;
     Style style = Style::None;
+    /// A time in ISO 8601 may be shortened to the minute or the day.
+    bool isTime = false;
 };
 
 using TableRow = QVector<TableCell>;
@@ -45,6 +48,8 @@ public:
         CellWidth cellWidth = CellWidth::Full;
         /// The width of the widest cell that is to be expected, for rows that are not measured.
         int expected = 0;
+        /// Whether the column may be left out of a table that is too wide, if it is the last one.
+        bool mayBeLeftOut = false;
     };
 
     /// The number of terminal columns to fit into; nothing for any number.
@@ -53,8 +58,11 @@ public:
     /// Takes a row into account. Columns of numbers and empty cells alone are aligned to the right.
     void Measure(TableRow const& row);
 
-    /// Decides on the widths.
+    /// Decides on the widths, and on the columns that are left out.
     void Fit();
+
+    /// Returns the names of the columns that do not fit.
+    QStringList LeftOut() const;
 
     /// Returns the names of the columns as a line.
     QString Header(Style style = Style::None) const;
@@ -66,20 +74,27 @@ private:
     {
         QString name;
         CellWidth cellWidth;
+        bool mayBeLeftOut;
         /// The width of the widest cell, and of the widest one that others are aligned with.
         int widest = 0;
         int aligned = 0;
         bool hasNumbers = false;
         bool hasTexts = false;
+        bool hasTimes = false;
         int width = 0;
 
         bool isNumeric() const { return hasNumbers && !hasTexts; }
         bool mayBeShortened() const { return cellWidth == CellWidth::MayBeShortened && !isNumeric(); }
     };
 
+    /// Narrows the columns as far as they may be, where the table is too wide.
+    void _Narrow();
+    bool _IsTooWide() const;
     QString _Cell(MeasuredColumn const& column, TableCell const& cell) const;
 
     QVector<MeasuredColumn> _columns;
+    /// The columns that are not left out.
+    int _shown = 0;
     std::optional<int> _width;
 };
 
