@@ -119,9 +119,9 @@ build_preset() {
     cmake --build --preset "$preset" "$@" >&2
 }
 
-# Configures build/dev with the store on PostgreSQL, and with these options. The build folder keeps them.
-configure_with_postgres() {
-    cmake --preset dev -DTANDRY_BUILD_POSTGRES=ON "$@" >&2
+# Configures build/dev with these options, which the build folder keeps.
+configure_dev() {
+    cmake --preset dev "$@" >&2
 }
 
 # Configures build/release with these options and builds a target of it. A build folder that is there keeps its other

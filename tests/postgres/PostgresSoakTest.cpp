@@ -281,9 +281,10 @@ TEST_F(PostgresSoak, SwitchOverLosesWhatTheStandbyHasNotReceivedIfCommitsDoNotWa
     ASSERT_NE(store, nullptr);
     ASSERT_TRUE(AddServer(*store, "does not wait"_q));
     EXPECT_EQ(CountServers(*store), 2);
+    // The standby starts only when the primary can send it nothing any more.
+    servers.primary.Crash();
     servers.standby.Start();
     ASSERT_EQ(servers.Problem(), QString());
-    servers.primary.Crash();
     servers.SwitchOver();
     EXPECT_EQ(ServersOf(servers.StandbyUri()), QStringList{"waits"_q});
     EXPECT_EQ(CountServers(*store), 1) << "the store goes on with the standby";
