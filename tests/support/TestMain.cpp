@@ -8,6 +8,8 @@
 
 #include <gmock/gmock.h>
 
+#include <csignal>
+
 #include <unistd.h>
 
 // The test programs don't wait for the disk. What one process has written every other one sees, also when the first was
@@ -25,6 +27,8 @@ extern "C" Q_DECL_EXPORT int fdatasync(int)
 int main(int argc, char** argv)
 {
     testing::InitGoogleMock(&argc, argv);
+    // A job in the background of a shell ignores an interrupt, and so would the programs that the tests interrupt.
+    std::signal(SIGINT, SIG_DFL);
     // Windows get neither a screen nor a graphics card.
     qputenv("QT_QPA_PLATFORM", "offscreen");
     qputenv("QT_QUICK_BACKEND", "software");
