@@ -28,7 +28,7 @@ int main(int argc, char** argv)
 {
     testing::InitGoogleMock(&argc, argv);
     // A job in the background of a shell ignores an interrupt, and so would the programs that the tests interrupt.
-    std::signal(SIGINT, SIG_DFL);
+    static_cast<void>(std::signal(SIGINT, SIG_DFL));
     // Windows get neither a screen nor a graphics card.
     qputenv("QT_QPA_PLATFORM", "offscreen");
     qputenv("QT_QUICK_BACKEND", "software");
