@@ -143,14 +143,19 @@ constexpr char const* From[] = {"FROM"};
 constexpr char const* Order[] = {"ORDER"};
 constexpr char const* AfterOrder[] = {"LIMIT", "OFFSET", "FETCH", "FOR"};
 /// With one of these a SELECT does not return the rows of a table one by one.
-constexpr char const* Combining[] = {
-    "GROUP", "HAVING", "WINDOW", "UNION", "INTERSECT", "EXCEPT", "LIMIT", "OFFSET", "FETCH", "FOR"};
+constexpr char const* Combining[] = {"GROUP", "HAVING", "WINDOW", "UNION", "INTERSECT", "EXCEPT"};
 
 using Edits = std::vector<Edit>;
 
 int EndOf(Tokens const& tokens)
 {
     return tokens[tokens.size() - 1].end;
+}
+
+/// Where an order belongs in a SELECT that has none.
+int PlaceOfOrder(Tokens const& tokens)
+{
+    return tokens[tokens.Find(AfterOrder) - 1].end;
 }
 
 /// Whether the first column of a SELECT is a row's id.
@@ -204,7 +209,7 @@ void SortById(Tokens const& tokens, Edits& edits)
     if (!tokens.Is(0, "SELECT") || tokens.Find(Order) != tokens.size() || tokens.Find(Combining) != tokens.size())
         return;
     if (SelectsIdFirst(tokens))
-        edits.push_back({EndOf(tokens), EndOf(tokens), QStringLiteral(" ORDER BY 1")});
+        edits.push_back({PlaceOfOrder(tokens), PlaceOfOrder(tokens), QStringLiteral(" ORDER BY 1")});
 }
 
 /// Distinct rows have no id; in SQLite they come in the order of the index.
@@ -220,7 +225,7 @@ void SortDistinctRows(Tokens const& tokens, Edits& edits)
         if (tokens[index].depth == 0 && tokens.Is(index, ","))
             order += QStringLiteral(", %1 NULLS FIRST").arg(++column);
     }
-    edits.push_back({EndOf(tokens), EndOf(tokens), order});
+    edits.push_back({PlaceOfOrder(tokens), PlaceOfOrder(tokens), order});
 }
 
 // Together these make a regular expression of a pattern that stands between them. The pattern is taken apart into sets,
@@ -262,8 +267,9 @@ void ReturnId(Tokens const& tokens, Edits& edits)
         edits.push_back({EndOf(tokens), EndOf(tokens), QStringLiteral(" RETURNING id")});
 }
 
+/// Where two add text at one place, that of the first one comes first.
 constexpr void (*Rules[])(Tokens const&, Edits&) = {
-    ReplaceEmptyList, SortNullFirst, SortById, SortDistinctRows, ReplaceGlob, ReturnId};
+    ReplaceEmptyList, ReplaceGlob, SortNullFirst, SortById, SortDistinctRows, ReturnId};
 
 std::vector<QString> NumberPlaceholders(Tokens const& tokens, Edits& edits)
 {

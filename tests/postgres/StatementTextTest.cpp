@@ -61,7 +61,7 @@ TEST(StatementTexts, SelectWithoutAnOrderGoesById)
     EXPECT_EQ(Rewritten("SELECT SC.id, SC.alias FROM s AS SC JOIN a ON a.b = SC.id"),
               "SELECT SC.id, SC.alias FROM s AS SC JOIN a ON a.b = SC.id ORDER BY 1");
     EXPECT_EQ(Rewritten("SELECT count(*) FROM t"), "SELECT count(*) FROM t");
-    EXPECT_EQ(Rewritten("SELECT id FROM t LIMIT 1"), "SELECT id FROM t LIMIT 1");
+    EXPECT_EQ(Rewritten("SELECT id FROM t LIMIT 1 OFFSET 2"), "SELECT id FROM t ORDER BY 1 LIMIT 1 OFFSET 2");
     EXPECT_EQ(Rewritten("SELECT identity FROM t"), "SELECT identity FROM t");
 }
 
@@ -69,6 +69,8 @@ TEST(StatementTexts, DistinctRowsGoByTheirColumns)
 {
     EXPECT_EQ(Rewritten("SELECT DISTINCT domain, userName FROM t"),
               "SELECT DISTINCT domain, userName FROM t ORDER BY 1 NULLS FIRST, 2 NULLS FIRST");
+    EXPECT_EQ(Rewritten("SELECT DISTINCT domain FROM t LIMIT 1"),
+              "SELECT DISTINCT domain FROM t ORDER BY 1 NULLS FIRST LIMIT 1");
 }
 
 TEST(StatementTexts, InsertReturnsTheId)
@@ -116,6 +118,9 @@ TEST(StatementTexts, GlobBecomesARegularExpressionOfThePattern)
         AllOf(StartsWith("SELECT a FROM t WHERE a ~ (SELECT "), HasSubstr("CAST( $1 AS text)"), EndsWith(") LIMIT 1")));
     EXPECT_THAT(Rewritten("SELECT a FROM t WHERE a NOT GLOB 'x*'"),
                 AllOf(StartsWith("SELECT a FROM t WHERE a !~ (SELECT "), HasSubstr("CAST( 'x*' AS text)")));
+    EXPECT_THAT(Rewritten("SELECT id FROM t WHERE a GLOB :p"), EndsWith(" ON TRUE) ORDER BY 1"));
+    EXPECT_THAT(Rewritten("SELECT id FROM t WHERE a GLOB :p LIMIT 1"), EndsWith(" ON TRUE) ORDER BY 1 LIMIT 1"));
+    EXPECT_THAT(Rewritten("SELECT a FROM t ORDER BY a GLOB 'x*'"), EndsWith(" ON TRUE) NULLS FIRST"));
 }
 
 TEST(StatementTexts, StatementWithANullCharacterIsRefused)
