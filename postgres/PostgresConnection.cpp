@@ -120,29 +120,25 @@ Failure PostgresConnection::Write(StatementText const& statement, BoundValues co
         return failure;
     if (Failure failure = transaction().CheckWritable())
         return failure;
-    if (!transaction().isOpen()) {
-        if (TransactionalScope::Depth() == 0)
-            return WriteAlone(statement, values, result);
-        if (Failure failure = transaction().BeginScope(*_handle, shared_from_this()))
-            return failure;
-    }
+    if (!transaction().isOpen())
+        return WriteFirst(statement, values, result);
     Failure failure = _handle->Run(statement, values, result);
     if (failure)
         LoseTransactionWithConnection(*failure);
     return failure;
 }
 
-/// Also waits for the other writers of the profile.
-Failure PostgresConnection::WriteAlone(StatementText const& statement, BoundValues const& values, Result& result)
+/// The first statement of a scope, or one outside of all, which is committed at once. Waits for the other writers of
+/// the profile.
+Failure PostgresConnection::WriteFirst(StatementText const& statement, BoundValues const& values, Result& result)
 {
-    if (Failure failure = _handle->Begin())
+    qint64 const changesBefore = _handle->changes();
+    if (Failure failure = _handle->BeginWith(statement, values, result))
         return failure;
-    Failure failure = _handle->Run(statement, values, result);
-    if (failure)
-        _handle->RollBack();
-    else
-        failure = _handle->Commit();
-    return failure;
+    if (TransactionalScope::Depth() == 0)
+        return _handle->Commit();
+    transaction().JoinScope(*_handle, changesBefore, shared_from_this());
+    return {};
 }
 
 Failure PostgresConnection::SetNotices(bool on)

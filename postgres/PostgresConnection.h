@@ -36,7 +36,7 @@ private:
     std::shared_ptr<StatementText const> TextOf(QString const& text, QString& words);
     Failure Read(StatementText const& statement, BoundValues const& values, Result& result);
     Failure Write(StatementText const& statement, BoundValues const& values, Result& result);
-    Failure WriteAlone(StatementText const& statement, BoundValues const& values, Result& result);
+    Failure WriteFirst(StatementText const& statement, BoundValues const& values, Result& result);
     void LoseTransactionWithConnection(StoreError const& error);
 
     /// Kept alive by the base.

@@ -20,6 +20,7 @@ bool PostgresQuery::prepare(QString const& statement)
     finish();
     _result.reset();
     _values.clear();
+    _nextBound = 0;
     _bindFailures.clear();
     _prepareFailure = {};
     _lastError.clear();
@@ -44,12 +45,14 @@ void PostgresQuery::bindValue(QString const& placeholder, QVariant const& value)
                                        [&](auto const& failure) { return failure.first == placeholder; }),
                         _bindFailures.end());
     auto const& names = _statement->placeholders();
-    auto const found = std::find(names.begin(), names.end(), placeholder);
+    // Most values are bound in the order of their placeholders.
+    if (_nextBound >= names.size() || names[_nextBound] != placeholder)
+        _nextBound = static_cast<std::size_t>(std::find(names.begin(), names.end(), placeholder) - names.begin());
     QString words;
-    if (found == names.end())
+    if (_nextBound == names.size())
         words = QStringLiteral("the statement has no placeholder %1");
     else
-        _values[static_cast<std::size_t>(found - names.begin())] = ToServer(value, words);
+        _values[_nextBound++] = ToServer(value, words);
     if (!words.isEmpty()) {
         QString const text =
             _connection->postgresStore().address().name + QStringLiteral(": ") + words.arg(placeholder);

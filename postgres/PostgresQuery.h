@@ -38,6 +38,8 @@ private:
     std::shared_ptr<PostgresConnection> _connection;
     std::shared_ptr<StatementText const> _statement;
     BoundValues _values;
+    /// The number of the placeholder that is probably bound next.
+    std::size_t _nextBound = 0;
     Result _result;
     /// Before the first row at -1.
     int _row = -1;

@@ -32,7 +32,7 @@ Failure PostgresStore::Open()
     PostgresSchema schema(handle, _address);
     if (Failure failure = schema.Open(_options.mode))
         return failure;
-    if (Failure failure = handle.ApplySettings()) // the schema may be new
+    if (Failure failure = handle.ReadServer()) // the schema may be new
         return failure;
     if (Failure failure = schema.FindDateTimes(_dateTimes))
         return failure;

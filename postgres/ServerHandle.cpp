@@ -23,6 +23,14 @@ constexpr std::size_t Capacity = 160;
 constexpr int LongestText = 4096;
 constexpr char const* LongStatement = "long";
 
+constexpr char const* BeginTransaction = "BEGIN ISOLATION LEVEL READ COMMITTED READ WRITE";
+/// A prepared statement that takes the lock of the profile's writers, whose second key is its argument. The second
+/// column is the transaction's number.
+constexpr char const* LockWriters = "lock_writers";
+constexpr char const* SetSavepoint = "SAVEPOINT tandry";
+constexpr char const* DropSavepoint = "RELEASE SAVEPOINT tandry";
+constexpr char const* GoBackToSavepoint = "ROLLBACK TO SAVEPOINT tandry";
+
 /// A server that has not answered after this multiple of its `statement_timeout` cannot be reached.
 constexpr int AnswerFactor = 2;
 constexpr int MillisecondsPerSecond = 1000;
@@ -37,6 +45,12 @@ constexpr std::pair<char const*, char const*> DeadConnectionRules[] = {
 
 std::atomic<int> limit{32};
 std::atomic<int> openHandles{0};
+
+/// Of a prepared statement.
+QByteArray NameOf(int number)
+{
+    return 't' + QByteArray::number(number);
+}
 
 bool IsGood(PGresult const* result)
 {
@@ -105,34 +119,53 @@ Failure ServerHandle::Open()
                                name() +
                                    QStringLiteral(": no connection to the server (%1)").arg(QString::fromUtf8(reason)));
     }
-    PQsetNoticeProcessor(
-        _connection.get(), [](void*, char const*) {}, nullptr);
+    PQsetNoticeReceiver(
+        _connection.get(),
+        [](void* handle, PGresult const* notice) {
+            if (qstrcmp(PQresultErrorField(notice, PG_DIAG_SEVERITY_NONLOCALIZED), "WARNING") == 0)
+                static_cast<ServerHandle*>(handle)->_hasWarned = true;
+        },
+        this);
     _answerLimitMsec = _address.Value("connect_timeout").toLongLong() * MillisecondsPerSecond;
-    return ApplySettings();
+    return ReadServer(Settings());
 }
 
-Failure ServerHandle::ApplySettings()
+QByteArray ServerHandle::Settings() const
 {
     bool const isReadOnly = _options.mode == OpenMode::ReadOnly;
-    QByteArray const schema = Quoted(_address.schema);
     // A lock timeout of 0 would wait for ever.
     QByteArray settings =
-        "SET search_path TO " + schema + ", pg_temp;SET lock_timeout TO " +
+        "SET search_path TO " + Quoted(_address.schema) + ", pg_temp;SET lock_timeout TO " +
         QByteArray::number(std::max(_options.busyTimeoutMsec, 1)) +
         ";SET default_transaction_isolation TO 'read committed';SET default_transaction_read_only TO " +
         (isReadOnly ? "on" : "off") +
-        ";SET standard_conforming_strings TO on;SET extra_float_digits TO 1;SET bytea_output TO hex;";
+        ";SET standard_conforming_strings TO on;SET extra_float_digits TO 1;SET bytea_output TO hex;"
+        "SET client_min_messages TO warning;";
     // Else a server would keep the lock of a client whose machine is gone for two hours.
     for (auto const& [keyword, setting] : DeadConnectionRules)
         settings += QByteArray("SET ") + setting + " TO " +
                     QByteArray::number(std::max(_address.Value(keyword).toInt(), 0)) + ';';
-    settings += "SELECT current_setting('synchronous_commit'), oid, CASE WHEN pg_is_in_recovery() THEN '' ELSE "
-                "left(pg_walfile_name(pg_current_wal_lsn()), 8) END, CAST(1000 * extract(epoch FROM "
-                "CAST(current_setting('statement_timeout') AS interval)) AS bigint) FROM (SELECT 1) one LEFT JOIN "
-                "pg_catalog.pg_namespace ON nspname = " +
-                Literal(_address.schema);
+    return settings + "PREPARE " + LockWriters + "(integer) AS SELECT pg_advisory_xact_lock(" +
+           QByteArray::number(WritersLock) + ", $1), pg_current_xact_id();";
+}
+
+Failure ServerHandle::ReadServer()
+{
+    return ReadServer({});
+}
+
+Failure ServerHandle::ReadServer(QByteArray const& settings)
+{
     Result result;
-    if (Failure failure = Execute(settings, result))
+    Failure failure =
+        Execute(settings +
+                    "SELECT current_setting('synchronous_commit'), oid, CASE WHEN pg_is_in_recovery() THEN '' ELSE "
+                    "left(pg_walfile_name(pg_current_wal_lsn()), 8) END, CAST(1000 * extract(epoch FROM "
+                    "CAST(current_setting('statement_timeout') AS interval)) AS bigint) FROM (SELECT 1) one LEFT JOIN "
+                    "pg_catalog.pg_namespace ON nspname = " +
+                    Literal(_address.schema),
+                result);
+    if (failure)
         return failure;
     _synchronousCommit = PQgetvalue(result.get(), 0, 0);
     _schema = QByteArray(PQgetvalue(result.get(), 0, 1)).toUInt();
@@ -143,7 +176,9 @@ Failure ServerHandle::ApplySettings()
 
 Failure ServerHandle::HoldState()
 {
-    return Execute("BEGIN ISOLATION LEVEL REPEATABLE READ READ ONLY;SELECT 1"); // the first query takes the snapshot
+    _savepoint = Savepoint::Fresh;
+    return Execute(QByteArray("BEGIN ISOLATION LEVEL REPEATABLE READ READ ONLY;SELECT 1;") + // takes the snapshot
+                   SetSavepoint);
 }
 
 bool ServerHandle::isUsable() const
@@ -234,34 +269,69 @@ Failure ServerHandle::TakeNotices(QSet<QByteArray>& names)
 }
 
 /// Each statement of the transaction sees what was committed before it; but all who write hold the lock until they have
-/// committed, so nothing of others is committed meanwhile.
+/// committed, so nothing of others is committed meanwhile. The savepoint comes behind the lock: to go back to it must
+/// not free the lock.
 Failure ServerHandle::Begin()
 {
-    Result result;
-    Failure failure = Execute("BEGIN ISOLATION LEVEL READ COMMITTED READ WRITE;SELECT pg_advisory_xact_lock(" +
-                                  QByteArray::number(WritersLock) + ", " +
-                                  QByteArray::number(static_cast<qint32>(_schema)) + ");SELECT pg_current_xact_id()",
-                              result);
+    std::vector<Result> results;
+    QString const noStatement;
+    Failure failure = RunBehind(BeginAndLock(), {Sending(SetSavepoint), ServerMessage::Show, noStatement}, results);
     if (failure)
         RollBack();
     else
-        _transaction = PQgetvalue(result.get(), 0, 0);
+        NoteBegun(*results[1], Savepoint::Fresh);
     return failure;
+}
+
+/// A failure of the first statement undoes the whole transaction, in which there was nothing before.
+Failure ServerHandle::BeginWith(StatementText const& statement, BoundValues const& values, Result& result)
+{
+    Place place;
+    if (Failure failure = Prepare(statement, place))
+        return failure;
+    std::vector<Result> results;
+    Failure failure = RunBehind(BeginAndLock(), RunningOf(statement, values, place), results);
+    if (failure) {
+        RollBack();
+        return failure;
+    }
+    NoteBegun(*results[1], Savepoint::None);
+    result = std::move(results.back());
+    CountChanges(statement, result);
+    return {};
+}
+
+void ServerHandle::NoteBegun(PGresult const& locked, Savepoint savepoint)
+{
+    _transaction = PQgetvalue(&locked, 0, 1);
+    _savepoint = savepoint;
 }
 
 Failure ServerHandle::Commit()
 {
-    Result result;
-    Failure failure = Execute("COMMIT", result);
+    Failure failure = CommitOnce();
     if (failure && failure->kind == StoreErrorKind::ConnectionLost)
         return SettleCommit();
-    // The server answers a commit that it could not make with a rollback.
-    if (!failure && qstrcmp(PQcmdStatus(result.get()), "COMMIT") != 0)
-        failure = MakeServerError(ServerState::RolledBack,
-                                  name() + QStringLiteral(": the server rolled the transaction back"));
     if (failure)
         RollBack();
     return failure;
+}
+
+Failure ServerHandle::CommitOnce()
+{
+    _hasWarned = false;
+    Result result;
+    if (Failure failure = Execute("COMMIT", result))
+        return failure;
+    // The server answers a commit that it could not make with a rollback.
+    if (qstrcmp(PQcmdStatus(result.get()), "COMMIT") != 0)
+        return MakeServerError(ServerState::RolledBack,
+                               name() + QStringLiteral(": the server rolled the transaction back"));
+    if (_hasWarned)
+        return MakeServerError(ServerState::Unknown,
+                               name() + QStringLiteral(": the commit is on the server, which was told to stop waiting "
+                                                       "for its standbys; a switch-over to one may lose it"));
+    return {};
 }
 
 Failure ServerHandle::SettleCommit()
@@ -269,7 +339,8 @@ Failure ServerHandle::SettleCommit()
     Close(); // leaves its place to the next one
     ServerHandle next(_address, _options);
     std::optional<bool> hasCommitted;
-    if (!next.Open() && next._schema == _schema && next._timeline == _timeline)
+    if (!next.Open() && next._schema == _schema && next._timeline == _timeline &&
+        next._synchronousCommit == _synchronousCommit)
         hasCommitted = next.HasCommitted(_transaction);
     if (!hasCommitted)
         return MakeServerError(ServerState::Unknown,
@@ -284,17 +355,24 @@ Failure ServerHandle::SettleCommit()
 }
 
 /// Nothing if the server does not tell.
+///
+/// A server that was restarted, or was told to stop waiting for its standbys, shows a commit that none of them has. So
+/// a commit of this handle follows, which waits for them as the other one should have; and the log is sent in its
+/// order.
 std::optional<bool> ServerHandle::HasCommitted(QByteArray const& transaction)
 {
     // Whoever has the lock of the writers knows that the transaction has ended.
     if (Begin())
         return std::nullopt;
     Result result;
-    Failure const failure = Execute("SELECT pg_xact_status('" + transaction + "')", result);
+    Failure failure = Execute("SELECT pg_xact_status('" + transaction + "')", result);
     QByteArray const status = failure ? QByteArray() : QByteArray(PQgetvalue(result.get(), 0, 0));
+    if (status == "committed") {
+        failure = Execute("UPDATE tandry_version SET version = version"); // a commit without a write does not wait
+        if (!failure && !CommitOnce())
+            return true;
+    }
     RollBack();
-    if (status == "committed")
-        return true;
     if (status == "aborted")
         return false;
     return std::nullopt;
@@ -307,64 +385,66 @@ void ServerHandle::RollBack() noexcept
         static_cast<void>(Execute("ROLLBACK"));
 }
 
-ServerHandle::Place ServerHandle::PlaceOf(StatementText const& statement)
+ServerHandle::Place ServerHandle::PlaceOf(StatementText const& statement) const
 {
     if (statement.text().size() > LongestText)
-        return {LongStatement, _longText == statement.text()};
-    auto const found = _prepared.find(statement.text());
-    if (found != _prepared.end())
-        return {found->second, true};
-    return {"t" + QByteArray::number(++_lastName), false};
+        return {LongStatement, _longStatement == statement.number()};
+    return {NameOf(statement.number()), _prepared.count(statement.number()) > 0};
 }
 
 void ServerHandle::NotePrepared(StatementText const& statement, Place const& place)
 {
     if (place.name == LongStatement)
-        _longText = statement.text();
+        _longStatement = statement.number();
     else
-        _prepared.emplace(statement.text(), place.name);
+        _prepared.insert(statement.number());
 }
 
 Failure ServerHandle::Prepare(StatementText const& statement)
 {
-    Place const place = PlaceOf(statement);
+    Place place;
+    return Prepare(statement, place);
+}
+
+Failure ServerHandle::Prepare(StatementText const& statement, Place& place)
+{
+    place = PlaceOf(statement);
     if (place.isPrepared)
         return {};
     if (_prepared.size() >= Capacity) {
-        if (Failure failure = Execute("DEALLOCATE ALL"))
+        QByteArray drop;
+        for (int const number : _prepared)
+            drop += "DEALLOCATE " + NameOf(number) + ';';
+        if (Failure failure = Execute(drop))
             return failure;
         _prepared.clear();
-        _longText.clear();
     }
-    if (place.name == LongStatement && !_longText.isEmpty()) {
+    if (place.name == LongStatement && _longStatement != 0) {
         if (Failure failure = Execute(QByteArray("DEALLOCATE ") + LongStatement))
             return failure;
-        _longText.clear();
+        _longStatement = 0;
     }
+    auto const send = [&] {
+        return PQsendPrepare(_connection.get(), place.name.constData(), statement.serverText().constData(), 0, nullptr);
+    };
     Result result;
-    Failure failure = RunCommand(
-        [&] {
-            return PQsendPrepare(
-                _connection.get(), place.name.constData(), statement.serverText().constData(), 0, nullptr);
-        },
-        ServerMessage::Show, // no value is bound yet
-        statement.text(),
-        result);
+    constexpr bool mayWrite = false;
+    Failure failure =
+        RunCommand({send, ServerMessage::Show /* no value is bound yet */, statement.text()}, mayWrite, result);
     if (!failure)
         NotePrepared(statement, place);
     return failure;
 }
 
-Failure ServerHandle::Run(StatementText const& statement, BoundValues const& values, Result& result)
+/// Refers to its arguments.
+ServerHandle::Command
+ServerHandle::RunningOf(StatementText const& statement, BoundValues const& values, Place const& place) const
 {
-    if (Failure failure = Prepare(statement))
-        return failure;
-    Place const place = PlaceOf(statement);
-    std::vector<char const*> texts;
-    texts.reserve(values.size());
-    for (std::optional<QByteArray> const& value : values)
-        texts.push_back(value ? value->constData() : nullptr);
-    auto const send = [&] {
+    auto const send = [this, &values, &place] {
+        std::vector<char const*> texts;
+        texts.reserve(values.size());
+        for (std::optional<QByteArray> const& value : values)
+            texts.push_back(value ? value->constData() : nullptr);
         return PQsendQueryPrepared(_connection.get(),
                                    place.name.constData(),
                                    static_cast<int>(texts.size()),
@@ -373,61 +453,96 @@ Failure ServerHandle::Run(StatementText const& statement, BoundValues const& val
                                    nullptr,
                                    0);
     };
-    Failure failure = RunCommand(send, ServerMessage::Hide, statement.text(), result);
-    if (!failure && !statement.isReading())
-        _changes += QByteArray(PQcmdTuples(result.get())).toLongLong();
+    return {send, ServerMessage::Hide, statement.text()};
+}
+
+Failure ServerHandle::Run(StatementText const& statement, BoundValues const& values, Result& result)
+{
+    Place place;
+    if (Failure failure = Prepare(statement, place))
+        return failure;
+    Failure failure = RunCommand(RunningOf(statement, values, place), statement.mayWrite(), result);
+    if (!failure)
+        CountChanges(statement, result);
     return failure;
 }
 
-Failure
-ServerHandle::RunCommand(std::function<int()> const& send, ServerMessage message, QString const& text, Result& result)
+void ServerHandle::CountChanges(StatementText const& statement, Result const& result)
 {
-    if (isInTransaction())
-        return RunInSavepoint(send, message, text, result);
-    result = LastResult(send() == 1);
-    return IsGood(result.get()) ? Failure() : Describe(result.get(), message, text);
+    if (!statement.isReading())
+        _changes += QByteArray(PQcmdTuples(result.get())).toLongLong();
 }
 
-Failure ServerHandle::RunInSavepoint(std::function<int()> const& send,
-                                     ServerMessage message,
-                                     QString const& text,
-                                     Result& result)
+Failure ServerHandle::RunCommand(Command const& command, bool mayWrite, Result& result)
+{
+    if (!isInTransaction()) {
+        result = LastResult(command.send() == 1);
+        return IsGood(result.get()) ? Failure() : Describe(result.get(), command.message, command.text);
+    }
+    std::vector<Sender> first;
+    if (_savepoint == Savepoint::Stale)
+        first.push_back(Sending(DropSavepoint));
+    if (_savepoint != Savepoint::Fresh)
+        first.push_back(Sending(SetSavepoint));
+    std::vector<Result> results;
+    Failure failure = RunBehind(first, command, results);
+    if (!failure) {
+        result = std::move(results.back());
+        _savepoint = mayWrite ? Savepoint::Stale : Savepoint::Fresh;
+    }
+    else if (results.size() == first.size() && PQtransactionStatus(_connection.get()) == PQTRANS_INERROR) {
+        // Where this fails, the transaction is lost, and the handle not usable. So it is where the savepoint could not
+        // be set: to go back to an earlier one would undo what has succeeded since.
+        if (!Execute(GoBackToSavepoint))
+            _savepoint = Savepoint::Fresh;
+    }
+    return failure;
+}
+
+Failure ServerHandle::RunBehind(std::vector<Sender> const& first, Command const& command, std::vector<Result>& results)
 {
     PGconn* const connection = _connection.get();
-    auto const sendCommand = [&](char const* command) {
-        return PQsendQueryParams(connection, command, 0, nullptr, nullptr, nullptr, nullptr, 0);
-    };
-    bool const isSent = PQenterPipelineMode(connection) == 1 && sendCommand("SAVEPOINT tandry") == 1 && send() == 1 &&
-                        sendCommand("RELEASE SAVEPOINT tandry") == 1 && PQpipelineSync(connection) == 1;
+    bool const isSent = PQenterPipelineMode(connection) == 1 &&
+                        std::all_of(first.begin(), first.end(), [](Sender const& send) { return send() == 1; }) &&
+                        command.send() == 1 && PQpipelineSync(connection) == 1;
     Failure failure;
-    if (!isSent)
-        failure = Describe(nullptr, ServerMessage::Hide, text);
     // Reads up to the answer to the last message, or until the connection is lost.
-    bool isSynchronised = false;
+    bool isWhole = false;
     QDeadlineTimer const deadline = AnswerDeadline();
-    for (int answer = 0; !isSynchronised && PQstatus(connection) == CONNECTION_OK && isSent && !_isLate;) {
+    while (isSent && !isWhole && !_isLate && PQstatus(connection) == CONNECTION_OK) {
         Result next = NextResult(deadline);
-        if (next == nullptr) {
-            ++answer;
+        if (next == nullptr) // behind the answer to each command
             continue;
-        }
-        isSynchronised = PQresultStatus(next.get()) == PGRES_PIPELINE_SYNC;
-        if (isSynchronised || PQresultStatus(next.get()) == PGRES_PIPELINE_ABORTED)
+        isWhole = PQresultStatus(next.get()) == PGRES_PIPELINE_SYNC;
+        if (isWhole || PQresultStatus(next.get()) == PGRES_PIPELINE_ABORTED)
             continue;
-        if (!IsGood(next.get()) && !failure)
-            failure = Describe(next.get(), message, text);
-        else if (answer == 1)
-            result = std::move(next);
+        if (IsGood(next.get()))
+            results.push_back(std::move(next));
+        else if (!failure)
+            failure = Describe(
+                next.get(), results.size() < first.size() ? ServerMessage::Show : command.message, command.text);
     }
-    if (!failure && !isSynchronised)
-        failure = Describe(nullptr, ServerMessage::Hide, text);
+    if (!failure && !isWhole)
+        failure = Describe(nullptr, ServerMessage::Hide, command.text);
     PQexitPipelineMode(connection);
-    if (failure && PQtransactionStatus(connection) == PQTRANS_INERROR) {
-        result.reset();
-        // Where this fails, the transaction is lost: the handle is not usable then.
-        static_cast<void>(Execute("ROLLBACK TO SAVEPOINT tandry;RELEASE SAVEPOINT tandry"));
-    }
     return failure;
+}
+
+ServerHandle::Sender ServerHandle::Sending(char const* command) const
+{
+    return [this, command] {
+        return PQsendQueryParams(_connection.get(), command, 0, nullptr, nullptr, nullptr, nullptr, 0);
+    };
+}
+
+std::vector<ServerHandle::Sender> ServerHandle::BeginAndLock() const
+{
+    auto const sendLock = [this] {
+        QByteArray const key = QByteArray::number(static_cast<qint32>(_schema));
+        char const* const value = key.constData();
+        return PQsendQueryPrepared(_connection.get(), LockWriters, 1, &value, nullptr, nullptr, 0);
+    };
+    return {Sending(BeginTransaction), sendLock};
 }
 
 QByteArray ServerHandle::Quoted(QByteArray const& name)

@@ -15,7 +15,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
-#include <unordered_map>
+#include <unordered_set>
 #include <vector>
 
 namespace sync::database {
@@ -44,8 +44,8 @@ public:
 
     /// Call once; the object is of no use if it fails.
     Failure Open();
-    /// Sets what the store relies on, and reads `synchronousCommit` and `schema`. `Open` does this too.
-    Failure ApplySettings();
+    /// Reads `synchronousCommit` and `schema` anew.
+    Failure ReadServer();
 
     /// From now on the handle reads the rows that are there now, until it is closed.
     Failure HoldState();
@@ -60,6 +60,8 @@ public:
 
     Failure CheckWritable() const override { return {}; }
     Failure Begin() override;
+    /// Begins a transaction and runs its first statement, in one round trip. There is no transaction if that fails.
+    Failure BeginWith(StatementText const& statement, BoundValues const& values, Result& result);
     /// If the connection is lost during the commit, asks on a new one whether it has happened.
     Failure Commit() override;
     void RollBack() noexcept override;
@@ -96,17 +98,49 @@ private:
         void operator()(PGconn* connection) const noexcept { PQfinish(connection); }
     };
 
-    Place PlaceOf(StatementText const& statement);
+    /// What a transaction goes back to if its next statement fails.
+    enum class Savepoint
+    {
+        /// Nothing: a savepoint must be set before.
+        None,
+        /// The savepoint, behind which nothing was written.
+        Fresh,
+        /// The savepoint would take a write along: another one must take its place before.
+        Stale,
+    };
+
+    /// Sends a command, and returns 1 on success, as libpq's functions do.
+    using Sender = std::function<int()>;
+
+    /// A command whose failure is told.
+    struct Command
+    {
+        Sender send;
+        ServerMessage message;
+        QString const& text;
+    };
+
+    Failure ReadServer(QByteArray const& settings);
+    QByteArray Settings() const;
+    Place PlaceOf(StatementText const& statement) const;
     void NotePrepared(StatementText const& statement, Place const& place);
+    Failure Prepare(StatementText const& statement, Place& place);
+    Command RunningOf(StatementText const& statement, BoundValues const& values, Place const& place) const;
+    void CountChanges(StatementText const& statement, Result const& result);
     bool isInTransaction() const { return PQtransactionStatus(_connection.get()) != PQTRANS_IDLE; }
-    /// Runs a command inside a transaction and undoes it alone if it fails, in one round trip if it does not.
     /// Runs a command. If it fails inside a transaction, only the command itself is undone.
-    Failure RunCommand(std::function<int()> const& send, ServerMessage message, QString const& text, Result& result);
-    Failure
-    RunInSavepoint(std::function<int()> const& send, ServerMessage message, QString const& text, Result& result);
+    Failure RunCommand(Command const& command, bool mayWrite, Result& result);
+    /// Runs all in one round trip, and sets `results` to those of the commands that succeed: none runs behind one that
+    /// fails.
+    Failure RunBehind(std::vector<Sender> const& first, Command const& command, std::vector<Result>& results);
+    /// Of a command without values.
+    Sender Sending(char const* command) const;
+    std::vector<Sender> BeginAndLock() const;
+    void NoteBegun(PGresult const& locked, Savepoint savepoint);
     QDeadlineTimer AnswerDeadline() const;
     Result NextResult(QDeadlineTimer const& deadline);
     Result LastResult(bool isSent);
+    Failure CommitOnce();
     Failure SettleCommit();
     std::optional<bool> HasCommitted(QByteArray const& transaction);
     void Close() noexcept;
@@ -120,17 +154,20 @@ private:
     /// How long the server may take to answer; 0 if there is no limit.
     qint64 _answerLimitMsec = 0;
     bool _isLate = false;
+    /// Whether the server has warned since this was last set to false.
+    bool _hasWarned = false;
     QByteArray _synchronousCommit;
     Oid _schema = InvalidOid;
     /// The history of the server, in which a number of a transaction is used once. Empty on a standby.
     QByteArray _timeline;
     /// The server's number of the open transaction.
     QByteArray _transaction;
+    Savepoint _savepoint = Savepoint::None;
     qint64 _changes = 0;
-    int _lastName = 0;
-    std::unordered_map<QString, QByteArray> _prepared;
-    /// The text of the one long statement that is kept.
-    QString _longText;
+    /// The numbers of the statements that the server keeps.
+    std::unordered_set<int> _prepared;
+    /// That of the one long statement that it keeps; 0 for none.
+    int _longStatement = 0;
 };
 
 } // namespace sync::database

@@ -2,6 +2,7 @@
 
 #include "database/store/StoredValues.h"
 
+#include <charconv>
 #include <limits>
 
 namespace sync::database {
@@ -70,24 +71,23 @@ QVariant FromServer(PGresult const* result, int row, int column, bool isClockRea
         return {};
     char const* const text = PQgetvalue(result, row, column);
     int const size = PQgetlength(result, row, column);
-    QByteArray const bytes = QByteArray::fromRawData(text, size);
     switch (PQftype(result, column)) {
     case Int64:
-        if (isClockReading)
-            return FromClockReading(bytes.toLongLong());
-        [[fallthrough]];
     case Int16:
     case Int32:
-    case ObjectId:
-        return bytes.toLongLong();
+    case ObjectId: {
+        qlonglong number = 0;
+        std::from_chars(text, text + size, number);
+        return isClockReading ? QVariant(FromClockReading(number)) : QVariant(number);
+    }
     case Bool:
-        return static_cast<qlonglong>(bytes == "t");
+        return static_cast<qlonglong>(*text == 't');
     case Float32:
     case Float64:
     case Numeric:
-        return bytes.toDouble();
+        return QByteArray::fromRawData(text, size).toDouble();
     case Bytes:
-        return QByteArray::fromHex(bytes.mid(2)); // behind "\x"
+        return QByteArray::fromHex(QByteArray::fromRawData(text, size).mid(2)); // behind "\x"
     default:
         return FromUtf8(text, size);
     }

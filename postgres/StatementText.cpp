@@ -3,6 +3,7 @@
 #include "database/store/StoredValues.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cstddef>
 #include <iterator>
 
@@ -112,13 +113,18 @@ public:
                        .compare(QLatin1String(text), Qt::CaseInsensitive) == 0;
     }
 
+    template <class Words>
+    bool IsAnyOf(std::size_t index, Words const& words) const
+    {
+        return std::any_of(std::begin(words), std::end(words), [&](char const* word) { return Is(index, word); });
+    }
+
     /// The first token outside of all parentheses that is one of the words, from `from` on; `size()` if there is none.
     template <class Words>
     std::size_t Find(Words const& words, std::size_t from = 0) const
     {
         for (std::size_t index = from; index < size(); ++index) {
-            if (_tokens[index].depth == 0 &&
-                std::any_of(std::begin(words), std::end(words), [&](char const* word) { return Is(index, word); }))
+            if (_tokens[index].depth == 0 && IsAnyOf(index, words))
                 return index;
         }
         return size();
@@ -267,6 +273,23 @@ void ReturnId(Tokens const& tokens, Edits& edits)
         edits.push_back({EndOf(tokens), EndOf(tokens), QStringLiteral(" RETURNING id")});
 }
 
+/// What may stand in front of a parenthesis in a SELECT that changes nothing.
+constexpr char const* Harmless[] = {
+    "AND", "COALESCE", "COUNT", "EXISTS", "FROM", "IN", "MAX", "MIN", "NOT", "OR", "SELECT", "SUM", "VALUES", "WHERE"};
+
+/// A SELECT may call a function that writes, and FOR locks rows.
+bool MayWrite(Tokens const& tokens)
+{
+    if (!tokens.Is(0, "SELECT") || tokens.Have("FOR"))
+        return true;
+    for (std::size_t index = 2; index < tokens.size(); ++index) {
+        bool const mayCall = tokens.Is(index, "(") && tokens[index - 1].kind != TokenKind::Symbol;
+        if (mayCall && (tokens.Is(index - 2, ".") || !tokens.IsAnyOf(index - 1, Harmless)))
+            return true;
+    }
+    return false;
+}
+
 /// Where two add text at one place, that of the first one comes first.
 constexpr void (*Rules[])(Tokens const&, Edits&) = {
     ReplaceEmptyList, ReplaceGlob, SortNullFirst, SortById, SortDistinctRows, ReturnId};
@@ -345,10 +368,13 @@ std::shared_ptr<StatementText const> StatementText::Make(QString const& text, QS
     if (!words.isNull())
         return nullptr;
 
+    static std::atomic<int> lastNumber{0};
     std::shared_ptr<StatementText> statement(new StatementText);
+    statement->_number = ++lastNumber;
     // A text made by `fromRawData` belongs to somebody else, who may change or free it.
     statement->_text = QString(text.constData(), text.size());
     statement->_isReading = tokens.Is(0, "SELECT") || tokens.Is(0, "WITH");
+    statement->_mayWrite = MayWrite(tokens);
     statement->_returnsId = tokens.Is(0, "INSERT");
     Edits edits;
     for (auto const rule : Rules)

@@ -16,11 +16,15 @@ public:
     /// Returns null for a text that the store refuses, and then sets `words` to the reason.
     static std::shared_ptr<StatementText const> Make(QString const& text, QString& words);
 
+    /// Unlike that of every other object of the process; greater than 0.
+    int number() const { return _number; }
     /// As the caller gave it.
     QString const& text() const { return _text; }
     /// As the server gets it.
     QByteArray const& serverText() const { return _serverText; }
     bool isReading() const { return _isReading; }
+    /// Whether the statement may write or lock something; true also for a SELECT that calls an unknown function.
+    bool mayWrite() const { return _mayWrite; }
     /// Whether the row that is returned has the id of the row that was inserted.
     bool returnsId() const { return _returnsId; }
     std::vector<QString> const& placeholders() const { return _placeholders; }
@@ -28,9 +32,11 @@ public:
 private:
     StatementText() = default;
 
+    int _number = 0;
     QString _text;
     QByteArray _serverText;
     bool _isReading = false;
+    bool _mayWrite = true;
     bool _returnsId = false;
     /// The names, in the order of their numbers.
     std::vector<QString> _placeholders;

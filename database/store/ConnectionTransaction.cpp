@@ -24,12 +24,17 @@ Failure ConnectionTransaction::BeginScope(TransactionHandle& handle, std::shared
 {
     if (Failure failure = handle.Begin())
         return failure;
+    JoinScope(handle, handle.changes(), std::move(owner));
+    return {};
+}
+
+void ConnectionTransaction::JoinScope(TransactionHandle& handle, qint64 changesAtBegin, std::shared_ptr<void> owner)
+{
     _state = State::Scope;
     _handle = &handle;
-    _changesAtBegin = handle.changes();
+    _changesAtBegin = changesAtBegin;
     _scopeOwner = std::move(owner);
     TransactionalScope::Join(*this);
-    return {};
 }
 
 Failure ConnectionTransaction::BeginClient(TransactionHandle& handle)

@@ -39,6 +39,8 @@ public:
     /// Begins the transaction of the thread's open scope. The end of the scope needs the connection, so its `owner` is
     /// kept alive until then. The handle must outlive the transaction.
     Failure BeginScope(TransactionHandle& handle, std::shared_ptr<void> owner);
+    /// The same for a transaction that the handle has begun, before which it had changed `changesAtBegin` rows.
+    void JoinScope(TransactionHandle& handle, qint64 changesAtBegin, std::shared_ptr<void> owner);
     /// Begins a client transaction.
     Failure BeginClient(TransactionHandle& handle);
     Failure CommitClient();

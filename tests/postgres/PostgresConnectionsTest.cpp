@@ -8,6 +8,7 @@
 
 #include <QStringList>
 
+#include <random>
 #include <thread>
 #include <vector>
 
@@ -153,6 +154,84 @@ TEST_F(PostgresConnections, FailedReadInATransactionUndoesNothing)
     EXPECT_TRUE(database->commit());
     EXPECT_EQ(OnServer(), Letters("a b"));
     EXPECT_TRUE(lost.empty());
+}
+
+TEST_F(PostgresConnections, FirstWriteOfAScopeThatFailsKeepsNoOtherWriterWaiting)
+{
+    OpenOptions options;
+    options.busyTimeoutMsec = 50;
+    auto const other = PostgresDatabaseFactory::Open(StorePath(), nullptr, options);
+    ASSERT_NE(other, nullptr);
+    {
+        TransactionalScope const scope;
+        EXPECT_FALSE(Execute(*store, QStringLiteral("UPDATE Schedules SET syncInterval = 1 / (id - id)")));
+        std::thread([&] { EXPECT_TRUE(AddServer(*other, QStringLiteral("a"))); }).join();
+        EXPECT_TRUE(Add("b"));
+        EXPECT_FALSE(Execute(*store, QStringLiteral("UPDATE Schedules SET syncInterval = 1 / (id - id)")));
+        EXPECT_TRUE(Add("c"));
+    }
+    EXPECT_TRUE(lost.empty());
+    EXPECT_EQ(OnServer(), Letters("a b c"));
+}
+
+/// Runs statements at random, of which many fail, in transactions and scopes, and remembers what must be there.
+TEST_F(PostgresConnections, StatementsThatFailUndoThemselvesOnlyInAnyOrder)
+{
+    ServerRawStore raw(StorePath());
+    raw.Run(QStringLiteral("CREATE SCHEMA elsewhere; CREATE FUNCTION elsewhere.add(alias text) RETURNS bigint "
+                           "LANGUAGE sql AS 'INSERT INTO tandry_%1.ServerConfiguration (alias) VALUES ($1) "
+                           "RETURNING id'")
+                .arg(profile()));
+    unsigned const seed = std::random_device()();
+    SCOPED_TRACE(seed);
+    std::mt19937 random(seed);
+    QStringList expected;
+    auto const runSome = [&] {
+        for (unsigned statement = random() % 8; statement > 0; --statement) {
+            QString const alias = QString::number(random());
+            switch (random() % 6) {
+            case 0:
+            case 1:
+                EXPECT_TRUE(AddServer(*store, alias));
+                expected.append(alias);
+                break;
+            case 2:
+                EXPECT_TRUE(
+                    Execute(*store, QStringLiteral("SELECT elsewhere.add(CAST(:alias AS text))"), {{":alias", alias}}));
+                expected.append(alias);
+                break;
+            case 3:
+                EXPECT_EQ(CountServers(*store), expected.size());
+                break;
+            case 4:
+                EXPECT_FALSE(Execute(*store, QStringLiteral("SELECT 1 / (id - id) FROM Schedules")));
+                break;
+            default:
+                EXPECT_FALSE(Execute(*store,
+                                     QStringLiteral("INSERT INTO ServerConfiguration (id, alias) VALUES (:id, 'x')"),
+                                     {{":id", 3'000'000'000LL}}));
+            }
+        }
+    };
+    auto const database = store->CreateDatabase();
+    for (int round = 0; round < 60; ++round) {
+        QStringList const before = expected;
+        if (round % 3 == 0) {
+            TransactionalScope const scope;
+            runSome();
+        }
+        else {
+            ASSERT_TRUE(database->transaction());
+            runSome();
+            bool const commits = round % 3 == 1;
+            EXPECT_TRUE(commits ? database->commit() : database->rollback());
+            if (!commits)
+                expected = before;
+        }
+        ASSERT_EQ(OnServer(), expected) << "round " << round;
+    }
+    EXPECT_TRUE(lost.empty());
+    raw.Run(QStringLiteral("DROP SCHEMA elsewhere CASCADE"));
 }
 
 TEST_F(PostgresConnections, NoErrorContainsABoundValue)

@@ -123,6 +123,32 @@ TEST(StatementTexts, GlobBecomesARegularExpressionOfThePattern)
     EXPECT_THAT(Rewritten("SELECT a FROM t ORDER BY a GLOB 'x*'"), EndsWith(" ON TRUE) NULLS FIRST"));
 }
 
+/// Whether the statement may write; a refused one may not.
+bool MayWrite(char const* text)
+{
+    QString words;
+    auto const statement = StatementText::Make(QString::fromUtf8(text), words);
+    EXPECT_NE(statement, nullptr) << words.toStdString();
+    return statement != nullptr && statement->mayWrite();
+}
+
+TEST(StatementTexts, SelectThatCallsAFunctionOrLocksMayWrite)
+{
+    for (char const* reading : {"SELECT id FROM t WHERE a = :a",
+                                "SELECT count(*), max (id) FROM t WHERE (a = 1 OR (b)) AND id NOT IN (1, 2)",
+                                "SELECT id FROM t WHERE a = 'f(x)' AND b = (SELECT min(b) FROM t)"})
+        EXPECT_FALSE(MayWrite(reading)) << reading;
+    for (char const* writing : {"INSERT INTO t (a) VALUES (1)",
+                                "UPDATE t SET a = 1",
+                                "DELETE FROM t",
+                                "SELECT nextval('s')",
+                                "SELECT other.count(a) FROM t",
+                                "SELECT \"f\" (a) FROM t",
+                                "SELECT id FROM t FOR SHARE",
+                                "WITH w AS (SELECT f(1)) SELECT * FROM w"})
+        EXPECT_TRUE(MayWrite(writing)) << writing;
+}
+
 TEST(StatementTexts, StatementWithANullCharacterIsRefused)
 {
     QString words;
