@@ -56,12 +56,13 @@ bool PostgresDatabaseFactory::HasPassword(QString const& uri)
 {
     ServerAddress address;
     if (!ServerAddress::Parse(uri, address))
-        return !address.password.isEmpty();
-    // As far as it can be seen in a URI that cannot be read.
-    QString const authority = uri.section(QStringLiteral("://"), 1).section(QLatin1Char('/'), 0, 0);
-    bool const hasUserAndPassword = authority.lastIndexOf(QLatin1Char('@')) > authority.indexOf(QLatin1Char(':')) &&
-                                    authority.contains(QLatin1Char(':'));
-    return hasUserAndPassword || uri.contains(QStringLiteral("password="));
+        return !address.secrets.empty();
+    // As far as it can be seen in a text that cannot be read. A keyword may be percent-encoded.
+    QString const text = QString::fromUtf8(QByteArray::fromPercentEncoding(uri.toUtf8())).remove(QLatin1Char(' '));
+    QString const rest = text.section(QStringLiteral("://"), 1);
+    bool const hasUserAndPassword =
+        rest.contains(QLatin1Char(':')) && rest.lastIndexOf(QLatin1Char('@')) > rest.indexOf(QLatin1Char(':'));
+    return hasUserAndPassword || text.contains(QStringLiteral("password="), Qt::CaseInsensitive);
 }
 
 void PostgresDatabaseFactory::SetConnectionLimit(int connections)

@@ -45,11 +45,11 @@ public:
     /// - `tandry_synchronous_commit=any`: opens the store for writing also where `synchronous_commit` is off.
     ///
     /// Unless the URI contains `sslmode`, a connection to another host needs a certificate of that host
-    /// (`sslmode=verify-full`).
+    /// (`sslmode=verify-full`), and so does every host of a service.
     ///
     /// Fails if there is no connection; if the schema contains anything that this library does not create, lacks a
-    /// table or was written by a newer program; and for writing if `synchronous_commit` is off. The schema is then
-    /// unchanged.
+    /// table or was written by a newer program; and for writing if `synchronous_commit` is off, or if the tables belong
+    /// to a role of which the user's is no member. The schema is then unchanged.
     ///
     /// `OpenOptions::journalMode` and `logLimitBytes` have no effect.
     [[nodiscard]] static std::shared_ptr<PostgresDatabaseFactory>

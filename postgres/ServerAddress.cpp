@@ -1,5 +1,6 @@
 #include "postgres/ServerAddress.h"
 
+#include "database/store/StoredValues.h"
 #include "postgres/ServerErrors.h"
 
 #include <libpq-fe.h>
@@ -80,22 +81,29 @@ Failure TakeOwnParameters(QByteArray& uri, ServerAddress& address)
     return {};
 }
 
-/// The hosts of the URI or, if it names none, of the environment.
-QByteArray Hosts(ServerAddress const& address)
+/// A password with an "@", "/" or "?" that is not encoded ends early, and libpq takes the rest for a host, a port or a
+/// database, which messages show.
+bool HasPartOfAPasswordElsewhere(QByteArray const& uri, ServerAddress const& address)
 {
-    for (char const* keyword : {"hostaddr", "host"}) {
-        if (QByteArray const hosts = address.Value(keyword); !hosts.isEmpty())
-            return hosts;
-    }
-    for (char const* variable : {"PGHOSTADDR", "PGHOST"}) {
-        if (QByteArray const hosts = qgetenv(variable); !hosts.isEmpty())
-            return hosts;
-    }
-    return {};
+    QByteArray const beforeQuery = uri.mid(uri.indexOf("://") + 3).split('?').first();
+    if (beforeQuery.count('@') > (beforeQuery.split('/').first().contains('@') ? 1 : 0))
+        return true;
+    QByteArray const ports = address.Value("port");
+    return std::any_of(
+        ports.begin(), ports.end(), [](char letter) { return letter != ',' && (letter < '0' || letter > '9'); });
 }
 
-/// Whether no other machine can listen in. For a socket of this machine libpq uses no encryption anyway.
-bool IsThisMachine(QByteArray const& hosts)
+/// The hosts of a keyword in the URI or, if it names none, of the environment. A service comes between both, and is not
+/// read here.
+QByteArray Hosts(ServerAddress const& address, char const* keyword, char const* variable, bool hasService)
+{
+    QByteArray const hosts = address.Value(keyword);
+    return hosts.isEmpty() && !hasService ? qgetenv(variable) : hosts;
+}
+
+/// Whether the hosts are known, and no other machine can listen in. For a socket of this machine libpq uses no
+/// encryption anyway.
+bool AreThisMachine(QByteArray const& hosts)
 {
     QByteArrayList const list = hosts.split(',');
     return std::all_of(list.begin(), list.end(), [](QByteArray const& host) {
@@ -118,34 +126,40 @@ Failure ServerAddress::Parse(QString const& uri, ServerAddress& address)
     QByteArray text = uri.toUtf8();
     if (!text.startsWith("postgresql://") && !text.startsWith("postgres://"))
         return Refuse(QStringLiteral("the store's URI must begin with postgresql://"));
-    if (uri.contains(QChar(0)))
-        return Refuse(QStringLiteral("the store's URI contains a null character"));
+    if (!IsUnicode(uri) || uri.contains(QChar(0)))
+        return Refuse(QStringLiteral("the store's URI is no Unicode text, or has a null character"));
     if (Failure failure = TakeOwnParameters(text, address))
         return failure;
 
     char* message = nullptr;
     std::unique_ptr<PQconninfoOption, FreeOptions> const options(PQconninfoParse(text.constData(), &message));
     PQfreemem(message); // may quote the password
-    if (options == nullptr)
+    for (PQconninfoOption const* option = options.get(); option != nullptr && option->keyword != nullptr; ++option) {
+        if (option->val == nullptr || *option->val == '\0')
+            continue;
+        address.parameters.emplace_back(option->keyword, option->val);
+        if (qstrcmp(option->dispchar, "*") == 0)
+            address.secrets.emplace_back(option->val);
+    }
+    if (options == nullptr || HasPartOfAPasswordElsewhere(text, address))
         return Refuse(QStringLiteral(
             "the store's URI can't be read: expected postgresql://user@host:port/database?parameter=value, with other "
             "characters percent-encoded and only parameters of libpq or of Tandry"));
-    for (PQconninfoOption const* option = options.get(); option->keyword != nullptr; ++option) {
-        if (option->val != nullptr)
-            address.parameters.emplace_back(option->keyword, option->val);
-    }
-    address.password = address.Value("password");
 
     for (auto const& [keyword, value] : Defaults) {
         if (address.Value(keyword).isEmpty())
             address.parameters.emplace_back(keyword, value);
     }
-    QByteArray const hosts = Hosts(address);
-    if (address.Value("sslmode").isEmpty() && (hosts.isEmpty() || !IsThisMachine(hosts)))
+    QByteArray const service = address.Value("service");
+    bool const hasService = !service.isEmpty() || qEnvironmentVariableIsSet("PGSERVICE");
+    // libpq prefers addresses to names, and they may come from the service.
+    QByteArray const addresses = Hosts(address, "hostaddr", "PGHOSTADDR", hasService);
+    QByteArray const hosts = addresses.isEmpty() ? Hosts(address, "host", "PGHOST", hasService) : addresses;
+    bool const isKnown = !hosts.isEmpty() && !(addresses.isEmpty() && hasService);
+    if (address.Value("sslmode").isEmpty() && !(isKnown && AreThisMachine(hosts)))
         address.parameters.emplace_back("sslmode", "verify-full");
     address.parameters.emplace_back("client_encoding", "UTF8");
 
-    QByteArray const service = address.Value("service");
     QString const host = hosts.isEmpty() && !service.isEmpty() ? QStringLiteral("service ") + QString::fromUtf8(service)
                                                                : QString::fromUtf8(hosts);
     QByteArray const port = address.Value("port");

@@ -18,8 +18,8 @@ struct ServerAddress
     /// For errors and programs: host, database and profile, without the user and the password.
     QString name;
     QByteArray schema;
-    /// Empty if the URI has none.
-    QByteArray password;
+    /// The passwords in the URI.
+    std::vector<QByteArray> secrets;
     /// Whether the profile may be opened where the server acknowledges commits that are not on its disk.
     bool acceptsAsyncCommit = false;
 

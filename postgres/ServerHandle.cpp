@@ -113,8 +113,8 @@ Failure ServerHandle::Open()
     _connection.reset(PQconnectdbParams(keywords.data(), values.data(), 0));
     if (PQstatus(_connection.get()) != CONNECTION_OK) {
         QByteArray reason = QByteArray(PQerrorMessage(_connection.get())).simplified();
-        if (!_address.password.isEmpty())
-            reason.replace(_address.password, "***");
+        for (QByteArray const& secret : _address.secrets)
+            reason.replace(secret, "***");
         return MakeServerError(ServerState::CannotConnect,
                                name() +
                                    QStringLiteral(": no connection to the server (%1)").arg(QString::fromUtf8(reason)));
