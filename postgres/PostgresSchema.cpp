@@ -229,7 +229,9 @@ Failure PostgresSchema::Open(OpenMode mode)
     }
     if (Failure failure = CheckVersion())
         return failure;
-    return Check();
+    if (Failure failure = Check())
+        return failure;
+    return mode == OpenMode::ReadOnly ? Failure() : CheckOwner();
 }
 
 /// A schema that an administrator has made for the user is as good as none: what counts is what it holds.
@@ -341,6 +343,24 @@ Failure PostgresSchema::Check()
             return Refuse(QStringLiteral("is not complete; missing: %1").arg(QString::fromUtf8(object)));
     }
     return {};
+}
+
+/// Whoever may create schemas in the database can create one of this name, and read what is written to tables in it.
+Failure PostgresSchema::CheckOwner()
+{
+    Result result;
+    Failure failure = _handle.Execute(
+        "SELECT pg_catalog.pg_get_userbyid(relowner) FROM pg_catalog.pg_class WHERE relkind = 'r' AND relnamespace = " +
+            ServerHandle::Literal(ServerHandle::Quoted(_address.schema)) +
+            "::regnamespace AND NOT pg_catalog.pg_has_role(relowner, 'USAGE') LIMIT 1",
+        result);
+    if (failure || PQntuples(result.get()) == 0)
+        return failure;
+    return MakeServerError(ServerState::Misuse,
+                           _handle.name() + QStringLiteral(": the profile belongs to the role %1, of which the user's "
+                                                           "role is no member; open it for reading only, or have an "
+                                                           "administrator change its owner")
+                                                .arg(QString::fromUtf8(Field(result, 0, 0))));
 }
 
 Failure PostgresSchema::SetNotices(bool on)

@@ -44,6 +44,7 @@ private:
     Failure CreateInTransaction();
     Failure CheckVersion();
     Failure Check();
+    Failure CheckOwner();
     StoreError Refuse(QString const& words) const;
 
     ServerHandle& _handle;

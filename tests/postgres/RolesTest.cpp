@@ -102,6 +102,25 @@ TEST_F(PostgresRoles, AnotherUsersRecordsCanNeitherBeReadNorWritten)
         EXPECT_EQ(StateOf("bob", QString::fromUtf8(statement)), NoRight) << statement;
 }
 
+TEST_F(PostgresRoles, ProfileThatAnotherRoleHasMadeInTheUsersPlaceIsNotWrittenTo)
+{
+    Admin().Run(QStringLiteral("CREATE ROLE mallory LOGIN; CREATE ROLE team; GRANT team TO ada;"
+                               "SELECT tandryadmin.create_profile('trap', 'mallory')"));
+    ASSERT_NE(PostgresDatabaseFactory::Open(Uri("mallory", "trap")), nullptr);
+    Admin().Run(QStringLiteral("GRANT ALL ON SCHEMA tandry_trap TO ada; GRANT ALL ON ALL TABLES IN SCHEMA tandry_trap "
+                               "TO ada"));
+    StoreError error;
+    EXPECT_EQ(PostgresDatabaseFactory::Open(Uri("ada", "trap"), error), nullptr);
+    EXPECT_TRUE(error.text.contains(QStringLiteral("belongs to the role mallory"))) << error.text.toStdString();
+    OpenOptions options;
+    options.mode = OpenMode::ReadOnly;
+    EXPECT_NE(PostgresDatabaseFactory::Open(Uri("ada", "trap"), error, options), nullptr) << error.text.toStdString();
+    Admin().Run(QStringLiteral("ALTER SCHEMA tandry_trap OWNER TO team; REASSIGN OWNED BY mallory TO team"));
+    EXPECT_NE(PostgresDatabaseFactory::Open(Uri("ada", "trap"), error), nullptr)
+        << "of a role that the user is a member of: " << error.text.toStdString();
+    Admin().Run(QStringLiteral("DROP SCHEMA tandry_trap CASCADE; DROP ROLE mallory; DROP ROLE team"));
+}
+
 TEST_F(PostgresRoles, UserReadsAndWritesTheOwnProfile)
 {
     auto const store = PostgresDatabaseFactory::Open(Uri("ada", "ada"));
