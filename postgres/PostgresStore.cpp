@@ -22,13 +22,6 @@ Failure PostgresStore::Open()
     if (Failure failure = connection->Open())
         return failure;
     ServerHandle& handle = connection->handle();
-    if (!isReadOnly() && !_address.acceptsAsyncCommit && handle.synchronousCommit() == "off")
-        return MakeServerError(ServerState::Misuse,
-                               _address.name +
-                                   QStringLiteral(": the server acknowledges commits before they are on its disk "
-                                                  "(synchronous_commit is off), so a crash of the server loses writes "
-                                                  "that returned true; switch it on for this database or role, or "
-                                                  "accept the loss with tandry_synchronous_commit=any in the URI"));
     PostgresSchema schema(handle, _address);
     if (Failure failure = schema.Open(_options.mode))
         return failure;
@@ -56,6 +49,13 @@ StoreError PostgresStore::Refuse(Refusal refusal, QString const& words) const
 
 Failure PostgresStore::CheckHandle(ServerHandle const& handle) const
 {
+    if (!isReadOnly() && !_address.acceptsAsyncCommit && handle.synchronousCommit() == "off")
+        return MakeServerError(ServerState::Misuse,
+                               _address.name +
+                                   QStringLiteral(": the server acknowledges commits before they are on its disk "
+                                                  "(synchronous_commit is off), so a crash of the server loses writes "
+                                                  "that returned true; switch it on for this database or role, or "
+                                                  "accept the loss with tandry_synchronous_commit=any in the URI"));
     if (_schema == InvalidOid) // the first handle
         return {};
     if (_holdsState)

@@ -27,7 +27,8 @@ public:
     bool isReadOnly() const override { return _options.mode == OpenMode::ReadOnly; }
     StoreError Refuse(Refusal refusal, QString const& words) const override;
 
-    /// Fails if the handle found another schema of the name than the store's, or cannot show the state that it holds.
+    /// Fails if commits of the handle may not be durable, if it found another schema of the name than the store's, or
+    /// if it cannot show the state that the store holds.
     Failure CheckHandle(ServerHandle const& handle) const;
     /// Whether the column holds date-times.
     bool HoldsDateTime(Oid table, int column) const;

@@ -223,6 +223,23 @@ TEST_F(PostgresOpening, ServerThatAcknowledgesCommitsTooEarlyIsRefusedUnlessTold
     EXPECT_NE(PostgresDatabaseFactory::Open(late, nullptr, options), nullptr);
 }
 
+TEST_F(PostgresOpening, EachConnectionIsRefusedWhereTheServerAcknowledgesCommitsTooEarly)
+{
+    QString const database = QStringLiteral("early_commits");
+    Raw().Run(QStringLiteral("CREATE DATABASE ") + database);
+    QString const uri = StorePath().replace(QStringLiteral("/postgres?"), QStringLiteral("/%1?").arg(database));
+    auto const opened = PostgresDatabaseFactory::Open(uri);
+    ASSERT_NE(opened, nullptr);
+    Raw().Run(QStringLiteral("ALTER DATABASE %1 SET synchronous_commit TO off").arg(database));
+    std::thread([&] {
+        EXPECT_FALSE(AddServer(*opened, QStringLiteral("a")));
+        ASSERT_TRUE(opened->LastError());
+        EXPECT_TRUE(opened->LastError()->text.contains(QStringLiteral("synchronous_commit is off")))
+            << opened->LastError()->text.toStdString();
+    }).join();
+    EXPECT_EQ(CountServers(*opened), 0);
+}
+
 TEST_F(PostgresOpening, NoErrorContainsThePassword)
 {
     QString const secret = QStringLiteral("hunter2");
