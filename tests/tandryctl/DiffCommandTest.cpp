@@ -213,12 +213,13 @@ TEST_F(DiffCommandTest, RecordsForWhichTheTemporaryFolderHasNoRoomEndIt)
     RawStore(StorePath())
         .Run("WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < 20000) INSERT INTO"
              " FileConfiguration (clientPath, rootFolderId) SELECT printf('/%0300d', i), 1 FROM n"_q);
-    RunResult const ran =
-        RunWithoutStore({"--store"_q, StorePath(), "diff"_q}, {"TMPDIR="_q + StorePath()}); // no folder
-    EXPECT_EQ(ran.status, 3);
-    EXPECT_TRUE(ran.out.isEmpty());
-    EXPECT_TRUE(ran.err.contains(StorePath() + "' cannot hold"_q)) << ran.err.toStdString();
-    EXPECT_TRUE(ran.err.contains("TMPDIR"_q)) << ran.err.toStdString();
+    for (QString const& noFolder : {StorePath(), At("missing")}) {
+        RunResult const ran = RunWithoutStore({"--store"_q, StorePath(), "diff"_q}, {"TMPDIR="_q + noFolder});
+        EXPECT_EQ(ran.status, 3);
+        EXPECT_TRUE(ran.out.isEmpty());
+        EXPECT_TRUE(ran.err.contains(noFolder + "' cannot hold"_q)) << ran.err.toStdString();
+        EXPECT_TRUE(ran.err.contains("TMPDIR"_q)) << ran.err.toStdString();
+    }
 
     MakeDirectory("tmp"_q);
     EXPECT_EQ(RunWithoutStore({"--store"_q, StorePath(), "diff"_q}, {"TMPDIR="_q + At("tmp")}).status, 1);

@@ -15,14 +15,17 @@ class TemporaryFolderTest : public ToolTest
 protected:
     void ExpectAdvice(QStringList const& command, int status)
     {
-        SCOPED_TRACE(command.join(QLatin1Char(' ')).toStdString());
-        RunResult const ran =
-            RunWithoutStore(QStringList{"--store"_q, StorePath()} + command, {"TMPDIR="_q + StorePath()}); // no folder
-        EXPECT_EQ(ran.status, status);
-        EXPECT_EQ(ran.out, QString());
-        EXPECT_TRUE(ran.err.contains(StorePath())) << ran.err.toStdString();
-        EXPECT_TRUE(ran.err.endsWith("; name another folder, with enough room, in the environment variable TMPDIR\n"_q))
-            << ran.err.toStdString();
+        for (QString const& noFolder : {StorePath(), At("missing")}) {
+            SCOPED_TRACE((command.join(QLatin1Char(' ')) + " with TMPDIR="_q + noFolder).toStdString());
+            RunResult const ran =
+                RunWithoutStore(QStringList{"--store"_q, StorePath()} + command, {"TMPDIR="_q + noFolder});
+            EXPECT_EQ(ran.status, status);
+            EXPECT_EQ(ran.out, QString());
+            EXPECT_TRUE(ran.err.contains(noFolder)) << ran.err.toStdString();
+            EXPECT_TRUE(
+                ran.err.endsWith("; name another folder, with enough room, in the environment variable TMPDIR\n"_q))
+                << ran.err.toStdString();
+        }
     }
 };
 
@@ -36,6 +39,7 @@ TEST_F(TemporaryFolderTest, AdviceIsTheSameInAllCommandsThatCopyTheStore)
     ExpectAdvice({"bundle"_q, At("bundle.tar")}, 3);
     ExpectAdvice({"diff"_q, "--with"_q, At("other.db")}, 3);
     ExpectAdvice({"scan"_q, "--dry-run"_q}, 3);
+    ExpectAdvice({"recover"_q, At("other.db"), "--to"_q, At("new.db"), "--dry-run"_q}, 3);
     ExpectAdvice({"copy"_q, "--from"_q, StorePath(), "--to"_q, At("new.db")}, 1);
     EXPECT_FALSE(QFile::exists(At("bundle.tar")));
     EXPECT_FALSE(QFile::exists(At("new.db")));

@@ -1,17 +1,17 @@
 #include "tools/carry/Snapshot.h"
 
 #include "database/SqliteDatabaseFactory.h"
-
-#include <QDir>
+#include "tools/findings/TemporaryFolder.h"
 
 namespace tandry::carry {
 
 using sync::database::SqliteDatabaseFactory;
 using sync::database::StoreError;
 using sync::database::StoreErrorKind;
+using tandry::findings::TemporaryFolder;
 
 Snapshot::Snapshot()
-    : _folder(QDir::temp().filePath(QStringLiteral("tandry-snapshot-XXXXXX")))
+    : _folder(TemporaryFolder().filePath(QStringLiteral("tandry-snapshot-XXXXXX")))
 {}
 
 Snapshot::~Snapshot() = default;
@@ -22,7 +22,7 @@ std::unique_ptr<Snapshot> Snapshot::Take(SqliteDatabaseFactory& store, StoreErro
     if (!snapshot->_folder.isValid()) {
         error.kind = StoreErrorKind::ReadOnly;
         error.text = QStringLiteral("%1 cannot hold a copy of the store: %2")
-                         .arg(QDir::tempPath(), snapshot->_folder.errorString());
+                         .arg(TemporaryFolder().path(), snapshot->_folder.errorString());
         return nullptr;
     }
     QString const path = snapshot->_folder.filePath(QStringLiteral("store.db"));

@@ -1,7 +1,8 @@
 #include "tools/findings/PrivateCopy.h"
 
+#include "tools/findings/TemporaryFolder.h"
+
 #include <QDateTime>
-#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 
@@ -74,7 +75,7 @@ bool PrivateCopy::IsNeededAfter(StoreErrorKind reason)
 }
 
 PrivateCopy::PrivateCopy()
-    : _folder(QDir::temp().filePath(QStringLiteral("tandry-copy-XXXXXX")))
+    : _folder(TemporaryFolder().filePath(QStringLiteral("tandry-copy-XXXXXX")))
 {}
 
 std::unique_ptr<PrivateCopy> PrivateCopy::Make(QString const& storePath, StoreError& error)
@@ -82,7 +83,7 @@ std::unique_ptr<PrivateCopy> PrivateCopy::Make(QString const& storePath, StoreEr
     constexpr int Attempts = 5;
     auto const fail = [&](StoreErrorKind kind, QString const& reason) {
         error.kind = kind;
-        error.text = QStringLiteral("%1 cannot be copied to %2: %3").arg(storePath, QDir::tempPath(), reason);
+        error.text = QStringLiteral("%1 cannot be copied to %2: %3").arg(storePath, TemporaryFolder().path(), reason);
         return nullptr;
     };
     std::unique_ptr<PrivateCopy> copy(new PrivateCopy);

@@ -7,8 +7,8 @@
 #include "tools/findings/PageFile.h"
 #include "tools/findings/RowFinder.h"
 #include "tools/findings/TableForm.h"
+#include "tools/findings/TemporaryFolder.h"
 
-#include <QDir>
 #include <QFileInfo>
 #include <QTemporaryDir>
 
@@ -156,7 +156,7 @@ private:
     NewStore(QString const& path, RecoveryMode mode)
         : _path(path)
         , _mode(mode)
-        , _folder(mode == RecoveryMode::DryRun ? QDir::temp().filePath(QStringLiteral("tandry-recovery-XXXXXX"))
+        , _folder(mode == RecoveryMode::DryRun ? TemporaryFolder().filePath(QStringLiteral("tandry-recovery-XXXXXX"))
                                                : QFileInfo(path).absolutePath() + QStringLiteral("/.recovery-XXXXXX"))
     {}
 

@@ -16,9 +16,9 @@
 #include "tools/carry/Snapshot.h"
 #include "tools/carry/TarFile.h"
 #include "tools/findings/StoreStatements.h"
+#include "tools/findings/TemporaryFolder.h"
 
 #include <QBuffer>
-#include <QDir>
 #include <QFile>
 #include <QSysInfo>
 #include <QTemporaryDir>
@@ -33,6 +33,7 @@ using tandry::carry::RecordCounts;
 using tandry::carry::Snapshot;
 using tandry::carry::TarFile;
 using tandry::findings::Finding;
+using tandry::findings::TemporaryFolder;
 
 namespace {
 
@@ -77,10 +78,12 @@ class BundledStore
 {
 public:
     BundledStore()
+        : _folder(TemporaryFolder().filePath(QStringLiteral("tandry-bundle-XXXXXX")))
     {
         StoreError error;
         error.kind = StoreErrorKind::ReadOnly;
-        error.text = QStringLiteral("%1 cannot hold the bundle: %2").arg(QDir::tempPath(), _folder.errorString());
+        error.text =
+            QStringLiteral("%1 cannot hold the bundle: %2").arg(TemporaryFolder().path(), _folder.errorString());
         if (_folder.isValid())
             _store = SqliteDatabaseFactory::Open(path(), error);
         if (_store == nullptr)

@@ -7,12 +7,14 @@
 #include "StoreFailure.h"
 #include "Text.h"
 
-#include <QDir>
+#include "tools/findings/TemporaryFolder.h"
+
 #include <QTemporaryFile>
 
 namespace tandryctl {
 
 using tandry::carry::RecordCounts;
+using tandry::findings::TemporaryFolder;
 
 namespace {
 
@@ -34,7 +36,7 @@ class RecordsFile
 {
 public:
     RecordsFile()
-        : _file(QDir::temp().filePath(QStringLiteral("tandry-copy-XXXXXX")))
+        : _file(TemporaryFolder().filePath(QStringLiteral("tandry-copy-XXXXXX")))
     {
         if (!_file.open())
             throw failure();
@@ -45,7 +47,8 @@ public:
     Failure failure() const
     {
         return {FailureCode::UnusableFile,
-                QStringLiteral("%1 cannot hold the records: %2").arg(QDir::tempPath(), OneLine(_file.errorString())),
+                QStringLiteral("%1 cannot hold the records: %2")
+                    .arg(TemporaryFolder().path(), OneLine(_file.errorString())),
                 AdviceOnTemporaryFolder()};
     }
 

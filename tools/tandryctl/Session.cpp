@@ -12,6 +12,7 @@
 #include "tools/carry/Snapshot.h"
 #include "tools/findings/StoreAdvice.h"
 #include "tools/findings/StoreLocation.h"
+#include "tools/findings/TemporaryFolder.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -31,6 +32,7 @@ using sync::database::StoreError;
 using sync::database::StoreErrorKind;
 using sync::database::StoreFactory;
 using tandry::findings::PrivateCopy;
+using tandry::findings::TemporaryFolder;
 
 namespace {
 
@@ -50,6 +52,17 @@ PlainForm PlainFormOf(SessionOptions const& options)
         form.width.reset();
     form.hasColours = HasColours(STDOUT_FILENO);
     return form;
+}
+
+std::unique_ptr<QTemporaryDir> MakeFolderForDryRun()
+{
+    auto folder = std::make_unique<QTemporaryDir>(TemporaryFolder().filePath(QStringLiteral("tandry-dry-run-XXXXXX")));
+    if (!folder->isValid())
+        throw Failure(FailureCode::StoreFailed,
+                      QStringLiteral("%1 cannot hold a copy of the store: %2")
+                          .arg(Quoted(TemporaryFolder().path()), OneLine(folder->errorString())),
+                      AdviceOnTemporaryFolder());
+    return folder;
 }
 
 OpenOptions OpenOptionsFor(StoreAccess access, std::optional<int> waitSeconds)
@@ -95,7 +108,7 @@ OutputFormat FormatOf(SessionOptions const& options)
 Session::Session(SessionOptions const& options, StoreAccess access)
     : _options(options)
     , _storePath(access == StoreAccess::None ? QString() : StorePathOf(options))
-    , _dryRun(options.dryRun ? std::make_unique<QTemporaryDir>() : nullptr)
+    , _dryRun(options.dryRun ? MakeFolderForDryRun() : nullptr)
     , _output(_stdout, FormatOf(options), PlainFormOf(options))
 {
     if (access == StoreAccess::None)
@@ -198,16 +211,10 @@ std::shared_ptr<StoreFactory> Session::State()
 
 QString Session::_CopyForDryRun(bool exists)
 {
-    StoreError error;
-    if (!_dryRun->isValid()) {
-        error.kind = StoreErrorKind::ReadOnly;
-        error.text =
-            QStringLiteral("%1 cannot hold a copy of the store: %2").arg(QDir::tempPath(), _dryRun->errorString());
-        throw CopyFailure(error);
-    }
     QString path = _dryRun->filePath(QStringLiteral("store.db"));
     if (!exists)
         return path;
+    StoreError error;
     auto const store =
         SqliteDatabaseFactory::Open(_storePath, error, OpenOptionsFor(StoreAccess::Read, _options.waitSeconds));
     if (!store && PrivateCopy::IsNeededAfter(error.kind)) {

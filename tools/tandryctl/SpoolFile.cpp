@@ -4,7 +4,7 @@
 #include "StoreFailure.h"
 #include "Text.h"
 
-#include <QDir>
+#include "tools/findings/TemporaryFolder.h"
 
 #include <cerrno>
 #include <system_error>
@@ -15,12 +15,15 @@
 
 namespace tandryctl {
 
+using tandry::findings::TemporaryFolder;
+
 namespace {
 
 Failure CannotHold(QString const& reason)
 {
     return {FailureCode::StoreFailed,
-            QStringLiteral("%1 cannot hold what the command sorts: %2").arg(Quoted(QDir::tempPath()), OneLine(reason)),
+            QStringLiteral("%1 cannot hold what the command sorts: %2")
+                .arg(Quoted(TemporaryFolder().path()), OneLine(reason)),
             AdviceOnTemporaryFolder()};
 }
 
@@ -49,7 +52,7 @@ QByteArray SpoolFile::Read(Block const& block)
 
 void SpoolFile::_Create()
 {
-    QByteArray name = QFile::encodeName(QDir::temp().filePath(QStringLiteral("tandry-sort-XXXXXX")));
+    QByteArray name = QFile::encodeName(TemporaryFolder().filePath(QStringLiteral("tandry-sort-XXXXXX")));
     int const descriptor = ::mkostemp(name.data(), O_CLOEXEC);
     if (descriptor == -1)
         throw CannotHold(QString::fromStdString(std::generic_category().message(errno)));
