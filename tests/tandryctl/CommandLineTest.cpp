@@ -148,6 +148,32 @@ TEST_F(CommandLineTest, WrongUsageIsOneLineThatRefersToTheHelp)
     }
 }
 
+TEST_F(CommandLineTest, FaultsThatTheParserFindsAreToldInTheToolsWords)
+{
+    struct Row
+    {
+        char const* arguments;
+        char const* line;
+    };
+    constexpr Row Rows[] = {
+        {"", "a command is missing; see 'tandryctl --help'"},
+        {"list",
+         "'tandryctl list' needs one of the words roots, folders, files and schedules; see 'tandryctl list --help'"},
+        {"--store", "--store needs a value; see 'tandryctl --help'"},
+        {"list files --order=", "--order needs a value; see 'tandryctl list files --help'"},
+        {"account add --user a --user b --server 1",
+         "--user is given more than once; see 'tandryctl account add --help'"},
+        {"--json=x status", "--json takes no value; see 'tandryctl status --help'"},
+        {"list files --folder 1 --root 1", "--folder excludes --root; see 'tandryctl list files --help'"},
+    };
+    for (Row const& row : Rows) {
+        RunResult const ran =
+            RunWithoutStore(QString::fromUtf8(row.arguments).split(QLatin1Char(' '), Qt::SkipEmptyParts));
+        EXPECT_EQ(ran.err, "tandryctl: %1\n"_q.arg(QString::fromUtf8(row.line))) << row.arguments;
+        EXPECT_EQ(ran.status, 2);
+    }
+}
+
 TEST_F(CommandLineTest, UnknownWordIsNamed)
 {
     EXPECT_TRUE(RunWithoutStore({"nonsense"_q}).err.contains("'nonsense'"_q));
@@ -188,6 +214,14 @@ TEST_F(CommandLineTest, NearestWordIsSuggested)
         {"list files --jsno", "'--jsno' (did you mean '--json'?); see 'tandryctl list files --help'"},
         {"help rot add", "'rot' (did you mean 'root'?); see 'tandryctl --help'"},
         {"help root ad", "'ad' (did you mean 'add'?); see 'tandryctl root --help'"},
+        {"list servers", "'servers' (did you mean 'server list'?); see 'tandryctl list --help'"},
+        {"help list servers", "'servers' (did you mean 'server list'?); see 'tandryctl list --help'"},
+        {"list product", "'product' (did you mean 'product list'?); see 'tandryctl list --help'"},
+        {"root list", "'list' (did you mean 'list roots'?); see 'tandryctl root --help'"},
+        {"add root", "'add' (did you mean 'root add'?); see 'tandryctl root --help'"},
+        {"help add root", "'add' (did you mean 'root add'?); see 'tandryctl --help'"},
+        {"remove file 3", "'remove' (did you mean 'file remove'?); see 'tandryctl file --help'"},
+        {"list nothing", "'nothing'; see 'tandryctl list --help'"},
         {"xyzzy", "'xyzzy'; see 'tandryctl --help'"},
         {"list files --status notsynced", "'notsynced' is not a valid STATUS (did you mean 'not-synced'?); see"},
         {"list files --status new",

@@ -117,15 +117,6 @@ AddNumber(CLI::App& app, char const* name, Target& target, char const* help, Num
     return app.add_option_function<std::string>(name, take, help);
 }
 
-/// Returns CLI11's message on one line and without a full stop.
-QString MessageOf(CLI::ParseError const& error)
-{
-    QString line = QString::fromUtf8(error.what()).trimmed();
-    while (line.endsWith(QLatin1Char('.')))
-        line.chop(1);
-    return OneLine(line.replace(QLatin1Char('\n'), QLatin1Char(' ')));
-}
-
 bool HasJsonOption(int argc, char const* const* argv)
 {
     return std::any_of(argv, argv + argc, [](char const* argument) { return qstrcmp(argument, "--json") == 0; });
@@ -178,6 +169,26 @@ QString SeeHelpOn(CLI::App const& app)
     return QStringLiteral("see '%1 --help'").arg(FullName(app));
 }
 
+/// Returns what is wrong with a command line: CLI11's message on one line and without a full stop, or another one where
+/// that is unlike the tool's own.
+QString MessageOf(CLI::ParseError const& error, CLI::App const& command)
+{
+    QString line = QString::fromUtf8(error.what()).trimmed();
+    while (line.endsWith(QLatin1Char('.')))
+        line.chop(1);
+    line = OneLine(line.replace(QLatin1Char('\n'), QLatin1Char(' ')));
+    if (command.get_require_subcommand_min() > 0 && dynamic_cast<CLI::RequiredError const*>(&error) != nullptr)
+        return command.get_parent() == nullptr ? QStringLiteral("a command is missing")
+                                               : QStringLiteral("'%1' needs one of the words %2")
+                                                     .arg(FullName(command), JoinWithAnd(SubcommandsOf(command)));
+    if (dynamic_cast<CLI::ArgumentMismatch const*>(&error) != nullptr) // "--user: At Most 1 required but received 2"
+        return line.section(QLatin1Char(':'), 0, 0) +
+               QLatin1String(line.contains(QLatin1String("At Most")) ? " is given more than once" : " needs a value");
+    if (dynamic_cast<CLI::ConversionError const*>(&error) != nullptr) // "Could not convert: --json = x"
+        return line.section(QLatin1Char(' '), 3, 3) + QStringLiteral(" takes no value");
+    return line;
+}
+
 template <class Visit>
 void VisitCommands(CLI::App const& app, QString const& prefix, Visit const& visit)
 {
@@ -186,6 +197,34 @@ void VisitCommands(CLI::App const& app, QString const& prefix, Visit const& visi
         visit(name, *command);
         VisitCommands(*command, name + QLatin1Char(' '), visit);
     }
+}
+
+/// Whether words are those of a command in any order, as in "list servers" for "server list".
+bool AreNearlyTheWordsOf(QString const& command, QStringList const& words)
+{
+    QStringList left = command.split(QLatin1Char(' '));
+    return left.size() == words.size() && std::all_of(words.begin(), words.end(), [&](QString const& word) {
+               return left.removeOne(NearestWord(word, left));
+           });
+}
+
+/// Returns a question to append to a message about a word that is no sub-command of this command. `words` are those
+/// that were given for a command.
+QString
+DidYouMeanCommand(CLI::App const& program, CLI::App const& command, QString const& word, QStringList const& words)
+{
+    QStringList const known = SubcommandsOf(command);
+    if (!known.contains(word)) {
+        QString const question = DidYouMean(word, known);
+        if (!question.isEmpty())
+            return question;
+    }
+    QStringList meant;
+    VisitCommands(program, QString(), [&](QString const& name, CLI::App const&) {
+        if (AreNearlyTheWordsOf(name, words))
+            meant.append(name);
+    });
+    return meant.isEmpty() ? QString() : AskWhether(meant.front());
 }
 
 } // namespace
@@ -355,10 +394,10 @@ QString Command::HelpOn(QStringList const& names) const
     for (QString const& name : names) {
         CLI::App const* const next = SubcommandOf(*command, name);
         if (next == nullptr)
-            throw Failure(
-                FailureCode::WrongUsage,
-                QStringLiteral("there is no command %1%2").arg(Quoted(name), DidYouMean(name, SubcommandsOf(*command))),
-                SeeHelpOn(*command));
+            throw Failure(FailureCode::WrongUsage,
+                          QStringLiteral("there is no command %1%2")
+                              .arg(Quoted(name), DidYouMeanCommand(*_app, *command, name, names)),
+                          SeeHelpOn(*command));
         command = next;
     }
     // App::help would go on to the command that was parsed.
@@ -490,15 +529,16 @@ ExitStatus CommandLine::_Print(CLI::Success const& help) const
 
 QString CommandLine::_ErrorText(CLI::ParseError const& error) const
 {
+    CLI::App const& command = DeepestSubcommand(*_app);
     // CLI11 reports an unknown word as a missing command.
     std::vector<std::string> const unknown = _app->remaining(true);
     if (unknown.empty())
-        return MessageOf(error);
-    CLI::App const& command = DeepestSubcommand(*_app);
+        return MessageOf(error, command);
     QString const word = QString::fromStdString(unknown.front());
-    bool const isOption = word.startsWith(QLatin1Char('-'));
+    QStringList const words = FullName(command).split(QLatin1Char(' ')).mid(1) + QStringList{word};
     return QStringLiteral("unexpected argument ") + QString::fromStdString(Name(unknown.front())) +
-           DidYouMean(word.section(QLatin1Char('='), 0, 0), isOption ? OptionsOf(command) : SubcommandsOf(command));
+           (word.startsWith(QLatin1Char('-')) ? DidYouMean(word.section(QLatin1Char('='), 0, 0), OptionsOf(command))
+                                              : DidYouMeanCommand(*_app, command, word, words));
 }
 
 /// Throws if the common options name a store that they or the command cannot take.

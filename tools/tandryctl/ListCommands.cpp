@@ -235,7 +235,8 @@ void AddListCommands(Command& top)
     lists.Remark(
         "A listing shows the most important columns; with --json it has all of them. Line breaks and other\n"
         "control characters in names are shown as escapes such as \\n, and so is what is not in Unicode's composed\n"
-        "form, such as e\\u0301 for an accent of its own.");
+        "form, such as e\\u0301 for an accent of its own.\n\n"
+        "Servers, accounts and products are listed by 'server list', 'account list' and 'product list'.");
 
     auto const roots = std::make_shared<ListOptions>();
     Command listRoots = lists.Add("roots", "List the roots");

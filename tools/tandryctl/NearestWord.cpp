@@ -51,7 +51,12 @@ QString NearestWord(QString const& mistyped, QStringList const& words)
 QString DidYouMean(QString const& mistyped, QStringList const& words)
 {
     QString const nearest = NearestWord(mistyped, words);
-    return nearest.isNull() ? QString() : QStringLiteral(" (did you mean '%1'?)").arg(nearest);
+    return nearest.isNull() ? QString() : AskWhether(nearest);
+}
+
+QString AskWhether(QString const& meant)
+{
+    return QStringLiteral(" (did you mean '%1'?)").arg(meant);
 }
 
 } // namespace tandryctl

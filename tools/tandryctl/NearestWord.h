@@ -10,5 +10,7 @@ QString NearestWord(QString const& mistyped, QStringList const& words);
 
 /// Returns a question to append to a message, " (did you mean 'list'?)"; empty if no word is near enough.
 QString DidYouMean(QString const& mistyped, QStringList const& words);
+/// Returns this question for what was meant.
+QString AskWhether(QString const& meant);
 
 } // namespace tandryctl
