@@ -200,6 +200,13 @@ TEST_F(FindingsTest, PathThatIsABlobEndsTheSearchLikeAnyOther)
     EXPECT_TRUE(FindAll(Open(OpenMode::ReadOnly)));
 }
 
+TEST_F(FindingsTest, PathThatIsNotValidUtf8EndsTheSearchLikeAnyOther)
+{
+    RawStore(StorePath())
+        .Run("UPDATE FileConfiguration SET clientPath = CAST(x'2ff1' AS TEXT)"_q); // becomes a lesser one
+    EXPECT_TRUE(FindAll(Open(OpenMode::ReadOnly)).has_value());
+}
+
 TEST_F(FindingsTest, LookingChangesNoByte)
 {
     QMap<QString, QByteArray> const before = FolderContents(folder.path());

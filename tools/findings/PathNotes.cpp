@@ -99,18 +99,23 @@ PathSurvey SurveyPaths(StoreStatements& statements)
     std::vector<std::size_t> hashes;
     for (char const* table : TablesOfPathsOnDisk) {
         // Many paths in a row, since a store that is open for reading looks at its file for each row.
+        // The last one by its bytes, since a text that is not valid UTF-8 does not come back as it is stored. It keeps
+        // its type: all texts precede all blobs.
         QString const statement =
             QStringLiteral(
-                "SELECT group_concat(clientPath, char(0)), max(clientPath), max(times) FROM (SELECT clientPath, "
-                "count(*) AS times FROM %1 WHERE clientPath > :last GROUP BY clientPath LIMIT 1000)")
+                "SELECT group_concat(clientPath, char(0)), CAST(max(clientPath) AS BLOB), typeof(max(clientPath)) = "
+                "'text', max(times) FROM (SELECT clientPath, count(*) AS times FROM %1 WHERE clientPath > "
+                "CASE WHEN :isText THEN CAST(:last AS TEXT) ELSE :last END GROUP BY clientPath LIMIT 1000)")
                 .arg(QLatin1String(table));
-        QVariant last = QStringLiteral(""); // of the type that is stored: all texts precede all blobs
+        QVariant last = QByteArray("");
+        bool isText = true;
         while (!last.isNull()) {
-            StoreStatements::Values const values{{":last", last}};
+            StoreStatements::Values const values{{":last", last}, {":isText", isText}};
             last.clear();
             statements.Read(statement, values, [&](IQSqlQueryWrapper& row) {
                 last = row.value(1);
-                survey.hasRepeated = survey.hasRepeated || row.value(2).toInt() > 1;
+                isText = row.value(2).toBool();
+                survey.hasRepeated = survey.hasRepeated || row.value(3).toInt() > 1;
                 if (!last.isNull()) {
                     for (QString const& path : row.value(0).toString().split(QChar(QChar::Null)))
                         hashes.push_back(HashOf(Folded(path)));
