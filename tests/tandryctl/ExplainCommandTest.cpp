@@ -149,6 +149,74 @@ TEST_F(ExplainCommandTest, UnknownPathHasTheFoldersOnRecordAboveItAndExitStatusO
     EXPECT_TRUE(plain.out.endsWith("Not in sync: it lies in no root, and it is not on record.\n"_q));
 }
 
+TEST_F(ExplainCommandTest, PathBehindALinkIsLookedUpWhereItLeads)
+{
+    RecordFile();
+    Link("r", "link"_q);
+    QJsonObject const file = Explain({At("link/a.txt")});
+    EXPECT_EQ(file.value("path"_q), At("r/a.txt"));
+    EXPECT_EQ(Facts(file, "lookup", "given"), QStringList{At("link/a.txt")});
+    EXPECT_EQ(Facts(file, "lookup", "symbolicLink"), QStringList{At("link")});
+    EXPECT_EQ(Facts(file, "lookup", "leadsTo"), QStringList{At("r/a.txt")});
+    EXPECT_EQ(Facts(file, "lookup", "lookedUp"), QStringList{At("r/a.txt")});
+    EXPECT_EQ(Hindrances(file), QStringList{"status"_q});
+    EXPECT_EQ(Explain({At("link")}).value("path"_q), At("r"));
+
+    QJsonObject const unknown = Explain({At("link/new/b.txt")}, 1);
+    EXPECT_EQ(unknown.value("path"_q), At("r/new/b.txt"));
+    EXPECT_EQ(Facts(unknown, "folders", "root"), QStringList{"1 '%1'"_q.arg(At("r"))});
+    EXPECT_EQ(Hindrances(unknown), QStringList{"not-recorded"_q});
+
+    QString const text = RunSuccessfully({"explain"_q, At("link/a.txt")});
+    EXPECT_TRUE(text.startsWith(At("r/a.txt") + "\n\nWhich path was looked up?\n  given "_q)) << text.toStdString();
+}
+
+TEST_F(ExplainCommandTest, PathInARootThatWasRecordedByALinkIsLookedUpBelowTheLink)
+{
+    MakeDirectory("r"_q);
+    WriteFile("r/a.txt"_q);
+    Link("r", "link"_q);
+    RunSuccessfully({"root"_q, "add"_q, At("link"), "--server-path"_q, "/s"_q});
+    RunSuccessfully({"scan"_q});
+    QJsonObject const file = Explain({At("r/a.txt")});
+    EXPECT_EQ(file.value("path"_q), At("link/a.txt"));
+    EXPECT_EQ(Facts(file, "lookup", "symbolicLink"), QStringList{At("link")});
+    EXPECT_EQ(Facts(Explain({At("link/a.txt")}), "lookup", "given"), QStringList()) << "it is on record as given";
+    EXPECT_EQ(Facts(Explain({At("link/new")}, 1), "lookup", "given"), QStringList()) << "the root itself is the link";
+}
+
+TEST_F(ExplainCommandTest, LinkToAFolderInARootIsNotFollowed)
+{
+    RecordFile();
+    MakeDirectory("r/sub"_q);
+    WriteFile("r/sub/b.txt"_q);
+    MakeDirectory("outside"_q);
+    WriteFile("outside/c.txt"_q);
+    Link("sub", "r/inner"_q);
+    Link("../outside", "r/outer"_q);
+    Link("nowhere", "r/broken"_q);
+    RunSuccessfully({"scan"_q});
+    EXPECT_EQ(Explain({At("r/inner/b.txt")}).value("path"_q), At("r/sub/b.txt"));
+    QJsonObject const outside = Explain({At("r/outer/c.txt")}, 1);
+    EXPECT_EQ(outside.value("path"_q), At("r/outer/c.txt"));
+    EXPECT_EQ(Facts(outside, "lookup", "symbolicLink"), QStringList{At("r/outer")});
+    EXPECT_EQ(Facts(outside, "lookup", "leadsTo"), QStringList{At("outside/c.txt")});
+    EXPECT_EQ(Hindrances(outside), (QStringList{"behind-link"_q, "not-recorded"_q}));
+    EXPECT_EQ(Hindrances(Explain({At("r/inner")}, 1)), (QStringList{"not-recorded"_q, "link-to-folder"_q}));
+    EXPECT_EQ(Hindrances(Explain({At("r/broken")}, 1)), (QStringList{"not-recorded"_q, "link-to-nothing"_q}));
+}
+
+TEST_F(ExplainCommandTest, LinkThatLeadsToNoRootIsNamed)
+{
+    RecordFile();
+    MakeDirectory("outside"_q);
+    Link("outside", "link"_q);
+    QJsonObject const explanation = Explain({At("link/c.txt")}, 1);
+    EXPECT_EQ(explanation.value("path"_q), At("link/c.txt"));
+    EXPECT_EQ(Facts(explanation, "lookup", "leadsTo"), QStringList{At("outside/c.txt")});
+    EXPECT_EQ(Facts(Explain({At("outside/c.txt")}, 1), "lookup", "given"), QStringList()) << "no link";
+}
+
 TEST_F(ExplainCommandTest, RuleOfEachPathAgreesWithTheManagers)
 {
     struct Row
@@ -270,6 +338,24 @@ TEST_F(ExplainCommandTest, RowsAreFoundByPathOnTheServerAndById)
     EXPECT_EQ(Run({"explain"_q, "--id"_q, "77"_q}).status, 1);
     EXPECT_EQ(Run({"explain"_q}).status, 2);
     EXPECT_EQ(Run({"explain"_q, path, "--id"_q, "1"_q}).status, 2);
+}
+
+TEST_F(ExplainCommandTest, UnknownPathOnTheServerIsExplainedByTheOneHereThatBelongsToIt)
+{
+    RecordFile();
+    QJsonObject const explanation = Explain({"--server"_q, "/s/new/b.txt"_q}, 1);
+    EXPECT_EQ(explanation.value("path"_q), At("r/new/b.txt"));
+    EXPECT_EQ(Facts(explanation, "lookup", "given"), QStringList{"/s/new/b.txt"_q});
+    EXPECT_EQ(Facts(explanation, "folders", "root"), QStringList{"1 '%1'"_q.arg(At("r"))});
+    EXPECT_EQ(Hindrances(explanation), QStringList{"not-recorded"_q});
+    EXPECT_EQ(Facts(explanation, "lookup", "not searched"), QStringList());
+
+    Sql("INSERT INTO FolderConfiguration (id, clientPath, serverPath) VALUES (60000, '/far', '/far');"_q);
+    EXPECT_EQ(Facts(Explain({"--server"_q, "/s/new"_q}, 1), "lookup", "not searched").size(), 1);
+
+    Sql("UPDATE FileConfiguration SET serverPath = '/s/other' WHERE id = 1;"_q);
+    EXPECT_EQ(Run({"explain"_q, "--server"_q, "/s/a.txt"_q}).out, QString())
+        << "the file has another path on the server";
 }
 
 TEST_F(ExplainCommandTest, TwinsAreAllExplained)

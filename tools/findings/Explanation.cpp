@@ -7,13 +7,14 @@
 #include "interf/IQSqlQueryWrapper.h"
 #include "tools/findings/ColumnReference.h"
 #include "tools/findings/DiskEntry.h"
+#include "tools/findings/LinkedPath.h"
 #include "tools/findings/PathText.h"
 #include "tools/findings/RootRule.h"
 #include "tools/findings/StoreStatements.h"
 #include "tools/findings/TableNames.h"
 
 #include <QDateTime>
-#include <QDir>
+#include <QFileInfo>
 #include <QSet>
 
 #include <map>
@@ -132,7 +133,7 @@ public:
     {
         if (!_FindRows())
             return std::nullopt;
-        _explanation.isOnRecord = !_folders.empty() || !_files.empty();
+        _explanation.isOnRecord = _IsFound();
         _ExplainPlace();
         _ExplainRows();
         _ExplainFoldersAbove();
@@ -178,14 +179,18 @@ private:
         case By::BaseFileId:
             return _TakeFile(_BaseFile(_request.id));
         }
-        for (int const id : _Ids(Folders, "clientPath = :text", _explanation.path))
-            _folders.push_back(_managers.folders->GetFolderConfigurationById(id));
-        _FindFilesByClientPath();
+        _FindByClientPath();
+        if (!_IsFound())
+            _FollowLinks();
         return true;
     }
 
-    void _FindFilesByClientPath()
+    bool _IsFound() const { return !_folders.empty() || !_files.empty(); }
+
+    void _FindByClientPath()
     {
+        for (int const id : _Ids(Folders, "clientPath = :text", _explanation.path))
+            _folders.push_back(_managers.folders->GetFolderConfigurationById(id));
         for (int const id : _Ids(Files, "clientPath = :text", _explanation.path))
             _files.push_back(_managers.files->GetFileConfigurationById(id));
         for (int const id : _Ids(GeneratedFiles, "clientPath = :text", _explanation.path))
@@ -196,6 +201,59 @@ private:
                     _files.push_back(file);
             }
         }
+    }
+
+    /// Records have paths as they were given and read, so what is behind a symbolic link may be on record by another
+    /// path.
+    void _FollowLinks()
+    {
+        QString const given = _explanation.path;
+        RootRule const rule(given, _Roots());
+        QString leadsTo = ResolvedAbove(given);
+        QStringList others = _PathsInRoots(leadsTo);
+        if (!rule.root && others.isEmpty()) { // in a root, a link is itself what is asked for
+            QString const target = QFileInfo(given).canonicalFilePath();
+            leadsTo = target.isEmpty() ? leadsTo : target;
+            others = _PathsInRoots(leadsTo);
+        }
+        others.removeAll(given);
+        for (QString const& other : qAsConst(others)) {
+            _explanation.path = other;
+            _FindByClientPath();
+            if (_IsFound())
+                break;
+        }
+        if (!_IsFound())
+            _explanation.path = rule.root || others.isEmpty() ? given : others.first();
+
+        bool const isElsewhere = _explanation.path != given;
+        int const rootLength = rule.root ? int(rule.root->getClientPath().size()) : 0;
+        QString link = FirstLinkOf(given, rootLength);
+        if (!isElsewhere && (link.isEmpty() || link == given))
+            return;
+        if (link.isEmpty())
+            link = FirstLinkOf(_explanation.path);
+        ExplanationPart& part = _BeginLookup(given);
+        part.facts.push_back({QStringLiteral("symbolicLink"), link, {}});
+        part.facts.push_back({QStringLiteral("leadsTo"), leadsTo, {}});
+        if (!isElsewhere && rule.root)
+            _Hinder("behind-link",
+                    QStringLiteral("it lies behind the symbolic link %1, which is not followed").arg(Quote(link)));
+    }
+
+    /// Returns the paths by which a path without links may be on record: those in roots, whose own paths may have
+    /// links.
+    QStringList _PathsInRoots(QString const& path)
+    {
+        QStringList paths;
+        for (FolderConfiguration const& root : _Roots()) {
+            QString const place = QFileInfo(root.getClientPath()).canonicalFilePath(); // empty if it is not on disk
+            if (path == place)
+                paths.append(root.getClientPath());
+            else if (!place.isEmpty() && path.startsWith(EndingInSlash(place)))
+                paths.append(EndingInSlash(root.getClientPath()) + path.mid(EndingInSlash(place).size()));
+        }
+        return paths;
     }
 
     /// The managers have base files in listings only.
@@ -247,13 +305,47 @@ private:
             if (folder.getServerPath() == _request.path && _TakeFolder(folder))
                 return true;
         }
-        if (!_MayReadAll(Folders))
-            return false;
-        for (int const id : _Ids(Folders, "serverPath = :text", _request.path)) {
-            if (_TakeFolder(_managers.folders->GetFolderConfigurationById(id)))
-                return true;
+        bool const isSearched = _MayReadAll(Folders);
+        if (isSearched) {
+            for (int const id : _Ids(Folders, "serverPath = :text", _request.path)) {
+                if (_TakeFolder(_managers.folders->GetFolderConfigurationById(id)))
+                    return true;
+            }
         }
-        return false;
+        return _TakeUnknownServerPath(isSearched);
+    }
+
+    /// What is not on record is explained by the path on this computer that belongs to the one on the server.
+    bool _TakeUnknownServerPath(bool isSearched)
+    {
+        std::optional<FolderConfiguration> nearest;
+        for (FolderConfiguration const& root : _Roots()) {
+            bool const isNearer = !nearest || root.getServerPath().size() > nearest->getServerPath().size();
+            if (isNearer && _request.path.startsWith(EndingInSlash(root.getServerPath())))
+                nearest = root;
+        }
+        if (!nearest)
+            return false;
+        _explanation.path =
+            EndingInSlash(nearest->getClientPath()) + _request.path.mid(EndingInSlash(nearest->getServerPath()).size());
+        _FindByClientPath();
+        if (_IsFound()) // with another path on the server
+            return false;
+        ExplanationPart& part = _BeginLookup(_request.path);
+        if (!isSearched)
+            part.facts.push_back({QStringLiteral("not searched"),
+                                  {},
+                                  QStringLiteral("it takes reading all folders, which --thorough does")});
+        return true;
+    }
+
+    /// Tells that another path is explained than the one that was given.
+    ExplanationPart& _BeginLookup(QString const& given)
+    {
+        ExplanationPart& part = _Begin("lookup", QStringLiteral("Which path was looked up?"));
+        part.facts.push_back({QStringLiteral("given"), given, {}});
+        part.facts.push_back({QStringLiteral("lookedUp"), _explanation.path, {}});
+        return part;
     }
 
     QVector<int> _Ids(char const* table, char const* condition, QVariant const& value)
@@ -552,8 +644,10 @@ private:
                                   QDateTime::fromMSecsSinceEpoch(entry.modifiedMsec, Qt::UTC),
                                   {}});
         }
-        if (!_explanation.isOnRecord)
+        if (!_explanation.isOnRecord) {
+            _ExplainLeavingOut(entry);
             return;
+        }
         QStringList differences;
         auto const differ = [&](char const* code, QString const& difference, QString const& hindrance) {
             differences.append(difference);
@@ -570,6 +664,20 @@ private:
         part.facts.push_back({QStringLiteral("comparedWithRecord"),
                               differences.isEmpty() ? QStringLiteral("same") : differences.join(QStringLiteral(", ")),
                               {}});
+    }
+
+    /// A scan records files, folders and links to files.
+    void _ExplainLeavingOut(DiskEntry const& entry)
+    {
+        QFileInfo const target(_explanation.path);
+        if (!_root)
+            return;
+        if (entry.kind == DiskEntry::Kind::Special)
+            _Hinder("special-file", QStringLiteral("it is neither a file nor a folder"));
+        else if (entry.kind == DiskEntry::Kind::Link && !target.exists())
+            _Hinder("link-to-nothing", QStringLiteral("it is a symbolic link to nothing"));
+        else if (entry.kind == DiskEntry::Kind::Link && target.isDir())
+            _Hinder("link-to-folder", QStringLiteral("it is a symbolic link to a folder, which is not followed"));
     }
 
     template <class Differ>

@@ -18,8 +18,7 @@ bool LiesIn(QString const& path, QString const& folder)
 {
     if (folder.isEmpty())
         return false;
-    QString const prefix = folder.endsWith(QLatin1Char('/')) ? folder : folder + QLatin1Char('/');
-    return path.startsWith(prefix);
+    return path.startsWith(EndingInSlash(folder));
 }
 
 } // namespace

@@ -15,6 +15,12 @@ inline QString FolderOf(QString const& path)
     return path.left(std::max(slash, 0));
 }
 
+/// Returns a folder's path with a slash behind it.
+inline QString EndingInSlash(QString const& folder)
+{
+    return folder.endsWith(QLatin1Char('/')) ? folder : folder + QLatin1Char('/');
+}
+
 /// Returns the same text for paths that a file system may take for the same: those that differ only in case or in their
 /// Unicode form.
 inline QString Folded(QString const& path)

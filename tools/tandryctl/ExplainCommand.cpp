@@ -84,9 +84,12 @@ ExplanationRequest RequestOf(Arguments const& arguments)
 Failure NothingToExplain(Arguments const& arguments)
 {
     if (arguments.serverPath)
-        return {FailureCode::NotFound,
-                QStringLiteral("nothing on record has the path %1 on the server").arg(Quoted(*arguments.serverPath)),
-                arguments.isThorough ? See("tree") : QStringLiteral("give --thorough to read all folders too")};
+        return {
+            FailureCode::NotFound,
+            QStringLiteral("nothing on record has the path %1 on the server").arg(Quoted(*arguments.serverPath)),
+            arguments.isThorough
+                ? See("list roots")
+                : QStringLiteral("see 'tandryctl list roots', or give --thorough to read more than 50,000 folders")};
     RowKind const& kind = RowKinds().at(arguments.kind.value_or(0));
     bool const isFolder = kind.by == By::FolderId;
     return {FailureCode::NotFound,
@@ -181,7 +184,7 @@ void AddExplainCommand(Command& top)
                 "it, its account, server, product and schedule, its links, the files generated from it, what stands\n"
                 "on disk now, and neighbours that differ only in case or Unicode form. The last line says what keeps\n"
                 "it from being in sync. If the path is not on record, the nearest folders that are get listed, and\n"
-                "the exit status is 1.")
+                "the exit status is 1. A path that leads through a symbolic link is looked up where the link leads.")
         .Example("explain ~/Documents/letters/a.txt", "find out why a file is not synchronised")
         .Example("explain --server /documents/letters", "explain what has this path on the server")
         .Example("explain --id 12 --type folder --json", "explain folder 12 to a program")
