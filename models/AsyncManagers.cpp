@@ -3,7 +3,6 @@
 #include "database/StoreFactory.h"
 #include "interf/IQSqlDatabaseWrapper.h"
 
-#include <QScopeGuard>
 #include <QString>
 
 #include <condition_variable>
@@ -29,6 +28,12 @@ StoreError MakeError(StoreErrorKind kind, QString const& text)
     error.kind = kind;
     error.text = text;
     return error;
+}
+
+/// Ends a client transaction that an exception has left open, so that no later operation joins it.
+void EndTransaction(StoreFactory& store)
+{
+    static_cast<void>(store.CreateDatabase()->rollback());
 }
 
 } // namespace
@@ -153,9 +158,11 @@ std::optional<StoreError> AsyncManagers::ErrorOf(StoreFactory& store, std::funct
         function();
     }
     catch (std::exception const& exception) {
+        EndTransaction(store);
         return MakeError(StoreErrorKind::Other, QString::fromLocal8Bit(exception.what()));
     }
     catch (...) {
+        EndTransaction(store);
         return MakeError(StoreErrorKind::Other, QStringLiteral("An exception left the operation."));
     }
     return store.LastError();
@@ -166,11 +173,10 @@ bool AsyncManagers::InTransaction(StoreFactory& store, std::function<bool()> con
     std::shared_ptr<IQSqlDatabaseWrapper> const transaction = store.CreateDatabase();
     if (!transaction->transaction())
         return false;
-    auto rollback = qScopeGuard([&] { static_cast<void>(transaction->rollback()); });
-    if (!function())
-        return false;
-    rollback.dismiss();
-    return transaction->commit();
+    if (function())
+        return transaction->commit();
+    static_cast<void>(transaction->rollback());
+    return false;
 }
 
 } // namespace sync::models

@@ -74,7 +74,8 @@ public:
 
     /// Runs `function(managers)` on the thread, with a `sync::config::Managers const&`, and gives its result, which
     /// must have a default value. The function may run any number of operations, in a scope if it likes. It must end
-    /// what it begins, and must not keep the managers. It is destroyed on the thread, or where the managers are closed.
+    /// what it begins, and must not keep the managers. If an exception leaves it, a client transaction that it left
+    /// open is rolled back. It is destroyed on the thread, or where the managers are closed.
     template <class Function>
     auto Run(Function function)
     {

@@ -115,21 +115,20 @@ public:
     QVector<int> ids;
     RecentRows values;
 
-    /// Shows the files with these values.
+    /// Shows the files with these values; none if there are no values.
     void Show(QMap<QString, int> const& equal)
     {
-        if (equal == listing.equal) {
-            ReadList();
-            return;
+        if (equal != listing.equal) {
+            listing.equal = equal;
+            AbandonList();
+            if (!ids.isEmpty())
+                Step({ListStep::Kind::Remove, 0, static_cast<int>(ids.size()), 0, {}, {}});
+            values.Clear();
+            _wanted.clear();
+            _stale.clear();
         }
-        listing.equal = equal;
-        AbandonList();
-        if (!ids.isEmpty())
-            Step({ListStep::Kind::Remove, 0, static_cast<int>(ids.size()), 0, {}, {}});
-        values.Clear();
-        _wanted.clear();
-        _stale.clear();
-        ReadList();
+        if (!Refresh())
+            TellIfLoaded();
     }
 
     /// Shows the files in this order and with this filter.
@@ -139,11 +138,17 @@ public:
             return;
         listing = next;
         AbandonList();
-        if (isShowing())
-            ReadList();
+        Refresh();
     }
 
-    bool isShowing() const { return !listing.equal.isEmpty(); }
+    /// Reads the list, if there is one. Returns whether there is.
+    bool Refresh()
+    {
+        bool const isShowing = !listing.equal.isEmpty();
+        if (isShowing)
+            ReadList();
+        return isShowing;
+    }
 
     bool isReading() const
     {
@@ -425,6 +430,11 @@ FileListModel::FileListModel(std::shared_ptr<IDatabaseFactory> factory, QObject*
 
 FileListModel::~FileListModel() = default;
 
+void FileListModel::ShowNothing()
+{
+    _reader->Show({});
+}
+
 void FileListModel::ShowFolder(int folderId)
 {
     _reader->Show({{FolderColumn, folderId}});
@@ -471,10 +481,7 @@ void FileListModel::Follow(StoreWatcher const& watcher)
 
 bool FileListModel::Refresh()
 {
-    if (!_reader->isShowing())
-        return false;
-    _reader->ReadList();
-    return true;
+    return _reader->Refresh();
 }
 
 bool FileListModel::isLoading() const

@@ -46,6 +46,8 @@ public:
     explicit FileListModel(std::shared_ptr<sync::interf::factory::IDatabaseFactory> factory, QObject* parent = nullptr);
     ~FileListModel() override;
 
+    /// Shows nothing, as at first. Filter and order stay as they are.
+    void ShowNothing();
     /// Shows the files directly in the folder. Filter and order stay as they are.
     void ShowFolder(int folderId);
     /// Shows all files below a root. Filter and order stay as they are.
@@ -67,8 +69,8 @@ public:
     /// Begins to read the rows anew. Rows that came, went or changed are signalled as such, so views keep selection and
     /// scroll position; where many rows have changed places, `layoutChanged` tells so. Calls while the rows are being
     /// read, and for as long again after that, have them read once more when that time is over: a list that others go
-    /// on changing takes at most half of a processor's time. Returns false if the model shows nothing, because no
-    /// `Show…` was called.
+    /// on changing takes at most half of a processor's time. Returns false if the model was told to show nothing, or
+    /// has not been told what to show.
     bool Refresh();
 
     /// Returns whether something is being read. `Loaded` or `Failed` tells when it no longer is.

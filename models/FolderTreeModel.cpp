@@ -1,6 +1,7 @@
 #include "models/FolderTreeModel.h"
 
 #include "config/FolderConfiguration.h"
+#include "models/Readings.h"
 #include "models/RecordRows.h"
 #include "models/RowDifference.h"
 #include "models/StoreWatcher.h"
@@ -31,7 +32,8 @@ struct FolderTreeModel::Node
 {
     RecordRow row;
     Node* parent = nullptr;
-    int position = 0; // among the parent's children
+    int position = 0;      // among the parent's children
+    bool isOpened = false; // by a view, whether or not the store could be read
     bool isRead = false;
     std::vector<std::unique_ptr<Node>> children;
 };
@@ -43,11 +45,13 @@ struct FolderTreeModel::Tree
     int pathRole;
     Node root;
     QHash<int, Node*> nodes;
+    Readings readings;
 
-    explicit Tree(std::shared_ptr<IDatabaseFactory> factory)
+    Tree(FolderTreeModel& model, std::shared_ptr<IDatabaseFactory> factory)
         : rows(RecordRows::Of<FolderConfiguration>(std::move(factory), FolderTable))
         , nameRole(rows.WithRoles({}).key("name"))
         , pathRole(rows.WithRoles({}).key("clientPath"))
+        , readings(model, [&model] { return model.ReadOpened(); })
     {}
 
     /// Two branches that are read one after the other may both have a folder that changed its parent meanwhile.
@@ -86,11 +90,7 @@ public:
     void Move(int from, int to)
     {
         _model.beginMoveRows(_index, from, from, _index, to);
-        auto const begin = _node.children.begin();
-        if (from < to)
-            std::rotate(begin + from, begin + from + 1, begin + to);
-        else
-            std::rotate(begin + to, begin + from, begin + from + 1);
+        MoveElement(_node.children.begin(), from, to);
         Number(std::min(from, to));
         _model.endMoveRows();
     }
@@ -137,7 +137,7 @@ private:
 
 FolderTreeModel::FolderTreeModel(std::shared_ptr<IDatabaseFactory> factory, QObject* parent)
     : QAbstractItemModel(parent)
-    , _tree(std::make_unique<Tree>(std::move(factory)))
+    , _tree(std::make_unique<Tree>(*this, std::move(factory)))
 {}
 
 FolderTreeModel::~FolderTreeModel() = default;
@@ -145,33 +145,47 @@ FolderTreeModel::~FolderTreeModel() = default;
 void FolderTreeModel::Follow(StoreWatcher const& watcher)
 {
     connect(&watcher, &StoreWatcher::Changed, this, [this](QStringList const& tables) {
-        if (tables.contains(FolderTable))
-            Refresh();
+        if (tables.contains(FolderTable) && _tree->root.isOpened)
+            _tree->readings.Follow();
     });
 }
 
 bool FolderTreeModel::Refresh()
 {
-    std::vector<Node*> opened;
-    if (_tree->root.isRead)
-        opened.push_back(&_tree->root);
-    bool isWhole = true;
-    while (!opened.empty()) {
+    return !_tree->root.isOpened || _tree->readings.Refresh();
+}
+
+bool FolderTreeModel::ReadOpened()
+{
+    std::vector<Node*> opened{&_tree->root};
+    bool succeeds = true;
+    QString error;
+    while (succeeds && !opened.empty()) { // the next branch would wait for the same lock
         Node& node = *opened.back();
         opened.pop_back();
-        isWhole = Read(node) && isWhole;
+        succeeds = Read(node, error);
         for (auto const& child : node.children) {
-            if (child->isRead)
+            if (child->isOpened)
                 opened.push_back(child.get());
         }
     }
-    return isWhole;
+    return Tell(succeeds, error);
 }
 
-bool FolderTreeModel::Read(Node& node)
+bool FolderTreeModel::Tell(bool isRead, QString const& error)
 {
+    if (isRead)
+        Q_EMIT Loaded();
+    else
+        Q_EMIT Failed(error);
+    return isRead;
+}
+
+bool FolderTreeModel::Read(Node& node, QString& error)
+{
+    node.isOpened = true;
     std::optional<QVector<RecordRow>> const rows =
-        _tree->rows.Read(ChildrenOf, {{QStringLiteral(":parentId"), node.row.id}});
+        _tree->rows.Read(ChildrenOf, {{QStringLiteral(":parentId"), node.row.id}}, &error);
     if (!rows)
         return false;
     bool const hadChildren = !node.isRead || !node.children.empty();
@@ -241,8 +255,12 @@ bool FolderTreeModel::canFetchMore(QModelIndex const& parent) const
 
 void FolderTreeModel::fetchMore(QModelIndex const& parent)
 {
-    if (canFetchMore(parent))
-        Read(NodeOf(parent));
+    if (!canFetchMore(parent))
+        return;
+    _tree->readings.Open([this, &node = NodeOf(parent)] {
+        QString error;
+        return Tell(Read(node, error), error);
+    });
 }
 
 QVariant FolderTreeModel::data(QModelIndex const& index, int role) const

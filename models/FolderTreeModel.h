@@ -6,6 +6,7 @@
 #include <QByteArray>
 #include <QHash>
 #include <QModelIndex>
+#include <QString>
 #include <QStringList>
 #include <QVariant>
 
@@ -40,14 +41,17 @@ public:
                              QObject* parent = nullptr);
     ~FolderTreeModel() override;
 
-    /// Refreshes the model whenever the watcher tells of a change of folders. The watcher must live in the model's
-    /// thread; it may be destroyed before the model.
+    /// Refreshes the model when the watcher tells of a change of folders, before the watcher's slots that are connected
+    /// later. If that takes long, the next refresh waits for four times as long, up to a second, so that a store that
+    /// others go on changing leaves the thread time for its window. The watcher must live in the model's thread; it may
+    /// be destroyed before the model.
     void Follow(StoreWatcher const& watcher);
 
     /// Reads the branches that have been opened anew. Rows that came, went, moved within their branch or changed are
     /// signalled as such, so views keep selection and scroll position; a folder that now has another parent goes from
-    /// one branch and comes in the other. If the store fails, returns false, and a branch that could not be read stays
-    /// as it was.
+    /// one branch and comes in the other. Also opens the branches that the store failed to open before. If the store
+    /// fails, returns false, and the branches that have not been read by then stay as they were. In a slot of the
+    /// model's signals, returns true and reads when all slots have returned.
     bool Refresh();
 
     /// Returns the id of a row's folder; 0, which is the parent id of the roots, for an invalid index.
@@ -68,7 +72,7 @@ public:
     bool hasChildren(QModelIndex const& parent = {}) const override;
     /// Returns whether the branch has not been opened.
     bool canFetchMore(QModelIndex const& parent) const override;
-    /// Opens the branch. If the store fails, it stays as it is, and can be opened again.
+    /// Opens the branch. If the store fails, it stays as it is, and can be opened again; so does the next `Refresh`.
     void fetchMore(QModelIndex const& parent) override;
     /// Returns the value of a role, as described above; an invalid value for other roles.
     QVariant data(QModelIndex const& index, int role = Qt::DisplayRole) const override;
@@ -77,6 +81,13 @@ public:
     /// Returns the roles of the columns beside those of every model.
     QHash<int, QByteArray> roleNames() const override;
 
+Q_SIGNALS:
+    /// Emitted when what was asked for has been read, by `Refresh`, `fetchMore` or the watcher.
+    void Loaded();
+
+    /// Emitted if the store fails instead, with the reason that it gives, if any.
+    void Failed(QString const& reason);
+
 private:
     struct Node;
     class Branch;
@@ -84,7 +95,9 @@ private:
 
     Node& NodeOf(QModelIndex const& index) const;
     QModelIndex IndexOfNode(Node const& node) const;
-    bool Read(Node& node);
+    bool ReadOpened();
+    bool Read(Node& node, QString& error);
+    bool Tell(bool isRead, QString const& error);
 
     std::unique_ptr<Tree> const _tree;
 };

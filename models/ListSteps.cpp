@@ -196,14 +196,9 @@ void Apply(ListStep const& step, QVector<int>& ids)
     case Kind::Remove:
         ids.remove(step.first, step.count);
         break;
-    case Kind::Move: {
-        auto const begin = ids.begin();
-        if (step.first < step.to)
-            std::rotate(begin + step.first, begin + step.first + 1, begin + step.to);
-        else
-            std::rotate(begin + step.to, begin + step.first, begin + step.first + 1);
+    case Kind::Move:
+        MoveElement(ids.begin(), step.first, step.to);
         break;
-    }
     case Kind::Insert:
         ids.insert(step.first, static_cast<int>(step.ids.size()), 0);
         Q_FALLTHROUGH();

@@ -1,5 +1,6 @@
 #include "models/RecordTableModel.h"
 
+#include "models/Readings.h"
 #include "models/RecordRows.h"
 #include "models/RowDifference.h"
 #include "models/StoreWatcher.h"
@@ -18,6 +19,8 @@ struct RecordTableModel::Table
     RecordRows source;
     QString name;
     std::vector<RecordRow> rows;
+    Readings readings;
+    bool isOpened = false; // by a view, whether or not the store could be read
     bool isRead = false;
 };
 
@@ -66,7 +69,7 @@ private:
 
 RecordTableModel::RecordTableModel(RecordRows const& rows, QString const& table, QObject* parent)
     : QAbstractTableModel(parent)
-    , _table(new Table{rows, table, {}, false})
+    , _table(new Table{rows, table, {}, Readings(*this, [this] { return Read(); })})
 {}
 
 RecordTableModel::~RecordTableModel() = default;
@@ -74,24 +77,29 @@ RecordTableModel::~RecordTableModel() = default;
 void RecordTableModel::Follow(StoreWatcher const& watcher)
 {
     connect(&watcher, &StoreWatcher::Changed, this, [this](QStringList const& tables) {
-        if (tables.contains(_table->name))
-            Refresh();
+        if (tables.contains(_table->name) && _table->isOpened)
+            _table->readings.Follow();
     });
 }
 
 bool RecordTableModel::Refresh()
 {
-    return !_table->isRead || Read();
+    return !_table->isOpened || _table->readings.Refresh();
 }
 
 bool RecordTableModel::Read()
 {
-    std::optional<QVector<RecordRow>> const rows = _table->source.Read(QStringLiteral("ORDER BY id"));
-    if (!rows)
+    _table->isOpened = true;
+    QString error;
+    std::optional<QVector<RecordRow>> const rows = _table->source.Read(QStringLiteral("ORDER BY id"), {}, &error);
+    if (!rows) {
+        Q_EMIT Failed(error);
         return false;
+    }
     _table->isRead = true;
     Rows shown(*this);
     ApplyDifference(shown, *rows, [](RecordRow const& row) { return row.id; });
+    Q_EMIT Loaded();
     return true;
 }
 
@@ -128,7 +136,7 @@ bool RecordTableModel::canFetchMore(QModelIndex const& parent) const
 void RecordTableModel::fetchMore(QModelIndex const& parent)
 {
     if (canFetchMore(parent))
-        Read();
+        _table->readings.Open([this] { return Read(); });
 }
 
 QVariant RecordTableModel::data(QModelIndex const& index, int role) const

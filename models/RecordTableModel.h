@@ -34,12 +34,16 @@ class TANDRY_MODELS_EXPORT RecordTableModel : public QAbstractTableModel
 public:
     ~RecordTableModel() override;
 
-    /// Refreshes the model whenever the watcher tells of a change of the table. The watcher must live in the model's
+    /// Refreshes the model when the watcher tells of a change of the table, before the watcher's slots that are
+    /// connected later. If that takes long, the next refresh waits for four times as long, up to a second, so that a
+    /// store that others go on changing leaves the thread time for its window. The watcher must live in the model's
     /// thread; it may be destroyed before the model.
     void Follow(StoreWatcher const& watcher);
 
     /// Reads the table anew if it has been opened. Rows that came, went or changed are signalled as such, so views keep
-    /// selection and scroll position. If the store fails, returns false, and the rows stay as they were.
+    /// selection and scroll position. Also opens a table that the store failed to open before. If the store fails,
+    /// returns false, and the rows stay as they were. In a slot of the model's signals, returns true and reads when all
+    /// slots have returned.
     bool Refresh();
 
     /// Returns the id of a row's record; -1 for an invalid index.
@@ -53,7 +57,7 @@ public:
     int columnCount(QModelIndex const& parent = {}) const override;
     /// Returns whether the table has not been opened.
     bool canFetchMore(QModelIndex const& parent) const override;
-    /// Opens the table. If the store fails, it stays closed, and can be opened again.
+    /// Opens the table. If the store fails, it stays closed, and can be opened again; so does the next `Refresh`.
     void fetchMore(QModelIndex const& parent) override;
     /// Returns the value of a role, as described above; an invalid value for other roles.
     QVariant data(QModelIndex const& index, int role = Qt::DisplayRole) const override;
@@ -61,6 +65,13 @@ public:
     QVariant headerData(int section, Qt::Orientation orientation, int role = Qt::DisplayRole) const override;
     /// Returns the roles of the columns beside those of every model.
     QHash<int, QByteArray> roleNames() const override;
+
+Q_SIGNALS:
+    /// Emitted when the table has been read, by `Refresh`, `fetchMore` or the watcher.
+    void Loaded();
+
+    /// Emitted if the store fails instead, with the reason that it gives, if any.
+    void Failed(QString const& reason);
 
 protected:
     /// For the models of the library: `rows` are those of the table.

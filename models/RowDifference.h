@@ -31,6 +31,16 @@ inline std::vector<bool> LongestRising(std::vector<int> const& numbers)
     return isRising;
 }
 
+/// Moves an element of a list as `beginMoveRows` says: `to` is a place in the list as it is before the move.
+template <class Iterator>
+void MoveElement(Iterator begin, int from, int to)
+{
+    if (from < to)
+        std::rotate(begin + from, begin + from + 1, begin + to);
+    else
+        std::rotate(begin + to, begin + from, begin + from + 1);
+}
+
 /// Turns a list of rows into another one by removing, moving, inserting and changing as few rows as possible.
 ///
 /// `List` has these operations on the rows of the list that is shown; `Row` is what the new list holds:
@@ -38,7 +48,7 @@ inline std::vector<bool> LongestRising(std::vector<int> const& numbers)
 ///     int size() const;
 ///     int id(int at) const;                             // unique
 ///     void Remove(int first, int last);
-///     void Move(int from, int to);                      // `to` in the list as it is before the move
+///     void Move(int from, int to);                      // as `MoveElement` does
 ///     void Insert(int at, Row const* first, int count);
 ///     void Update(int at, Row const& row);              // called for every row that stays
 ///

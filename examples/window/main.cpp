@@ -32,23 +32,25 @@ public:
         : _model(store)
         , _watcher(store)
     {
-        _model.Follow(_watcher); // what comes, goes or changes is shown, and the view keeps its place
-        _view.setModel(&_model);
         _view.setHeaderHidden(true);
         setCentralWidget(&_view);
         setWindowTitle(tr("Folders"));
 
-        connect(&_watcher, &StoreWatcher::Changed, this, [this](QStringList const& tables) {
-            statusBar()->showMessage(tr("Changed: %1").arg(tables.join(QStringLiteral(", "))));
+        _model.Follow(_watcher); // what comes, goes or changes is shown, and the view keeps its place
+        _view.setModel(&_model);
+        connect(&_model, &FolderTreeModel::Failed, statusBar(), [this](QString const& reason) {
+            statusBar()->showMessage(reason); // the rows stay, and the next change is another attempt
         });
-        connect(&_watcher, &StoreWatcher::Stopped, this, [this](sync::database::StoreError const& error) {
-            statusBar()->showMessage(error.text);
+        connect(&_watcher, &StoreWatcher::Stopped, statusBar(), [this](sync::database::StoreError const& error) {
+            statusBar()->showMessage(error.text); // a client opens the store again, and makes new models
+        });
+        connect(&_watcher, &StoreWatcher::Changed, statusBar(), [this](QStringList const& tables) {
+            statusBar()->showMessage(tr("Changed: %1").arg(tables.join(QStringLiteral(", "))));
         });
     }
 
     QTreeView& view() { return _view; }
     FolderTreeModel& model() { return _model; }
-    StoreWatcher& watcher() { return _watcher; }
 
 private:
     FolderTreeModel _model;
@@ -104,8 +106,8 @@ int main(int argc, char** argv)
         Print(window.model());
         QApplication::quit();
     };
-    // Queued, so that the model has followed by then.
-    QObject::connect(&window.watcher(), &StoreWatcher::Changed, &window, showAndClose, Qt::QueuedConnection);
+    // Queued: a slot should not ask a model for more while it is being read.
+    QObject::connect(&window.model(), &FolderTreeModel::Loaded, &window, showAndClose, Qt::QueuedConnection);
     std::thread other(AddFolders, store);
     int const status = QApplication::exec();
     other.join();

@@ -349,6 +349,22 @@ TEST_F(ManagersOnTheirOwnThread, RollAClientTransactionBackIfAnExceptionLeavesIt
     EXPECT_EQ(Roots(), 1);
 }
 
+TEST_F(ManagersOnTheirOwnThread, RollBackWhatAnExceptionLeftInATransactionOfTheClientsOwn)
+{
+    Answer<void> const thrown = managers
+                                    ->Run([](Managers const& own) {
+                                        EXPECT_TRUE(own.files->transaction());
+                                        FolderConfiguration root = Folder("/lost"_q);
+                                        EXPECT_TRUE(own.folders->Add(root));
+                                        throw std::runtime_error("of the client");
+                                    })
+                                    .result();
+    EXPECT_EQ(KindOf(thrown), StoreErrorKind::Other);
+    EXPECT_TRUE(managers->folders.Add(Folder("/r"_q)).result().value);
+    EXPECT_EQ(Roots(), 1) << "the next operation is durable at once";
+    EXPECT_THAT(managers->folders.GetAllRootFolders().result().value, SizeIs(1));
+}
+
 TEST_F(ManagersOnTheirOwnThread, TellThatAClientTransactionCannotBegin)
 {
     OpenOptions options;

@@ -269,6 +269,32 @@ TEST_F(AFileListModel, ShowsTheFilesOfAFolderOfARootOrWithAStatus)
     EXPECT_EQ(reset.count(), 0);
 }
 
+TEST_F(AFileListModel, ShowsNothingAgain)
+{
+    AddFiles(300);
+    FileListModel model(store);
+    Tester const tester(&model, Tester::FailureReportingMode::Fatal);
+    QSignalSpy const loaded(&model, &FileListModel::Loaded);
+    model.ShowFolder(1);
+    model.ShowNothing();
+    EXPECT_FALSE(model.isLoading());
+    EXPECT_EQ(loaded.count(), 1) << "so that nobody waits for the files";
+    model.ShowFolder(1);
+    Settle(model);
+    EXPECT_EQ(model.rowCount(), 300);
+    model.ShowNothing();
+    EXPECT_EQ(model.rowCount(), 0);
+    EXPECT_FALSE(model.Refresh());
+    model.sort(2);
+    model.SetNameFilter("1"_q);
+    EXPECT_FALSE(model.isLoading());
+    QCoreApplication::processEvents();
+    EXPECT_EQ(model.rowCount(), 0);
+    model.ShowFolder(1);
+    Settle(model);
+    EXPECT_EQ(Ids(model), Select("WHERE name LIKE '%1%' ORDER BY name"_q)) << "filter and order have stayed";
+}
+
 TEST_F(AFileListModel, FiltersByPartsOfNamesInWhichAllCharactersStandForThemselves)
 {
     QStringList const names{"a%b"_q, "a_b"_q, "aXb"_q, "a\\b"_q, "it's"_q, QStringLiteral("\u00e4"), "l\nm"_q, ""_q};

@@ -200,6 +200,79 @@ TEST_F(AFolderTreeModel, KeepsItsRowsWhileTheStoreFails)
     store->ClearError();
 }
 
+TEST_F(AFolderTreeModel, TellsOfAFailureAndThenOpensWhatItCouldNot)
+{
+    AddFolder("root"_q, 0);
+    FolderTreeModel model(store);
+    QSignalSpy const loaded(&model, &FolderTreeModel::Loaded);
+    QSignalSpy failed(&model, &FolderTreeModel::Failed);
+    RawStore raw(StorePath(), RawStore::KeepLog);
+    raw.Run("ALTER TABLE FolderConfiguration RENAME TO Gone"_q);
+    model.fetchMore({});
+    ASSERT_EQ(failed.count(), 1);
+    EXPECT_TRUE(failed.takeFirst().constFirst().toString().contains(StorePath()));
+    EXPECT_FALSE(model.Refresh());
+    EXPECT_EQ(failed.count(), 1);
+    EXPECT_EQ(loaded.count(), 0);
+    raw.Run("ALTER TABLE Gone RENAME TO FolderConfiguration"_q);
+    EXPECT_TRUE(model.Refresh());
+    EXPECT_EQ(Shown(model), "root"_q);
+    EXPECT_EQ(loaded.count(), 1);
+    model.fetchMore(model.index(0, 0));
+    EXPECT_EQ(loaded.count(), 2);
+    EXPECT_EQ(failed.count(), 1);
+    store->ClearError();
+}
+
+TEST_F(AFolderTreeModel, LetsASlotRefreshItInTheMiddleOfARefresh)
+{
+    int const root = AddFolder("root"_q, 0);
+    for (QString const& name : {"a"_q, "b"_q, "d"_q, "e"_q})
+        AddFolder(name, root);
+    FolderTreeModel model(store);
+    ModelTester const tester(&model);
+    OpenAll(model);
+    int nested = 0;
+    auto const change = [&](QString const& statement) {
+        if (nested++ > 0)
+            return;
+        Run(statement);
+        EXPECT_TRUE(model.Refresh());
+    };
+    auto const connection = QObject::connect(&model, &FolderTreeModel::rowsInserted, [&] {
+        change("DELETE FROM FolderConfiguration WHERE name IN ('d', 'e')"_q);
+    });
+    AddFolder("aa"_q, root);
+    EXPECT_TRUE(model.Refresh());
+    EXPECT_EQ(Shown(model), "root(a aa b)"_q);
+
+    QObject::disconnect(connection);
+    nested = 0;
+    QObject::connect(&model, &FolderTreeModel::rowsAboutToBeRemoved, [&] {
+        change("DELETE FROM FolderConfiguration WHERE name = 'b'"_q);
+    });
+    Run("DELETE FROM FolderConfiguration WHERE name = 'a'"_q);
+    EXPECT_TRUE(model.Refresh());
+    EXPECT_EQ(Shown(model), "root(aa)"_q);
+    EXPECT_EQ(nested, 2) << "each slot once for its own change and once for the other";
+}
+
+TEST_F(AFolderTreeModel, LetsASlotOpenABranchInTheMiddleOfARefresh)
+{
+    int const root = AddFolder("root"_q, 0);
+    FolderTreeModel model(store);
+    ModelTester const tester(&model);
+    OpenAll(model);
+    QObject::connect(&model, &FolderTreeModel::rowsInserted, [&](QModelIndex const& parent, int first, int) {
+        model.fetchMore(model.index(first, 0, parent));
+    });
+    int const child = AddFolder("child"_q, root);
+    AddFolder("below"_q, child);
+    AddFolder("next"_q, root);
+    EXPECT_TRUE(model.Refresh());
+    EXPECT_EQ(Shown(model), "root(child(below) next)"_q);
+}
+
 TEST_F(AFolderTreeModel, FollowsAWatcher)
 {
     StoreWatcher const watcher(store);

@@ -156,6 +156,47 @@ TEST_F(ARecordTableModel, KeepsItsRowsWhileTheStoreFails)
     store->ClearError();
 }
 
+TEST_F(ARecordTableModel, TellsOfAFailureAndThenOpensWhatItCouldNot)
+{
+    ASSERT_TRUE(AddServer(*store, "a"_q));
+    ServerModel model(store);
+    QSignalSpy const loaded(&model, &ServerModel::Loaded);
+    QSignalSpy const failed(&model, &ServerModel::Failed);
+    RawStore raw(StorePath(), RawStore::KeepLog);
+    raw.Run("ALTER TABLE ServerConfiguration RENAME TO Gone"_q);
+    model.fetchMore({});
+    ASSERT_EQ(failed.count(), 1);
+    EXPECT_TRUE(failed.constFirst().constFirst().toString().contains(StorePath()));
+    raw.Run("ALTER TABLE Gone RENAME TO ServerConfiguration"_q);
+    EXPECT_EQ(loaded.count(), 0);
+    EXPECT_TRUE(model.Refresh());
+    EXPECT_EQ(model.rowCount(), 1);
+    EXPECT_EQ(loaded.count(), 1);
+    EXPECT_EQ(failed.count(), 1);
+    store->ClearError();
+}
+
+TEST_F(ARecordTableModel, LetsASlotRefreshItInTheMiddleOfARefresh)
+{
+    for (QString const& alias : {"a"_q, "b"_q, "c"_q})
+        ASSERT_TRUE(AddServer(*store, alias));
+    ServerModel model(store);
+    QAbstractItemModelTester const tester(&model, QAbstractItemModelTester::FailureReportingMode::Fatal);
+    model.fetchMore({});
+    int nested = 0;
+    QObject::connect(&model, &ServerModel::dataChanged, [&] {
+        if (nested++ > 0)
+            return;
+        Run("DELETE FROM ServerConfiguration WHERE alias <> 'x'"_q);
+        EXPECT_TRUE(model.Refresh());
+    });
+    Run("UPDATE ServerConfiguration SET alias = 'x' WHERE alias = 'a'"_q);
+    EXPECT_TRUE(model.Refresh());
+    EXPECT_EQ(nested, 1);
+    ASSERT_EQ(model.rowCount(), 1);
+    EXPECT_EQ(model.index(0, 1).data(), "x"_q);
+}
+
 TEST_F(ARecordTableModel, FollowsAWatcherForItsTableAlone)
 {
     StoreWatcher const watcher(store);
