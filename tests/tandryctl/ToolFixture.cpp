@@ -28,17 +28,6 @@ namespace {
 
 QString const Program = QStringLiteral(TANDRYCTL_PROGRAM);
 
-class UnprivilegedProcess : public QProcess
-{
-protected:
-    void setupChildProcess() override
-    {
-        // Without these capabilities, permissions apply to root as to the owner of a file.
-        ::prctl(PR_CAPBSET_DROP, CAP_DAC_OVERRIDE);
-        ::prctl(PR_CAPBSET_DROP, CAP_DAC_READ_SEARCH);
-    }
-};
-
 RunResult
 RunProcess(QProcess& process, QStringList const& arguments, QByteArray const& input, QString const& program = Program)
 {
@@ -139,11 +128,15 @@ RunResult ToolTest::RunInShell(QString const& redirection, QStringList const& ar
 
 std::optional<RunResult> ToolTest::RunWithoutPrivileges(QStringList const& arguments)
 {
-    if (::geteuid() == 0 && ::prctl(PR_CAPBSET_READ, CAP_SETPCAP) != 1)
+    if (::geteuid() != 0)
+        return Run(arguments);
+    if (::prctl(PR_CAPBSET_READ, CAP_SETPCAP) != 1)
         return std::nullopt;
-    UnprivilegedProcess process;
-    process.setProcessEnvironment(HomeEnvironment(folder.path(), {}));
-    return RunProcess(process, _OnStore(arguments), {});
+    QProcess process;
+    process.setProcessEnvironment(HomeEnvironment(folder.path()));
+    // Without these capabilities, permissions apply to root as to the owner of a file.
+    QStringList const without{"--bounding-set=-dac_override,-dac_read_search"_q, Program};
+    return RunProcess(process, without + _OnStore(arguments), {}, "setpriv"_q);
 }
 
 RunResult
