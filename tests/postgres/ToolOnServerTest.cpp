@@ -238,6 +238,9 @@ TEST_F(ToolOnServer, PasswordOnTheCommandLineIsRefusedAndOneInTheEnvironmentIsTa
         RunWithoutStore({"copy"_q, "--from"_q, withPassword, "--to"_q, StorePath()}),
         RunWithoutStore({"copy"_q, "--from"_q, StorePath(), "--to"_q, withPassword}),
         RunWithoutStore({"list"_q, "roots"_q, withPassword}),
+        RunOn(QString(withPassword).replace("postgresql"_q, "POSTGRESQL"_q), {"init"_q}),
+        RunOn("host=/nowhere password=hunter2"_q, {"init"_q}),
+        RunOn(uri + "&sslpassword=hunter2"_q, {"init"_q}),
     };
     for (RunResult const& ran : runs)
         EXPECT_EQ(ran.status, 2) << ran.err.toStdString();
@@ -251,6 +254,10 @@ TEST_F(ToolOnServer, PasswordOnTheCommandLineIsRefusedAndOneInTheEnvironmentIsTa
         RunWithoutStore({"-v"_q, "list"_q, "roots"_q}, {"TANDRY_STORE=postgresql://u:hunter2@/db?host=/nowhere"_q}));
     EXPECT_EQ(runs.back().status, 3) << runs.back().err.toStdString();
     EXPECT_TRUE(runs.back().err.contains("no connection"_q)) << runs.back().err.toStdString();
+    for (char const* store : {"host=/nowhere password=hunter2", "POSTGRESQL://u:hunter2@/db"}) {
+        runs.push_back(RunWithoutStore({"-v"_q, "list"_q, "roots"_q}, {"TANDRY_STORE="_q + QString::fromUtf8(store)}));
+        EXPECT_EQ(runs.back().status, 3) << runs.back().err.toStdString();
+    }
     for (RunResult const& ran : runs) {
         EXPECT_FALSE(ran.err.contains("hunter2"_q)) << ran.err.toStdString();
         EXPECT_FALSE(ran.out.contains("hunter2"_q)) << ran.out.toStdString();

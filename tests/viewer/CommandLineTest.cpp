@@ -94,6 +94,19 @@ TEST(ViewerCommandLine, RefusesTwoStoresAnEmptyNameAndUnknownOptions)
     EXPECT_EQ(CommandLine(QStringList()).request, Request::Refuse);
 }
 
+TEST(ViewerCommandLine, RefusesAStoreOnAServerWithoutShowingItsPassword)
+{
+    for (char const* name : {"postgresql://u:hunter2@h/d", "POSTGRES://u:hunter2@h/d", "host = h password = hunter2"}) {
+        Variable const store("TANDRY_STORE", name);
+        CommandLine const line{QStringList()};
+        EXPECT_EQ(line.request, Request::Refuse) << name;
+        EXPECT_TRUE(line.fault.contains("tandryctl copy"_q)) << line.fault.toStdString();
+        EXPECT_FALSE(line.fault.contains("hunter2"_q));
+    }
+    Variable const store("TANDRY_STORE", "folder=1/password=2.db");
+    EXPECT_NE(CommandLine(QStringList()).request, Request::Refuse);
+}
+
 TEST(ViewerProgram, PrintsHelpAndVersionWithoutADisplay)
 {
     Variable const platform("QT_QPA_PLATFORM", "there-is-none");

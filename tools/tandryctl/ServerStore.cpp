@@ -39,11 +39,6 @@ ServerModule const& Module()
 
 } // namespace
 
-bool IsOnServer(QString const& store)
-{
-    return store.startsWith(QLatin1String("postgresql://")) || store.startsWith(QLatin1String("postgres://"));
-}
-
 void RefusePassword(QString const& store)
 {
     if (IsOnServer(store) && Module().hasPassword(store))

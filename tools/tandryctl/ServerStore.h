@@ -1,5 +1,7 @@
 #pragma once
 
+#include "tools/findings/StoreLocation.h"
+
 #include <QString>
 
 #include <memory>
@@ -23,8 +25,7 @@ struct ServerStore
     QString name;
 };
 
-/// Whether a store's name is the URI of a profile, and not the name of a file.
-bool IsOnServer(QString const& store);
+using tandry::findings::IsOnServer;
 
 /// Throws if the URI of a profile contains a password. Every user of the machine can read command lines.
 void RefusePassword(QString const& store);

@@ -51,6 +51,9 @@ CommandLine::CommandLine(QStringList const& arguments)
         refuse(QStringLiteral("more than one store is named"));
     else if (storePath.isEmpty())
         refuse(QStringLiteral("the store's name is empty"));
+    else if (findings::IsOnServer(storePath))
+        refuse(QStringLiteral("the viewer shows store files, and the store is on a server; copy it to a file with "
+                              "'tandryctl copy'"));
 }
 
 QString HelpText()
