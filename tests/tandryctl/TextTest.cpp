@@ -57,6 +57,9 @@ INSTANTIATE_TEST_SUITE_P(
                     PrintableRow{"backslash", "a\\nb"_q, "a\\\\nb"_q},
                     PrintableRow{"line separator", Unit(0x2028), "\\u2028"_q},
                     PrintableRow{"right-to-left override", "a\u202Etxt.exe"_q, "a\\u202etxt.exe"_q},
+                    PrintableRow{"characters without width",
+                                 Unit(0xad) + Unit(0x200b) + Unit(0x2060) + Unit(0xfeff),
+                                 "\\xad\\u200b\\u2060\\ufeff"_q},
                     PrintableRow{"lone high surrogate", Unit(0xd800) + "x"_q, "\\ud800x"_q},
                     PrintableRow{"lone low surrogate", "x"_q + Unit(0xdc00), "x\\udc00"_q},
                     PrintableRow{"high surrogate at the end", "x"_q + Unit(0xdbff), "x\\udbff"_q}));
@@ -113,7 +116,7 @@ INSTANTIATE_TEST_SUITE_P(
         QuotedRow{"right-to-left override", "a\u202Etxt.exe", "$'a\\342\\200\\256txt.exe'"},
         QuotedRow{"lone byte", "caf\xe9 n", "$'caf\\351 n'"},
         QuotedRow{"lone byte beside a letter", "\xe9\xc3\xa9'", "$'\\351é\\''"},
-        QuotedRow{"byte order mark before a lone byte", "\xef\xbb\xbf\xff", "$'\xef\xbb\xbf\\377'"},
+        QuotedRow{"byte order mark before a lone byte", "\xef\xbb\xbf\xff", "$'\\357\\273\\277\\377'"},
         QuotedRow{"incomplete character at the end", "a\xe2\x82", "$'a\\342\\202'"}));
 
 TEST(Quoted, ShowsALoneSurrogateByItsNumber)

@@ -20,6 +20,14 @@ bool IsDirectionMark(uint character)
            (character >= 0x202a && character <= 0x202e) || (character >= 0x2066 && character <= 0x2069);
 }
 
+/// Whether the character takes no room and joins no others, so that two different names look the same. The joiners
+/// U+200C and U+200D change how letters and emoji look.
+bool IsInvisible(uint character)
+{
+    return character == 0x00ad || character == 0x200b || (character >= 0x2060 && character <= 0x2064) ||
+           character == 0xfeff;
+}
+
 bool IsPrintable(uint character)
 {
     switch (QChar::category(character)) {
@@ -29,7 +37,7 @@ bool IsPrintable(uint character)
     case QChar::Separator_Paragraph:
         return false;
     default:
-        return !IsDirectionMark(character);
+        return !IsDirectionMark(character) && !IsInvisible(character);
     }
 }
 
