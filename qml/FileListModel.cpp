@@ -16,8 +16,6 @@ FileListModel::FileListModel()
 
 void FileListModel::Prepare(sync::models::FileListModel& model)
 {
-    connect(&model, &sync::models::FileListModel::Loaded, this, &FileListModel::loaded);
-    connect(&model, &sync::models::FileListModel::Failed, this, &FileListModel::failed);
     model.SetNameFilter(_nameFilter);
     Choose(model);
 }
@@ -32,6 +30,8 @@ void FileListModel::Choose(sync::models::FileListModel& model) const
         model.ShowStatus(_syncStatus);
     else if (_rootFolderId != Unset)
         model.ShowRoot(_rootFolderId);
+    else
+        model.ShowNothing();
 }
 
 } // namespace sync::qml

@@ -8,7 +8,7 @@
 namespace sync::qml {
 
 /// The files of a folder or, if that is not set, those with a status or all of a root. Of a status, only the files of
-/// the root if that is set.
+/// the root if that is set. Nothing if none of them is set.
 class FileListModel : public StoreModelOf<sync::models::FileListModel>
 {
     Q_OBJECT
@@ -23,9 +23,6 @@ public:
 Q_SIGNALS:
     void choiceChanged();
     void nameFilterChanged();
-    /// The model's signals `Loaded` and `Failed`.
-    void loaded();
-    void failed(QString const& reason);
 
 private:
     void Prepare(sync::models::FileListModel& model) override;

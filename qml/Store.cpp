@@ -9,6 +9,8 @@
 #include "models/StoreWatcher.h"
 #include "qml/Records.h"
 
+#include <QUrl>
+
 namespace sync::qml {
 
 using sync::config::Managers;
@@ -65,17 +67,21 @@ void Store::componentComplete()
 
 void Store::OpenIfComplete()
 {
-    if (_isComplete && !_path.isEmpty())
+    if (_isComplete && (isOpen() || !_path.isEmpty()))
         open();
 }
 
 bool Store::open()
 {
     _watcher.reset();
+    _factory.reset();
     QString error;
-    OpenOptions options;
-    options.mode = _isReadOnly ? OpenMode::ReadOnly : OpenMode::OpenExisting;
-    _factory = SqliteDatabaseFactory::Open(_path, &error, options);
+    if (!_path.isEmpty()) {
+        QUrl const url(_path); // what a dialog gives
+        OpenOptions options;
+        options.mode = _isReadOnly ? OpenMode::ReadOnly : OpenMode::OpenExisting;
+        _factory = SqliteDatabaseFactory::Open(url.isLocalFile() ? url.toLocalFile() : _path, &error, options);
+    }
     if (_factory != nullptr) {
         _watcher = std::make_unique<StoreWatcher>(_factory);
         connect(_watcher.get(), &StoreWatcher::Changed, this, &Store::changed);

@@ -20,8 +20,8 @@ namespace sync::qml {
 
 /// A store in a file, for the models and look-ups of a QML document.
 ///
-/// It is opened once the document is complete, and anew whenever the path changes. A store that does not exist is not
-/// created. `docs/qml.md` has the properties, signals and functions.
+/// It is opened once the document is complete, and anew whenever the path changes; an empty path closes it. A store
+/// that does not exist is not created. `docs/qml.md` has the properties, signals and functions.
 class Store : public QObject, public QQmlParserStatus
 {
     Q_OBJECT

@@ -31,6 +31,9 @@ public:
 
 Q_SIGNALS:
     void storeChanged();
+    /// The model's signals `Loaded` and `Failed`.
+    void loaded();
+    void failed(QString const& reason);
 
 private:
     /// Makes the library's model of an open store.
@@ -51,6 +54,8 @@ private:
     std::unique_ptr<QAbstractItemModel> Make(Store const& store) override
     {
         auto model = std::make_unique<Model>(store.factory());
+        connect(model.get(), &Model::Loaded, this, &StoreModel::loaded);
+        connect(model.get(), &Model::Failed, this, &StoreModel::failed);
         Prepare(*model);
         model->Follow(store.watcher());
         return model;

@@ -14,6 +14,7 @@
 #include <QRegularExpression>
 #include <QSignalSpy>
 #include <QTest>
+#include <QUrl>
 #include <QWindow>
 
 #include <gmock/gmock.h>
@@ -173,6 +174,29 @@ TEST_F(TheQmlModule, SaysWhyAStoreCannotBeOpened)
     EXPECT_EQ(Property("error"), ""_q);
 }
 
+TEST_F(TheQmlModule, ClosesTheStoreWhenThePathIsEmpty)
+{
+    ASSERT_TRUE(AddServer(*store, "a"_q));
+    Make("property QtObject rows: ServerModel { store: root.records } property bool isOpen: records.isOpen"_q);
+    Rows()->fetchMore({});
+    EXPECT_EQ(Rows()->rowCount(), 1);
+    store.reset();
+    managers.reset();
+    Records()->setProperty("path", QString());
+    EXPECT_EQ(Property("isOpen"), false);
+    EXPECT_EQ(Records()->property("error"), ""_q);
+    EXPECT_EQ(Rows()->rowCount(), 0);
+    EXPECT_FALSE(QFile::exists(StorePath() + "-wal"_q));
+}
+
+TEST_F(TheQmlModule, TakesTheUrlOfAFile)
+{
+    QString const spaced = folder.filePath("a store.db"_q);
+    ASSERT_TRUE(store->Backup(spaced));
+    MakeWith("Store { path: '%1' }"_q.arg(QUrl::fromLocalFile(spaced).toString(QUrl::FullyEncoded)), {});
+    EXPECT_TRUE(Records()->property("isOpen").toBool()) << Records()->property("error").toString().toStdString();
+}
+
 /// The values of all enumerations in the headers of the records, by name.
 std::map<QString, int> ValuesOfRecords()
 {
@@ -287,6 +311,24 @@ TEST_F(TheQmlModule, ShowsTheFilesThatAreChosen)
     Rows()->setProperty("nameFilter", "B"_q);
     Rows()->setProperty("syncStatus", FileSyncStatusNotSynced);
     expectFile("/b"_q);
+    Rows()->setProperty("syncStatus", -1);
+    EXPECT_EQ(Rows()->rowCount(), 0) << "nothing is chosen";
+}
+
+TEST_F(TheQmlModule, TellsOfAModelThatItWasReadOrCouldNotBe)
+{
+    Make("property QtObject rows: FolderTreeModel { store: root.records }"_q);
+    QSignalSpy const loaded(Rows(), SIGNAL(loaded()));
+    QSignalSpy const failed(Rows(), SIGNAL(failed(QString)));
+    RawStore raw(StorePath(), RawStore::KeepLog);
+    raw.Run("ALTER TABLE FolderConfiguration RENAME TO Gone"_q);
+    Rows()->fetchMore({});
+    ASSERT_EQ(failed.count(), 1);
+    EXPECT_TRUE(failed.constFirst().constFirst().toString().contains(StorePath()));
+    EXPECT_EQ(loaded.count(), 0);
+    raw.Run("ALTER TABLE Gone RENAME TO FolderConfiguration"_q);
+    Rows()->fetchMore({});
+    EXPECT_EQ(loaded.count(), 1);
 }
 
 TEST_F(TheQmlModule, ShowsNothingWithoutAnOpenStore)
