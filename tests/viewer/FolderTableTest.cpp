@@ -2,9 +2,9 @@
 
 #include "ViewerFixture.h"
 #include "models/FolderTreeModel.h"
+#include "support/ModelTester.h"
 #include "support/Queries.h"
 
-#include <QAbstractItemModelTester>
 #include <QSignalSpy>
 
 namespace {
@@ -66,7 +66,7 @@ TEST_F(AFolderTable, TellsOfAChangedStatusInBothColumns)
 
 TEST_F(AFolderTable, IsAModelUnderChanges)
 {
-    QAbstractItemModelTester const tester(table.get(), QAbstractItemModelTester::FailureReportingMode::Fatal);
+    ModelTester const tester(table.get());
     int const added = AddFolder("/p/docs/added"_q, docs, 1);
     ASSERT_TRUE(folders->Refresh());
     EXPECT_EQ(table->rowCount(table->IndexOf(docs)), 2);

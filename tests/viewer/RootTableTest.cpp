@@ -1,11 +1,11 @@
 #include "tools/viewer/RootTable.h"
 
 #include "support/FolderRecords.h"
+#include "support/ModelTester.h"
 #include "support/QtPrinters.h"
 
 #include <gtest/gtest.h>
 
-#include <QAbstractItemModelTester>
 #include <QSignalSpy>
 
 namespace {
@@ -59,7 +59,7 @@ TEST(ARootTable, SaysHowMuchIsOutOfSync)
 TEST(ARootTable, KeepsItsRowsWhileTheRootsAreTheSame)
 {
     RootTable table;
-    QAbstractItemModelTester const tester(&table, QAbstractItemModelTester::FailureReportingMode::Fatal);
+    ModelTester const tester(&table);
     QSignalSpy const reset(&table, &RootTable::modelReset);
     QSignalSpy const changed(&table, &RootTable::dataChanged);
     table.SetStatus(Status({Root(7, 3, 1)}));
