@@ -23,11 +23,15 @@ QString Hidden()
     return QStringLiteral("***");
 }
 
-/// A URL may have a password in it, and so may what is derived from it.
+/// A URL may have secrets in it, and so may what is derived from it. A user without a password may be a token.
 QString Quoted(QString text)
 {
     static QRegularExpression const password(QStringLiteral(":[^/\\s]+@"));
+    static QRegularExpression const loneUser(QStringLiteral("://[^:/@\\s]+@"));
+    static QRegularExpression const query(QStringLiteral("(://[^?#\\s]*[?#])\\S+"));
     text.replace(password, QStringLiteral(":%1@").arg(Hidden()));
+    text.replace(loneUser, QStringLiteral("://%1@").arg(Hidden()));
+    text.replace(query, QStringLiteral("\\1") + Hidden());
     QString quoted;
     QDebug(&quoted).nospace() << text;
     return quoted;

@@ -20,7 +20,8 @@ class ServerConfiguration;
 /// Returns a record as a text for logs: its kind, and the columns with their values, numbers with their names, such as
 /// `FolderConfiguration(id=1, …, syncStatus=2 (out of sync), …)`. For people: the form may change in any version.
 ///
-/// Secret columns and passwords in URLs are replaced by `***`, and of name-value properties the text has the keys only.
+/// Secret columns, and in URLs passwords, users without a password and queries, are replaced by `***`. Of name-value
+/// properties the text has the keys only.
 template <class Record>
 QString RecordText(Record const& record);
 

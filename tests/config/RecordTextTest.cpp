@@ -81,6 +81,19 @@ TEST(RecordText, PasswordInAUrlIsHidden)
     EXPECT_TRUE(text.contains("alias=\"ada:***@files\""_q)) << qPrintable(text);
 }
 
+TEST(RecordText, TokenInAUrlIsHidden)
+{
+    ServerConfiguration server;
+    server.setDavUrl("https://Marker@files.example.org/dav?user=ada"_q);
+    server.setWebServiceUrl("https://files.example.org/api?v=2&token=Marker#top"_q);
+    FolderConfiguration folder;
+    folder.setName("why? ada@example.org #2"_q);
+    QString const text = RecordText(server);
+    EXPECT_TRUE(text.contains("davUrl=\"https://***@files.example.org/dav?***\""_q)) << qPrintable(text);
+    EXPECT_TRUE(text.contains("webServiceUrl=\"https://files.example.org/api?***\""_q)) << qPrintable(text);
+    EXPECT_TRUE(RecordText(folder).contains("name=\"why? ada@example.org #2\""_q)) << qPrintable(RecordText(folder));
+}
+
 TEST(RecordText, ValuesOfPropertiesAreLeftOut)
 {
     FileConfiguration file;
