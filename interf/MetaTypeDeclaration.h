@@ -23,7 +23,7 @@ struct DeclaredMetaType
         Defined = 1 ///< As Qt names it.
     };
     /// As Qt names it: registers the type at the first call, and returns its id.
-    static int qt_metatype_id()
+    static int qt_metatype_id() // NOLINT(readability-identifier-naming)
     {
         static int const id = qRegisterMetaType<Type>(Declaration::Name(), reinterpret_cast<Type*>(quintptr(-1)));
         return id;

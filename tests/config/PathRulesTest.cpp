@@ -10,7 +10,7 @@
 namespace {
 
 using sync::config::ReplacePathPrefix;
-using tandry::test::operator""_q;
+using namespace tandry::test;
 
 struct PrefixCase
 {

@@ -20,7 +20,7 @@ namespace record_text_test {
 namespace {
 
 using namespace sync::config;
-using tandry::test::operator""_q;
+using namespace tandry::test;
 
 template <class Record>
 void Set(Record& record, char const* column, QVariant const& value)

@@ -215,7 +215,7 @@ DidYouMeanCommand(CLI::App const& program, CLI::App const& command, QString cons
 {
     QStringList const known = SubcommandsOf(command);
     if (!known.contains(word)) {
-        QString const question = DidYouMean(word, known);
+        QString question = DidYouMean(word, known);
         if (!question.isEmpty())
             return question;
     }
